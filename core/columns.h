@@ -1,0 +1,46 @@
+// Loops over the entries of arrays, whatever their layout.
+#ifndef QEL_GRIDWORK_CORE_COLUMNS_H
+#define QEL_GRIDWORK_CORE_COLUMNS_H
+
+#include <cstdint>
+
+#include "qel/dense.h"
+
+namespace qel::gridwork {
+
+/// Calls action(first, last) on runs of consecutive entries that together make up the array, in storage order, as long
+/// as it returns true. False when an action did.
+template <class T, unsigned Align, class Action>
+bool for_each_run(const dense1D<T, Align>& values, Action action) {
+  return action(values.begin(), values.end());
+}
+
+template <class T, class Action>
+bool for_each_run(const dense2D<T>& matrix, Action action) {
+  if (matrix.empty()) return true;
+  if (matrix.compact()) return action(matrix.data(), matrix.data() + matrix.size());
+  for (std::uint64_t j = 0; j < matrix.cols(); ++j) {
+    if (!action(matrix.begin_column(j), matrix.end_column(j))) return false;
+  }
+  return true;
+}
+
+/// The same for entries that the action may change.
+template <class T, unsigned Align, class Action>
+void change_each_run(dense1D<T, Align>& values, Action action) {
+  action(values.begin(), values.end());
+}
+
+template <class T, class Action>
+void change_each_run(dense2D<T>& matrix, Action action) {
+  if (matrix.empty()) return;
+  if (matrix.compact()) {
+    action(matrix.data(), matrix.data() + matrix.size());
+    return;
+  }
+  for (std::uint64_t j = 0; j < matrix.cols(); ++j) action(matrix.begin_column(j), matrix.end_column(j));
+}
+
+}  // namespace qel::gridwork
+
+#endif

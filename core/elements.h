@@ -1,0 +1,16 @@
+// Internal helpers on element types.
+#ifndef QEL_GRIDWORK_CORE_ELEMENTS_H
+#define QEL_GRIDWORK_CORE_ELEMENTS_H
+
+#include <cstdint>
+
+#include "qel/gridwork/elements.h"
+
+namespace qel::gridwork {
+
+/// The type that a connectivity of `rows` rows really holds: a short mixed matrix is its pure type.
+element_type resolve_type(element_type type, std::uint64_t rows) noexcept;
+
+}  // namespace qel::gridwork
+
+#endif

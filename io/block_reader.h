@@ -1,0 +1,64 @@
+// Reads a stream in whole blocks and hands out its bytes in small pieces.
+#ifndef QEL_GRIDWORK_IO_BLOCK_READER_H
+#define QEL_GRIDWORK_IO_BLOCK_READER_H
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+#include "qel/dense.h"
+
+namespace qel::gridwork::io {
+
+class block_reader {
+ public:
+  explicit block_reader(std::FILE* stream) noexcept : stream_(stream) {}
+
+  /// Takes the memory for a block; before anything else.
+  [[nodiscard]] bool prepare() noexcept {
+    if (!block_.resize(block_size + 1)) return false;
+    begin_ = end_ = block_.data();
+    *end_ = '\0';
+    return true;
+  }
+
+  /// The bytes that are there, followed by a NUL. fill() may move them.
+  const char* begin() const noexcept { return begin_; }
+  const char* end() const noexcept { return end_; }
+  std::uint64_t available() const noexcept { return static_cast<std::uint64_t>(end_ - begin_); }
+
+  /// Bytes consumed so far.
+  std::uint64_t position() const noexcept { return read_ - available(); }
+
+  /// Makes `count` bytes, at most a block, available if the stream has them. True when they are.
+  bool fill(std::uint64_t count) noexcept {
+    if (available() >= count) return true;
+    const std::uint64_t left = available();
+    std::memmove(block_.data(), begin_, left);
+    begin_ = block_.data();
+    end_ = begin_ + left;
+    while (available() < count) {
+      const std::size_t got = std::fread(end_, 1, block_size - available(), stream_);
+      if (got == 0) break;
+      end_ += got;
+      read_ += got;
+    }
+    *end_ = '\0';
+    return available() >= count;
+  }
+
+  void consume(std::uint64_t count) noexcept { begin_ += count; }
+
+ private:
+  static constexpr std::uint64_t block_size = std::uint64_t{1} << 18;  // fits the second-level cache
+
+  std::FILE* stream_;
+  dense1D<char> block_;
+  char* begin_ = nullptr;
+  char* end_ = nullptr;
+  std::uint64_t read_ = 0;
+};
+
+}  // namespace qel::gridwork::io
+
+#endif

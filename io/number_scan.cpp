@@ -1,0 +1,160 @@
+#include "io/number_scan.h"
+
+#include <charconv>
+#include <cstdint>
+#include <limits>
+
+#include "io/text.h"
+
+namespace qel::gridwork::io {
+namespace {
+
+constexpr bool is_hex_digit(char c) noexcept {
+  const char lower = to_lower(c);
+  return is_digit(c) || (lower >= 'a' && lower <= 'f');
+}
+
+/// What the scan of a decimal number found.
+struct decimal {
+  std::uint64_t mantissa = 0;  // of the first 19 significant digits
+  std::int64_t exponent = 0;   // value = mantissa * 10^exponent, when no digit was dropped
+  bool has_digits = false;
+  bool dropped_digits = false;
+  const char* end = nullptr;
+};
+
+constexpr std::uint64_t mantissa_limit = 1000000000000000000U;  // one more digit still fits
+
+const char* scan_digits(const char* text, decimal& number, int exponent_step) noexcept {
+  for (; is_digit(*text); ++text) {
+    number.has_digits = true;
+    if (number.mantissa < mantissa_limit) {
+      number.mantissa = 10 * number.mantissa + static_cast<std::uint64_t>(*text - '0');
+      number.exponent += exponent_step;
+    } else {
+      number.dropped_digits = true;
+    }
+  }
+  return text;
+}
+
+/// The digits of an exponent behind `text`, with a limit that no mantissa can make up for.
+const char* scan_exponent(const char* text, std::int64_t& exponent) noexcept {
+  const bool negative = *text == '-';
+  if (negative || *text == '+') ++text;
+  std::int64_t digits = 0;
+  for (; is_digit(*text); ++text) {
+    if (digits < 1000000000) digits = 10 * digits + (*text - '0');
+  }
+  exponent += negative ? -digits : digits;
+  return text;
+}
+
+/// Scans digits, point and exponent. Without a digit, there is no number.
+decimal scan_decimal(const char* text) noexcept {
+  decimal number;
+  text = scan_digits(text, number, 0);
+  if (*text == '.') text = scan_digits(text + 1, number, -1);
+  if (number.has_digits && to_lower(*text) == 'e') text = scan_exponent(text + 1, number.exponent);
+  number.end = text;
+  return number;
+}
+
+/// Exact when mantissa and power of ten are exact doubles, because then one rounding remains (Clinger 1990).
+bool convert_exactly(const decimal& number, double& value) noexcept {
+  constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                               1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  if (number.dropped_digits || number.mantissa > (std::uint64_t{1} << 53)) return false;
+  if (number.exponent < -22 || number.exponent > 22) return false;
+  const auto mantissa = static_cast<double>(number.mantissa);
+  value = number.exponent < 0 ? mantissa / powers[-number.exponent] : mantissa * powers[number.exponent];
+  return true;
+}
+
+/// Place of the first digit other than 0 in front of the point (1, 2, ...) or behind it (0, -1, ...), in digits.
+std::int64_t leading_place(const char* text, const char* end) noexcept {
+  std::int64_t place = 0;
+  bool found = false;
+  for (const char* p = text; p != end && is_hex_digit(*p); ++p) {
+    found = found || *p != '0';
+    place += found ? 1 : 0;
+  }
+  if (found) return place;
+  const char* point = text;
+  while (point != end && *point != '.') ++point;
+  for (const char* p = point; p != end && (*p == '.' || *p == '0'); ++p) place -= *p == '0' ? 1 : 0;
+  return place;
+}
+
+/// from_chars() does not say on which side a number is out of range; `exponent` is in digits of the number's base.
+double out_of_range_value(const char* text, const char* end, std::int64_t exponent) noexcept {
+  return leading_place(text, end) + exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+}
+
+double convert_decimal(const char* text, const char* end) noexcept {
+  double value = 0;
+  const auto result = std::from_chars(text, end, value);
+  if (result.ec != std::errc::result_out_of_range) return value;
+  const char* letter = text;
+  while (letter != end && to_lower(*letter) != 'e') ++letter;
+  std::int64_t exponent = 0;
+  if (letter != end) scan_exponent(letter + 1, exponent);
+  return out_of_range_value(text, letter, exponent);
+}
+
+/// Scans what follows "0x". Null when nothing does.
+const char* scan_hexadecimal(const char* text, double& value) noexcept {
+  const char* end = text;
+  bool has_digits = false;
+  for (; is_hex_digit(*end); ++end) has_digits = true;
+  if (*end == '.') ++end;
+  for (; is_hex_digit(*end); ++end) has_digits = true;
+  if (end == text) return nullptr;
+  const char* letter = end;
+  std::int64_t exponent = 0;
+  if (has_digits && to_lower(*end) == 'p') end = scan_exponent(end + 1, exponent);
+  value = 0;
+  if (!has_digits) return end;
+  const auto result = std::from_chars(text, end, value, std::chars_format::hex);
+  if (result.ec == std::errc::result_out_of_range) value = out_of_range_value(text, letter, exponent / 4);
+  return end;
+}
+
+/// Infinity or NaN. A word that goes on after "inf" must be "infinity" in full.
+const char* scan_word(const char* text, double& value) noexcept {
+  if (const char* end = match_keyword(text, "nan")) {
+    value = std::numeric_limits<double>::quiet_NaN();
+    return end;
+  }
+  const char* end = match_keyword(text, "inf");
+  if (end == nullptr) return nullptr;
+  value = std::numeric_limits<double>::infinity();
+  return to_lower(*end) == 'i' ? match_keyword(end, "inity") : end;
+}
+
+/// Scans a number without a sign; a null `value` is not computed.
+const char* scan_unsigned(const char* text, double* value) noexcept {
+  double ignored = 0;
+  if (text[0] == '0' && to_lower(text[1]) == 'x') {
+    return scan_hexadecimal(text + 2, value != nullptr ? *value : ignored);
+  }
+  const decimal number = scan_decimal(text);
+  if (!number.has_digits) return scan_word(text, value != nullptr ? *value : ignored);
+  if (value != nullptr && !convert_exactly(number, *value)) *value = convert_decimal(text, number.end);
+  return number.end;
+}
+
+const char* skip_sign(const char* text) noexcept { return *text == '-' || *text == '+' ? text + 1 : text; }
+
+}  // namespace
+
+const char* scan_double(const char* text, double& value) noexcept {
+  text = skip_blanks(text);
+  const char* end = scan_unsigned(skip_sign(text), &value);
+  if (end != nullptr && *text == '-') value = -value;
+  return end;
+}
+
+const char* skip_double(const char* text) noexcept { return scan_unsigned(skip_sign(skip_blanks(text)), nullptr); }
+
+}  // namespace qel::gridwork::io

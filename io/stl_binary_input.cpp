@@ -1,0 +1,55 @@
+// The binary form of STL.
+#include <bit>
+
+#include "core/result.h"
+#include "io/block_reader.h"
+#include "io/little_endian.h"
+#include "io/stl_binary.h"
+#include "io/stl_input.h"
+#include "io/triangle_soup.h"
+
+namespace qel::gridwork::io {
+namespace {
+
+constexpr int no_header = -2;
+constexpr int cut_short = -3;
+
+triangle load_triangle(const char* bytes) noexcept {
+  triangle t;
+  bytes += stl_vector_bytes;  // the normal is not used
+  for (vector3& corner : t.corners) {
+    for (double& x : corner) {
+      x = load_float(bytes);
+      bytes += sizeof(float);
+    }
+  }
+  return t;
+}
+
+}  // namespace
+
+int read_stl_binary(const file& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+  block_reader blocks(input.stream());
+  const std::uint64_t size = input.size();
+  if (!blocks.prepare()) return out_of_memory;
+  if (!blocks.fill(stl_header_bytes)) return no_header;
+  blocks.consume(stl_header_bytes);
+  if (!blocks.fill(stl_count_bytes)) return cut_short;
+  const auto count = std::bit_cast<std::int32_t>(load_uint32(blocks.begin()));
+  blocks.consume(stl_count_bytes);
+
+  // A file that is too short for its count fails at the end in any case: nothing is read or allocated for it.
+  const std::uint64_t triangles = count > 0 ? static_cast<std::uint64_t>(count) : 0;
+  if (size != 0 && stl_header_bytes + stl_count_bytes + triangles * stl_triangle_bytes > size) return cut_short;
+
+  triangle_soup soup(coords, connectivity);
+  soup.expect(size != 0 ? triangles : 0);
+  for (std::uint64_t i = 0; i < triangles; ++i) {
+    if (!blocks.fill(stl_triangle_bytes)) return cut_short;
+    if (!soup.add(load_triangle(blocks.begin()))) return out_of_memory;
+    blocks.consume(stl_triangle_bytes);
+  }
+  return soup.finish();
+}
+
+}  // namespace qel::gridwork::io

@@ -1,0 +1,111 @@
+// The text form of STL.
+#include "core/result.h"
+#include "io/line_reader.h"
+#include "io/number_scan.h"
+#include "io/stl_input.h"
+#include "io/text.h"
+#include "io/triangle_soup.h"
+
+namespace qel::gridwork::io {
+namespace {
+
+constexpr int bad_header = -2;
+constexpr int bad_facet = -3;
+
+/// True when a line holds the keyword; usually it starts with it.
+bool has_keyword(const char* line, const char* keyword) noexcept {
+  return line != nullptr && contains_keyword(line, keyword);
+}
+
+/// Matches words that blanks may, but need not, stand before and between.
+const char* match_words(const char* line, const char* first, const char* second) noexcept {
+  const char* end = match_keyword(skip_blanks(line), first);
+  return end != nullptr && second != nullptr ? match_keyword(skip_blanks(end), second) : end;
+}
+
+/// The position behind "facet normal" and three numbers; null when the line does not start so.
+const char* scan_facet(const char* line) noexcept {
+  const char* end = match_words(line, "facet", "normal");
+  for (int k = 0; k < 3 && end != nullptr; ++k) end = skip_double(end);
+  return end;
+}
+
+bool scan_vertex(const char* line, vector3& corner) noexcept {
+  if (line == nullptr) return false;
+  const char* end = match_words(line, "vertex", nullptr);
+  for (unsigned k = 0; k < 3 && end != nullptr; ++k) end = scan_double(end, corner[k]);
+  return end != nullptr;
+}
+
+/// What a line at the start of a facet is. The words that decide may stand anywhere in it, also behind a facet.
+enum class line_kind { facet, colour, end_of_solid, other };
+
+line_kind classify(const char* line) noexcept {
+  const char* end = scan_facet(line);
+  if (end != nullptr && ends_line(*skip_blanks(end))) return line_kind::facet;
+  if (has_keyword(line, "color")) return line_kind::colour;
+  if (has_keyword(line, "endsolid")) return line_kind::end_of_solid;
+  return end != nullptr ? line_kind::facet : line_kind::other;
+}
+
+class text_parser {
+ public:
+  text_parser(block_reader& blocks, std::uint64_t file_size, triangle_soup& soup) noexcept
+      : blocks_(blocks), lines_(blocks), file_size_(file_size), soup_(soup) {}
+
+  /// 0 at the end of the last solid, or a negative result.
+  int parse() {
+    if (!has_keyword(lines_.next(), "solid")) return bad_header;
+    for (;;) {
+      const char* line = lines_.next();
+      if (line == nullptr) return bad_facet;
+      line_kind kind = classify(line);
+      if (kind == line_kind::colour) continue;
+      if (kind == line_kind::end_of_solid) {
+        line = lines_.next();
+        if (line == nullptr) return 0;
+        if (has_keyword(line, "solid")) continue;
+        kind = scan_facet(line) != nullptr ? line_kind::facet : line_kind::other;
+      }
+      if (kind != line_kind::facet) return bad_facet;
+      const int result = parse_facet();
+      if (result < 0) return result;
+    }
+  }
+
+ private:
+  /// The lines behind the facet header.
+  int parse_facet() {
+    triangle t;
+    if (!has_keyword(lines_.next(), "outer loop")) return bad_facet;
+    for (vector3& corner : t.corners) {
+      if (!scan_vertex(lines_.next(), corner)) return bad_facet;
+    }
+    if (!has_keyword(lines_.next(), "endloop")) return bad_facet;
+    if (!has_keyword(lines_.next(), "endfacet")) return bad_facet;
+    if (!soup_.add(t)) return out_of_memory;
+    if (++facets_ == facets_to_measure) soup_.expect(file_size_ / blocks_.position() * facets_to_measure);
+    return 0;
+  }
+
+  static constexpr std::uint64_t facets_to_measure = 1000;
+
+  block_reader& blocks_;
+  line_reader lines_;
+  std::uint64_t file_size_;
+  triangle_soup& soup_;
+  std::uint64_t facets_ = 0;
+};
+
+}  // namespace
+
+int read_stl_text(const file& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+  block_reader blocks(input.stream());
+  triangle_soup soup(coords, connectivity);
+  const std::uint64_t size = input.size();
+  if (!blocks.prepare()) return out_of_memory;
+  const int result = text_parser(blocks, size, soup).parse();
+  return result < 0 ? result : soup.finish();
+}
+
+}  // namespace qel::gridwork::io

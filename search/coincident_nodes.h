@@ -1,0 +1,99 @@
+// Groups of nodes at one position.
+#ifndef QEL_GRIDWORK_SEARCH_COINCIDENT_NODES_H
+#define QEL_GRIDWORK_SEARCH_COINCIDENT_NODES_H
+
+#include <bit>
+#include <cstdint>
+
+#include "core/position_table.h"
+#include "core/result.h"
+#include "qel/dense.h"
+#include "search/geometry.h"
+#include "search/node_list.h"
+
+namespace qel::gridwork {
+
+/// Positions of the nodes of a list; a node is named by its rank, its place in the list.
+template <unsigned Dim>
+class ranked_positions {
+ public:
+  ranked_positions(const dense2D<double>& coords, node_list list) noexcept
+      : coords_(coords.data()), ld_(coords.ld()), list_(list) {}
+
+  std::uint64_t count() const noexcept { return list_.count; }
+  const double* operator[](std::uint64_t rank) const noexcept { return coords_ + ld_ * list_[rank]; }
+
+ private:
+  const double* coords_;
+  std::uint64_t ld_;
+  node_list list_;
+};
+
+/// Equal for equal values: 0 and -0 hash alike.
+template <unsigned Dim>
+std::uint64_t hash_values(const double* p) noexcept {
+  constexpr std::uint64_t factors[] = {0x9e3779b97f4a7c15U, 0xc2b2ae3d27d4eb4fU, 0x165667b19e3779f9U};
+  std::uint64_t sum = 0;
+  for (unsigned a = 0; a < Dim; ++a) sum += std::bit_cast<std::uint64_t>(p[a] + 0.0) * factors[a];
+  return mix_bits(sum);
+}
+
+/// For each node of a list the first one at its position (its leader) and, for leaders, the second one.
+/// Nodes with a coordinate that is not finite coincide with none.
+template <unsigned Dim>
+class coincident_nodes {
+ public:
+  /// `with_second`: whether second() will be asked for.
+  [[nodiscard]] bool build(ranked_positions<Dim> positions, bool with_second) {
+    const std::uint64_t count = positions.count();
+    if (count >= none || !table_.reset(count) || !leaders_.resize(count)) return false;
+    if (with_second && !seconds_.resize(count, none)) return false;
+    unsigned* leaders = leaders_.data();
+    std::uint64_t hashes[ahead] = {};
+    for (std::uint64_t rank = 0; rank < count && rank < ahead; ++rank) hashes[rank] = hash_values<Dim>(positions[rank]);
+    for (std::uint64_t rank = 0; rank < count; ++rank) {
+      const std::uint64_t hash = hashes[rank % ahead];
+      if (rank + ahead < count) {
+        hashes[rank % ahead] = hash_values<Dim>(positions[rank + ahead]);
+        table_.prefetch(hashes[rank % ahead]);
+      }
+      // Half-way there, the slot has arrived: call for the position that it names.
+      const unsigned likely = table_.first_position(hashes[(rank + ahead / 2) % ahead]);
+      if (likely != none) prefetch(positions[likely]);
+      leaders[rank] = enter(positions, hash, static_cast<unsigned>(rank));
+    }
+    if (with_second) note_seconds();
+    return true;
+  }
+
+  unsigned leader(std::uint64_t rank) const noexcept { return leaders_[rank]; }
+  unsigned second(unsigned leader) const noexcept { return seconds_[leader]; }
+
+  /// The leader at the position `p`, or `none`.
+  unsigned find(ranked_positions<Dim> positions, const double* p) const {
+    return table_.find(hash_values<Dim>(p), [&](unsigned held) { return same_position<Dim>(positions[held], p); });
+  }
+
+ private:
+  static constexpr std::uint64_t ahead = 32;
+
+  unsigned enter(ranked_positions<Dim> positions, std::uint64_t hash, unsigned rank) {
+    const double* p = positions[rank];
+    if (!is_finite<Dim>(p)) return rank;
+    return table_.find_or_insert(hash, rank, [&](unsigned held) { return same_position<Dim>(positions[held], p); });
+  }
+
+  void note_seconds() noexcept {
+    for (std::uint64_t rank = leaders_.size(); rank-- > 0;) {
+      if (leaders_[rank] != rank) seconds_[leaders_[rank]] = static_cast<unsigned>(rank);
+    }
+  }
+
+  position_table table_;
+  dense1D<unsigned> leaders_;
+  dense1D<unsigned> seconds_;
+};
+
+}  // namespace qel::gridwork
+
+#endif

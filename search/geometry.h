@@ -1,0 +1,43 @@
+// Predicates on node positions, each exactly as evaluated in doubles.
+#ifndef QEL_GRIDWORK_SEARCH_GEOMETRY_H
+#define QEL_GRIDWORK_SEARCH_GEOMETRY_H
+
+#include <cmath>
+
+namespace qel::gridwork {
+
+template <unsigned Dim>
+bool is_finite(const double* p) noexcept {
+  bool finite = true;
+  for (unsigned a = 0; a < Dim; ++a) finite &= std::isfinite(p[a]);
+  return finite;
+}
+
+template <unsigned Dim>
+bool same_position(const double* p, const double* q) noexcept {
+  bool same = true;
+  for (unsigned a = 0; a < Dim; ++a) same &= p[a] == q[a];
+  return same;
+}
+
+template <unsigned Dim>
+double squared_distance(const double* p, const double* q) noexcept {
+  double sum = 0;
+  for (unsigned a = 0; a < Dim; ++a) {
+    const double difference = p[a] - q[a];
+    sum += difference * difference;
+  }
+  return sum;
+}
+
+/// True when q lies in the closed box p - reach .. p + reach.
+template <unsigned Dim>
+bool in_box_around(const double* p, const double* q, double reach) noexcept {
+  bool in_box = true;
+  for (unsigned a = 0; a < Dim; ++a) in_box &= q[a] >= p[a] - reach && q[a] <= p[a] + reach;
+  return in_box;
+}
+
+}  // namespace qel::gridwork
+
+#endif

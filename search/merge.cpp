@@ -1,0 +1,126 @@
+// The doors of the merge family: checks, the choice of the algorithm, and what is done with the map.
+#include "core/result.h"
+#include "qel/gridwork/ids.h"
+#include "qel/gridwork/search.h"
+#include "search/element_merge.h"
+#include "search/node_list.h"
+#include "search/proximity_merge.h"
+
+namespace qel::gridwork {
+namespace {
+
+bool plane_or_space(const dense2D<double>& coords) noexcept { return coords.rows() == 2 || coords.rows() == 3; }
+
+/// Leaves `new_IDs` empty when the merge failed.
+int finish(int result, dense1D<unsigned>& new_IDs) noexcept {
+  if (result < 0) new_IDs.clear();
+  return result;
+}
+
+/// Gives every merged node its survivor's position. Survivors are read from the old matrix, so order does not matter.
+bool move_merged_nodes(dense2D<double>& coords, const dense1D<unsigned>& new_IDs) {
+  dense2D<double> moved;
+  if (!moved.copy(coords)) return false;
+  for (std::uint64_t i = 0; i < new_IDs.size(); ++i) {
+    if (new_IDs[i] == i) continue;
+    for (std::uint64_t k = 0; k < coords.rows(); ++k) moved(k, i) = coords(k, new_IDs[i]);
+  }
+  return coords.copy(moved);
+}
+
+int merge_lists(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, const dense1D<unsigned>& IDs2,
+                dense1D<unsigned>& new_IDs, double tol) {
+  dense1D<unsigned> moving;
+  dense1D<unsigned> fixed;
+  if (!moving.reserve(IDs1.size()) || unique_indices(moving, IDs1) != 0) return out_of_memory;
+  if (IDs1 == IDs2) return proximity_merge(coords, node_list::of(moving), new_IDs, tol);
+  if (!fixed.reserve(IDs2.size()) || unique_indices(fixed, IDs2) != 0) return out_of_memory;
+  return proximity_merge(coords, node_list::of(moving), node_list::of(fixed), new_IDs, tol);
+}
+
+int merge_connectivities(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
+                         const dense1D<unsigned>& nodes, dense1D<unsigned>& new_IDs, double tol, unsigned mode) {
+  if (mode != 0) return element_merge(coords, first, last, nodes, new_IDs, tol, mode == 2);
+  const int merged = proximity_merge(coords, node_list::of(nodes), new_IDs, tol);
+  if (merged < 0) return merged;
+  for (dense2D<unsigned>* matrix = first; matrix != last; ++matrix) change_indices(*matrix, new_IDs);
+  return merged;
+}
+
+}  // namespace
+
+int merge(dense2D<double>& coords, dense1D<unsigned>& new_IDs, double tol) {
+  new_IDs.clear();
+  if (coords.cols() == 0) return 0;
+  if (!plane_or_space(coords)) return -1;
+  if (!(tol >= 0)) return -3;
+  const int merged = proximity_merge(coords, node_list::all(coords.cols()), new_IDs, tol);
+  if (merged > 0 && !move_merged_nodes(coords, new_IDs)) return finish(out_of_memory, new_IDs);
+  return finish(merged, new_IDs);
+}
+
+int merge(dense2D<double>& coords, double tol) {
+  dense1D<unsigned> new_IDs;
+  return merge(coords, new_IDs, tol);
+}
+
+int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, const dense1D<unsigned>& IDs2,
+          dense1D<unsigned>& new_IDs, double tol) {
+  new_IDs.clear();
+  if (coords.cols() == 0) return 0;
+  if (!plane_or_space(coords)) return -1;
+  const auto node_count = static_cast<unsigned>(coords.cols());
+  if (!check_IDs(IDs1, node_count)) return -2;
+  if (!check_IDs(IDs2, node_count)) return -3;
+  if (!(tol >= 0)) return -4;
+  if (IDs1.empty() || IDs2.empty()) return 0;
+  return finish(merge_lists(coords, IDs1, IDs2, new_IDs, tol), new_IDs);
+}
+
+int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs, dense1D<unsigned>& new_IDs, double tol) {
+  return merge(coords, IDs, IDs, new_IDs, tol);
+}
+
+int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
+          dense1D<unsigned>& new_IDs, double tol, unsigned mode) {
+  new_IDs.clear();
+  if (coords.cols() == 0 || first == last) return 0;
+  if (!plane_or_space(coords)) return -1;
+  if (last < first) return -3;
+  if (!(tol >= 0)) return -5;
+  if (mode > 2) return -6;
+  dense1D<unsigned> nodes;
+  if (collect_nodes(first, last, nodes) != 0) return out_of_memory;
+  if (nodes.empty()) return 0;
+  if (!check_IDs(nodes, static_cast<unsigned>(coords.cols()))) return -2;
+  return finish(merge_connectivities(coords, first, last, nodes, new_IDs, tol, mode), new_IDs);
+}
+
+int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, double tol,
+          unsigned mode) {
+  dense1D<unsigned> new_IDs;
+  return merge(coords, first, last, new_IDs, tol, mode);
+}
+
+int merge(const dense2D<double>& coords, dense2D<unsigned>& connectivity, dense1D<unsigned>& new_IDs, double tol,
+          unsigned mode) {
+  return merge(coords, &connectivity, &connectivity + 1, new_IDs, tol, mode);
+}
+
+int merge(const dense2D<double>& coords, dense2D<unsigned>& connectivity, double tol, unsigned mode) {
+  return merge(coords, &connectivity, &connectivity + 1, tol, mode);
+}
+
+int merge(const dense2D<double>& coords, dense2D<unsigned>& connectivity1, dense2D<unsigned>& connectivity2,
+          dense1D<unsigned>& new_IDs, double tol, unsigned mode) {
+  dense2D<unsigned> both[] = {connectivity1, connectivity2};  // views: renumbering reaches the caller's entries
+  return merge(coords, both, both + 2, new_IDs, tol, mode);
+}
+
+int merge(const dense2D<double>& coords, dense2D<unsigned>& connectivity1, dense2D<unsigned>& connectivity2, double tol,
+          unsigned mode) {
+  dense1D<unsigned> new_IDs;
+  return merge(coords, connectivity1, connectivity2, new_IDs, tol, mode);
+}
+
+}  // namespace qel::gridwork

@@ -1,0 +1,142 @@
+// The first of a list's nodes that lies within a tolerance of a point.
+#ifndef QEL_GRIDWORK_SEARCH_NEAR_NODES_H
+#define QEL_GRIDWORK_SEARCH_NEAR_NODES_H
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "search/coincident_nodes.h"
+
+namespace qel::gridwork {
+
+/// A hashed grid over nodes at distinct positions. A node lies in one cell; a query looks into the cells that its box
+/// touches, nearly always one. The nodes of a cell form a chain in the order of their ranks, so the first hit is the
+/// answer. All cell numbers come from one monotonic function, so rounding cannot hide a node.
+template <unsigned Dim>
+class near_nodes {
+ public:
+  near_nodes(ranked_positions<Dim> positions, double tol) noexcept : positions_(positions), tol_(tol) {}
+
+  /// Enters the leaders of `groups` that have finite positions. `tol` must be finite.
+  [[nodiscard]] bool build(const coincident_nodes<Dim>& groups) {
+    const std::uint64_t count = positions_.count();
+    std::uint64_t leaders = 0;
+    for (std::uint64_t rank = 0; rank < count; ++rank) leaders += groups.leader(rank) == rank ? 1 : 0;
+    if (!chains_.resize(count)) return false;
+
+    // Large cells spare queries at their borders, but where they hold many nodes small ones serve better. In cells as
+    // small as the last choice, many nodes mean many close pairs.
+    for (const double cell_in_tols : {32.0, 8.0}) {
+      set_cell_size(cell_in_tols);
+      if (!heads_.reset(leaders)) return false;
+      const std::uint64_t steps = enter_leaders(groups);
+      if (steps <= 4 * leaders) break;
+    }
+    return true;
+  }
+
+  /// Brings what a later query at `p` will read nearer.
+  void prefetch_for(const double* p) const noexcept { heads_.prefetch(hash_cell(cell_of(p))); }
+
+  /// The first leader within the tolerance of the finite `p`, other than `self`; `none` when there is none.
+  unsigned first_near(const double* p, unsigned self) const {
+    double lower[Dim];
+    double upper[Dim];
+    for (unsigned a = 0; a < Dim; ++a) {
+      lower[a] = p[a] - tol_;
+      upper[a] = p[a] + tol_;
+    }
+    const cell low = cell_of(lower);
+    const cell high = cell_of(upper);
+    bool one_cell = true;
+    for (unsigned a = 0; a < Dim; ++a) one_cell &= low.k[a] == high.k[a];
+    return one_cell ? first_in_cell(low, p, self, none) : first_in_cells(low, high, p, self);
+  }
+
+ private:
+  /// Cell numbers as doubles, which hold any of them.
+  struct cell {
+    double k[Dim];
+  };
+
+  struct chain_link {
+    unsigned next, depth;
+  };
+
+  void set_cell_size(double cell_in_tols) noexcept {
+    const double size = std::clamp(cell_in_tols * tol_, 1e-280, std::numeric_limits<double>::max());
+    cells_per_length_ = 1 / size;
+  }
+
+  cell cell_of(const double* p) const noexcept {
+    cell result;
+    for (unsigned a = 0; a < Dim; ++a) result.k[a] = floor_of(std::clamp(p[a] * cells_per_length_, -1e300, 1e300));
+    return result;
+  }
+
+  /// std::floor as inline code where a 64-bit integer holds the number.
+  static double floor_of(double x) noexcept {
+    if (!(x > -1e15 && x < 1e15)) return std::floor(x);
+    const auto truncated = static_cast<double>(static_cast<std::int64_t>(x));
+    return truncated > x ? truncated - 1 : truncated;
+  }
+
+  static std::uint64_t hash_cell(const cell& c) noexcept { return hash_values<Dim>(c.k); }
+
+  // Cells whose hashes agree in the bits that the table looks at share a chain. That costs time, not correctness.
+  static bool any(unsigned) noexcept { return true; }
+
+  /// Walks backwards and puts each node before the chain of its cell. Returns the sum of the places in their chains.
+  std::uint64_t enter_leaders(const coincident_nodes<Dim>& groups) {
+    std::uint64_t steps = 0;
+    for (std::uint64_t rank = positions_.count(); rank-- > 0;) {
+      if (rank >= ahead) prefetch_for(positions_[rank - ahead]);
+      const double* p = positions_[rank];
+      if (groups.leader(rank) != rank || !is_finite<Dim>(p)) continue;
+      const auto fresh = static_cast<unsigned>(rank);
+      unsigned* head = heads_.find_or_insert_slot(hash_cell(cell_of(p)), fresh, any);
+      const chain_link link = *head == fresh ? chain_link{none, 1} : chain_link{*head, chains_[*head].depth + 1};
+      chains_[rank] = link;
+      *head = fresh;
+      steps += link.depth;
+    }
+    return steps;
+  }
+
+  bool is_near(const double* p, const double* q) const noexcept {
+    return in_box_around<Dim>(p, q, tol_) && squared_distance<Dim>(p, q) <= tol_ * tol_;
+  }
+
+  unsigned first_in_cell(const cell& c, const double* p, unsigned self, unsigned best) const {
+    for (unsigned rank = heads_.find(hash_cell(c), any); rank < best; rank = chains_[rank].next) {
+      if (rank != self && is_near(p, positions_[rank])) return rank;
+    }
+    return best;
+  }
+
+  unsigned first_in_cells(const cell& low, const cell& high, const double* p, unsigned self) const {
+    unsigned best = none;
+    cell c = low;
+    for (;;) {
+      best = first_in_cell(c, p, self, best);
+      unsigned a = 0;
+      for (; a < Dim && c.k[a] >= high.k[a]; ++a) c.k[a] = low.k[a];
+      if (a == Dim) return best;
+      c.k[a] += 1;  // exact: where cell numbers pass 2^53, the tolerance is below rounding and the box is one cell
+    }
+  }
+
+  static constexpr std::uint64_t ahead = 16;
+
+  ranked_positions<Dim> positions_;
+  double tol_;
+  double cells_per_length_ = 0;
+  position_table heads_;
+  dense1D<chain_link> chains_;
+};
+
+}  // namespace qel::gridwork
+
+#endif

@@ -1,0 +1,35 @@
+// Node lists of the search subsystem.
+#ifndef QEL_GRIDWORK_SEARCH_NODE_LIST_H
+#define QEL_GRIDWORK_SEARCH_NODE_LIST_H
+
+#include <cstdint>
+
+#include "core/result.h"
+#include "qel/dense.h"
+#include "qel/gridwork/ids.h"
+
+namespace qel::gridwork {
+
+/// A list of distinct nodes: the given ones or, without an array, 0 .. count - 1.
+struct node_list {
+  const unsigned* ids = nullptr;
+  std::uint64_t count = 0;
+
+  static node_list all(std::uint64_t count) noexcept { return {nullptr, count}; }
+  static node_list of(const dense1D<unsigned>& ids) noexcept { return {ids.data(), ids.size()}; }
+
+  unsigned operator[](std::uint64_t rank) const noexcept {
+    return ids != nullptr ? ids[rank] : static_cast<unsigned>(rank);
+  }
+};
+
+/// Collects the distinct nodes of [first, last). Unlike plain unique_indices(), it reports a list that cannot grow.
+inline int collect_nodes(const dense2D<unsigned>* first, const dense2D<unsigned>* last, dense1D<unsigned>& nodes) {
+  std::uint64_t entries = 0;
+  for (const dense2D<unsigned>* matrix = first; matrix < last; ++matrix) entries += matrix->size();
+  return nodes.reserve(entries) ? unique_indices(nodes, first, last) : out_of_memory;
+}
+
+}  // namespace qel::gridwork
+
+#endif

@@ -1,0 +1,191 @@
+#include "search/proximity_merge.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/result.h"
+#include "search/coincident_nodes.h"
+#include "search/near_nodes.h"
+
+namespace qel::gridwork {
+namespace {
+
+[[nodiscard]] bool set_identity(dense1D<unsigned>& map, std::uint64_t count) {
+  if (count >= none || !map.resize(count)) return false;
+  for (unsigned i = 0; i < count; ++i) map[i] = i;
+  return true;
+}
+
+/// Place of each node in a list; `none` for nodes that are not in it.
+class node_ranks {
+ public:
+  [[nodiscard]] bool build(node_list list, std::uint64_t node_count) {
+    if (list.ids == nullptr) return true;
+    if (!ranks_.resize(node_count, none)) return false;
+    for (std::uint64_t rank = 0; rank < list.count; ++rank) ranks_[list[rank]] = static_cast<unsigned>(rank);
+    return true;
+  }
+
+  unsigned operator[](unsigned node) const noexcept { return ranks_.empty() ? node : ranks_[node]; }
+
+ private:
+  dense1D<unsigned> ranks_;  // empty when ranks are the nodes themselves
+};
+
+/// Follows the map from `node` as long as that leads to ever earlier nodes.
+unsigned follow(const dense1D<unsigned>& new_IDs, const node_ranks& ranks, unsigned node) noexcept {
+  unsigned at = node;
+  for (unsigned last_rank = none; new_IDs[at] != at;) {
+    const unsigned next = new_IDs[at];
+    if (ranks[next] >= last_rank) break;
+    at = next;
+    last_rank = ranks[next];
+  }
+  return at;
+}
+
+/// Lets every node of the list point at the end of its chain. Returns the number of nodes that point elsewhere.
+int resolve_chains(node_list list, const node_ranks& ranks, dense1D<unsigned>& new_IDs) noexcept {
+  int merged = 0;
+  for (std::uint64_t i = 0; i < list.count; ++i) {
+    const unsigned node = list[i];
+    if (new_IDs[node] == node) continue;
+    new_IDs[node] = follow(new_IDs, ranks, node);
+    merged += new_IDs[node] != node ? 1 : 0;
+  }
+  return merged;
+}
+
+/// The first of the nodes that an infinite tolerance reaches, and the first after it.
+template <unsigned Dim>
+struct reachable_nodes {
+  unsigned first = none;
+  unsigned second = none;
+
+  explicit reachable_nodes(ranked_positions<Dim> positions) noexcept {
+    for (std::uint64_t rank = 0; rank < positions.count() && second == none; ++rank) {
+      bool has_nan = false;
+      for (unsigned a = 0; a < Dim; ++a) has_nan |= std::isnan(positions[rank][a]);
+      if (!has_nan) (first == none ? first : second) = static_cast<unsigned>(rank);
+    }
+  }
+};
+
+template <unsigned Dim>
+class merger {
+ public:
+  merger(const dense2D<double>& coords, node_list moving, node_list fixed, double tol) noexcept
+      : node_count_(coords.cols()),
+        moving_(moving),
+        fixed_(fixed),
+        moving_positions_(coords, moving),
+        fixed_positions_(coords, fixed),
+        tol_(tol),
+        one_list_(moving.ids == fixed.ids && moving.count == fixed.count) {}
+
+  int merge(dense1D<unsigned>& new_IDs) {
+    if (!set_identity(new_IDs, node_count_)) return out_of_memory;
+    if (std::isinf(tol_)) return resolved(new_IDs, merge_onto_first(new_IDs));
+    coincident_nodes<Dim> groups;
+    if (one_list_ && tol_ == 0) {
+      return groups.build(fixed_positions_, false) ? merge_onto_leaders(groups, new_IDs) : out_of_memory;
+    }
+    near_nodes<Dim> near(fixed_positions_, tol_);
+    if (!groups.build(fixed_positions_, true) || !near.build(groups)) return out_of_memory;
+    const int merged = one_list_ ? merge_groups(groups, near, new_IDs) : merge_each(groups, near, new_IDs);
+    return resolved(new_IDs, merged);
+  }
+
+ private:
+  /// Resolves chains once there can be any.
+  int resolved(dense1D<unsigned>& new_IDs, int merged) {
+    if (merged <= 1) return merged;
+    node_ranks ranks;
+    return ranks.build(fixed_, node_count_) ? resolve_chains(moving_, ranks, new_IDs) : out_of_memory;
+  }
+
+  int merge_onto_first(dense1D<unsigned>& new_IDs) const noexcept {
+    const reachable_nodes<Dim> reachable(fixed_positions_);
+    int merged = 0;
+    for (std::uint64_t i = 0; i < moving_.count; ++i) {
+      if (!is_finite<Dim>(moving_positions_[i]) || reachable.first == none) continue;
+      const bool itself = fixed_[reachable.first] == moving_[i];
+      merged += map_to(new_IDs, moving_[i], itself ? reachable.second : reachable.first);
+    }
+    return merged;
+  }
+
+  /// Coincident nodes of one list: chains would all lead to the leader.
+  int merge_onto_leaders(const coincident_nodes<Dim>& groups, dense1D<unsigned>& new_IDs) const noexcept {
+    int merged = 0;
+    for (std::uint64_t rank = 0; rank < fixed_.count; ++rank) {
+      const unsigned leader = groups.leader(rank);
+      if (leader != rank) merged += map_to(new_IDs, fixed_[rank], leader);
+    }
+    return merged;
+  }
+
+  /// One list: the nodes of a group share what lies near them; it is looked up when their leader, the first of them, has
+  /// its turn.
+  int merge_groups(const coincident_nodes<Dim>& groups, const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) {
+    constexpr std::uint64_t ahead = 16;
+    const std::uint64_t count = fixed_.count;
+    dense1D<unsigned> nearest;  // of leaders
+    if (!nearest.resize(count)) return out_of_memory;
+    int merged = 0;
+    for (std::uint64_t rank = 0; rank < count; ++rank) {
+      const std::uint64_t later = rank + ahead;
+      if (later < count && groups.leader(later) == later) near.prefetch_for(fixed_positions_[later]);
+      const unsigned leader = groups.leader(rank);
+      if (leader == rank) {
+        const double* p = fixed_positions_[rank];
+        nearest[rank] = is_finite<Dim>(p) ? near.first_near(p, leader) : none;
+      }
+      const unsigned coincident = leader == rank ? groups.second(leader) : leader;
+      merged += map_to(new_IDs, fixed_[rank], std::min(nearest[leader], coincident));
+    }
+    return merged;
+  }
+
+  int merge_each(const coincident_nodes<Dim>& groups, const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) const {
+    int merged = 0;
+    for (std::uint64_t i = 0; i < moving_.count; ++i) {
+      const double* p = moving_positions_[i];
+      if (!is_finite<Dim>(p)) continue;
+      const unsigned leader = groups.find(fixed_positions_, p);
+      unsigned coincident = leader;
+      if (leader != none && fixed_[leader] == moving_[i]) coincident = groups.second(leader);
+      merged += map_to(new_IDs, moving_[i], std::min(coincident, near.first_near(p, leader)));
+    }
+    return merged;
+  }
+
+  /// Maps a node to the one of that rank, if there is one. 1 when it did.
+  int map_to(dense1D<unsigned>& new_IDs, unsigned node, unsigned rank) const noexcept {
+    if (rank == none) return 0;
+    new_IDs[node] = fixed_[rank];
+    return 1;
+  }
+
+  std::uint64_t node_count_;
+  node_list moving_;
+  node_list fixed_;
+  ranked_positions<Dim> moving_positions_;
+  ranked_positions<Dim> fixed_positions_;
+  double tol_;
+  bool one_list_;
+};
+
+}  // namespace
+
+int proximity_merge(const dense2D<double>& coords, node_list list, dense1D<unsigned>& new_IDs, double tol) {
+  return proximity_merge(coords, list, list, new_IDs, tol);
+}
+
+int proximity_merge(const dense2D<double>& coords, node_list moving, node_list fixed, dense1D<unsigned>& new_IDs,
+                    double tol) {
+  return coords.rows() == 2 ? merger<2>(coords, moving, fixed, tol).merge(new_IDs)
+                            : merger<3>(coords, moving, fixed, tol).merge(new_IDs);
+}
+
+}  // namespace qel::gridwork
