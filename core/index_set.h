@@ -1,4 +1,4 @@
-// Sets of indices that only grow: a bit set for dense indices, a hash set for sparse ones.
+// Sets of indices that only grow: flags for dense indices, a hash table for sparse ones.
 #ifndef QEL_GRIDWORK_CORE_INDEX_SET_H
 #define QEL_GRIDWORK_CORE_INDEX_SET_H
 
@@ -10,27 +10,26 @@
 
 namespace qel::gridwork {
 
-/// Set of the indices below a bound.
-class index_bits {
+/// Set of the indices below a bound, a byte each: bits would make every insertion wait for the one before it.
+class index_flags {
  public:
   [[nodiscard]] bool reset(std::uint64_t bound) noexcept {
-    words_.clear();
-    return words_.resize(bound / 64 + 1, 0);
+    flags_.clear();
+    return flags_.resize(bound, 0);
   }
 
-  bool contains(unsigned index) const noexcept { return (words_[index / 64] >> (index % 64) & 1) != 0; }
+  bool contains(unsigned index) const noexcept { return flags_.data()[index] != 0; }
 
-  /// 1 when `index` was not in the set, else 0.
-  unsigned insert(unsigned index) noexcept {
-    std::uint64_t& word = words_[index / 64];
-    const unsigned bit = index % 64;
-    const auto fresh = static_cast<unsigned>(~(word >> bit) & 1);
-    word |= std::uint64_t{1} << bit;
-    return fresh;
+  /// True when `index` was not in the set.
+  bool insert(unsigned index) noexcept {
+    unsigned char& flag = flags_.data()[index];
+    if (flag != 0) return false;
+    flag = 1;
+    return true;
   }
 
  private:
-  dense1D<std::uint64_t> words_;
+  dense1D<unsigned char> flags_;
 };
 
 /// Set of at most `count` indices of any size, other than `none`.
@@ -44,14 +43,14 @@ class index_hash_set {
     return keys_.resize(mask_ + 1, none);
   }
 
-  /// 1 when `index` was not in the set, else 0.
-  unsigned insert(unsigned index) noexcept {
+  /// True when `index` was not in the set.
+  bool insert(unsigned index) noexcept {
     unsigned* keys = keys_.data();
     std::uint64_t i = mix_bits(index) & mask_;
     while (keys[i] != none && keys[i] != index) i = (i + 1) & mask_;
-    const unsigned fresh = keys[i] == none ? 1 : 0;
+    if (keys[i] == index) return false;
     keys[i] = index;
-    return fresh;
+    return true;
   }
 
  private:
@@ -59,10 +58,8 @@ class index_hash_set {
   std::uint64_t mask_ = 0;
 };
 
-/// True when a bit set over all indices up to `largest` is small beside `count` of them.
-constexpr bool bits_are_small(std::uint64_t largest, std::uint64_t count) noexcept {
-  return largest / 64 <= count + 64;
-}
+/// True when flags for all indices up to `largest` are no more than `count` entries of input suggest.
+constexpr bool flags_are_few(std::uint64_t largest, std::uint64_t count) noexcept { return largest <= 16 * count + 4096; }
 
 }  // namespace qel::gridwork
 

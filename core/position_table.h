@@ -24,23 +24,24 @@ inline void prefetch(const void* address) noexcept {
 #endif
 }
 
-/// Open addressing with linear probing; a slot holds half of the hash beside the position, so that nearly every probe of
-/// a wrong key ends without a look at the caller's list.
+/// Open addressing with linear probing. A slot holds half of the hash beside the position: nearly every probe of a wrong
+/// key ends without a look at the caller's list, and the table can grow without the keys.
 class position_table {
  public:
   /// Empties the table and makes room for `count` positions.
   [[nodiscard]] bool reset(std::uint64_t count) noexcept {
-    unsigned bits = 4;
-    while (bits < 40 && (std::uint64_t{1} << bits) < count + count / 2 + 1) ++bits;
-    mask_ = (std::uint64_t{1} << bits) - 1;
+    std::uint64_t slots = 16;
+    while (room_in(slots) < count) slots *= 2;
+    used_ = 0;
+    mask_ = slots - 1;
     slots_.clear();
-    return slots_.resize(mask_ + 1, slot{0, none});
+    return slots_.resize(slots, slot{0, none});
   }
 
-  void prefetch(std::uint64_t hash) const noexcept { gridwork::prefetch(slots_.data() + (hash & mask_)); }
+  /// Room for one more position; called before an insertion that reset() did not count on.
+  [[nodiscard]] bool make_room() noexcept { return used_ < room_in(mask_ + 1) || grow(); }
 
-  /// A cheap guess at what find() will compare first; `none` when it will find nothing.
-  unsigned first_position(std::uint64_t hash) const noexcept { return slots_[hash & mask_].position; }
+  void prefetch(std::uint64_t hash) const noexcept { gridwork::prefetch(slots_.data() + (tag_of(hash) & mask_)); }
 
   /// The position with this hash for which same(position) holds, or `none`.
   template <class Same>
@@ -58,7 +59,10 @@ class position_table {
   template <class Same>
   unsigned* find_or_insert_slot(std::uint64_t hash, unsigned position, Same same) {
     slot* found = const_cast<slot*>(locate(hash, same));
-    if (found->position == none) *found = {tag_of(hash), position};
+    if (found->position == none) {
+      *found = {tag_of(hash), position};
+      ++used_;
+    }
     return &found->position;
   }
 
@@ -67,6 +71,9 @@ class position_table {
     unsigned tag, position;
   };
 
+  /// Positions that a table of so many slots takes before probing becomes slow.
+  static constexpr std::uint64_t room_in(std::uint64_t slots) noexcept { return slots / 4 * 3; }
+
   static unsigned tag_of(std::uint64_t hash) noexcept { return static_cast<unsigned>(hash >> 32); }
 
   /// The slot of the key, or the empty one where it belongs.
@@ -74,13 +81,28 @@ class position_table {
   const slot* locate(std::uint64_t hash, Same same) const {
     const unsigned tag = tag_of(hash);
     const slot* slots = slots_.data();
-    for (std::uint64_t i = hash & mask_;; i = (i + 1) & mask_) {
+    for (std::uint64_t i = tag & mask_;; i = (i + 1) & mask_) {
       if (slots[i].position == none || (slots[i].tag == tag && same(slots[i].position))) return slots + i;
     }
   }
 
+  [[nodiscard]] bool grow() noexcept {
+    dense1D<slot> larger;
+    if (!larger.resize(4 * (mask_ + 1), slot{0, none})) return false;
+    mask_ = 4 * mask_ + 3;
+    for (const slot& old : slots_) {
+      if (old.position == none) continue;
+      std::uint64_t i = old.tag & mask_;
+      while (larger[i].position != none) i = (i + 1) & mask_;
+      larger[i] = old;
+    }
+    slots_.shallow_copy(larger);
+    return true;
+  }
+
   dense1D<slot> slots_;
   std::uint64_t mask_ = 0;
+  std::uint64_t used_ = 0;
 };
 
 }  // namespace qel::gridwork

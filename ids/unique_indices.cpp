@@ -65,9 +65,7 @@ class unique_appender {
   static std::uint64_t append_chunk(const unsigned* begin, const unsigned* end, Set& seen, unsigned* out) {
     unsigned* next = out;
     for (const unsigned* p = begin; p != end; ++p) {
-      if (*p == none) continue;
-      *next = *p;  // written in any case: no branch on whether the index is new
-      next += seen.insert(*p);
+      if (*p != none && seen.insert(*p)) *next++ = *p;
     }
     return static_cast<std::uint64_t>(next - out);
   }
@@ -78,8 +76,8 @@ class unique_appender {
 /// Calls action(set) with an empty set of the kind that suits the input. False when memory ran out.
 template <class Action>
 bool with_index_set(const index_statistics& statistics, std::uint64_t extra, Action action) {
-  if (bits_are_small(statistics.bound, statistics.count)) {
-    index_bits set;
+  if (flags_are_few(statistics.bound, statistics.count)) {
+    index_flags set;
     if (!set.reset(statistics.bound)) return false;
     action(set);
     return true;
@@ -131,7 +129,7 @@ int count_unique_indices(const dense2D<unsigned>* first, const dense2D<unsigned>
   const bool done = with_index_set(statistics, 0, [&](auto& seen) {
     source.for_each_run([&](const unsigned* begin, const unsigned* end) {
       for (const unsigned* p = begin; p != end; ++p) {
-        if (*p != none) count += static_cast<int>(seen.insert(*p));
+        if (*p != none && seen.insert(*p)) ++count;
       }
     });
   });

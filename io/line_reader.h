@@ -3,10 +3,12 @@
 #define QEL_GRIDWORK_IO_LINE_READER_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #include "io/block_reader.h"
+#include "io/text.h"
 
 namespace qel::gridwork::io {
 
@@ -16,6 +18,20 @@ namespace qel::gridwork::io {
 class line_reader {
  public:
   explicit line_reader(block_reader& blocks) noexcept : blocks_(blocks) {}
+
+  /// Passes over the next line if it is what match(line) accepts and nothing but blanks. `match` returns the position
+  /// behind what it recognised, or null. This spares usual lines the search for their end.
+  template <class Match>
+  bool skip_if(Match match) {
+    blocks_.fill(longest);
+    const char* line = blocks_.begin();
+    const char* end = match(line);
+    if (end == nullptr) return false;
+    end = skip_blanks(end);
+    if (*end != '\n' || end - line >= static_cast<std::ptrdiff_t>(longest)) return false;
+    blocks_.consume(static_cast<std::uint64_t>(end - line) + 1);
+    return true;
+  }
 
   /// The next line, or null at the end of the file. It stays valid until the next call.
   const char* next() noexcept {

@@ -16,25 +16,16 @@ constexpr bool is_hex_digit(char c) noexcept {
 
 /// What the scan of a decimal number found.
 struct decimal {
-  std::uint64_t mantissa = 0;  // of the first 19 significant digits
-  std::int64_t exponent = 0;   // value = mantissa * 10^exponent, when no digit was dropped
-  bool has_digits = false;
-  bool dropped_digits = false;
+  std::uint64_t mantissa = 0;  // of all digits, if there are no more than fit
+  std::int64_t exponent = 0;   // value = mantissa * 10^exponent
+  std::uint64_t digits = 0;
   const char* end = nullptr;
 };
 
-constexpr std::uint64_t mantissa_limit = 1000000000000000000U;  // one more digit still fits
+constexpr std::uint64_t most_digits = 19;  // of a 64-bit mantissa
 
-const char* scan_digits(const char* text, decimal& number, int exponent_step) noexcept {
-  for (; is_digit(*text); ++text) {
-    number.has_digits = true;
-    if (number.mantissa < mantissa_limit) {
-      number.mantissa = 10 * number.mantissa + static_cast<std::uint64_t>(*text - '0');
-      number.exponent += exponent_step;
-    } else {
-      number.dropped_digits = true;
-    }
-  }
+const char* scan_digits(const char* text, std::uint64_t& mantissa) noexcept {
+  for (; is_digit(*text); ++text) mantissa = 10 * mantissa + static_cast<std::uint64_t>(*text - '0');
   return text;
 }
 
@@ -53,10 +44,18 @@ const char* scan_exponent(const char* text, std::int64_t& exponent) noexcept {
 /// Scans digits, point and exponent. Without a digit, there is no number.
 decimal scan_decimal(const char* text) noexcept {
   decimal number;
-  text = scan_digits(text, number, 0);
-  if (*text == '.') text = scan_digits(text + 1, number, -1);
-  if (number.has_digits && to_lower(*text) == 'e') text = scan_exponent(text + 1, number.exponent);
-  number.end = text;
+  std::uint64_t mantissa = 0;
+  const char* end = scan_digits(text, mantissa);
+  number.digits = static_cast<std::uint64_t>(end - text);
+  if (*end == '.') {
+    const char* fraction = end + 1;
+    end = scan_digits(fraction, mantissa);
+    number.digits += static_cast<std::uint64_t>(end - fraction);
+    number.exponent = fraction - end;
+  }
+  if (number.digits != 0 && to_lower(*end) == 'e') end = scan_exponent(end + 1, number.exponent);
+  number.mantissa = mantissa;
+  number.end = end;
   return number;
 }
 
@@ -64,7 +63,7 @@ decimal scan_decimal(const char* text) noexcept {
 bool convert_exactly(const decimal& number, double& value) noexcept {
   constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-  if (number.dropped_digits || number.mantissa > (std::uint64_t{1} << 53)) return false;
+  if (number.digits > most_digits || number.mantissa > (std::uint64_t{1} << 53)) return false;
   if (number.exponent < -22 || number.exponent > 22) return false;
   const auto mantissa = static_cast<double>(number.mantissa);
   value = number.exponent < 0 ? mantissa / powers[-number.exponent] : mantissa * powers[number.exponent];
@@ -139,7 +138,7 @@ const char* scan_unsigned(const char* text, double* value) noexcept {
     return scan_hexadecimal(text + 2, value != nullptr ? *value : ignored);
   }
   const decimal number = scan_decimal(text);
-  if (!number.has_digits) return scan_word(text, value != nullptr ? *value : ignored);
+  if (number.digits == 0) return scan_word(text, value != nullptr ? *value : ignored);
   if (value != nullptr && !convert_exactly(number, *value)) *value = convert_decimal(text, number.end);
   return number.end;
 }

@@ -12,7 +12,6 @@ namespace {
 constexpr int bad_header = -2;
 constexpr int bad_facet = -3;
 
-/// True when a line holds the keyword; usually it starts with it.
 bool has_keyword(const char* line, const char* keyword) noexcept {
   return line != nullptr && contains_keyword(line, keyword);
 }
@@ -30,22 +29,20 @@ const char* scan_facet(const char* line) noexcept {
   return end;
 }
 
-bool scan_vertex(const char* line, vector3& corner) noexcept {
-  if (line == nullptr) return false;
+/// The position behind "vertex" and three numbers; null when the line does not start so.
+const char* scan_vertex(const char* line, vector3& corner) noexcept {
   const char* end = match_words(line, "vertex", nullptr);
   for (unsigned k = 0; k < 3 && end != nullptr; ++k) end = scan_double(end, corner[k]);
-  return end != nullptr;
+  return end;
 }
 
 /// What a line at the start of a facet is. The words that decide may stand anywhere in it, also behind a facet.
 enum class line_kind { facet, colour, end_of_solid, other };
 
 line_kind classify(const char* line) noexcept {
-  const char* end = scan_facet(line);
-  if (end != nullptr && ends_line(*skip_blanks(end))) return line_kind::facet;
-  if (has_keyword(line, "color")) return line_kind::colour;
-  if (has_keyword(line, "endsolid")) return line_kind::end_of_solid;
-  return end != nullptr ? line_kind::facet : line_kind::other;
+  if (contains_keyword(line, "color")) return line_kind::colour;
+  if (contains_keyword(line, "endsolid")) return line_kind::end_of_solid;
+  return scan_facet(line) != nullptr ? line_kind::facet : line_kind::other;
 }
 
 class text_parser {
@@ -57,6 +54,10 @@ class text_parser {
   int parse() {
     if (!has_keyword(lines_.next(), "solid")) return bad_header;
     for (;;) {
+      while (lines_.skip_if(scan_facet)) {
+        const int result = parse_facet();
+        if (result < 0) return result;
+      }
       const char* line = lines_.next();
       if (line == nullptr) return bad_facet;
       line_kind kind = classify(line);
@@ -77,15 +78,25 @@ class text_parser {
   /// The lines behind the facet header.
   int parse_facet() {
     triangle t;
-    if (!has_keyword(lines_.next(), "outer loop")) return bad_facet;
+    if (!expect_keyword("outer loop")) return bad_facet;
     for (vector3& corner : t.corners) {
-      if (!scan_vertex(lines_.next(), corner)) return bad_facet;
+      if (!expect_vertex(corner)) return bad_facet;
     }
-    if (!has_keyword(lines_.next(), "endloop")) return bad_facet;
-    if (!has_keyword(lines_.next(), "endfacet")) return bad_facet;
+    if (!expect_keyword("endloop") || !expect_keyword("endfacet")) return bad_facet;
     if (!soup_.add(t)) return out_of_memory;
-    if (++facets_ == facets_to_measure) soup_.expect(file_size_ / blocks_.position() * facets_to_measure);
+    if (++facets_ == facets_to_measure) soup_.expect(facets_to_measure * file_size_ / blocks_.position());
     return 0;
+  }
+
+  bool expect_keyword(const char* keyword) noexcept {
+    const auto starts_with_keyword = [=](const char* line) { return match_keyword(skip_blanks(line), keyword); };
+    return lines_.skip_if(starts_with_keyword) || has_keyword(lines_.next(), keyword);
+  }
+
+  bool expect_vertex(vector3& corner) noexcept {
+    if (lines_.skip_if([&](const char* line) { return scan_vertex(line, corner); })) return true;
+    const char* line = lines_.next();
+    return line != nullptr && scan_vertex(line, corner) != nullptr;
   }
 
   static constexpr std::uint64_t facets_to_measure = 1000;

@@ -35,7 +35,7 @@ std::uint64_t hash_values(const double* p) noexcept {
   constexpr std::uint64_t factors[] = {0x9e3779b97f4a7c15U, 0xc2b2ae3d27d4eb4fU, 0x165667b19e3779f9U};
   std::uint64_t sum = 0;
   for (unsigned a = 0; a < Dim; ++a) sum += std::bit_cast<std::uint64_t>(p[a] + 0.0) * factors[a];
-  return mix_bits(sum);
+  return (sum ^ (sum >> 32)) * factors[0];  // the upper half, which counts, now depends on every bit
 }
 
 /// For each node of a list the first one at its position (its leader) and, for leaders, the second one.
@@ -46,7 +46,7 @@ class coincident_nodes {
   /// `with_second`: whether second() will be asked for.
   [[nodiscard]] bool build(ranked_positions<Dim> positions, bool with_second) {
     const std::uint64_t count = positions.count();
-    if (count >= none || !table_.reset(count) || !leaders_.resize(count)) return false;
+    if (count >= none || !table_.reset(count / 8) || !leaders_.resize(count)) return false;
     if (with_second && !seconds_.resize(count, none)) return false;
     unsigned* leaders = leaders_.data();
     std::uint64_t hashes[ahead] = {};
@@ -57,15 +57,16 @@ class coincident_nodes {
         hashes[rank % ahead] = hash_values<Dim>(positions[rank + ahead]);
         table_.prefetch(hashes[rank % ahead]);
       }
-      // Half-way there, the slot has arrived: call for the position that it names.
-      const unsigned likely = table_.first_position(hashes[(rank + ahead / 2) % ahead]);
-      if (likely != none) prefetch(positions[likely]);
+      if (!table_.make_room()) return false;
       leaders[rank] = enter(positions, hash, static_cast<unsigned>(rank));
+      leader_count_ += leaders[rank] == rank ? 1 : 0;
     }
     if (with_second) note_seconds();
     return true;
   }
 
+  std::uint64_t leader_count() const noexcept { return leader_count_; }
+  const dense1D<unsigned>& leaders() const noexcept { return leaders_; }
   unsigned leader(std::uint64_t rank) const noexcept { return leaders_[rank]; }
   unsigned second(unsigned leader) const noexcept { return seconds_[leader]; }
 
@@ -90,6 +91,7 @@ class coincident_nodes {
   }
 
   position_table table_;
+  std::uint64_t leader_count_ = 0;
   dense1D<unsigned> leaders_;
   dense1D<unsigned> seconds_;
 };

@@ -2,22 +2,21 @@
 #ifndef QEL_GRIDWORK_SEARCH_GEOMETRY_H
 #define QEL_GRIDWORK_SEARCH_GEOMETRY_H
 
-#include <cmath>
-
 namespace qel::gridwork {
 
 template <unsigned Dim>
 bool is_finite(const double* p) noexcept {
-  bool finite = true;
-  for (unsigned a = 0; a < Dim; ++a) finite &= std::isfinite(p[a]);
-  return finite;
+  double sum = 0;  // of differences that are 0 or NaN
+  for (unsigned a = 0; a < Dim; ++a) sum += p[a] - p[a];
+  return sum == 0;
 }
 
 template <unsigned Dim>
 bool same_position(const double* p, const double* q) noexcept {
-  bool same = true;
-  for (unsigned a = 0; a < Dim; ++a) same &= p[a] == q[a];
-  return same;
+  for (unsigned a = 0; a < Dim; ++a) {
+    if (p[a] != q[a]) return false;
+  }
+  return true;
 }
 
 template <unsigned Dim>

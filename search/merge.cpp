@@ -28,14 +28,25 @@ bool move_merged_nodes(dense2D<double>& coords, const dense1D<unsigned>& new_IDs
   return coords.copy(moved);
 }
 
+/// The distinct nodes of a list; kept in `storage` unless they are 0, 1, 2, ...
+bool distinct_nodes(const dense1D<unsigned>& IDs, dense1D<unsigned>& storage, node_list& nodes) {
+  nodes = node_list::of(IDs);
+  if (nodes.ids == nullptr) return true;
+  if (!storage.reserve(IDs.size()) || unique_indices(storage, IDs) != 0) return false;
+  nodes = node_list::of(storage);
+  return true;
+}
+
 int merge_lists(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, const dense1D<unsigned>& IDs2,
                 dense1D<unsigned>& new_IDs, double tol) {
-  dense1D<unsigned> moving;
-  dense1D<unsigned> fixed;
-  if (!moving.reserve(IDs1.size()) || unique_indices(moving, IDs1) != 0) return out_of_memory;
-  if (IDs1 == IDs2) return proximity_merge(coords, node_list::of(moving), new_IDs, tol);
-  if (!fixed.reserve(IDs2.size()) || unique_indices(fixed, IDs2) != 0) return out_of_memory;
-  return proximity_merge(coords, node_list::of(moving), node_list::of(fixed), new_IDs, tol);
+  dense1D<unsigned> storage1;
+  dense1D<unsigned> storage2;
+  node_list moving;
+  node_list fixed;
+  if (!distinct_nodes(IDs1, storage1, moving)) return out_of_memory;
+  if (&IDs1 == &IDs2 || IDs1 == IDs2) return proximity_merge(coords, moving, new_IDs, tol);
+  if (!distinct_nodes(IDs2, storage2, fixed)) return out_of_memory;
+  return proximity_merge(coords, moving, fixed, new_IDs, tol);
 }
 
 int merge_connectivities(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
@@ -71,7 +82,7 @@ int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, const de
   if (!plane_or_space(coords)) return -1;
   const auto node_count = static_cast<unsigned>(coords.cols());
   if (!check_IDs(IDs1, node_count)) return -2;
-  if (!check_IDs(IDs2, node_count)) return -3;
+  if (&IDs1 != &IDs2 && !check_IDs(IDs2, node_count)) return -3;
   if (!(tol >= 0)) return -4;
   if (IDs1.empty() || IDs2.empty()) return 0;
   return finish(merge_lists(coords, IDs1, IDs2, new_IDs, tol), new_IDs);

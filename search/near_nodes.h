@@ -21,10 +21,8 @@ class near_nodes {
 
   /// Enters the leaders of `groups` that have finite positions. `tol` must be finite.
   [[nodiscard]] bool build(const coincident_nodes<Dim>& groups) {
-    const std::uint64_t count = positions_.count();
-    std::uint64_t leaders = 0;
-    for (std::uint64_t rank = 0; rank < count; ++rank) leaders += groups.leader(rank) == rank ? 1 : 0;
-    if (!chains_.resize(count)) return false;
+    const std::uint64_t leaders = groups.leader_count();
+    if (!chains_.resize(positions_.count()) || !lonely_.resize(positions_.count(), 0)) return false;
 
     // Large cells spare queries at their borders, but where they hold many nodes small ones serve better. In cells as
     // small as the last choice, many nodes mean many close pairs.
@@ -40,13 +38,18 @@ class near_nodes {
   /// Brings what a later query at `p` will read nearer.
   void prefetch_for(const double* p) const noexcept { heads_.prefetch(hash_cell(cell_of(p))); }
 
+  /// False when a leader that was entered certainly has no other leader within the tolerance: it is alone in its cell and
+  /// its box does not reach into another one.
+  bool may_have_company(std::uint64_t rank) const noexcept { return lonely_[rank] == 0; }
+
   /// The first leader within the tolerance of the finite `p`, other than `self`; `none` when there is none.
   unsigned first_near(const double* p, unsigned self) const {
+    constexpr double largest = std::numeric_limits<double>::max();
     double lower[Dim];
     double upper[Dim];
     for (unsigned a = 0; a < Dim; ++a) {
-      lower[a] = p[a] - tol_;
-      upper[a] = p[a] + tol_;
+      lower[a] = std::max(p[a] - tol_, -largest);
+      upper[a] = std::min(p[a] + tol_, largest);
     }
     const cell low = cell_of(lower);
     const cell high = cell_of(upper);
@@ -97,7 +100,10 @@ class near_nodes {
       if (groups.leader(rank) != rank || !is_finite<Dim>(p)) continue;
       const auto fresh = static_cast<unsigned>(rank);
       unsigned* head = heads_.find_or_insert_slot(hash_cell(cell_of(p)), fresh, any);
-      const chain_link link = *head == fresh ? chain_link{none, 1} : chain_link{*head, chains_[*head].depth + 1};
+      const bool first = *head == fresh;
+      const chain_link link = first ? chain_link{none, 1} : chain_link{*head, chains_[*head].depth + 1};
+      lonely_[rank] = first && keeps_to_cell(p) ? 1 : 0;
+      lonely_[*head] &= lonely_[rank];
       chains_[rank] = link;
       *head = fresh;
       steps += link.depth;
@@ -107,6 +113,19 @@ class near_nodes {
 
   bool is_near(const double* p, const double* q) const noexcept {
     return in_box_around<Dim>(p, q, tol_) && squared_distance<Dim>(p, q) <= tol_ * tol_;
+  }
+
+  /// True when the box around p certainly lies in p's cell; the margin makes up for the rounding of moderate numbers.
+  bool keeps_to_cell(const double* p) const noexcept {
+    constexpr double moderate = 1 << 30;
+    const double margin = tol_ * cells_per_length_ + 1e-6;
+    bool keeps = true;
+    for (unsigned a = 0; a < Dim; ++a) {
+      const double place = p[a] * cells_per_length_;
+      const double inside = place - floor_of(place);
+      keeps &= place > -moderate && place < moderate && inside > margin && inside < 1 - margin;
+    }
+    return keeps;
   }
 
   unsigned first_in_cell(const cell& c, const double* p, unsigned self, unsigned best) const {
@@ -135,6 +154,7 @@ class near_nodes {
   double cells_per_length_ = 0;
   position_table heads_;
   dense1D<chain_link> chains_;
+  dense1D<unsigned char> lonely_;
 };
 
 }  // namespace qel::gridwork

@@ -27,8 +27,8 @@ node_tree<Dim>* make_tree(const dense2D<double>& coords, const dense1D<unsigned>
 template <unsigned Dim>
 node_tree<Dim>* copy_tree(const node_tree<Dim>* source) {
   if (source == nullptr) return nullptr;
-  auto* tree = new (std::nothrow) node_tree<Dim>(*source);
-  if (tree == nullptr || tree->detach()) return tree;
+  auto* tree = new (std::nothrow) node_tree<Dim>;
+  if (tree == nullptr || tree->copy(*source)) return tree;
   delete tree;
   return nullptr;
 }

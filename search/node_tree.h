@@ -2,14 +2,16 @@
 //
 // Nodes that were inserted in bulk lie in pre-order; nodes inserted later are appended and reached by links, until there
 // are so many of them that the tree is built anew. Each node carries a copy of its position, so a search reads memory in
-// one place.
+// one place. Once there have been many queries, a balanced tree of the same nodes answers most of them.
 #ifndef QEL_GRIDWORK_SEARCH_NODE_TREE_H
 #define QEL_GRIDWORK_SEARCH_NODE_TREE_H
 
+#include <atomic>
 #include <cstdint>
 
 #include "qel/dense.h"
 #include "qel/fixed.h"
+#include "search/leaf_tree.h"
 #include "search/tree_builder.h"
 
 namespace qel::gridwork::detail {
@@ -19,10 +21,14 @@ class node_tree {
  public:
   using point = vector_fixed<double, Dim>;
 
+  node_tree() noexcept = default;
   explicit node_tree(const dense2D<double>& coords) noexcept : coords_(&coords) {}
+  node_tree(const node_tree&) = delete;
+  node_tree& operator=(const node_tree&) = delete;
+  ~node_tree() { drop_leaves(); }
 
-  /// Gives a tree that was copied arrays of its own.
-  [[nodiscard]] bool detach() noexcept;
+  /// Makes this an independent tree with the other's nodes and coordinates.
+  [[nodiscard]] bool copy(const node_tree& other) noexcept;
 
   /// Adds the nodes of the list in shuffled order; entries that are no column of the coordinates are skipped.
   [[nodiscard]] bool insert(const dense1D<unsigned>& ids);
@@ -48,18 +54,22 @@ class node_tree {
 
   unsigned first_on_path(const point& p, unsigned excluded, double& radius) const;
   unsigned find_closest_in_order(const point& p, unsigned excluded) const;
-  bool find_clear_winner(const point& p, unsigned excluded, unsigned& winner) const;
+  void find_in_box_in_order(const point& lower, const point& upper, dense1D<unsigned>& ids) const;
 
-  const dense2D<double>* coords_;
+  const leaf_tree<Dim>* leaves_for_query() const;
+  void drop_leaves() noexcept;
+
+  const dense2D<double>* coords_ = nullptr;
   dense1D<node> nodes_;
   dense1D<unsigned> ordinals_;   // place of each node in the order of insertion
   std::uint64_t built_ = 0;      // nodes that were there when the tree was last built in bulk
   std::uint64_t descended_ = 0;  // steps taken since then by nodes inserted one by one
   bool has_nan_ = false;
-};
 
-extern template class node_tree<2>;
-extern template class node_tree<3>;
+  // Made by the query that finds it worth while. Of queries that make one at the same time, the first one's is kept.
+  mutable std::atomic<const leaf_tree<Dim>*> leaves_{nullptr};
+  mutable std::atomic<std::uint64_t> queries_without_leaves_{0};
+};
 
 }  // namespace qel::gridwork::detail
 

@@ -50,9 +50,26 @@ struct subtree {
 
 }  // namespace
 
+/// Boxes with few nodes are answered by the balanced tree; its finds are sorted into pre-order, the order of the places as
+/// long as no node was appended. Boxes with many are cheaper to walk in order.
 template <unsigned Dim>
 void node_tree<Dim>::find_in_box(const point& lower, const point& upper, dense1D<unsigned>& ids) const {
   if (nodes_.empty()) return;
+  constexpr unsigned most = 64;
+  unsigned places[most];
+  const leaf_tree<Dim>* leaves = built_ == nodes_.size() ? leaves_for_query() : nullptr;
+  const unsigned found = leaves != nullptr ? leaves->find_in_box(lower, upper, places, most) : most;
+  if (found == most) {
+    find_in_box_in_order(lower, upper, ids);
+    return;
+  }
+  std::sort(places, places + found);
+  list_appender appender(ids);
+  for (unsigned k = 0; k < found; ++k) appender.append(nodes_[places[k]].id);
+}
+
+template <unsigned Dim>
+void node_tree<Dim>::find_in_box_in_order(const point& lower, const point& upper, dense1D<unsigned>& ids) const {
   const node* nodes = nodes_.data();
   list_appender found(ids);
   query_stack<subtree> right_subtrees;

@@ -1,9 +1,10 @@
 // The node closest to a point.
 //
 // The answer that must come out is that of a plain walk: the way of an insertion first, then node, right subtree, left
-// subtree, and only a strictly smaller distance replaces the best one. A search that looks at near subtrees first is
-// several times faster. It gives the same node unless another one is as near, but for rounding; then, and where
-// squares over- or underflow or a NaN hides part of the tree, the plain walk decides.
+// subtree, and only a strictly smaller distance replaces the best one. A balanced tree is several times faster. It gives
+// the same node unless another one is as near, but for rounding; then, and where squares over- or underflow or a NaN
+// hides part of the tree, the plain walk decides.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -17,48 +18,12 @@ namespace {
 
 constexpr double largest = std::numeric_limits<double>::max();
 
-// Squared distances that differ by less than this factor may compare either way after rounding, which is below 1e-14.
-constexpr double tie_factor = 1 + 4e-13;
-
-// Between these bounds neither a squared distance nor its terms that matter have over- or underflowed.
-constexpr double smallest_safe_square = 1e-280;
-constexpr double largest_safe_square = 1e280;
-
-/// The nearest node so far, and how near the nearest one besides it is.
-struct closest_two {
-  double best = largest;
-  double second = largest;
-  unsigned id = none;
-
-  void consider(double square, unsigned candidate) noexcept {
-    if (square < best) {
-      if (candidate != id) second = best;
-      best = square;
-      id = candidate;
-    } else if (square < second && candidate != id) {
-      second = square;
-    }
-  }
-
-  bool is_clear() const noexcept {
-    if (id == none || best >= largest_safe_square) return false;
-    if (best == 0) return second >= smallest_safe_square;
-    return best >= smallest_safe_square && second > best * tie_factor;
-  }
-};
-
-/// A subtree beyond a splitting plane, and how far off it is at least: one square for each axis.
 template <unsigned Dim>
-struct far_subtree {
-  unsigned place, axis;
-  double squares[Dim];
-
-  double bound() const noexcept {
-    double sum = 0;
-    for (const double square : squares) sum += square;
-    return sum;
-  }
-};
+double largest_magnitude(const vector_fixed<double, Dim>& p) noexcept {
+  double largest_so_far = 0;
+  for (const double x : p) largest_so_far = std::max(largest_so_far, std::fabs(x));
+  return largest_so_far;
+}
 
 struct left_subtree {
   unsigned place, axis;
@@ -69,9 +34,11 @@ struct left_subtree {
 
 template <unsigned Dim>
 unsigned node_tree<Dim>::find_closest(const point& p, unsigned excluded) const {
-  unsigned winner = none;
   if (nodes_.empty()) return none;
-  if (!has_nan_ && find_clear_winner(p, excluded, winner)) return winner;
+  if (const leaf_tree<Dim>* leaves = leaves_for_query()) {
+    const closest_two closest = leaves->find_closest(p, excluded);
+    if (closest.is_clear(largest_magnitude<Dim>(p))) return closest.id;
+  }
   return find_closest_in_order(p, excluded);
 }
 
@@ -81,49 +48,6 @@ unsigned node_tree<Dim>::find_closest_to_node(unsigned id) const {
   point p;
   for (unsigned a = 0; a < Dim; ++a) p[a] = (*coords_)(a, id);
   return find_closest(p, id);
-}
-
-template <unsigned Dim>
-bool node_tree<Dim>::find_clear_winner(const point& p, unsigned excluded, unsigned& winner) const {
-  const node* nodes = nodes_.data();
-  query_stack<far_subtree<Dim>> far_subtrees;
-  far_subtree<Dim> current{};
-  closest_two closest;
-  const auto consider = [&](const node& candidate) {
-    if (candidate.id != excluded) closest.consider(squared_distance<Dim>(candidate.p, p.data()), candidate.id);
-  };
-  for (;;) {
-    const node& at = nodes[current.place];
-    unsigned next = none;
-    if (at.run != 0) {
-      for (const node* it = &at; it != &at + at.run; ++it) consider(*it);
-      if (closest.second == 0) return false;
-    } else {
-      consider(at);
-      const double offset = p[current.axis] - at.p[current.axis];
-      const bool right = offset >= 0;
-      next = right ? at.right : at.left;
-      const unsigned far = right ? at.left : at.right;
-      const unsigned axis = next_axis<Dim>(current.axis);
-      if (far != none) {
-        far_subtree<Dim> pushed = current;
-        pushed.place = far;
-        pushed.axis = axis;
-        pushed.squares[current.axis] = offset * offset;
-        if (pushed.bound() <= closest.best * tie_factor) far_subtrees.push(pushed);
-      }
-      current.axis = axis;
-    }
-    while (next == none) {
-      if (far_subtrees.empty()) {
-        winner = closest.id;
-        return closest.is_clear();
-      }
-      current = far_subtrees.pop();
-      if (current.bound() <= closest.best * tie_factor) next = current.place;
-    }
-    current.place = next;
-  }
 }
 
 /// The nearest node on the way that an insertion of `p` would take, the first of equally near ones.

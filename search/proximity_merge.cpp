@@ -84,12 +84,15 @@ class merger {
         one_list_(moving.ids == fixed.ids && moving.count == fixed.count) {}
 
   int merge(dense1D<unsigned>& new_IDs) {
-    if (!set_identity(new_IDs, node_count_)) return out_of_memory;
-    if (std::isinf(tol_)) return resolved(new_IDs, merge_onto_first(new_IDs));
     coincident_nodes<Dim> groups;
-    if (one_list_ && tol_ == 0) {
-      return groups.build(fixed_positions_, false) ? merge_onto_leaders(groups, new_IDs) : out_of_memory;
+    if (one_list_ && tol_ == 0 && !groups.build(fixed_positions_, false)) return out_of_memory;
+    if (one_list_ && tol_ == 0 && fixed_.holds_all(node_count_)) {
+      new_IDs.shallow_copy(groups.leaders());
+      return static_cast<int>(node_count_ - groups.leader_count());
     }
+    if (!set_identity(new_IDs, node_count_)) return out_of_memory;
+    if (one_list_ && tol_ == 0) return merge_onto_leaders(groups, new_IDs);
+    if (std::isinf(tol_)) return resolved(new_IDs, merge_onto_first(new_IDs));
     near_nodes<Dim> near(fixed_positions_, tol_);
     if (!groups.build(fixed_positions_, true) || !near.build(groups)) return out_of_memory;
     const int merged = one_list_ ? merge_groups(groups, near, new_IDs) : merge_each(groups, near, new_IDs);
@@ -128,18 +131,15 @@ class merger {
   /// One list: the nodes of a group share what lies near them; it is looked up when their leader, the first of them, has
   /// its turn.
   int merge_groups(const coincident_nodes<Dim>& groups, const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) {
-    constexpr std::uint64_t ahead = 16;
     const std::uint64_t count = fixed_.count;
     dense1D<unsigned> nearest;  // of leaders
     if (!nearest.resize(count)) return out_of_memory;
     int merged = 0;
     for (std::uint64_t rank = 0; rank < count; ++rank) {
-      const std::uint64_t later = rank + ahead;
-      if (later < count && groups.leader(later) == later) near.prefetch_for(fixed_positions_[later]);
       const unsigned leader = groups.leader(rank);
       if (leader == rank) {
         const double* p = fixed_positions_[rank];
-        nearest[rank] = is_finite<Dim>(p) ? near.first_near(p, leader) : none;
+        nearest[rank] = near.may_have_company(rank) && is_finite<Dim>(p) ? near.first_near(p, leader) : none;
       }
       const unsigned coincident = leader == rank ? groups.second(leader) : leader;
       merged += map_to(new_IDs, fixed_[rank], std::min(nearest[leader], coincident));

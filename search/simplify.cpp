@@ -54,7 +54,7 @@ class repetition_test {
   dense1D<unsigned> sorted_;
 };
 
-void mark_used(const dense2D<unsigned>& connectivity, index_bits& used) {
+void mark_used(const dense2D<unsigned>& connectivity, index_flags& used) {
   for_each_run(connectivity, [&](const unsigned* begin, const unsigned* end) {
     for (const unsigned* p = begin; p != end; ++p) {
       if (*p != none) used.insert(*p);
@@ -64,7 +64,7 @@ void mark_used(const dense2D<unsigned>& connectivity, index_bits& used) {
 }
 
 /// Moves the used columns up, from first_node on. Returns the number of columns that are left.
-unsigned compact_nodes(dense2D<double>& coords, const index_bits& used, dense1D<unsigned>& new_IDs,
+unsigned compact_nodes(dense2D<double>& coords, const index_flags& used, dense1D<unsigned>& new_IDs,
                        unsigned first_node) noexcept {
   for (unsigned i = 0; i < first_node; ++i) new_IDs[i] = i;
   unsigned kept = first_node;
@@ -111,7 +111,7 @@ int simplify(dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned
     if (!check_IDs(*matrix, static_cast<unsigned>(count))) return -2;
   }
   if (coords.empty() || first_node >= count) return 0;
-  index_bits used;
+  index_flags used;
   if (count >= none || !coords.resize(coords.rows(), count) || !used.reset(count)) return out_of_memory;
   if (!new_IDs.resize(count, none)) return out_of_memory;
 

@@ -1,0 +1,104 @@
+// Inputs of the benchmarks, the same for every library.
+#ifndef QEL_GRIDWORK_BENCHMARKS_INPUTS_H
+#define QEL_GRIDWORK_BENCHMARKS_INPUTS_H
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "qel/gridwork.h"
+
+namespace inputs {
+
+using qel::dense1D;
+using qel::dense2D;
+
+/// A bumpy sphere-like surface of 2 * side * side triangles, node positions rounded to float as in a binary STL.
+inline void surface(unsigned side, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+  coords = dense2D<double>(3, std::uint64_t{side} * (side + 1));
+  connectivity = dense2D<unsigned>(3, 2 * std::uint64_t{side} * side);
+  constexpr double pi = 3.14159265358979323846;
+  for (unsigned i = 0; i <= side; ++i) {
+    for (unsigned j = 0; j < side; ++j) {
+      const double theta = pi * (i + 0.5) / (side + 1);
+      const double phi = 2 * pi * j / side;
+      const double r = 50 + std::sin(7 * theta) * std::cos(5 * phi);
+      double* p = coords.column(std::uint64_t{i} * side + j);
+      p[0] = static_cast<float>(r * std::sin(theta) * std::cos(phi));
+      p[1] = static_cast<float>(r * std::sin(theta) * std::sin(phi));
+      p[2] = static_cast<float>(r * std::cos(theta));
+    }
+  }
+  std::uint64_t e = 0;
+  for (unsigned i = 0; i < side; ++i) {
+    for (unsigned j = 0; j < side; ++j) {
+      const unsigned a = i * side + j, b = i * side + (j + 1) % side, c = a + side, d = b + side;
+      const unsigned nodes[2][3] = {{a, c, b}, {b, c, d}};
+      for (const auto& triangle : nodes) std::copy_n(triangle, 3, connectivity.column(e++));
+    }
+  }
+}
+
+/// The corners of all triangles as nodes of their own; in random order of the nodes if asked for.
+inline dense2D<double> corners(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, bool shuffled) {
+  std::vector<std::uint64_t> place(connectivity.size());
+  for (std::uint64_t i = 0; i < place.size(); ++i) place[i] = i;
+  if (shuffled) std::shuffle(place.begin(), place.end(), std::mt19937_64(5));
+  dense2D<double> nodes(3, place.size());
+  for (std::uint64_t i = 0; i < place.size(); ++i) {
+    std::copy_n(coords.column(connectivity.data()[i]), 3, nodes.column(place[i]));
+  }
+  return nodes;
+}
+
+inline dense2D<double> uniform_points(std::uint64_t n, unsigned seed) {
+  std::mt19937_64 random(seed);
+  std::uniform_real_distribution<double> coordinate(0, 100);
+  dense2D<double> points(3, n);
+  for (std::uint64_t i = 0; i < points.size(); ++i) points.data()[i] = coordinate(random);
+  return points;
+}
+
+inline dense2D<double> clustered_points(std::uint64_t n, unsigned seed) {
+  std::mt19937_64 random(seed);
+  std::normal_distribution<double> spread(0, 0.05);
+  const dense2D<double> centres = uniform_points(1000, seed + 1);
+  dense2D<double> points(3, n);
+  for (std::uint64_t j = 0; j < n; ++j) {
+    const double* centre = centres.column(random() % 1000);
+    for (unsigned k = 0; k < 3; ++k) points(k, j) = centre[k] + spread(random);
+  }
+  return points;
+}
+
+/// Six tetrahedra for each cell of a lattice; nodes renumbered and elements shuffled if asked for.
+inline dense2D<unsigned> tetrahedra(unsigned cells, bool shuffled) {
+  const unsigned n = cells + 1;
+  std::vector<unsigned> name(std::size_t{n} * n * n);
+  for (unsigned i = 0; i < name.size(); ++i) name[i] = i;
+  std::mt19937_64 random(7);
+  if (shuffled) std::shuffle(name.begin(), name.end(), random);
+  constexpr unsigned paths[6][2] = {{1, 3}, {1, 5}, {2, 3}, {2, 6}, {4, 5}, {4, 6}};
+  std::vector<std::array<unsigned, 4>> elements;
+  for (unsigned z = 0; z < cells; ++z) {
+    for (unsigned y = 0; y < cells; ++y) {
+      for (unsigned x = 0; x < cells; ++x) {
+        const auto corner = [&](unsigned c) {
+          return name[((z + (c >> 2)) * n + y + (c >> 1 & 1)) * n + x + (c & 1)];
+        };
+        for (const auto& path : paths) elements.push_back({corner(0), corner(path[0]), corner(path[1]), corner(7)});
+      }
+    }
+  }
+  if (shuffled) std::shuffle(elements.begin(), elements.end(), random);
+  dense2D<unsigned> connectivity(4, elements.size());
+  for (std::size_t e = 0; e < elements.size(); ++e) std::copy_n(elements[e].data(), 4, connectivity.column(e));
+  return connectivity;
+}
+
+}  // namespace inputs
+
+#endif

@@ -1,0 +1,188 @@
+// node_detector and merge, beside nanoflann and meshoptimizer.
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "compare.h"
+#include "inputs.h"
+
+#ifdef QEL_HAVE_NANOFLANN
+#include <nanoflann.hpp>
+#endif
+#ifdef QEL_HAVE_MESHOPTIMIZER
+#include <meshoptimizer.h>
+#endif
+
+namespace {
+
+using qel::dense1D;
+using qel::dense2D;
+using qel::gridwork::node_detector;
+using point = qel::vector_fixed<double, 3>;
+
+point point_at(const dense2D<double>& points, std::uint64_t j) { return {points(0, j), points(1, j), points(2, j)}; }
+
+#ifdef QEL_HAVE_NANOFLANN
+struct cloud {
+  dense2D<double> points;
+
+  std::size_t kdtree_get_point_count() const { return points.cols(); }
+  double kdtree_get_pt(std::size_t j, std::size_t k) const { return points.data()[3 * j + k]; }
+  template <class Box>
+  bool kdtree_get_bbox(Box&) const {
+    return false;
+  }
+};
+
+struct flann_tree {
+  using metric = nanoflann::L2_Simple_Adaptor<double, cloud>;
+  using index = nanoflann::KDTreeSingleIndexAdaptor<metric, cloud, 3, std::size_t>;
+
+  explicit flann_tree(const dense2D<double>& points)
+      : data{points}, tree(3, data, nanoflann::KDTreeSingleIndexAdaptorParams(10)) {
+    tree.buildIndex();
+  }
+
+  cloud data;
+  index tree;
+};
+
+std::size_t sum_of_closest(const flann_tree& flann, const dense2D<double>& queries) {
+  std::size_t sum = 0;
+  for (std::uint64_t j = 0; j < queries.cols(); ++j) {
+    std::size_t closest = 0;
+    double square = 0;
+    flann.tree.knnSearch(queries.column(j), 1, &closest, &square);
+    sum += closest;
+  }
+  return sum;
+}
+
+/// The second of the two nearest is the nearest other node.
+std::size_t sum_of_closest_others(const flann_tree& flann, const dense2D<double>& nodes) {
+  std::size_t sum = 0;
+  for (std::uint64_t j = 0; j < nodes.cols(); ++j) {
+    std::size_t closest[2] = {};
+    double squares[2] = {};
+    flann.tree.knnSearch(nodes.column(j), 2, closest, squares);
+    sum += closest[1];
+  }
+  return sum;
+}
+
+/// There is no box search; a search in the ball around the box is what its users do instead.
+std::size_t nodes_in_boxes(const flann_tree& flann, const dense2D<double>& centres, double half) {
+  std::size_t found = 0;
+  std::vector<std::pair<std::size_t, double>> in_ball;
+  const nanoflann::SearchParams any_order(32, 0.0F, false);
+  for (std::uint64_t j = 0; j < centres.cols(); ++j) {
+    in_ball.clear();
+    const double* c = centres.column(j);
+    flann.tree.radiusSearch(c, 3 * half * half, in_ball, any_order);
+    for (const auto& [node, square] : in_ball) {
+      const double* p = flann.data.points.column(node);
+      bool inside = true;
+      for (unsigned k = 0; k < 3; ++k) inside &= p[k] >= c[k] - half && p[k] <= c[k] + half;
+      found += inside ? 1 : 0;
+    }
+  }
+  return found;
+}
+
+std::size_t merge_by_radius_search(const dense2D<double>& nodes, double tol) {
+  const flann_tree flann(nodes);
+  std::vector<unsigned> map(nodes.cols());
+  std::vector<std::pair<std::size_t, double>> in_ball;
+  const nanoflann::SearchParams any_order(32, 0.0F, false);
+  for (unsigned i = 0; i < map.size(); ++i) {
+    in_ball.clear();
+    flann.tree.radiusSearch(nodes.column(i), tol * tol, in_ball, any_order);
+    std::size_t lowest = i;
+    for (const auto& [node, square] : in_ball) lowest = std::min(lowest, node);
+    map[i] = map[lowest];
+  }
+  return map.back();
+}
+#endif
+
+std::size_t nodes_in_boxes(const node_detector& detector, const dense2D<double>& centres, double half) {
+  std::size_t found = 0;
+  dense1D<unsigned> nodes;
+  for (std::uint64_t j = 0; j < centres.cols(); ++j) {
+    const point c = point_at(centres, j);
+    nodes.clear();
+    detector.find_in_box({c[0] - half, c[1] - half, c[2] - half}, {c[0] + half, c[1] + half, c[2] + half}, nodes);
+    found += nodes.size();
+  }
+  return found;
+}
+
+void add_detector_benchmarks(const std::string& kind, const dense2D<double>& points, const dense2D<double>& queries) {
+  auto nodes = std::make_shared<dense2D<double>>(points);
+  auto detector = std::make_shared<node_detector>(*nodes);
+  for (unsigned i = 0; i < 100000; ++i) benchmark::DoNotOptimize(detector->find_closest(i));  // makes its balanced tree
+  const dense2D<double> boxes = queries.sub_matrix(0, 0, 3, 200000);
+  constexpr double half = 1.0;
+  add_benchmark("node_detector build, " + kind, "ours", [=] { return node_detector(*nodes).size(); });
+  add_benchmark("node_detector build and 100 000 queries, " + kind, "ours", [=] {
+    const node_detector fresh(*nodes);
+    std::size_t sum = 0;
+    for (std::uint64_t j = 0; j < 100000; ++j) sum += fresh.find_closest(point_at(queries, j));
+    return sum;
+  });
+  add_benchmark("find_closest(P), " + kind, "ours", [=] {
+    std::size_t sum = 0;
+    for (std::uint64_t j = 0; j < queries.cols(); ++j) sum += detector->find_closest(point_at(queries, j));
+    return sum;
+  });
+  add_benchmark("find_closest(node), " + kind, "ours", [=] {
+    std::size_t sum = 0;
+    for (unsigned i = 0; i < nodes->cols(); ++i) sum += detector->find_closest(i);
+    return sum;
+  });
+  add_benchmark("find_in_box, " + kind, "ours", [=] { return nodes_in_boxes(*detector, boxes, half); });
+#ifdef QEL_HAVE_NANOFLANN
+  auto flann = std::make_shared<flann_tree>(points);
+  add_benchmark("node_detector build, " + kind, "nanoflann", [=] { return flann_tree(points).tree.size(flann->tree); });
+  add_benchmark("node_detector build and 100 000 queries, " + kind, "nanoflann",
+                [=] { return sum_of_closest(flann_tree(points), queries.sub_matrix(0, 0, 3, 100000)); });
+  add_benchmark("find_closest(P), " + kind, "nanoflann", [=] { return sum_of_closest(*flann, queries); });
+  add_benchmark("find_closest(node), " + kind, "nanoflann", [=] { return sum_of_closest_others(*flann, points); });
+  add_benchmark("find_in_box, " + kind, "nanoflann", [=] { return nodes_in_boxes(*flann, boxes, half); });
+#endif
+}
+
+void add_merge_benchmarks(const std::string& order, const dense2D<double>& nodes) {
+  dense1D<unsigned> all(nodes.cols());
+  for (unsigned i = 0; i < all.size(); ++i) all[i] = i;
+  const auto merge = [=](double tol) {
+    dense1D<unsigned> new_IDs;
+    return qel::gridwork::merge(nodes, all, new_IDs, tol);
+  };
+  constexpr double small = 1e-4;
+  add_benchmark("merge tol 0, " + order, "ours", [=] { return merge(0.0); });
+  add_benchmark("merge small tol, " + order, "ours", [=] { return merge(small); });
+#ifdef QEL_HAVE_MESHOPTIMIZER
+  add_benchmark("merge tol 0, " + order, "meshoptimizer", [=] {
+    std::vector<unsigned> map(nodes.cols());
+    return meshopt_generateVertexRemap(map.data(), nullptr, nodes.cols(), nodes.data(), nodes.cols(), 24);
+  });
+#endif
+#ifdef QEL_HAVE_NANOFLANN
+  add_benchmark("merge small tol, " + order, "nanoflann", [=] { return merge_by_radius_search(nodes, small); });
+#endif
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  constexpr std::uint64_t million = 1000000;
+  add_detector_benchmarks("uniform", inputs::uniform_points(million, 1), inputs::uniform_points(million, 2));
+  add_detector_benchmarks("clustered", inputs::clustered_points(million, 1), inputs::clustered_points(million, 1));
+  dense2D<double> coords;
+  dense2D<unsigned> connectivity;
+  inputs::surface(707, coords, connectivity);
+  add_merge_benchmarks("soup order", inputs::corners(coords, connectivity, false));
+  add_merge_benchmarks("random order", inputs::corners(coords, connectivity, true));
+  return run_benchmarks(argc, argv);
+}

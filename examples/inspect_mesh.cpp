@@ -1,0 +1,155 @@
+// Reads a triangle mesh, tells what is in it, and writes it with its coincident nodes merged.
+//
+// usage: inspect_mesh FILE.stl [-o OUT.stl]
+//
+// To add to the report, write one more section and name it in print_report().
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "mesh_format.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uintmax_t large_file = 100'000'000;  // bytes; a step on more than this takes a while
+
+const format* const formats[] = {&stl_format};
+
+using step_times = std::vector<std::pair<std::string, double>>;
+
+[[noreturn]] void fail(const std::string& message) { throw std::runtime_error(message); }
+
+void require_readable(const std::string& path) {
+  std::error_code error;
+  if (!fs::exists(path, error)) fail(path + ": " + (error ? error.message() : "there is no such file"));
+  if (fs::is_directory(path, error)) fail(path + ": this is a directory, not a mesh file");
+  errno = 0;
+  if (!std::ifstream(path, std::ios::binary)) fail(path + ": cannot be opened: " + std::strerror(errno));
+  if (fs::is_regular_file(path, error) && fs::file_size(path, error) == 0) fail(path + ": the file is empty");
+}
+
+// --- The report ----------------------------------------------------------------------------------------------------
+
+void print_count(const char* label, std::uint64_t value) {
+  std::printf("  %-30s %15s\n", label, number(value).c_str());
+}
+
+void print_counts(const survey& file, const mesh& m) {
+  const std::uint64_t triangles = m.connectivity.cols();
+  const std::uint64_t nodes = m.coords.cols();
+  std::printf("Mesh\n");
+  print_count("triangles in the file", file.triangles);
+  print_count("degenerate, removed", file.triangles - std::min(file.triangles, triangles));
+  print_count("triangles kept", triangles);
+  print_count("nodes in the file", 3 * file.triangles);
+  print_count("merged or unused, removed", 3 * file.triangles - std::min(3 * file.triangles, nodes));
+  print_count("nodes kept", nodes);
+}
+
+void print_bounding_box(const mesh& m) {
+  if (m.coords.cols() == 0) return;
+  std::printf("Bounding box\n");
+  for (unsigned axis = 0; axis < 3; ++axis) {
+    double low = m.coords(axis, 0), high = low;
+    for (std::uint64_t node = 1; node < m.coords.cols(); ++node) {
+      low = std::min(low, m.coords(axis, node));
+      high = std::max(high, m.coords(axis, node));
+    }
+    std::printf("  %c  %14.7g to %14.7g, size %.7g\n", "xyz"[axis], low, high, high - low);
+  }
+}
+
+void print_times(const step_times& times) {
+  std::printf("Time\n");
+  for (const auto& [step, seconds] : times) std::printf("  %-30s %13.3f s\n", step.c_str(), seconds);
+}
+
+void print_report(const survey& file, const mesh& m) {
+  print_counts(file, m);
+  print_bounding_box(m);
+}
+
+// --- The program ---------------------------------------------------------------------------------------------------
+
+template <class Action>
+auto timed(const char* step, bool announce, step_times& times, Action action) {
+  if (announce) std::fprintf(stderr, "%s ...\n", step);
+  const auto start = std::chrono::steady_clock::now();
+  auto result = action();
+  times.emplace_back(step, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+  return result;
+}
+
+const format& format_of(const std::string& path) {
+  const std::string extension = lower_case(fs::path(path).extension().string());
+  const auto found = std::find_if(std::begin(formats), std::end(formats),
+                                  [&](const format* candidate) { return extension == candidate->extension; });
+  return found != std::end(formats) ? **found : *formats[0];
+}
+
+void write_mesh(const std::string& path, const mesh& m, const survey& input, step_times& times) {
+  const format& kind = format_of(path);
+  const bool announce = input.bytes > large_file;
+  errno = 0;
+  const int code = timed("writing", announce, times, [&] { return kind.write(path, m, input.text); });
+  const std::string reason = errno != 0 ? std::strerror(errno) : "result code " + std::to_string(code);
+  if (code != 0) fail(path + ": cannot be written: " + reason);
+  const survey output = timed("checking what was written", announce, times, [&] { return kind.look(path); });
+  if (!kind.complete(output, m)) fail(path + ": was written, but is not complete; is the disk full?");
+  std::printf("Written: %s (%s %s, %s bytes)\n", path.c_str(), output.text ? "text" : "binary", kind.name,
+              number(output.bytes).c_str());
+}
+
+void inspect(const std::string& input, const std::string& output) {
+  require_readable(input);
+  std::error_code error;
+  if (!output.empty() && fs::equivalent(input, output, error)) fail(output + ": this is the input file");
+
+  const format& kind = format_of(input);
+  const bool announce = fs::is_regular_file(input, error) && fs::file_size(input, error) > large_file;
+  step_times times;
+  const survey file = timed("counting triangles", announce, times, [&] { return kind.look(input); });
+  mesh m;
+  const int code = timed("reading and merging", announce, times, [&] { return kind.read(input, m); });
+  // Damaged text whose bytes 80 to 83 read as a negative count comes back as a sound binary file without triangles.
+  if (code != 0 || (file.triangles > 0 && m.connectivity.cols() == 0)) {
+    fail(input + ": " + kind.explain(code, input, file));
+  }
+
+  std::printf("%s: %s %s, %s bytes\n", input.c_str(), file.text ? "text" : "binary", kind.name,
+              number(file.bytes).c_str());
+  print_report(file, m);
+  if (!output.empty()) write_mesh(output, m, file, times);
+  print_times(times);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  const bool with_output = arguments.size() == 3 && arguments[1] == "-o";
+  if (arguments.size() != 1 && !with_output) {
+    std::fprintf(stderr, "usage: inspect_mesh FILE.stl [-o OUT.stl]\n");
+    return 2;
+  }
+  try {
+    inspect(arguments[0], with_output ? arguments[2] : std::string());
+  } catch (const std::exception& problem) {
+    std::fprintf(stderr, "inspect_mesh: %s\n", problem.what());
+    return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Measures the library beside its peers and prints the ratios of CPU time: median of 5 runs, warm.
+# Usage: scripts/benchmark.sh [benchmark ...]   for example: scripts/benchmark.sh ids search stl
+# Run it on an otherwise idle machine. Peers that are not installed are left out.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+names=("$@")
+[ ${#names[@]} -gt 0 ] || names=(ids search stl)
+cmake --preset release -DQEL_GRIDWORK_BUILD_BENCHMARKS=ON >/dev/null
+cmake --build --preset release -j2
+for name in "${names[@]}"; do
+  echo
+  echo "== $name"
+  "build/release/benchmarks/${name}_benchmark" --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+    --benchmark_out_format=json --benchmark_out="build/${name}_benchmark.json" >/dev/null
+  python3 scripts/benchmark_ratios.py "build/${name}_benchmark.json"
+done

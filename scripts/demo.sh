@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Builds the library and its example, and shows the example at work on an STL file: on our own bearing bracket, or on
+# the file that is named. The merged mesh goes to build/demo/.
+# usage: scripts/demo.sh [FILE.stl]
+set -euo pipefail
+input=$(realpath -m -- "${1:-$(dirname "${BASH_SOURCE[0]}")/../examples/data/bracket.stl}")
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/packages.sh
+
+need_packages g++ cmake ninja-build
+
+mkdir -p build/demo
+if ! { cmake --preset release -B build/demo/release -DQEL_GRIDWORK_BUILD_TESTS=OFF &&
+  cmake --build build/demo/release --target inspect_mesh; } > build/demo/build.log 2>&1; then
+  cat build/demo/build.log >&2
+  exit 1
+fi
+
+name=$(basename -- "$input")
+build/demo/release/examples/inspect_mesh "$input" -o "build/demo/${name%.*}-merged.stl"

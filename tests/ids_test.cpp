@@ -1,0 +1,240 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "qel/gridwork.h"
+#include "tests/random_meshes.h"
+#include "tests/reference.h"
+
+namespace qel::gridwork {
+namespace {
+
+using random_meshes::below;
+using random_meshes::with_gaps;
+using reference::columns;
+using reference::id_list;
+using reference::to_array;
+using reference::to_list;
+
+constexpr unsigned none = ~0U;
+
+// Two triangles and a matrix that holds them with foreign entries between the columns.
+dense2D<unsigned> two_triangles() { return dense2D<unsigned>(3, 2, {2, 0, 1, 1, 2, 3}); }
+
+TEST(max_ID, ignores_none) {
+  EXPECT_EQ(max_ID(dense1D<unsigned>()), none);
+  EXPECT_EQ(max_ID(dense1D<unsigned>{none, none}), 0U);
+  EXPECT_EQ(max_ID(dense1D<unsigned>{3, none, 7}), 7U);
+  EXPECT_EQ(max_ID(dense1D<unsigned>{none - 1, none}), none - 1);
+  EXPECT_EQ(max_ID(dense2D<unsigned>(3, 0)), none);
+  EXPECT_EQ(max_ID(dense2D<unsigned>(0, 3)), none);
+  EXPECT_EQ(max_ID(dense2D<unsigned>(2, 1, none)), 0U);
+  EXPECT_EQ(max_ID(with_gaps(two_triangles(), 9U)), 3U);
+}
+
+TEST(check_IDs, accepts_none_anywhere) {
+  EXPECT_TRUE(check_IDs(dense1D<unsigned>{0, none, 2}, 3));
+  EXPECT_FALSE(check_IDs(dense1D<unsigned>{0, 3}, 3));
+  EXPECT_TRUE(check_IDs(dense1D<unsigned>{0, none - 1}, none));
+  EXPECT_TRUE(check_IDs(dense1D<unsigned>(), 0));
+  EXPECT_TRUE(check_IDs(dense1D<unsigned>{none}, 0));
+  EXPECT_TRUE(check_IDs(dense2D<unsigned>(4, 0), 0));
+  EXPECT_TRUE(check_IDs(dense2D<unsigned>(2, 2, {none, 0, 1, none}), 2));
+  EXPECT_TRUE(check_IDs(with_gaps(two_triangles(), 9U), 4));
+  EXPECT_FALSE(check_IDs(with_gaps(two_triangles(), 0U), 3));
+  EXPECT_TRUE(check_IDs(with_gaps(two_triangles(), 9U), none));
+}
+
+TEST(shift_indices, wraps_and_treats_none_by_kind) {
+  dense1D<unsigned> list{0, none, 7};
+  EXPECT_EQ(shift_indices(list, 5), 0);
+  EXPECT_EQ(to_list(list), id_list({5, none, 12}));
+  EXPECT_EQ(shift_indices(list, -6), 0);
+  EXPECT_EQ(to_list(list), id_list({none, none, 6}));
+  for (unsigned t = 0; t <= ELT_HEXA27; ++t) {
+    const auto type = static_cast<element_type>(t);
+    const bool mixed = type == ELT_FACE_MIX || type == ELT_SOLID_MIX;
+    dense2D<unsigned> m = with_gaps(dense2D<unsigned>(3, 2, {0, 1, none, 9, 8, 7}), 50U);
+    EXPECT_EQ(shift_indices(m, 0, type), 0);
+    EXPECT_EQ(shift_indices(m, 5, type), 0);
+    EXPECT_EQ(columns(m), (std::vector<id_list>{{5, 6, mixed ? none : 4}, {14, 13, 12}})) << t;
+    EXPECT_TRUE(m.data()[-1] == 50 && m.data()[3] == 50) << "an entry between the columns was shifted";
+  }
+}
+
+TEST(change_indices, leaves_what_the_table_lacks) {
+  dense1D<unsigned> list{0, 5, none, 1, 2};
+  change_indices(list, {10, 11});
+  EXPECT_EQ(to_list(list), id_list({10, 5, none, 11, 2}));
+  change_indices(list, dense1D<unsigned>());
+  EXPECT_EQ(to_list(list), id_list({10, 5, none, 11, 2}));
+  dense2D<unsigned> m = with_gaps(two_triangles(), 1U);
+  change_indices(m, {7, none, 6});
+  EXPECT_EQ(columns(m), (std::vector<id_list>{{6, 7, none}, {none, 6, 3}}));
+  EXPECT_EQ(m.column(0)[3], 1U);
+}
+
+TEST(permutation, scatters) {
+  const auto permuted = [](const id_list& values, const id_list& perm) {
+    dense1D<unsigned> v = to_array(values);
+    const dense1D<unsigned> other_view = v;
+    dense1D<double> d(values.size());
+    std::copy(values.begin(), values.end(), d.begin());
+    EXPECT_EQ(permutation(v, to_array(perm)), 0);
+    EXPECT_EQ(permutation(d, to_array(perm)), 0);
+    EXPECT_TRUE(std::equal(v.begin(), v.end(), d.begin()));
+    EXPECT_EQ(to_list(other_view), values) << "another view of the block was disturbed";
+    return to_list(v);
+  };
+  EXPECT_EQ(permuted({7, 8, 9}, {2, 0, 1}), id_list({8, 9, 7}));
+  EXPECT_EQ(permuted({7, 8, 9}, {none, 0, 1}), id_list({8, 9, 9}));
+  EXPECT_EQ(permuted({7, 8, 9}, {1, 2, 2, 0}), id_list({7, 7, 8}));  // position 0 gets nothing, the fixed 2 is no move
+  EXPECT_EQ(permuted({7, 8, 9}, {2, 2}), id_list({7, 8, 8}));        // the last move wins
+  EXPECT_EQ(permuted({7, 8, 9}, {3, 1}), id_list({7, 8, 9}));
+  EXPECT_EQ(permuted({7, 8, 9}, {}), id_list({7, 8, 9}));
+  EXPECT_EQ(permuted({}, {0, 1}), id_list());
+  dense1D<unsigned> self{2, 0, 1};
+  EXPECT_EQ(permutation(self, self), 0);
+  EXPECT_EQ(to_list(self), id_list({0, 1, 2}));
+}
+
+TEST(get_IDs, matches_values) {
+  random_meshes::generator random(5);
+  dense1D<unsigned> B_in_A{1, 2, 3}, A_in_B;
+  EXPECT_EQ(get_IDs(dense1D<unsigned>{4, 4, 9}, dense1D<unsigned>{9, 4, 8}, B_in_A, A_in_B), 0);
+  EXPECT_EQ(to_list(B_in_A), id_list({2, 0, none}));
+  EXPECT_EQ(to_list(A_in_B), id_list({1, none, 0}));
+  for (unsigned round = 0; round < 200; ++round) {
+    const unsigned range = 1 + below(random, 60);
+    id_list a = random_meshes::list(random, below(random, 40), range);
+    id_list b = random_meshes::list(random, below(random, 40), range);
+    if (round % 3 == 0) {
+      for (unsigned& v : a) v = v == none ? none : none - 1 - v;  // indices near the upper end
+      for (unsigned& v : b) v = v == none ? none : none - 1 - v;
+    }
+    id_list expected_a(a.size(), none), expected_b(b.size(), none);
+    for (unsigned j = 0; j < b.size(); ++j) {
+      const auto i = static_cast<unsigned>(std::find(a.begin(), a.end(), b[j]) - a.begin());
+      if (b[j] == none || i == a.size()) continue;
+      expected_b[j] = i;
+      if (expected_a[i] == none) expected_a[i] = j;
+    }
+    ASSERT_EQ(get_IDs(to_array(a), to_array(b), B_in_A, A_in_B), 0);
+    ASSERT_EQ(to_list(B_in_A), expected_b);
+    ASSERT_EQ(to_list(A_in_B), expected_a);
+  }
+}
+
+// Few distinct entries, so that there are duplicates, tied largest entries and entries `~0U` of all kinds.
+TEST(get_IDs, matches_columns) {
+  random_meshes::generator random(6);
+  dense1D<unsigned> B_in_A, A_in_B;
+  for (unsigned round = 0; round < 600; ++round) {
+    const unsigned rows = below(random, 7), nodes = 1 + below(random, 5);
+    const dense2D<unsigned> A = with_gaps(random_meshes::connectivity(random, rows, below(random, 40), nodes), 3U);
+    const dense2D<unsigned> B = with_gaps(random_meshes::connectivity(random, rows, below(random, 40), nodes), 4U);
+    for (const bool exact : {true, false}) {
+      const auto expected = reference::match_columns(A, B, exact);
+      ASSERT_EQ(get_IDs(A, B, B_in_A, A_in_B, exact), 0);
+      ASSERT_EQ(to_list(B_in_A), expected.first) << "rows " << rows << ", exact " << exact;
+      ASSERT_EQ(to_list(A_in_B), expected.second) << "rows " << rows << ", exact " << exact;
+    }
+  }
+}
+
+TEST(get_IDs, column_examples) {
+  dense1D<unsigned> B_in_A, A_in_B{1};
+  const dense2D<unsigned> quad(4, 1, {1, 2, 3, 4}), turned(4, 1, {3, 2, 1, 4});
+  EXPECT_EQ(get_IDs(quad, turned, B_in_A, A_in_B, false), 0);
+  EXPECT_EQ(to_list(B_in_A), id_list({0}));
+  EXPECT_EQ(get_IDs(quad, turned, B_in_A, A_in_B, true), 0);
+  EXPECT_EQ(to_list(B_in_A), id_list({none}));
+  const dense2D<unsigned> tie(4, 1, {9, 1, 9, 2}), tie_from_the_other(4, 1, {9, 2, 9, 1});
+  EXPECT_EQ(get_IDs(tie, tie_from_the_other, B_in_A, A_in_B, false), 0);
+  EXPECT_EQ(to_list(A_in_B), id_list({0}));  // the reversed form of the first is the second
+  for (const bool exact : {true, false}) {
+    EXPECT_EQ(get_IDs(quad, two_triangles(), B_in_A, A_in_B, exact), -2);
+    EXPECT_TRUE(B_in_A.empty() && A_in_B.empty());
+    EXPECT_EQ(get_IDs(dense2D<unsigned>(), quad, B_in_A, A_in_B, exact), -2);
+  }
+}
+
+TEST(unique_indices, appends_in_order_of_first_appearance) {
+  const dense2D<unsigned> m[] = {with_gaps(two_triangles(), 8U), dense2D<unsigned>(),
+                                 dense2D<unsigned>(2, 2, {none, 5, 3, none - 1})};
+  dense1D<unsigned> ids;
+  EXPECT_EQ(unique_indices(ids, m[0]), 0);
+  EXPECT_EQ(to_list(ids), id_list({2, 0, 1, 3}));
+  EXPECT_EQ(unique_indices(ids, m[0], dense1D<unsigned>{0}), 0);
+  EXPECT_EQ(to_list(ids), id_list({2, 0, 1, 3, 2, 1, 3}));
+  EXPECT_EQ(unique_indices(ids, ids), 0);
+  EXPECT_EQ(to_list(ids), id_list({2, 0, 1, 3, 2, 1, 3, 2, 0, 1, 3}));
+  EXPECT_EQ(unique_indices(ids, m + 1, m), -3);
+  EXPECT_EQ(ids.size(), 11U);
+  ids.clear();
+  EXPECT_EQ(unique_indices(ids, m + 3, m + 3), 0);
+  EXPECT_EQ(unique_indices(ids, m, m + 3, dense1D<unsigned>{1, 9, none}), 0);
+  EXPECT_EQ(to_list(ids), id_list({2, 0, 3, 5, none - 1}));
+  EXPECT_EQ(unique_indices(ids, dense1D<unsigned>{5, 0, 77}, ids), 0);
+  EXPECT_EQ(to_list(ids), id_list({2, 0, 3, 5, none - 1, 77}));
+  EXPECT_EQ(count_unique_indices(m[0]), 4);
+  EXPECT_EQ(count_unique_indices(m, m + 3), 6);
+  EXPECT_EQ(count_unique_indices(m[1]), 0);
+  EXPECT_EQ(count_unique_indices(m, m), 0);
+  EXPECT_EQ(count_unique_indices(m + 1, m), -2);
+}
+
+// Small, spread and huge indices, since a large table, a hash table and a bit set suit different inputs.
+TEST(unique_indices, random_values) {
+  random_meshes::generator random(7);
+  for (const unsigned range : {1U, 10U, 1000U, 70000U, none}) {
+    for (const unsigned base : {0U, 4000000000U, none - 1}) {
+      for (const unsigned size : {1U, 30U, 3000U}) {
+        id_list values = random_meshes::list(random, size, range), excluded;
+        for (unsigned& v : values) v += v < none - base ? base : 0;
+        for (unsigned k = 0; k < size / 3; ++k) excluded.push_back(values[below(random, size)]);
+        dense1D<unsigned> ids{1, 1};
+        ASSERT_EQ(unique_indices(ids, to_array(values), to_array(excluded)), 0);
+        id_list expected = reference::unique(values, excluded);
+        expected.insert(expected.begin(), {1, 1});
+        ASSERT_EQ(to_list(ids), expected) << range << " " << base << " " << size;
+        const dense1D<unsigned> array = to_array(values);
+        const dense2D<unsigned> whole(1, size, const_cast<unsigned*>(array.data()));
+        ASSERT_EQ(count_unique_indices(whole), int(reference::unique(values).size()));
+      }
+    }
+  }
+}
+
+TEST(get_sorted_order, is_stable) {
+  dense1D<unsigned> order{9}, offsets;
+  const auto expect = [&](const id_list& values, const id_list& expected_order, const id_list& expected_offsets) {
+    EXPECT_EQ(get_sorted_order(to_array(values), order, offsets), 0);
+    EXPECT_EQ(to_list(order), expected_order);
+    EXPECT_EQ(to_list(offsets), expected_offsets);
+  };
+  expect({2, 0, 2, none, 1}, {1, 4, 0, 2}, {0, 1, 2, 4});
+  expect({}, {}, {0});
+  expect({none}, {}, {0, 0});
+  expect({0}, {0}, {0, 1});
+  expect({4}, {0}, {0, 0, 0, 0, 0, 1});
+  EXPECT_EQ(get_sorted_order({3, none - 1}, order, offsets), -199);
+  EXPECT_TRUE(order.empty() && offsets.empty());
+
+  random_meshes::generator random(8);
+  const id_list values = random_meshes::list(random, 3000, 400);
+  ASSERT_EQ(get_sorted_order(to_array(values), order, offsets), 0);
+  ASSERT_EQ(offsets.size(), max_ID(to_array(values)) + 2U);
+  id_list expected_order;
+  for (unsigned v = 0; v + 1 < offsets.size(); ++v) {
+    ASSERT_EQ(offsets[v], expected_order.size());
+    for (unsigned i = 0; i < values.size(); ++i) {
+      if (values[i] == v) expected_order.push_back(i);
+    }
+  }
+  EXPECT_EQ(offsets[offsets.size() - 1], expected_order.size());
+  EXPECT_EQ(to_list(order), expected_order);
+}
+
+}  // namespace
+}  // namespace qel::gridwork

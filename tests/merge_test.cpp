@@ -1,0 +1,309 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <vector>
+
+#include "qel/gridwork.h"
+#include "tests/random_meshes.h"
+#include "tests/reference.h"
+
+namespace qel::gridwork {
+namespace {
+
+using random_meshes::cloud;
+using random_meshes::clouds;
+using random_meshes::deep_copies;
+using random_meshes::deep_copy;
+using random_meshes::generator;
+using random_meshes::infinity;
+using random_meshes::not_a_number;
+using random_meshes::same_bits;
+using random_meshes::with_gaps;
+using reference::columns;
+using reference::id_list;
+using reference::merge_result;
+using reference::to_array;
+using reference::to_list;
+
+constexpr unsigned none = ~0U;
+constexpr double largest = std::numeric_limits<double>::max();
+
+using matrices = std::vector<dense2D<unsigned>>;
+
+std::vector<double> tolerances(double step) {
+  return {0, 1e-3 * step, 0.5 * step, step, 1.5 * step, 2 * step, 1e3 * step, largest, infinity};
+}
+
+// The three groups of overloads with every fault; a fault is reported before those behind it.
+const dense2D<double> plane(2, 2, {0, 0, 1, 1}), empty(2, 0), line(1, 2), four(4, 2);
+
+TEST(merge_result_codes, all_nodes) {
+  dense1D<unsigned> map;
+  const auto moving = [&](const dense2D<double>& c, double tol) {
+    dense2D<double> work = deep_copy(c);
+    map = dense1D<unsigned>{7};
+    const int result = merge(work, map, tol);
+    EXPECT_EQ(merge(work, tol), result);
+    EXPECT_EQ(map.size(), result == 0 && !c.empty() ? 2U : 0U);
+    EXPECT_EQ(work, c);
+    return result;
+  };
+  EXPECT_EQ(moving(empty, -1), 0);
+  EXPECT_EQ(moving(dense2D<double>(), -1), 0);
+  EXPECT_EQ(moving(line, -1), -1);
+  EXPECT_EQ(moving(four, -1), -1);
+  for (const double tol : {-1.0, -infinity, not_a_number, -5e-324}) EXPECT_EQ(moving(plane, tol), -3);
+  EXPECT_EQ(moving(plane, -0.0), 0);
+}
+
+TEST(merge_result_codes, lists) {
+  const dense1D<unsigned> good{0, 1, none}, bad{0, 2}, nothing;
+  dense1D<unsigned> map;
+  const auto lists = [&](const dense2D<double>& c, const dense1D<unsigned>& a, const dense1D<unsigned>& b, double tol) {
+    map = dense1D<unsigned>{7};
+    const int result = merge(c, a, b, map, tol);
+    EXPECT_EQ(map.size(), result == 0 && !c.empty() && !a.empty() && !b.empty() ? 2U : 0U);
+    if (a == b) {
+      EXPECT_EQ(merge(c, a, map, tol), result);
+    }
+    return result;
+  };
+  EXPECT_EQ(lists(empty, bad, bad, -1), 0);
+  EXPECT_EQ(lists(line, bad, bad, -1), -1);
+  EXPECT_EQ(lists(four, good, good, 0), -1);
+  EXPECT_EQ(lists(plane, bad, bad, -1), -2);
+  EXPECT_EQ(lists(plane, nothing, bad, -1), -3);
+  EXPECT_EQ(lists(plane, good, nothing, -1), -4);
+  EXPECT_EQ(lists(plane, good, good, not_a_number), -4);
+  EXPECT_EQ(lists(plane, good, nothing, 0), 0);
+  EXPECT_EQ(lists(plane, nothing, good, 0), 0);
+  EXPECT_EQ(lists(plane, nothing, nothing, 0), 0);
+  EXPECT_EQ(lists(plane, dense1D<unsigned>{none}, good, 9), 0);
+  EXPECT_EQ(lists(plane, good, dense1D<unsigned>{none}, 9), 0);
+  EXPECT_EQ(lists(plane, good, good, 0), 0);
+}
+
+TEST(merge_result_codes, connectivities) {
+  const dense2D<unsigned> good_edge(2, 1, {0, 1}), bad_edge(2, 1, {2, 0}), no_node(2, 2, none);
+  dense1D<unsigned> map;
+  const auto elements = [&](const dense2D<double>& c, const dense2D<unsigned>& e, double tol, unsigned mode) {
+    matrices work = deep_copies<unsigned>({e, e});
+    map = dense1D<unsigned>{7};
+    const int result = merge(c, work[0], map, tol, mode);
+    EXPECT_EQ(map.size(), result == 0 && !c.empty() && e == good_edge ? 2U : 0U);
+    EXPECT_EQ(merge(c, work[0], tol, mode), result);
+    EXPECT_EQ(merge(c, work[0], work[1], map, tol, mode), result);
+    EXPECT_EQ(merge(c, work[0], work[1], tol, mode), result);
+    EXPECT_EQ(merge(c, work.data(), work.data() + 2, map, tol, mode), result);
+    EXPECT_EQ(merge(c, work.data(), work.data() + 2, tol, mode), result);
+    EXPECT_EQ(work, (matrices{e, e}));
+    return result;
+  };
+  EXPECT_EQ(elements(empty, bad_edge, -1, 9), 0);
+  EXPECT_EQ(elements(line, bad_edge, -1, 9), -1);
+  EXPECT_EQ(elements(four, bad_edge, -1, 9), -1);
+  EXPECT_EQ(elements(plane, bad_edge, -1, 9), -5);
+  EXPECT_EQ(elements(plane, bad_edge, not_a_number, 9), -5);
+  EXPECT_EQ(elements(plane, bad_edge, 0, 3), -6);
+  EXPECT_EQ(elements(plane, dense2D<unsigned>(), 0, none), -6);
+  for (unsigned mode = 0; mode <= 2; ++mode) {
+    EXPECT_EQ(elements(plane, bad_edge, 9, mode), -2);
+    EXPECT_EQ(elements(plane, no_node, 9, mode), 0);
+    EXPECT_EQ(elements(plane, dense2D<unsigned>(3, 0), 9, mode), 0);
+    EXPECT_EQ(elements(plane, good_edge, 0, mode), 0);
+  }
+  matrices range = deep_copies<unsigned>({bad_edge, bad_edge});
+  for (const auto* c : {&line, &empty, &plane}) {
+    const int reversed = c == &empty ? 0 : c == &line ? -1 : -3;
+    EXPECT_EQ(merge(*c, range.data() + 1, range.data(), map, -1, 9), reversed);
+    EXPECT_EQ(merge(*c, range.data() + 1, range.data(), -1, 9), reversed);
+    EXPECT_EQ(merge(*c, range.data(), range.data(), map, -1, 9), 0);
+    EXPECT_TRUE(map.empty());
+  }
+}
+
+TEST(merge, survivors_by_list_order) {
+  dense2D<double> coords(2, 6);
+  for (unsigned j = 0; j < 6; ++j) coords(0, j) = j == 5 ? 3 : j;
+  dense1D<unsigned> map;
+  EXPECT_EQ(merge(coords, dense1D<unsigned>{3, 5}, map, 0), 1);
+  EXPECT_EQ(to_list(map), id_list({0, 1, 2, 3, 4, 3}));
+  EXPECT_EQ(merge(coords, dense1D<unsigned>{5, none, 3, 5}, map, 0), 1);
+  EXPECT_EQ(to_list(map), id_list({0, 1, 2, 5, 4, 5}));
+  EXPECT_EQ(merge(coords, dense1D<unsigned>{3}, dense1D<unsigned>{4, 2}, map, 1), 1);
+  EXPECT_EQ(to_list(map), id_list({0, 1, 2, 4, 4, 5}));
+  dense2D<double> same(3, 3, 0.5);
+  EXPECT_EQ(merge(same, map, 0), 2);
+  EXPECT_EQ(to_list(map), id_list({0, 0, 0}));
+}
+
+TEST(merge, lists_against_the_reference) {
+  generator random(1);
+  for (const unsigned dim : {2U, 3U}) {
+    for (const unsigned n : {1U, 2U, 7U, 150U}) {
+      for (const cloud& c : clouds(dim, n)) {
+        const dense2D<double> coords = with_gaps(c.coords, 0.25);
+        for (const double tol : tolerances(c.step)) {
+          SCOPED_TRACE(c.name + ", n = " + std::to_string(n) + ", tol = " + testing::PrintToString(tol));
+          dense1D<unsigned> map{1};
+          const id_list all = reference::identity(n);
+          const merge_result expected = reference::merge_near(coords, all, all, tol);
+          dense2D<double> moved = with_gaps(c.coords, 0.25), moved_without_map = deep_copy(coords);
+          const dense2D<double> other_view = moved;
+          dense2D<double> expected_coords = deep_copy(coords);
+          for (unsigned j = 0; j < n; ++j)
+            std::copy_n(coords.column(expected.new_ids[j]), dim, expected_coords.column(j));
+          ASSERT_EQ(merge(moved, map, tol), expected.count);
+          ASSERT_EQ(to_list(map), expected.new_ids);
+          ASSERT_EQ(merge(moved_without_map, tol), expected.count);
+          ASSERT_TRUE(same_bits(moved, expected_coords) && same_bits(moved_without_map, expected_coords));
+          ASSERT_TRUE(same_bits(other_view, coords)) << "another view of the block was disturbed";
+
+          const id_list a = random_meshes::list(random, 1 + n / 2, n), b = random_meshes::list(random, 1 + n / 2, n);
+          const merge_result one = reference::merge_near(coords, a, a, tol);
+          ASSERT_EQ(merge(coords, to_array(a), map, tol), one.count);
+          ASSERT_EQ(to_list(map), one.new_ids);
+          const merge_result two = reference::merge_near(coords, a, b, tol);
+          ASSERT_EQ(merge(coords, to_array(a), to_array(b), map, tol), two.count);
+          ASSERT_EQ(to_list(map), two.new_ids);
+        }
+      }
+    }
+  }
+}
+
+TEST(merge, connectivities_against_the_reference) {
+  generator random(2);
+  for (const unsigned dim : {2U, 3U}) {
+    for (const unsigned n : {3U, 120U}) {
+      for (const cloud& c : clouds(dim, n)) {
+        const matrices originals = {random_meshes::connectivity(random, 3, n / 3, n), dense2D<unsigned>(4, 0),
+                                    random_meshes::connectivity(random, 8, n / 6, n)};
+        for (const double tol : tolerances(c.step)) {
+          for (unsigned mode = 0; mode <= 2; ++mode) {
+            SCOPED_TRACE(c.name + ", n = " + std::to_string(n) + ", mode = " + std::to_string(mode) +
+                         ", tol = " + testing::PrintToString(tol));
+            matrices expected = deep_copies(originals), work = originals;
+            for (auto& m : work) m = with_gaps(m, 1U);
+            const merge_result result = reference::merge(c.coords, expected, tol, mode);
+            dense1D<unsigned> map{1};
+            ASSERT_EQ(merge(c.coords, work.data(), work.data() + 3, map, tol, mode), result.count);
+            ASSERT_EQ(to_list(map), result.new_ids);
+            ASSERT_EQ(work, expected);
+
+            matrices two = deep_copies<unsigned>({originals[0], originals[2]}),
+                     one_expected = deep_copies<unsigned>({originals[2]});
+            ASSERT_EQ(merge(c.coords, two[0], two[1], map, tol, mode), result.count);
+            ASSERT_EQ(to_list(map), result.new_ids);
+            const merge_result one_result = reference::merge(c.coords, one_expected, tol, mode);
+            dense2D<unsigned> one = with_gaps(originals[2], 1U);
+            ASSERT_EQ(merge(c.coords, one, map, tol, mode), one_result.count);
+            ASSERT_EQ(to_list(map), one_result.new_ids);
+            matrices range = deep_copies(originals), pair = deep_copies<unsigned>({originals[0], originals[2]});
+            ASSERT_EQ(merge(c.coords, range.data(), range.data() + 3, tol, mode), result.count);
+            ASSERT_EQ(merge(c.coords, pair[0], pair[1], tol, mode), result.count);
+            ASSERT_EQ(range, expected);
+            ASSERT_EQ(pair, two);
+            ASSERT_EQ(two, (matrices{expected[0], expected[2]}));
+            ASSERT_EQ(one, one_expected[0]);
+            one = deep_copy(originals[2]);
+            ASSERT_EQ(merge(c.coords, one, tol, mode), one_result.count);
+            ASSERT_EQ(one, one_expected[0]);
+          }
+        }
+      }
+    }
+  }
+}
+
+// Merged matrices stay where they are, and every view of their storage sees the new numbers.
+TEST(merge, two_matrices_keep_their_storage) {
+  const dense2D<double> coords(2, 4, {0, 0, 1, 0, 0, 0, 1, 0});
+  for (const double tol : {0.0, 1e-9}) {
+    for (unsigned mode = 0; mode <= 2; ++mode) {
+      for (const bool without_map : {false, true}) {
+        dense2D<unsigned> whole(2, 4, {0, 1, 2, 3, 3, 2, 2, 0});
+        dense2D<unsigned> m1 = whole.sub_matrix(0, 0, 2, 2), m2 = whole.sub_matrix(0, 2, 2, 2);
+        dense1D<unsigned> map;
+        const int count = without_map ? merge(coords, m1, m2, tol, mode) : merge(coords, m1, m2, map, tol, mode);
+        EXPECT_EQ(count, mode == 0 ? 2 : 1);
+        EXPECT_EQ(columns(whole), mode == 0 ? (std::vector<id_list>{{0, 1}, {0, 1}, {1, 0}, {0, 0}})
+                                            : (std::vector<id_list>{{0, 1}, {0, 3}, {3, 0}, {0, 0}}));
+        EXPECT_TRUE(m1.data() == whole.data() && m2.data() == whole.column(2));
+      }
+    }
+  }
+}
+
+// The first pass merges nodes 0 and 1; only then has node 2 an element in common with a node that is left.
+TEST(merge, element_passes_repeat) {
+  const dense2D<double> coords(2, 4, {0, 0, 0, 0, 0.5, 0, 0.5, 0});
+  for (unsigned mode = 0; mode <= 2; ++mode) {
+    dense2D<unsigned> edges(2, 2, {0, 1, 1, 2});
+    dense1D<unsigned> map;
+    EXPECT_EQ(merge(coords, edges, map, 0.5, mode), mode == 1 ? 1 : 2);
+    EXPECT_EQ(to_list(map), mode == 1 ? id_list({0, 0, 2, 3}) : id_list({0, 0, 0, 3}));
+  }
+}
+
+// Random and repeated positions in numbers that make a library take its fast ways; tol = 0 has a simple answer.
+TEST(merge, many_nodes) {
+  constexpr unsigned n = 240000;
+  generator random(4);
+  for (const unsigned dim : {2U, 3U}) {
+    for (const bool shuffled : {false, true}) {
+      dense2D<double> coords(dim, n);
+      for (unsigned j = 0; j < n; ++j) {
+        for (unsigned k = 0; k < dim; ++k) coords(k, j) = j % 6 == 0 ? random_meshes::real(random) : coords(k, j - 1);
+      }
+      id_list order = reference::identity(n);
+      if (shuffled) std::shuffle(order.begin(), order.end(), random);
+      id_list expected(n);
+      id_list first_of_group(n / 6, none);
+      for (unsigned id : order) {
+        if (first_of_group[id / 6] == none) first_of_group[id / 6] = id;
+        expected[id] = first_of_group[id / 6];
+      }
+      dense1D<unsigned> map;
+      for (const double tol : {0.0, 1e-12}) {
+        EXPECT_EQ(merge(coords, to_array(order), map, tol), int(n - n / 6));
+        EXPECT_TRUE(to_list(map) == expected) << dim << " " << shuffled << " " << tol;
+      }
+    }
+    for (const cloud& c : clouds(dim, 4000)) {
+      if (c.step < 1e-3 || c.step > 1) continue;
+      const id_list all = reference::identity(4000);
+      const merge_result expected = reference::merge_near(c.coords, all, all, 0.4 * c.step);
+      dense1D<unsigned> map;
+      EXPECT_EQ(merge(c.coords, to_array(all), map, 0.4 * c.step), expected.count);
+      EXPECT_TRUE(to_list(map) == expected.new_ids) << c.name;
+    }
+  }
+}
+
+TEST(merge, a_million_coincident_nodes) {
+  constexpr unsigned n = 999999;
+  dense2D<unsigned> triangles(3, n / 3);
+  std::iota(triangles.data(), triangles.data() + n, 0U);
+  for (const unsigned dim : {2U, 3U}) {
+    const dense2D<double> coords(dim, n, 0.5);
+    for (const double tol : {0.0, 0.1, infinity}) {
+      dense1D<unsigned> map;
+      dense2D<double> moved = deep_copy(coords);
+      EXPECT_EQ(merge(moved, map, tol), int(n - 1));
+      EXPECT_EQ(std::count(map.begin(), map.end(), 0U), n);
+      dense2D<unsigned> work = deep_copy(triangles);
+      EXPECT_EQ(merge(coords, work, map, tol, 0), int(n - 1));
+      EXPECT_EQ(max_ID(work), 0U);
+      work = deep_copy(triangles);
+      EXPECT_EQ(merge(coords, work, map, tol, 2), int(n / 3 * 2));
+      EXPECT_EQ(count_unique_indices(work), int(n / 3));
+      EXPECT_EQ(map[n - 1], n - 3);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace qel::gridwork

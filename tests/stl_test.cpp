@@ -1,0 +1,798 @@
+// STL files: grammar, numbers, damage, merging and writing, held against the plain reader and writer of stl_reference.h.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <clocale>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "io/stl_geometry.h"
+#include "stl_reference.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace gw = qel::gridwork;
+using qel::dense2D;
+using std::string;
+using namespace std::string_literals;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
+
+struct mesh {
+  dense2D<double> coords;
+  dense2D<unsigned> triangles;
+  int code = 1;
+};
+
+template <class T>
+bool same_bits(const dense2D<T>& a, const dense2D<T>& b) {
+  if (a.rows() != b.rows() || a.cols() != b.cols()) return false;
+  for (std::uint64_t j = 0; j < a.cols(); ++j) {
+    if (a.rows() != 0 && std::memcmp(a.column(j), b.column(j), a.rows() * sizeof(T)) != 0) return false;
+  }
+  return true;
+}
+
+string printable(const string& bytes) {
+  string shown;
+  for (const char c : bytes.substr(0, 1500)) {
+    char code[8];
+    std::snprintf(code, sizeof code, "\\x%02x", static_cast<unsigned char>(c));
+    shown += (c >= ' ' && c <= '~') || c == '\n' ? string(1, c) : code;
+  }
+  return shown;
+}
+
+string replaced(string text, const string& from, const string& to) {
+  for (std::size_t at = 0; (at = text.find(from, at)) != string::npos; at += to.size())
+    text.replace(at, from.size(), to);
+  return text;
+}
+
+/// One facet as text, with three vertex lines.
+string facet(const string& a, const string& b, const string& c) {
+  return " facet normal 0 0 1\n  outer loop\n   vertex " + a + "\n   vertex " + b + "\n   vertex " + c +
+         "\n  endloop\n endfacet\n";
+}
+
+string solid(const string& facets) { return "solid part\n" + facets + "endsolid part\n"; }
+
+/// A binary file of the given count and triangles of 9 coordinates.
+string binary(std::uint32_t count, const std::vector<std::array<float, 9>>& triangles, const string& header = "") {
+  string bytes = header;
+  bytes.resize(80);
+  bytes.append(reinterpret_cast<const char*>(&count), 4);
+  for (const std::array<float, 9>& t : triangles) {
+    bytes.append(12, '\x7f').append(reinterpret_cast<const char*>(t.data()), 36).append("\x20\x21");
+  }
+  return bytes;
+}
+
+const std::vector<std::array<float, 9>> two_triangles = {{0, 0, 0, 1, 0, 0, 0, 1, 0}, {1, 0, 0, 0, 1, 0, 1, 1, .5F}};
+
+class stl : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    folder_ = fs::temp_directory_path() / ("gridwork_stl_" + std::to_string(::getpid()));
+    fs::create_directory(folder_);
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  string path(const string& name = "a.stl") const { return (folder_ / name).string(); }
+
+  /// A fresh file: some file systems flush one that is truncated and written again.
+  string write_file(const string& bytes, const string& name = "a.stl") const {
+    fs::remove(path(name));
+    std::ofstream(path(name), std::ios::binary) << bytes;
+    return path(name);
+  }
+
+  static string read_file(const string& name) {
+    std::ifstream file(name, std::ios::binary);
+    return string(std::istreambuf_iterator<char>(file), {});
+  }
+
+  /// Reads into outputs that hold something already.
+  static mesh read(const string& name) {
+    mesh m{dense2D<double>(2, 5, 7.0), dense2D<unsigned>(4, 9, 3)};
+    m.code = gw::STL_input(name.c_str(), m.coords, m.triangles);
+    return m;
+  }
+
+  /// Reads a file with the library and with the reference and compares everything.
+  static mesh read_twice(const string& name, const string& label) {
+    mesh m = read(name), expected;
+    expected.code = stl_reference::STL_input(name.c_str(), expected.coords, expected.triangles);
+    EXPECT_EQ(m.code, expected.code) << label;
+    EXPECT_TRUE(same_bits(m.coords, expected.coords)) << label;
+    EXPECT_TRUE(same_bits(m.triangles, expected.triangles)) << label;
+    if (m.code != 0) {
+      EXPECT_EQ(m.coords.rows() + m.coords.cols() + m.triangles.rows() + m.triangles.cols(), 0U) << label;
+    }
+    return m;
+  }
+
+  mesh read_bytes(const string& bytes) const { return read_twice(write_file(bytes), printable(bytes)); }
+
+  /// Writes a mesh with the library and with the reference and compares the files.
+  void write_twice(const dense2D<double>& coords, const dense2D<unsigned>& triangles, const string& label) const {
+    for (const bool ascii : {true, false}) {
+      const string ours = path("ours.stl"), theirs = path("theirs.stl");
+      fs::remove(ours), fs::remove(theirs);
+      EXPECT_EQ(gw::STL_output(ours.c_str(), coords, triangles, ascii),
+                stl_reference::STL_output(theirs.c_str(), coords, triangles, ascii));
+      EXPECT_TRUE(without_nan_signs(read_file(ours), ascii) == without_nan_signs(read_file(theirs), ascii))
+          << label << (ascii ? " text:\n" + printable(read_file(ours)) + printable(read_file(theirs)) : " binary");
+    }
+  }
+
+ private:
+  /// The sign of a normal's NaN is the processor's choice and depends on the order of operands.
+  static string without_nan_signs(string bytes, bool ascii) {
+    if (ascii) {
+      for (std::size_t at = 0; (at = bytes.find("facet normal", at)) != string::npos; ++at) {
+        const std::size_t end = bytes.find('\n', at);
+        bytes.replace(at, end - at, replaced(bytes.substr(at, end - at), "-nan", "nan"));
+      }
+      return bytes;
+    }
+    for (std::size_t at = 84; at + 50 <= bytes.size(); at += 50) {
+      for (int k = 0; k < 3; ++k) {
+        float value;
+        std::memcpy(&value, &bytes[at + 4 * k], 4);
+        if (value != value) bytes.replace(at + 4 * k, 4, "NaN!");
+      }
+    }
+    return bytes;
+  }
+
+  fs::path folder_;
+};
+
+TEST_F(stl, text_grammar) {
+  const string one = facet("0 0 0", "1 0 0", "0 1 0"), good = solid(one);
+  const string next = facet("1 0 0", "0 1 0", "1 1 0");
+  string upper = good;
+  for (char& c : upper) c = static_cast<char>(std::toupper(c));
+  const auto with = [&](const string& from, const string& to) { return replaced(good, from, to); };
+  struct {
+    string text;
+    int code;
+    unsigned nodes, triangles;
+  } const cases[] = {
+      {good, 0, 3, 1},
+      {upper, 0, 3, 1},
+      {with("\n", "\r\n"), 0, 3, 1},
+      {with(" ", "\t"), -3, 0, 0},  // "outer\tloop" is not "outer loop"
+      {replaced(with(" ", "\t"), "outer\t", "outer "), 0, 3, 1},
+      {good.substr(0, good.size() - 1), 0, 3, 1},
+      {good.substr(0, good.rfind("end")), -3, 0, 0},
+      {"", -2, 0, 0},
+      {"\n", -2, 0, 0},
+      {"solid", -2, 0, 0},  // as text -3, but the code of the binary reader counts
+      {"solid\nendsolid", 0, 0, 0},
+      {"endsolid\nENDSOLID\n", 0, 0, 0},
+      {"xxSoLiDxx color\nendsolid\n", 0, 0, 0},
+      {with("solid part\n f", "part\n f"), -3, 0, 0},
+      {"\n" + good, -3, 0, 0},
+      {good + "\n", -3, 0, 0},
+      {good + "\n" + good, -3, 0, 0},
+      {good + " solid\n", -3, 0, 0},
+      {good + "endsolid\n", -3, 0, 0},
+      {good + "solid\nendsolid", 0, 3, 1},
+      {good + solid(next), 0, 4, 2},
+      {good + one + "endsolid\n", 0, 3, 2},  // a facet directly behind "endsolid"
+      {solid(one + "\n" + next), -3, 0, 0},
+      {solid(one + next), 0, 4, 2},
+      {solid("my COLOR 1 2 3\n" + one + "color\ncolor\n" + next + "endfacet color\n"), 0, 4, 2},
+      {with("endsolid part", "endsolid color"), -3, 0, 0},
+      {with("endsolid part", "endsolid color\nendsolid"), 0, 3, 1},
+      {with("  outer loop", "color\n  outer loop"), -3, 0, 0},
+      {with("facet normal", "facetnormal"), 0, 3, 1},
+      {with("facet normal ", "facet \t\v\f normal"), 0, 3, 1},
+      {with("facet normal", "a facet normal"), -3, 0, 0},
+      {with("normal 0 0 1", "normal 0 0"), -3, 0, 0},
+      {with("normal 0 0 1", "normal nan -inf 0x1p3 and more"), 0, 3, 1},
+      {with("normal 0 0 1", "normal 0 0 x"), -3, 0, 0},
+      {with("outer loop", "outer  loop"), -3, 0, 0},
+      {with("outer loop", "an outer loop;"), 0, 3, 1},
+      {with("vertex ", "vertex"), 0, 3, 1},
+      {with("vertex ", "vertex:"), -3, 0, 0},
+      {with("vertex 1 0 0", "vertex 1 0"), -3, 0, 0},
+      {with("vertex 1 0 0", "vertex 1 0 0 5 comment"), 0, 3, 1},
+      {with("vertex 1 0 0", "vertex 1+0-0"), 0, 3, 1},
+      {with("vertex 1 0 0", "vertex 1,0,0"), -3, 0, 0},
+      {with("  endloop", "vertex 5 5 5\n  endloop"), -3, 0, 0},
+      {with("   vertex 1 0 0\n", ""), -3, 0, 0},
+      {with("  endloop\n", ""), -3, 0, 0},
+      {with("endloop", "endloop endfacet"), 0, 3, 1},
+      {with(" endfacet\n", ""), -3, 0, 0},
+      {with(" endfacet", "\n endfacet"), -3, 0, 0},
+      {with("0 1 0\n", "0 1 0\0junk\n"s), 0, 3, 1},
+      {with("   vertex 0 1", "\0vertex 0 1"s), -3, 0, 0},
+      {with("outer loop", "outer\0 loop"s), -3, 0, 0},
+      {with("0 0 0\n", "0 0 0 \0\0\0"s), -3, 0, 0},
+      {solid(facet("0 0 0", "0 0 0", "1 0 0") + facet("0 0 0", "1 1 1", "2 2 2")), 0, 6, 2},  // unmerged
+      {solid(one + facet("0 0 0", "0 0 0", "1 0 0")), 0, 3, 1},
+      {solid(one + facet("1.03474 0 0", "0 1 0", "1 1 0")), 0, 4, 2},  // 5 % of the smallest height: 0.0347465
+      {solid(one + facet("1.03475 0 0", "0 1 0", "1 1 0")), 0, 5, 2},
+      {solid(one + facet("9 0 0", "9.9998 0 0", "9 .9998 0") + facet("-.035352 0 0", "-5 0 0", "0 -5 0")), 0, 9, 3},
+      {solid(one + facet("9 0 0", "9.9998 0 0", "9 .9998 0") + facet("-.035345 0 0", "-5 0 0", "0 -5 0")), 0, 8, 3},
+      {solid(one + facet("inf 0 0", "0 1 0", "nan 1 0")), 0, 5, 2},
+  };
+  for (const auto& c : cases) {
+    const mesh m = read_bytes(c.text);
+    EXPECT_EQ(m.code, c.code) << printable(c.text);
+    EXPECT_EQ(m.coords.cols(), c.nodes) << printable(c.text);
+    EXPECT_EQ(m.triangles.cols(), c.triangles) << printable(c.text);
+    EXPECT_TRUE(c.nodes == 0 || (m.coords.rows() == 3 && m.triangles.rows() == 3)) << printable(c.text);
+  }
+}
+
+TEST_F(stl, numbers_are_read_as_scanf_reads_them) {
+  const char* const numbers[] = {"1",
+                                 "+1",
+                                 "-0",
+                                 "-0.0",
+                                 ".5",
+                                 "5.",
+                                 "-.5",
+                                 ".",
+                                 "+",
+                                 "-",
+                                 "+-1",
+                                 "--1",
+                                 "1e",
+                                 "1e+",
+                                 "1e-",
+                                 "1e5",
+                                 "1E+05",
+                                 "1.e2",
+                                 ".e2",
+                                 "1e+-2",
+                                 "1ee2",
+                                 "1e2.5",
+                                 "1.5.5",
+                                 "1..5",
+                                 "inf",
+                                 "-inf",
+                                 "+inf",
+                                 "infinity",
+                                 "infinit",
+                                 "infin",
+                                 "in",
+                                 "i",
+                                 "infx",
+                                 "inf1",
+                                 "infinityx",
+                                 "nan",
+                                 "-nan",
+                                 "+nan",
+                                 "na",
+                                 "n",
+                                 "nan(1)",
+                                 "nan()",
+                                 "nan(",
+                                 "nan(abc_1)",
+                                 "nanx",
+                                 "NAN1",
+                                 "0x",
+                                 "0x1",
+                                 "0X1.8p1",
+                                 "0x1p",
+                                 "0x1p+",
+                                 "0x.8",
+                                 "0x.",
+                                 "0x1p-1080",
+                                 "0xg",
+                                 "-0x1p5x",
+                                 "x1",
+                                 "0x1e5",
+                                 "1p5",
+                                 "1f",
+                                 "1d5",
+                                 "1e999",
+                                 "-1e999",
+                                 "1e-400",
+                                 "-1e-400",
+                                 "4.9e-324",
+                                 "2e-324",
+                                 "2.4703282292062327e-324",
+                                 "2.4703282292062328e-324",
+                                 "1.7976931348623157e308",
+                                 "1.7976931348623159e308",
+                                 "2.2250738585072011e-308",
+                                 "2.2250738585072014e-308",
+                                 "1234567890123456789012345678901234567890",
+                                 "0.1234567890123456789012345678901234567890",
+                                 "0.00000000000000000000000000000000000000000000000001",
+                                 "9007199254740993",
+                                 "9007199254740992.999999999999",
+                                 "9007199254740993.0000000000000000000000000000001",
+                                 "1e23",
+                                 "8.5e22",
+                                 "1e22",
+                                 "123456789e-30",
+                                 "00000000000000001.5",
+                                 "1e00000000000000000005",
+                                 "1e99999999999999999999",
+                                 "1e-99999999999999999999",
+                                 "0e99999999999",
+                                 "1_0",
+                                 "1'0",
+                                 "1,5",
+                                 "1\0 2",
+                                 "0.1",
+                                 "3.4028235677973366e38",
+                                 "6.0221409e+23",
+                                 "179769313486231580793728971405301e277",
+                                 "1\xa0",
+                                 "\xc2\xa0"
+                                 "1"};
+  for (const char* number : numbers) {
+    for (const char* form : {"@ 1 0", "0 @ 1", "1 0 @", "1 0@0", "@@@", "1 0 @ @", "@-1 1", "1 1 x@"}) {
+      const string vertex = replaced(form, "@", number);
+      read_bytes(solid(facet("0 0 0", vertex, "0.5 0.25 3")));
+      read_bytes(replaced(solid(facet("0 0 0", "1 0 0", "0 1 0")), "normal 0 0 1", "normal " + vertex));
+    }
+    read_bytes(solid(facet("0 0 0", "0 1 "s + number, "2 0 0")));
+  }
+  const mesh m = read_bytes(solid(facet("0x1.8p1 -.5 1e-400", "7e-1 0 1", "1e0001 5. 3")));
+  ASSERT_EQ(m.coords.cols(), 3U);
+  EXPECT_TRUE(same_bits(m.coords, dense2D<double>(3, 3, {3, -.5, 0, .7, 0, 1, 10, 5, 3})));
+}
+
+TEST_F(stl, lines_are_cut_at_255_characters) {
+  const string lines[] = {"solid part",      "facet normal 0.125 0 1",
+                          "outer loop",      "vertex 0 0 0",
+                          "vertex 1.25 0 0", "vertex 0 1 -3.5e-1",
+                          "endloop",         "endfacet",
+                          "endsolid part",   "solid part",
+                          "endsolid part"};
+  unsigned read = 0, cut = 0;
+  for (const unsigned limit : {255U, 510U}) {
+    for (unsigned length = limit - 26; length <= limit + 3; ++length) {
+      for (unsigned long_line = 0; long_line < std::size(lines); ++long_line) {
+        for (unsigned way = 0; way < 5; ++way) {
+          string text;
+          for (unsigned k = 0; k < std::size(lines); ++k) {
+            string line = lines[k];
+            if (k == long_line) {
+              const string blanks(length, ' ');
+              const std::size_t gap = line.find_first_of(" ");
+              if (way == 0) line = blanks + line;
+              if (way == 1 && gap != string::npos) line.insert(gap, blanks);
+              if (way == 2) line += blanks + "color";
+              if (way == 3) line += string(length - line.size(), ' ');
+              if (way == 4) line.insert(line.find_last_of('0') + 1, string(length - line.size(), '0'));
+            }
+            text += line + "\n";
+          }
+          const int code = read_bytes(text).code;
+          ++(code == 0 ? read : cut);
+        }
+      }
+    }
+  }
+  EXPECT_GT(read, 500U);
+  EXPECT_GT(cut, 500U);
+}
+
+TEST_F(stl, binary_counts_and_lengths) {
+  const string two = binary(2, two_triangles);
+  struct {
+    string bytes;
+    int code;
+    unsigned nodes, triangles;
+  } const cases[] = {
+      {two, 0, 4, 2},
+      {binary(2, two_triangles, "solid binary\n"), 0, 4, 2},
+      {binary(2, two_triangles, "solid\n facet normal 0 0 0\n"), 0, 4, 2},
+      {binary(2, two_triangles, "solid\nendsolid\nsolid"), 0, 4, 2},
+      {binary(2, two_triangles, "solid\nendsolid\n"), 0, 4, 2},
+      {binary(0, two_triangles, "solid\nendsolid\n"), 0, 0, 0},
+      {binary(1, two_triangles), 0, 3, 1},
+      {binary(0, two_triangles), 0, 0, 0},
+      {binary(~0U, two_triangles), 0, 0, 0},
+      {binary(1U << 31, {}), 0, 0, 0},
+      {binary(3, two_triangles), -3, 0, 0},
+      {two + "x", 0, 4, 2},
+      {two + string(5000, '\xff'), 0, 4, 2},
+      {string(80, '\n'), -3, 0, 0},
+      {string(79, 'x'), -2, 0, 0},
+      {binary(1, {{1, 1, 1, 1, 1, 1, 2, 2, 2}}), 0, 3, 1},
+  };
+  for (const auto& c : cases) {
+    const mesh m = read_bytes(c.bytes);
+    EXPECT_EQ(m.code, c.code) << printable(c.bytes);
+    EXPECT_TRUE(m.coords.cols() == c.nodes && m.triangles.cols() == c.triangles) << printable(c.bytes);
+  }
+  const string impossible = binary(0x7fffffffU, two_triangles).append(16, '\0');
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(read(write_file(impossible)).code, -3);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST_F(stl, every_truncation_and_thousands_of_mutations) {
+  const string text = "solid a\ncolor 1\n" + facet("0 0 0", "1 0 0", "0 1.5e0 0") +
+                      facet("1 0 0", "0 1.5 0", "-1 .25 7") + "endsolid a\n" +
+                      solid(facet("0 0 0", "0 1.5 0", "1 0 0"));
+  std::vector<std::array<float, 9>> many(20, two_triangles[0]);
+  for (unsigned k = 0; k < 20; ++k) many[k][k % 9] += static_cast<float>(k % 7) / 16;
+  const string base[] = {text, replaced(text, "\n", "\r\n"), binary(20, many), binary(20, many, text.substr(0, 70))};
+  for (const string& whole : base) {
+    for (std::size_t n = 0; n < whole.size(); ++n) read_bytes(whole.substr(0, n));
+  }
+  const string tokens[] = {"inf",
+                           "nan(",
+                           "1e",
+                           "+-1",
+                           ".",
+                           "\0"s,
+                           "\n",
+                           "\r",
+                           "\n\n",
+                           "endsolid\n",
+                           "solid\n",
+                           "color",
+                           " ",
+                           "\t",
+                           "facet normal 1 2 3\n",
+                           "vertex 1 2 3\n",
+                           "outer loop\n",
+                           "\xff\xff\xff\xff",
+                           "\0\0\0\0"s,
+                           "endloop\nendfacet\n",
+                           string(255, ' '),
+                           string(250, '0'),
+                           "0x",
+                           "e-9",
+                           "1e308",
+                           "-",
+                           "SOLID"};
+  std::mt19937 random(7);
+  unsigned accepted = 0;
+  for (unsigned run = 0; run < 6000 && !HasFailure(); ++run) {
+    string bytes = base[run % 4];
+    for (unsigned edits = 1 + random() % 3; edits-- != 0;) {
+      const std::size_t at = random() % bytes.size(), n = 1 + random() % 12;
+      switch (random() % 5) {
+        case 0:
+          bytes[at] = static_cast<char>(random());
+          break;
+        case 1:
+          bytes.erase(at, n);
+          break;
+        case 2:
+          bytes.insert(at, tokens[random() % std::size(tokens)]);
+          break;
+        case 3:
+          bytes.replace(at, n, tokens[random() % std::size(tokens)]);
+          break;
+        default:
+          bytes.insert(random() % bytes.size(), bytes.substr(at, 8 * n));
+      }
+    }
+    accepted += read_bytes(bytes).code == 0;
+  }
+  EXPECT_GT(accepted, 1000U);
+}
+
+TEST_F(stl, near_nodes_of_different_blocks) {
+  // A lattice of squares, two triangles each, in random order: more than one block of the exact pass. Each corner lies
+  // at one of three places in a row; neighbouring places are within the tolerance, the outer ones are not.
+  constexpr unsigned side = 226;
+  std::vector<std::array<float, 9>> triangles;
+  std::mt19937 random(5);
+  const auto corner = [&](std::array<float, 9>& t, unsigned k, unsigned i, unsigned j) {
+    t[3 * k] = static_cast<float>(i) + static_cast<float>(random() % 3) / 32;
+    t[3 * k + 1] = static_cast<float>(j);
+  };
+  for (unsigned i = 0; i < side; ++i) {
+    for (unsigned j = 0; j < side; ++j) {
+      std::array<float, 9> a{}, b{};
+      corner(a, 0, i, j), corner(a, 1, i + 1, j), corner(a, 2, i, j + 1);
+      corner(b, 0, i + 1, j), corner(b, 1, i + 1, j + 1), corner(b, 2, i, j + 1);
+      triangles.push_back(a), triangles.push_back(b);
+    }
+  }
+  std::shuffle(triangles.begin(), triangles.end(), random);
+  ASSERT_GT(triangles.size(), 102000U);
+  const string file = write_file(binary(unsigned(triangles.size()), triangles));
+  const mesh m = read_twice(file, "lattice");
+  EXPECT_EQ(m.triangles.cols(), triangles.size());
+  EXPECT_GT(m.coords.cols(), (side + 1) * (side + 1) + 100) << "outer places are apart";
+  EXPECT_LT(m.coords.cols(), 2 * (side + 1) * (side + 1));
+
+  mesh other{dense2D<double>(3, 0), {}};
+  for (const auto& t : triangles) {
+    for (unsigned k = 0; k < 9; k += 3) ASSERT_TRUE(other.coords.push_back_column({t[k], t[k + 1], t[k + 2]}));
+  }
+  const double square_height = .46;
+  ASSERT_EQ(stl_reference::merge_triangles(other.coords, other.triangles, square_height, ~0U), 0);
+  EXPECT_FALSE(same_bits(m.triangles, other.triangles)) << "the case must tell blocks from one pass";
+}
+
+TEST_F(stl, the_exact_pass_ends_at_100000_triangles) {
+  // A chain of near nodes a, b, c, met in the order a, c, c again, b. Two copies of c in one block become one node,
+  // which follows b to a. A copy in the next block is nearer in order than b, and c survives.
+  constexpr unsigned border = 100000;
+  std::vector<std::array<float, 9>> triangles(border + 10, {-9, 0, 0, -8, 0, 0, -9, 1, 0});
+  const auto put = [&](unsigned at, float x, float y) {
+    const auto z = static_cast<float>(3 + at % 97 * 3);
+    triangles[at] = {x, y, 0, x + 1, y, z, x, y + 1, z};
+  };
+  const float a = 0, b = .03F, c = .06F;
+  for (const unsigned chain : {0U, 1U}) {
+    const auto y = static_cast<float>(10 * chain);
+    put(4 * chain, a, y);
+    put(4 * chain + 1, c, y);
+    put(border - 1 + chain, c, y);
+    put(border + 4 + chain, b, y);
+  }
+  const mesh m = read_twice(write_file(binary(unsigned(triangles.size()), triangles)), "border");
+  unsigned found[2][3] = {};
+  for (unsigned j = 0; j < m.coords.cols(); ++j) {
+    for (unsigned k = 0; k < 6; ++k) {
+      const double x[] = {a, b, c};
+      found[k / 3][k % 3] += m.coords(0, j) == x[k % 3] && m.coords(1, j) == 10 * (k / 3) && m.coords(2, j) == 0;
+    }
+  }
+  EXPECT_TRUE(found[0][0] == 1 && found[0][1] == 0 && found[0][2] == 0) << "copies of c in one block";
+  EXPECT_TRUE(found[1][0] == 1 && found[1][1] == 0 && found[1][2] == 1) << "copies of c in two blocks";
+}
+
+TEST_F(stl, blocks_of_degenerate_triangles_come_first) {
+  std::vector<std::array<float, 9>> triangles;
+  for (unsigned k = 0; k < 100300; ++k) {  // needles along a line, with common nodes
+    const float x = static_cast<float>(k * 7 % 1000), y = static_cast<float>(k * 11 % 1000);
+    triangles.push_back({x, 0, 0, y, 0, 0, x, 0, 0});
+  }
+  mesh m = read_twice(write_file(binary(unsigned(triangles.size()), triangles)), "degenerate");
+  EXPECT_TRUE(m.coords.cols() == 3 * triangles.size() && m.triangles.cols() == triangles.size()) << "unmerged";
+  for (unsigned k = 0; k < 500; ++k) {
+    const float x = static_cast<float>(k);
+    triangles.push_back({x, 0, 0, x + 1, 0, 0, x, 1, 0});
+  }
+  m = read_twice(write_file(binary(unsigned(triangles.size()), triangles)), "degenerate, then others");
+  EXPECT_TRUE(m.coords.cols() == 1001 && m.triangles.cols() == 500);
+}
+
+TEST_F(stl, heights_are_those_of_the_reference_and_the_short_cut_is_safe) {
+  std::mt19937_64 random(17);
+  unsigned skipped = 0;
+  for (unsigned run = 0; run < 200000 && !HasFailure(); ++run) {
+    gw::io::triangle t;
+    stl_reference::vec3 p[3];
+    const int exponent = run % 4 == 0 ? static_cast<int>(random() % 1100) - 550 : 0,
+              flat = static_cast<int>(random() % 30);
+    for (int k = 0; k < 3; ++k) {
+      double x[3];  // small integers, so that equal distances are frequent, or nearly flat
+      for (double& value : x) value = static_cast<double>(random() % 7);
+      if (run % 2 == 0) x[2] = std::ldexp(x[2] / 7, -flat);
+      if (run % 8 == 7 && k != 0) x[0] += 1e-9 * static_cast<double>(random() % 100), x[1] = 3, x[2] = 5;
+      p[k] = {std::ldexp(x[0], exponent), std::ldexp(x[1], exponent),
+              std::ldexp(x[2], run % 3 == 0 ? -exponent : exponent)};
+      t.corners[k] = {p[k].x, p[k].y, p[k].z};
+    }
+    const double height = stl_reference::smallest_square_height(p), ours = gw::io::smallest_squared_height(t);
+    EXPECT_TRUE(ours == height || (ours != ours && height != height)) << run << ": " << ours << ' ' << height;
+    for (const double bound : {height, height * (1 + 1e-15), height * (1 - 1e-9), height * .99, 1e-320, height * 1.1}) {
+      const bool higher = bound > 0 && gw::io::is_surely_higher(t, bound);
+      skipped += higher;
+      EXPECT_TRUE(!higher || height >= bound) << run << ": " << height << " for " << bound;
+    }
+  }
+  EXPECT_GT(skipped, 100000U);
+}
+
+TEST_F(stl, written_files_are_byte_for_byte_those_of_printf_and_fwrite) {
+  const double tiny = std::numeric_limits<double>::denorm_min();
+  const double hostile[] = {0.0,
+                            -0.0,
+                            1,
+                            -1,
+                            1e300,
+                            -1e300,
+                            1e-300,
+                            tiny,
+                            -tiny,
+                            1e-45,
+                            1e39,
+                            infinity,
+                            -infinity,
+                            not_a_number,
+                            -not_a_number,
+                            0.1,
+                            1.0 / 3,
+                            123456.75,
+                            1234567.5,
+                            9.9999995,
+                            9.99999949999,
+                            1e5,
+                            1e100,
+                            1 + 1e-9,
+                            3.4028235677973366e38,
+                            1.1754943508222875e-38,
+                            7e-46,
+                            16777217};
+  std::mt19937_64 random(11);
+  for (unsigned run = 0; run < 300; ++run) {
+    const unsigned rows = run % 3 == 0 ? 2 : 3, nodes = 1 + run % 20;
+    dense2D<double> coords(rows, nodes);
+    dense2D<unsigned> triangles(3, run % 40);
+    for (unsigned k = 0; k < rows * nodes; ++k) {
+      const int exponent = static_cast<int>(random() % 24) - (run % 5 == 4 ? 90 : 16);
+      const double plain = std::ldexp(static_cast<double>(random() % 20001) - 10000, exponent);
+      coords(k % rows, k / rows) = run % 2 == 0 && random() % 3 == 0 ? hostile[random() % std::size(hostile)] : plain;
+    }
+    for (unsigned k = 0; k < triangles.size(); ++k) triangles(k % 3, k / 3) = unsigned(random() % nodes);
+    write_twice(coords, triangles, "run " + std::to_string(run));
+  }
+  const dense2D<double> points(3, 5, {0, 0, 0, 4, 0, 0, 0, 3, 0, 1, 1, 1, 2, 2, 2});
+  write_twice(points, dense2D<unsigned>(3, 4, {0, 1, 2, 0, 0, 1, 3, 3, 3, 0, 3, 4}), "degenerate");
+  write_twice(points.sub_matrix(0, 1, 2, 3), dense2D<unsigned>(4, 2, 2).sub_matrix(1, 0, 3, 2), "views");
+  write_twice(dense2D<double>(3, 0), dense2D<unsigned>(), "empty");
+
+  EXPECT_EQ(gw::STL_output(path().c_str(), dense2D<double>(2, 3, {0, 0, 2, 0, 0, 4}),
+                           dense2D<unsigned>(3, 1, {0, 1, 2}), true),
+            0);
+  EXPECT_EQ(
+      read_file(path()),
+      "solid QEL\n   facet normal -0.000000e+00 0.000000e+00 1.000000e+00\n      outer loop\n"
+      "         vertex 0.000000e+00 0.000000e+00 0.000000e+00\n         vertex 2.000000e+00 0.000000e+00 0.000000e+00\n"
+      "         vertex 0.000000e+00 4.000000e+00 0.000000e+00\n      endloop\n   endfacet\nendsolid QEL\n");
+}
+
+TEST_F(stl, output_codes) {
+  const dense2D<unsigned> one(3, 1, {0, 1, 2});
+  struct {
+    unsigned rows;
+    dense2D<unsigned> triangles;
+    int code;
+  } const cases[] = {{1, one, -2},
+                     {4, one, -2},
+                     {0, one, -2},
+                     {1, dense2D<unsigned>(3, 1, {0, 1, 3}), -2},
+                     {3, dense2D<unsigned>(3, 1, {0, 1, 3}), -3},
+                     {3, dense2D<unsigned>(3, 1, {0, 1, ~0U}), -3},
+                     {3, dense2D<unsigned>(4, 1, 0), -3},
+                     {2, dense2D<unsigned>(2, 3, 0), -3},
+                     {3, one, 0},
+                     {2, dense2D<unsigned>(3, 0), 0},
+                     {3, dense2D<unsigned>(0, 9), 0}};
+  dense2D<unsigned> many(3, 20000, 1);
+  for (const bool ascii : {true, false}) {
+    for (const auto& c : cases) {
+      const dense2D<double> coords(c.rows, 3, 1.0);
+      write_file("old contents");
+      EXPECT_EQ(gw::STL_output(path().c_str(), coords, c.triangles, ascii), c.code);
+      EXPECT_EQ(read_file(path()).empty(), c.code != 0);
+      EXPECT_EQ(gw::STL_output(path("no/such/folder").c_str(), coords, c.triangles, ascii), -1);
+      EXPECT_EQ(gw::STL_output(fs::temp_directory_path().c_str(), coords, c.triangles, ascii), -1);
+      if (c.code == 0 && fs::exists("/dev/full")) {
+        EXPECT_EQ(gw::STL_output("/dev/full", coords, c.triangles, ascii), -1) << "seen only on closing";
+      }
+    }
+    if (fs::exists("/dev/full")) {
+      EXPECT_EQ(gw::STL_output("/dev/full", dense2D<double>(3, 3), many, ascii), -1);
+    }
+  }
+}
+
+TEST_F(stl, paths_that_are_no_plain_files) {
+  EXPECT_EQ(read_twice(path("none.stl"), "missing").code, -1);
+  EXPECT_EQ(read_twice(path(""), "directory").code, -2);
+  EXPECT_EQ(read_twice(write_file("x") + "/y", "below a file").code, -1);
+  EXPECT_EQ(read_twice("", "empty name").code, -1);
+  if (::getuid() != 0) {
+    fs::permissions(path(), fs::perms::none);
+    EXPECT_EQ(read_twice(path(), "unreadable").code, -1);
+  }
+  if (fs::exists("/dev/zero")) {
+    EXPECT_EQ(read_twice("/dev/zero", "endless").code, 0);
+  }
+  const string pipe = path("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  string facets;
+  for (unsigned k = 0; k < 2000; ++k) facets += facet("0 0 0", "1 0 0", "0 1 " + std::to_string(k));
+  std::thread writer([&] { std::ofstream(pipe) << solid(facets); });
+  const mesh m = read(pipe);
+  writer.join();
+  EXPECT_EQ(m.code, 0);
+  EXPECT_EQ(m.coords.cols(), 2002U);
+}
+
+TEST_F(stl, a_cube_comes_back_from_both_forms) {
+  dense2D<double> corners(3, 36);
+  dense2D<unsigned> triangles(3, 12);
+  const unsigned faces[12][3] = {{0, 2, 1}, {1, 2, 3}, {4, 5, 6}, {5, 7, 6}, {0, 1, 4}, {1, 5, 4},
+                                 {2, 6, 3}, {3, 6, 7}, {0, 4, 2}, {2, 4, 6}, {1, 3, 5}, {3, 7, 5}};
+  for (unsigned k = 0; k < 36; ++k) {
+    const unsigned corner = faces[k / 3][k % 3];
+    for (unsigned i = 0; i < 3; ++i) corners(i, k) = corner >> i & 1;
+    triangles(k % 3, k / 3) = k;
+  }
+  for (const bool ascii : {true, false}) {
+    ASSERT_EQ(gw::STL_output(path().c_str(), corners, triangles, ascii), 0);
+    const mesh m = read_twice(path(), "cube");
+    ASSERT_TRUE(m.coords.cols() == 8 && m.triangles.cols() == 12);
+    for (unsigned k = 0; k < 36; ++k) {
+      for (unsigned i = 0; i < 3; ++i) EXPECT_EQ(m.coords(i, m.triangles(k % 3, k / 3)), corners(i, k));
+    }
+  }
+}
+
+TEST_F(stl, sample_files_read_and_round_trip) {
+#ifdef QEL_TEST_MESHES
+  if (!fs::is_directory(QEL_TEST_MESHES)) GTEST_SKIP() << "no sample meshes in " QEL_TEST_MESHES;
+  for (const auto& entry : fs::directory_iterator(QEL_TEST_MESHES)) {
+    if (entry.path().extension() != ".stl") continue;
+    const string name = entry.path().filename().string();
+    const mesh m = read_twice(entry.path().string(), name);
+    const bool bad = name.find("-bad-") != string::npos && name != "stl-bin-cube-bad-utf8-header.stl";
+    EXPECT_EQ(m.code == 0, !bad) << name;
+    if (m.code != 0) continue;
+    write_twice(m.coords, m.triangles, name);
+    read_twice(path("ours.stl"), name + " rewritten");
+    ASSERT_EQ(gw::STL_output(path().c_str(), m.coords, m.triangles, true), 0);
+    read_twice(path(), name + " rewritten as text");
+  }
+  struct {
+    const char* name;
+    unsigned nodes, triangles;
+  } const counted[] = {{"stl-txt-cube-pro2stl-crlf", 8, 12},
+                       {"stl-txt-moon-utf8-name", 60, 116},
+                       {"stl-txt-star", 36, 68},
+                       {"stl-bin-star-zero-header", 36, 68},
+                       {"stl-txt-multibody-crlf", 20, 32},
+                       {"stl-txt-faceless", 0, 0},
+                       {"stl-txt-sphere-two-solids", 12, 20},
+                       {"stl-txt-nan-normal", 4, 4},
+                       {"stl-bin-confusing-header", 4, 4},
+                       {"stl-bin-soup", 300, 100},
+                       {"stl-bin-empty", 0, 0},
+                       {"stl-bin-rear-case-solid-header", 9404, 18808}};
+  for (const auto& c : counted) {
+    const mesh m = read(QEL_TEST_MESHES "/"s + c.name + ".stl");
+    EXPECT_TRUE(m.coords.cols() == c.nodes && m.triangles.cols() == c.triangles)
+        << c.name << ": " << m.coords.cols() << ' ' << m.triangles.cols();
+  }
+#else
+  GTEST_SKIP() << "built without a folder of sample meshes";
+#endif
+}
+
+TEST_F(stl, files_do_not_depend_on_the_locale) {
+  const string text = solid(facet("0 0 0", "1.5 0.25 0", "0 1e-1 .5") + facet("1,5 0 0 0", "1 0 0", "0 1 0"));
+  const string good = solid(facet("0 0 0", "1.5 0.25 0", "0 1e-1 .5"));
+  const mesh plain = read_bytes(good);
+  ASSERT_EQ(plain.code, 0);
+  const char* found = nullptr;
+  for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "de_DE", "tr_TR.UTF-8", "ru_RU.UTF-8"}) {
+    if (found == nullptr && std::setlocale(LC_ALL, name) != nullptr && *std::localeconv()->decimal_point == ',')
+      found = name;
+  }
+  if (found == nullptr) GTEST_SKIP() << "no locale with a decimal comma on this machine";
+  const mesh m = read(write_file(good)), comma = read(write_file(text));
+  EXPECT_EQ(gw::STL_output(path("comma.stl").c_str(), plain.coords, plain.triangles, true), 0);
+  std::setlocale(LC_ALL, "C");
+  EXPECT_TRUE(m.code == 0 && same_bits(m.coords, plain.coords));
+  EXPECT_EQ(comma.code, -3);
+  EXPECT_EQ(stl_reference::STL_output(path().c_str(), plain.coords, plain.triangles, true), 0);
+  EXPECT_EQ(read_file(path("comma.stl")), read_file(path()));
+}
+
+}  // namespace
