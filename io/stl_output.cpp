@@ -71,11 +71,17 @@ char* append_binary(char* out, const triangle& t) noexcept {
   return std::fill_n(out, io::stl_attribute_bytes, '\0');
 }
 
+/// A matrix without rows is empty, however many columns it has.
+std::uint64_t triangle_count(const dense2D<unsigned>& connectivity) noexcept {
+  return connectivity.empty() ? 0 : connectivity.cols();
+}
+
 /// Writes every triangle by `append_triangle`, which takes up to `most` bytes each.
 template <class AppendTriangle>
 bool write_triangles(io::block_writer& writer, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                      std::uint64_t most, AppendTriangle append_triangle) {
-  for (std::uint64_t j = 0; j < connectivity.cols(); ++j) {
+  const std::uint64_t count = triangle_count(connectivity);
+  for (std::uint64_t j = 0; j < count; ++j) {
     char* out = writer.room(most);
     if (out == nullptr) return false;
     writer.commit(append_triangle(out, corners_of(coords, connectivity.column(j))));
@@ -91,7 +97,7 @@ bool write_text(io::block_writer& writer, const dense2D<double>& coords, const d
 bool write_binary(io::block_writer& writer, const dense2D<double>& coords, const dense2D<unsigned>& connectivity) {
   char header[io::stl_header_bytes + io::stl_count_bytes] = {};
   append(header, binary_header);
-  io::store_uint32(header + io::stl_header_bytes, static_cast<std::uint32_t>(connectivity.cols()));
+  io::store_uint32(header + io::stl_header_bytes, static_cast<std::uint32_t>(triangle_count(connectivity)));
   return writer.put({header, sizeof header}) &&
          write_triangles(writer, coords, connectivity, io::stl_triangle_bytes, append_binary) && writer.flush();
 }
