@@ -86,9 +86,7 @@ inline dense2D<unsigned> tetrahedra(unsigned cells, bool shuffled) {
   for (unsigned z = 0; z < cells; ++z) {
     for (unsigned y = 0; y < cells; ++y) {
       for (unsigned x = 0; x < cells; ++x) {
-        const auto corner = [&](unsigned c) {
-          return name[((z + (c >> 2)) * n + y + (c >> 1 & 1)) * n + x + (c & 1)];
-        };
+        const auto corner = [&](unsigned c) { return name[((z + (c >> 2)) * n + y + (c >> 1 & 1)) * n + x + (c & 1)]; };
         for (const auto& path : paths) elements.push_back({corner(0), corner(path[0]), corner(path[1]), corner(7)});
       }
     }

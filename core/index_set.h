@@ -59,7 +59,9 @@ class index_hash_set {
 };
 
 /// True when flags for all indices up to `largest` are no more than `count` entries of input suggest.
-constexpr bool flags_are_few(std::uint64_t largest, std::uint64_t count) noexcept { return largest <= 16 * count + 4096; }
+constexpr bool flags_are_few(std::uint64_t largest, std::uint64_t count) noexcept {
+  return largest <= 16 * count + 4096;
+}
 
 }  // namespace qel::gridwork
 

@@ -16,9 +16,7 @@ class value_keys {
   std::uint64_t count() const { return values_.size(); }
   bool may_match(std::uint64_t i) const { return values_[i] != none; }
   std::uint64_t hash(std::uint64_t i) const { return mix_bits(values_[i]); }
-  bool same(std::uint64_t i, const value_keys& other, std::uint64_t j) const {
-    return values_[i] == other.values_[j];
-  }
+  bool same(std::uint64_t i, const value_keys& other, std::uint64_t j) const { return values_[i] == other.values_[j]; }
 
  private:
   const dense1D<unsigned>& values_;

@@ -20,7 +20,8 @@ void trim(dense2D<T>& matrix) {
 
 }  // namespace
 
-/// Room in the outputs for so many more nodes and triangles. The share of distinct nodes so far tells how many will come.
+/// Room in the outputs for so many more nodes and triangles. The share of distinct nodes so far tells how many will come;
+/// without memory for a guess, what is needed now will do.
 bool triangle_soup::reserve_outputs(std::uint64_t nodes, std::uint64_t triangles) {
   const std::uint64_t node_count = coords_.cols() + nodes;
   const std::uint64_t triangle_count = connectivity_.cols() + triangles;
@@ -30,11 +31,12 @@ bool triangle_soup::reserve_outputs(std::uint64_t nodes, std::uint64_t triangles
       const double share = static_cast<double>(node_count) / static_cast<double>(triangle_count);
       likely = static_cast<std::uint64_t>(1.05 * share * static_cast<double>(expected_));
     }
-    if (!coords_.reserve(3, std::max(node_count, likely))) return false;
+    if (!coords_.reserve(3, std::max(node_count, likely)) && !coords_.reserve(3, node_count)) return false;
   }
   if (3 * triangle_count > connectivity_.capacity()) {
     const std::uint64_t likely = expected_ > triangle_count ? expected_ : 2 * connectivity_.cols();
-    if (!connectivity_.reserve(3, std::max(triangle_count, likely))) return false;
+    if (!connectivity_.reserve(3, std::max(triangle_count, likely)) && !connectivity_.reserve(3, triangle_count))
+      return false;
   }
   return coords_.resize(3, coords_.cols()) && connectivity_.resize(3, connectivity_.cols());
 }
@@ -67,7 +69,8 @@ bool triangle_soup::append_merged(const dense2D<double>& nodes) {
 
 bool triangle_soup::keep_raw(const dense2D<double>& nodes) {
   const std::uint64_t old_count = raw_.cols();
-  if (3 * (old_count + nodes.cols()) > raw_.capacity() && !raw_.reserve(3, 2 * (old_count + nodes.cols()))) return false;
+  if (3 * (old_count + nodes.cols()) > raw_.capacity() && !raw_.reserve(3, 2 * (old_count + nodes.cols())))
+    return false;
   if (!raw_.resize(3, old_count + nodes.cols())) return false;
   std::copy_n(nodes.data(), nodes.size(), raw_.column(old_count));
   return true;

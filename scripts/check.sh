@@ -6,9 +6,17 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
-need_packages g++ clang libclang-rt-14-dev cmake ninja-build libgtest-dev pkg-config clang-format clang-tidy git
+need_packages g++ clang libclang-rt-14-dev cmake ninja-build libgtest-dev pkg-config clang-format clang-tidy git \
+  locales
 
 sources() { git -c safe.directory="$PWD" ls-files --cached --others --exclude-standard -- "$@"; }
+
+# Some tests ask for a locale with a decimal comma.
+export LOCPATH=$PWD/build/locale
+if [[ ! -d $LOCPATH/de_DE.UTF-8 ]]; then
+  mkdir -p "$LOCPATH"
+  localedef -i de_DE -f UTF-8 "$LOCPATH/de_DE.UTF-8"
+fi
 
 echo "== formatting"
 sources '*.h' '*.cpp' | xargs clang-format --dry-run -Werror

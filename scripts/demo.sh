@@ -17,4 +17,4 @@ if ! { cmake --preset release -B build/demo/release -DQEL_GRIDWORK_BUILD_TESTS=O
 fi
 
 name=$(basename -- "$input")
-build/demo/release/examples/inspect_mesh "$input" -o "build/demo/${name%.*}-merged.stl"
+build/demo/release/examples/inspect_mesh "$input" -o "$PWD/build/demo/${name%.*}-merged.stl"

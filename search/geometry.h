@@ -37,6 +37,12 @@ bool in_box_around(const double* p, const double* q, double reach) noexcept {
   return in_box;
 }
 
+/// True when q lies in the box and in the ball around p.
+template <unsigned Dim>
+bool is_near(const double* p, const double* q, double tol) noexcept {
+  return in_box_around<Dim>(p, q, tol) && squared_distance<Dim>(p, q) <= tol * tol;
+}
+
 }  // namespace qel::gridwork
 
 #endif

@@ -1,6 +1,10 @@
 #include "search/leaf_tree.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "core/result.h"
 
 namespace qel::gridwork {
 namespace {
@@ -48,11 +52,38 @@ struct far_range {
 }  // namespace
 
 template <unsigned Dim>
+struct leaf_tree<Dim>::closest_two {
+  double best = std::numeric_limits<double>::max();
+  double second = std::numeric_limits<double>::max();
+  unsigned id = none;
+  unsigned index = 0;
+
+  void consider(double square, unsigned candidate, unsigned candidate_index) noexcept {
+    if (square < best) {
+      if (candidate != id) second = best;
+      best = square;
+      id = candidate;
+      index = candidate_index;
+    } else if (square < second && candidate != id) {
+      second = square;
+    }
+  }
+
+  /// Nodes farther off than this can no longer matter: squares that differ by more do not change places by rounding,
+  /// which is below 1e-14.
+  double reach() const noexcept { return best * (1 + 4e-13); }
+
+  /// True when nothing can make the winner clear any more.
+  bool is_hopeless() const noexcept { return second == 0; }
+};
+
+template <unsigned Dim>
 bool leaf_tree<Dim>::build(const dense1D<tree_node<Dim>>& nodes) {
   const std::uint64_t count = nodes.size();
   while (first_leaf_ * std::uint64_t{leaf_size} < count) first_leaf_ *= 2;
   dense1D<item> items;
-  if (!items.resize(count) || !splits_.resize(first_leaf_) || !ids_.resize(count) || !places_.resize(count)) return false;
+  if (!items.resize(count) || !splits_.resize(first_leaf_) || !ids_.resize(count) || !places_.resize(count))
+    return false;
   for (dense1D<double>& axis : coordinates_) {
     if (!axis.resize(count + leaf_size, 0.0)) return false;  // a leaf is always read in full
   }
@@ -99,12 +130,35 @@ void leaf_tree<Dim>::scan_leaf(const range& leaf, const point& p, unsigned exclu
   }
   const unsigned* ids = ids_.data() + leaf.begin;
   for (unsigned i = 0; i < leaf.count; ++i) {
-    if (squares[i] < closest.second && ids[i] != excluded) closest.consider(squares[i], ids[i]);
+    if (squares[i] < closest.second && ids[i] != excluded) closest.consider(squares[i], ids[i], leaf.begin + i);
   }
 }
 
+/// No clear winner: where squares over- or underflow, where another node is as near but for rounding, or where the next
+/// node's distance, added to the point, rounds down to the winner: a search would then stop before it.
 template <unsigned Dim>
-closest_two leaf_tree<Dim>::find_closest(const point& p, unsigned excluded) const noexcept {
+bool leaf_tree<Dim>::is_clear(const closest_two& closest, const point& p) const noexcept {
+  constexpr double smallest_safe = 1e-280;
+  constexpr double largest_safe = 1e280;
+  if (closest.id == none || closest.best >= largest_safe || closest.second < smallest_safe) return false;
+  if (closest.best != 0 && (closest.best < smallest_safe || closest.second <= closest.reach())) return false;
+  const double radius = closest.best == 0 ? 0 : std::sqrt(std::min(closest.second, closest.reach()));
+  for (unsigned a = 0; a < Dim; ++a) {
+    const double x = coordinates_[a][closest.index];
+    if (closest.best == 0 ? x != p[a] : x >= p[a] + radius) return false;
+  }
+  return true;
+}
+
+template <unsigned Dim>
+unsigned leaf_tree<Dim>::find_clear_closest(const point& p, unsigned excluded) const noexcept {
+  const closest_two closest = find_closest_two(p, excluded);
+  return is_clear(closest, p) ? closest.id : none;
+}
+
+template <unsigned Dim>
+typename leaf_tree<Dim>::closest_two leaf_tree<Dim>::find_closest_two(const point& p,
+                                                                      unsigned excluded) const noexcept {
   using pending = far_range<Dim, range>;
   pending stack[deepest];
   unsigned waiting = 0;

@@ -8,7 +8,6 @@
 
 #include "qel/dense.h"
 #include "qel/fixed.h"
-#include "search/closest_two.h"
 #include "search/tree_builder.h"
 
 namespace qel::gridwork {
@@ -21,8 +20,9 @@ class leaf_tree {
   /// Holds the positions of the nodes, none of them NaN, under their ids and places.
   [[nodiscard]] bool build(const dense1D<tree_node<Dim>>& nodes);
 
-  /// The two nodes nearest to `p`, those with the id `excluded` left out.
-  closest_two find_closest(const point& p, unsigned excluded) const noexcept;
+  /// The node closest to `p`, nodes with the id `excluded` left out, if any search that keeps strictly nearer nodes must
+  /// end with it, in whatever order it visits nodes and however distances are rounded. Else `none`.
+  unsigned find_clear_closest(const point& p, unsigned excluded) const noexcept;
 
   /// Writes the places of the nodes in the closed box. Returns their number, or `most` when there are as many or more.
   unsigned find_in_box(const point& lower, const point& upper, unsigned* places, unsigned most) const noexcept;
@@ -49,11 +49,16 @@ class leaf_tree {
     range right() const noexcept { return {2 * number + 1, begin + count / 2, count - count / 2}; }
   };
 
+  /// The nearest node so far, and how near the nearest one besides it is.
+  struct closest_two;
+
   range root() const noexcept { return {1, 0, static_cast<unsigned>(ids_.size())}; }
   bool is_leaf(const range& r) const noexcept { return r.number >= first_leaf_; }
   void part(item* items, const range& r) noexcept;
   void store(const item* items) noexcept;
+  closest_two find_closest_two(const point& p, unsigned excluded) const noexcept;
   void scan_leaf(const range& leaf, const point& p, unsigned excluded, closest_two& closest) const noexcept;
+  bool is_clear(const closest_two& closest, const point& p) const noexcept;
 
   unsigned first_leaf_ = 1;
   dense1D<split> splits_;

@@ -92,8 +92,8 @@ int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs, dense1D<u
   return merge(coords, IDs, IDs, new_IDs, tol);
 }
 
-int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
-          dense1D<unsigned>& new_IDs, double tol, unsigned mode) {
+int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, dense1D<unsigned>& new_IDs,
+          double tol, unsigned mode) {
   new_IDs.clear();
   if (coords.cols() == 0 || first == last) return 0;
   if (!plane_or_space(coords)) return -1;
@@ -107,8 +107,7 @@ int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsig
   return finish(merge_connectivities(coords, first, last, nodes, new_IDs, tol, mode), new_IDs);
 }
 
-int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, double tol,
-          unsigned mode) {
+int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, double tol, unsigned mode) {
   dense1D<unsigned> new_IDs;
   return merge(coords, first, last, new_IDs, tol, mode);
 }

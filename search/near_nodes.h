@@ -19,7 +19,7 @@ class near_nodes {
  public:
   near_nodes(ranked_positions<Dim> positions, double tol) noexcept : positions_(positions), tol_(tol) {}
 
-  /// Enters the leaders of `groups` that have finite positions. `tol` must be finite.
+  /// Enters the leaders of `groups` that have finite positions. The square of `tol` must be finite.
   [[nodiscard]] bool build(const coincident_nodes<Dim>& groups) {
     const std::uint64_t leaders = groups.leader_count();
     if (!chains_.resize(positions_.count()) || !lonely_.resize(positions_.count(), 0)) return false;
@@ -111,10 +111,6 @@ class near_nodes {
     return steps;
   }
 
-  bool is_near(const double* p, const double* q) const noexcept {
-    return in_box_around<Dim>(p, q, tol_) && squared_distance<Dim>(p, q) <= tol_ * tol_;
-  }
-
   /// True when the box around p certainly lies in p's cell; the margin makes up for the rounding of moderate numbers.
   bool keeps_to_cell(const double* p) const noexcept {
     constexpr double moderate = 1 << 30;
@@ -130,7 +126,7 @@ class near_nodes {
 
   unsigned first_in_cell(const cell& c, const double* p, unsigned self, unsigned best) const {
     for (unsigned rank = heads_.find(hash_cell(c), any); rank < best; rank = chains_[rank].next) {
-      if (rank != self && is_near(p, positions_[rank])) return rank;
+      if (rank != self && is_near<Dim>(p, positions_[rank], tol_)) return rank;
     }
     return best;
   }

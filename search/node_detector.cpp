@@ -102,9 +102,7 @@ int node_detector::reinit(const dense2D<double>& coords, const dense2D<unsigned>
 
 unsigned node_detector::insert(const dense1D<unsigned>& IDs) {
   const unsigned old_size = size();
-  const bool inserted = planar_ != nullptr    ? planar_->insert(IDs)
-                        : spatial_ != nullptr ? spatial_->insert(IDs)
-                                              : false;
+  const bool inserted = planar_ != nullptr ? planar_->insert(IDs) : spatial_ != nullptr ? spatial_->insert(IDs) : false;
   return inserted ? size() - old_size : 0;
 }
 

@@ -4,7 +4,6 @@
 // subtree, and only a strictly smaller distance replaces the best one. A balanced tree is several times faster. It gives
 // the same node unless another one is as near, but for rounding; then, and where squares over- or underflow or a NaN
 // hides part of the tree, the plain walk decides.
-#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -18,13 +17,6 @@ namespace {
 
 constexpr double largest = std::numeric_limits<double>::max();
 
-template <unsigned Dim>
-double largest_magnitude(const vector_fixed<double, Dim>& p) noexcept {
-  double largest_so_far = 0;
-  for (const double x : p) largest_so_far = std::max(largest_so_far, std::fabs(x));
-  return largest_so_far;
-}
-
 struct left_subtree {
   unsigned place, axis;
   double split;
@@ -36,8 +28,8 @@ template <unsigned Dim>
 unsigned node_tree<Dim>::find_closest(const point& p, unsigned excluded) const {
   if (nodes_.empty()) return none;
   if (const leaf_tree<Dim>* leaves = leaves_for_query()) {
-    const closest_two closest = leaves->find_closest(p, excluded);
-    if (closest.is_clear(largest_magnitude<Dim>(p))) return closest.id;
+    const unsigned closest = leaves->find_clear_closest(p, excluded);
+    if (closest != none) return closest;
   }
   return find_closest_in_order(p, excluded);
 }

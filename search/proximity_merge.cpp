@@ -56,21 +56,6 @@ int resolve_chains(node_list list, const node_ranks& ranks, dense1D<unsigned>& n
   return merged;
 }
 
-/// The first of the nodes that an infinite tolerance reaches, and the first after it.
-template <unsigned Dim>
-struct reachable_nodes {
-  unsigned first = none;
-  unsigned second = none;
-
-  explicit reachable_nodes(ranked_positions<Dim> positions) noexcept {
-    for (std::uint64_t rank = 0; rank < positions.count() && second == none; ++rank) {
-      bool has_nan = false;
-      for (unsigned a = 0; a < Dim; ++a) has_nan |= std::isnan(positions[rank][a]);
-      if (!has_nan) (first == none ? first : second) = static_cast<unsigned>(rank);
-    }
-  }
-};
-
 template <unsigned Dim>
 class merger {
  public:
@@ -92,7 +77,7 @@ class merger {
     }
     if (!set_identity(new_IDs, node_count_)) return out_of_memory;
     if (one_list_ && tol_ == 0) return merge_onto_leaders(groups, new_IDs);
-    if (std::isinf(tol_)) return resolved(new_IDs, merge_onto_first(new_IDs));
+    if (std::isinf(tol_ * tol_)) return resolved(new_IDs, merge_by_scan(new_IDs));
     near_nodes<Dim> near(fixed_positions_, tol_);
     if (!groups.build(fixed_positions_, true) || !near.build(groups)) return out_of_memory;
     const int merged = one_list_ ? merge_groups(groups, near, new_IDs) : merge_each(groups, near, new_IDs);
@@ -107,13 +92,17 @@ class merger {
     return ranks.build(fixed_, node_count_) ? resolve_chains(moving_, ranks, new_IDs) : out_of_memory;
   }
 
-  int merge_onto_first(dense1D<unsigned>& new_IDs) const noexcept {
-    const reachable_nodes<Dim> reachable(fixed_positions_);
+  /// Where the square of the tolerance overflows, nearly every node reaches nearly every other, so the first one of the
+  /// list is found at once.
+  int merge_by_scan(dense1D<unsigned>& new_IDs) const noexcept {
     int merged = 0;
     for (std::uint64_t i = 0; i < moving_.count; ++i) {
-      if (!is_finite<Dim>(moving_positions_[i]) || reachable.first == none) continue;
-      const bool itself = fixed_[reachable.first] == moving_[i];
-      merged += map_to(new_IDs, moving_[i], itself ? reachable.second : reachable.first);
+      const double* p = moving_positions_[i];
+      if (!is_finite<Dim>(p)) continue;
+      unsigned rank = 0;
+      while (rank < fixed_.count && (fixed_[rank] == moving_[i] || !is_near<Dim>(p, fixed_positions_[rank], tol_)))
+        ++rank;
+      merged += map_to(new_IDs, moving_[i], rank < fixed_.count ? rank : none);
     }
     return merged;
   }

@@ -91,6 +91,14 @@ inline std::vector<cloud> clouds(unsigned dim, unsigned n) {
   add("flat in the last axis", mesh_size, [&](unsigned, unsigned k) { return k + 1 == dim ? 3.0 : real(random); });
   add("flat in the first axis", mesh_size, [&](unsigned, unsigned k) { return k == 0 ? 0.0 : real(random); });
   add("coarse beside rounding", 1e-7, [&](unsigned, unsigned) { return 1e9 + 1e-6 * real(random); });
+  // Lonely triples: from the first of one, the second lies on the next number in x and the third a little farther off.
+  add("triples beside rounding", 1, [side](unsigned j, unsigned k) {
+    const unsigned triple = j / 3;
+    const unsigned line = triple / side;
+    if (k == 0) return 0x1p52 + 20.0 * (triple % side) + (j % 3 == 1 ? 1 : 0);
+    const double y = 20.0 * line + std::fmod(2.7 * triple, 8);
+    return k == 1 ? y + (j % 3 == 2 ? 1.02 + std::fmod(0.03 * triple, 0.4) : 0) : 0.0;
+  });
   for (const double scale : {1e-310, 1e-170, 1e-150, 1e150, 1e170, 1e308}) {
     add("scaled", scale * mesh_size, [&](unsigned, unsigned) { return scale * (real(random) - 0.5); });
     all.back().name += " by " + std::to_string(std::log10(scale));

@@ -189,7 +189,7 @@ TEST_F(stl, text_grammar) {
       {with("solid part\n f", "part\n f"), -3, 0, 0},
       {"\n" + good, -3, 0, 0},
       {good + "\n", -3, 0, 0},
-      {good + "\n" + good, -3, 0, 0},
+      {good + "\n" + one + "endsolid\n", -3, 0, 0},
       {good + " solid\n", -3, 0, 0},
       {good + "endsolid\n", -3, 0, 0},
       {good + "solid\nendsolid", 0, 3, 1},

@@ -220,11 +220,8 @@ class block_view {
   bool ensure_capacity(size_type count, size_type keep, size_type factor) noexcept {
     if (count <= capacity()) return true;
     if (owns_block_alone() && offset_ == 0) return block_->__grow(count, keep, factor);
-    size_type wanted = count;
-    if (factor > 1 && capacity() <= std::numeric_limits<size_type>::max() / factor) {
-      wanted = (std::max)(wanted, capacity() * factor);
-    }
-    Ptr<block_type> fresh = make_block(wanted);
+    if (factor != 0 && capacity() > std::numeric_limits<size_type>::max() / factor) return false;
+    Ptr<block_type> fresh = make_block((std::max)(count, capacity() * factor));
     if (!fresh) return false;
     if (keep != 0) std::memcpy(static_cast<void*>(fresh->data()), entries(), keep * sizeof(T));
     block_ = std::move(fresh);
@@ -331,7 +328,8 @@ class dense1D : public detail::block_view<T, Align> {
     return base::ensure_capacity(n, size_, factor);
   }
 
-  /// Makes this an independent array with the other's size and values.
+  /// Makes this an independent array with the other's size and values. A block of its own that is large enough is reused;
+  /// a view of a caller's memory writes there.
   [[nodiscard]] bool copy(const dense1D& other) noexcept {
     const dense1D source(other);  // keeps the values alive, and shared, when other is this array
     if (!base::replace_block(source.size_)) return false;
@@ -488,7 +486,8 @@ class dense2D : public detail::block_view<T, 8> {
     return base::ensure_capacity(rows * cols, extent(rows_, cols_, ld_), 1);
   }
 
-  /// Makes this an independent, compact matrix with the other's dimensions and values.
+  /// Makes this an independent, compact matrix with the other's dimensions and values. A block of its own that is large
+  /// enough is reused; a view of a caller's memory writes there.
   [[nodiscard]] bool copy(const dense2D& other) noexcept {
     const dense2D source(other);  // keeps the values alive, and shared, when other is this matrix
     if (!base::replace_block(source.size_)) return false;

@@ -82,7 +82,8 @@ class node_detector {
   /// Adds the distinct nodes of a connectivity.
   QEL_GRIDWORK_API unsigned insert(const dense2D<unsigned>& connectivity);
 
-  /// The node closest to `P`, or `~0U` when there is none at a finite distance.
+  /// The node closest to `P`, up to the rounding of coordinates and distances; `~0U` when there is none at a finite
+  /// distance.
   ///
   /// Of equally close nodes the one that the tree meets first: on the way that an insertion of `P` would take, then in the
   /// order node, right subtree, left subtree. Cost: expected log n.
@@ -117,8 +118,8 @@ class node_detector {
 /// Merges all nodes that lie within `tol` of one another and gives every merged node its survivor's position.
 ///
 /// All merge functions share these rules. Distances are Euclidean, in the units of `coords`, and inclusive: with tol = 0
-/// coincident nodes merge, a node at distance `tol` merges. Nodes with a NaN or, for a finite tolerance, an infinite
-/// coordinate never merge. `coords` keeps its column count: nodes that no element uses any more are removed by
+/// coincident nodes merge, a node at distance `tol` merges. Nodes with a NaN coordinate never merge, nodes with an infinite
+/// one only where `tol` is so large that its square overflows. `coords` keeps its column count: nodes that no element uses any more are removed by
 /// simplify().
 ///
 /// A proximity merge maps each node to the near node that comes first in the order of the node list, then follows
