@@ -130,7 +130,7 @@ struct mixed_solids {
 /// Calls action(columns), where `columns` is one of the three kinds above, for a linear type that is pure or mixed of full
 /// row count, and returns its result; for any other type returns `otherwise`.
 template <class Result, class Action>
-Result visit_shape(element_type type, Result otherwise, Action action) {
+constexpr Result visit_shape(element_type type, Result otherwise, Action action) {
   switch (type) {
     case ELT_EDGE2:
       return action(uniform_columns<edge_shape>());

@@ -9,5 +9,6 @@
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/io.h"
 #include "qel/gridwork/search.h"
+#include "qel/gridwork/topology.h"
 
 #endif

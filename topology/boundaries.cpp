@@ -1,0 +1,106 @@
+// Boundaries of elements and of meshes.
+#include <algorithm>
+
+#include "core/elements.h"
+#include "core/result.h"
+#include "qel/gridwork/ids.h"
+#include "qel/gridwork/topology.h"
+#include "topology/boundary_slots.h"
+
+namespace qel::gridwork {
+namespace {
+
+/// Room for so many more boundaries; repeated calls on one matrix grow it by doubling.
+[[nodiscard]] bool append_columns(dense2D<unsigned>& boundaries, std::uint64_t rows, std::uint64_t count) {
+  const std::uint64_t old_count = boundaries.empty() ? 0 : boundaries.cols();
+  const std::uint64_t new_count = old_count + count;
+  if (boundaries.capacity() < rows * new_count && !boundaries.reserve(rows, std::max(new_count, 2 * old_count + 4))) {
+    return false;
+  }
+  return boundaries.resize(rows, new_count);
+}
+
+/// Calls visit(nodes, shape, local boundary) for every boundary of every element for which wanted(k, e) is true.
+template <class Columns, class Wanted, class Visit>
+void visit_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, Visit visit) {
+  for (std::uint64_t e = 0; e < connectivity.cols(); ++e) {
+    const unsigned* nodes = connectivity.column(e);
+    const shape& s = Columns::of(nodes);
+    for (unsigned k = 0; k < s.boundaries; ++k) {
+      if (wanted(k, e)) visit(nodes, s, k);
+    }
+  }
+}
+
+template <class Columns, class Wanted>
+int append_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, dense2D<unsigned>& boundaries) {
+  constexpr unsigned rows = Columns::largest.boundary_nodes;
+  std::uint64_t count = 0;
+  visit_boundaries<Columns>(connectivity, wanted, [&](const unsigned*, const shape&, unsigned) { ++count; });
+  if (count == 0) return 0;
+  if (!append_columns(boundaries, rows, count)) return out_of_memory;
+  unsigned* out = boundaries.column(boundaries.cols() - count);
+  visit_boundaries<Columns>(connectivity, wanted, [&](const unsigned* nodes, const shape& s, unsigned k) {
+    std::copy_n(boundary_of(s, nodes, k).nodes, rows, out);
+    out += rows;
+  });
+  return 0;
+}
+
+bool has_other_rows(const dense2D<unsigned>& boundaries, element_type type) noexcept {
+  return !boundaries.empty() && boundaries.rows() != boundary_rows(type);
+}
+
+}  // namespace
+
+int get_element_boundaries(const dense2D<unsigned>& connectivity, element_type type, dense2D<unsigned>& boundaries) {
+  if (connectivity.empty()) return 0;
+  type = resolve_type(type, connectivity.rows());
+  if (!check_IDs(connectivity, type, none)) return -1;
+  if (!has_shape(type) || has_other_rows(boundaries, type)) return -2;
+  return visit_shape(type, -2, [&](auto columns) {
+    const auto every = [](unsigned, std::uint64_t) { return true; };
+    return append_boundaries<decltype(columns)>(connectivity, every, boundaries);
+  });
+}
+
+int get_mesh_boundaries(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors, element_type type,
+                        dense2D<unsigned>& boundaries) {
+  if (connectivity.empty()) return 0;
+  type = resolve_type(type, connectivity.rows());
+  if (connectivity.rows() != nbr_nodes(type)) return -1;
+  const std::uint64_t elements = connectivity.cols();
+  if (!fits_elements(neighbors, type, elements) || !check_IDs(neighbors, static_cast<unsigned>(elements))) return -2;
+  if (has_other_rows(boundaries, type)) return -4;
+  return visit_shape(type, -3, [&](auto columns) {
+    const auto is_free = [&](unsigned k, std::uint64_t e) { return neighbors(k, e) == none; };
+    return append_boundaries<decltype(columns)>(connectivity, is_free, boundaries);
+  });
+}
+
+int get_mesh_bounding_elements(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors,
+                               element_type type, dense1D<unsigned>& slots, unsigned& nbr_bound) {
+  nbr_bound = 0;
+  if (connectivity.empty()) return 0;
+  type = resolve_type(type, connectivity.rows());
+  if (!check_IDs(connectivity, type, none)) return -1;
+  nbr_bound = nbr_boundaries(type);
+  const std::uint64_t elements = connectivity.cols();
+  if (!has_shape(type) || !fits_elements(neighbors, type, elements)) return -2;
+  if (!slot_codes_fit(elements, nbr_bound)) return out_of_memory;
+
+  std::uint64_t count = 0;
+  for (std::uint64_t e = 0; e < elements; ++e) {
+    count += static_cast<std::uint64_t>(std::count(neighbors.begin_column(e), neighbors.end_column(e), none));
+  }
+  if (!slots.reserve(slots.size() + count, 2) || !slots.resize(slots.size() + count)) return out_of_memory;
+  unsigned* out = slots.end() - count;
+  for (std::uint64_t e = 0; e < elements; ++e) {
+    for (unsigned k = 0; k < nbr_bound; ++k) {
+      if (neighbors(k, e) == none) *out++ = static_cast<unsigned>(e * nbr_bound + k);
+    }
+  }
+  return 0;
+}
+
+}  // namespace qel::gridwork

@@ -1,0 +1,83 @@
+// Boundary slots and the comparison of boundaries.
+#ifndef QEL_GRIDWORK_TOPOLOGY_BOUNDARY_SLOTS_H
+#define QEL_GRIDWORK_TOPOLOGY_BOUNDARY_SLOTS_H
+
+#include <algorithm>
+#include <cstdint>
+
+#include "core/position_table.h"
+#include "core/shapes.h"
+#include "qel/dense.h"
+
+namespace qel::gridwork {
+
+/// The nodes of a boundary, in the direction that its element gives it.
+struct boundary_nodes {
+  unsigned size;
+  unsigned nodes[most_boundary_nodes];
+
+  unsigned smallest() const noexcept { return *std::min_element(nodes, nodes + size); }
+};
+
+inline boundary_nodes boundary_of(const shape& s, const unsigned* nodes, unsigned k) noexcept {
+  boundary_nodes boundary{s.boundary_sizes[k], {none, none, none, none}};
+  for (unsigned i = 0; i < boundary.size; ++i) boundary.nodes[i] = nodes[s.boundary[k][i]];
+  return boundary;
+}
+
+enum class direction { different, same, opposite };
+
+/// Compares two boundaries as cycles of nodes, each from its (first) smallest node on.
+inline direction compare_boundaries(const boundary_nodes& a, const boundary_nodes& b) noexcept {
+  const unsigned n = a.size;
+  if (b.size != n) return direction::different;
+  if (n == 2) {
+    if (a.nodes[0] == b.nodes[0] && a.nodes[1] == b.nodes[1]) return direction::same;
+    return a.nodes[0] == b.nodes[1] && a.nodes[1] == b.nodes[0] ? direction::opposite : direction::different;
+  }
+  const auto start_a = static_cast<unsigned>(std::min_element(a.nodes, a.nodes + n) - a.nodes);
+  const auto start_b = static_cast<unsigned>(std::min_element(b.nodes, b.nodes + n) - b.nodes);
+  bool same = true;
+  bool opposite = true;
+  for (unsigned i = 0; i < n; ++i) {
+    const unsigned node = a.nodes[(start_a + i) % n];
+    same = same && node == b.nodes[(start_b + i) % n];
+    opposite = opposite && node == b.nodes[(start_b + n - i) % n];
+  }
+  if (same) return direction::same;
+  return opposite ? direction::opposite : direction::different;
+}
+
+/// Equal for equal sets of nodes.
+inline unsigned hash_boundary(const boundary_nodes& boundary) noexcept {
+  std::uint64_t sum = 0;
+  for (unsigned i = 0; i < boundary.size; ++i) {
+    sum += (boundary.nodes[i] + 0x9e3779b97f4a7c15U) * (boundary.nodes[i] ^ 0xd6e8feb86659fd93U);
+  }
+  return static_cast<unsigned>(mix_bits(sum) >> 32);
+}
+
+/// True when every slot code of `elements` elements with `boundaries` boundaries each is below `none`.
+constexpr bool slot_codes_fit(std::uint64_t elements, std::uint64_t boundaries) noexcept {
+  return elements <= none / boundaries;
+}
+
+/// Rows of a matrix of boundaries, for every type: nodes of the largest boundary.
+constexpr unsigned boundary_rows(element_type type) noexcept {
+  constexpr unsigned char rows[] = {0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 3, 6, 4, 8, 9, 4, 8, 9, 4, 8, 9};
+  return rows[type];
+}
+
+/// True for the linear types that have boundaries here.
+constexpr bool has_shape(element_type type) noexcept {
+  return visit_shape(type, false, [](auto) { return true; });
+}
+
+/// True when `neighbors` has the size that goes with a connectivity.
+inline bool fits_elements(const dense2D<unsigned>& neighbors, element_type type, std::uint64_t elements) {
+  return neighbors.cols() == elements && neighbors.rows() == nbr_boundaries(type);
+}
+
+}  // namespace qel::gridwork
+
+#endif

@@ -1,0 +1,205 @@
+// Unique edges: collected by their lower node, then sorted in short lists.
+#include <algorithm>
+
+#include "core/distribute.h"
+#include "core/elements.h"
+#include "core/shapes.h"
+#include "qel/gridwork/topology.h"
+
+namespace qel::gridwork {
+namespace {
+
+/// The linear type whose edges a type has; ELT_UNKNOWN for types without edges.
+constexpr element_type types_of_edges[] = {
+    ELT_UNKNOWN,    // ELT_UNKNOWN
+    ELT_UNKNOWN,    // ELT_NODE
+    ELT_UNKNOWN,    // ELT_EDGE_MIX
+    ELT_EDGE2,      // ELT_EDGE2
+    ELT_EDGE2,      // ELT_EDGE3
+    ELT_FACE_MIX,   // ELT_FACE_MIX
+    ELT_TRIA3,      // ELT_TRIA3
+    ELT_QUAD4,      // ELT_QUAD4
+    ELT_TRIA3,      // ELT_TRIA6
+    ELT_QUAD4,      // ELT_QUAD8
+    ELT_QUAD4,      // ELT_QUAD9
+    ELT_SOLID_MIX,  // ELT_SOLID_MIX
+    ELT_TETRA4,     // ELT_TETRA4
+    ELT_TETRA4,     // ELT_TETRA10
+    ELT_PYRAMID5,   // ELT_PYRAMID5
+    ELT_UNKNOWN,    // ELT_PYRAMID13
+    ELT_PYRAMID5,   // ELT_PYRAMID14
+    ELT_WEDGE6,     // ELT_WEDGE6
+    ELT_UNKNOWN,    // ELT_WEDGE15
+    ELT_WEDGE6,     // ELT_WEDGE18
+    ELT_HEXA8,      // ELT_HEXA8
+    ELT_UNKNOWN,    // ELT_HEXA20
+    ELT_HEXA8,      // ELT_HEXA27
+};
+static_assert(sizeof(types_of_edges) / sizeof(types_of_edges[0]) == ELT_HEXA27 + 1);
+
+/// An array of matrices, each with its type.
+struct typed_range {
+  const dense2D<unsigned>* first;
+  const dense2D<unsigned>* last;
+  const int* codes;
+
+  element_type type(const dense2D<unsigned>* matrix) const noexcept {
+    return resolve_type(static_cast<element_type>(codes[matrix - first]), matrix->rows());
+  }
+};
+
+/// Calls visit(lower, higher) for each edge of each element.
+template <class Columns, class Visit>
+void visit_edges(const dense2D<unsigned>& connectivity, Columns columns, Visit& visit) {
+  for (std::uint64_t e = 0; e < connectivity.cols(); ++e) {
+    const unsigned* nodes = connectivity.column(e);
+    const shape& s = columns.of(nodes);
+    for (unsigned k = 0; k < s.edges; ++k) {
+      const unsigned a = nodes[s.edge[k][0]];
+      const unsigned b = nodes[s.edge[k][1]];
+      visit(std::min(a, b), std::max(a, b));
+    }
+  }
+}
+
+template <class Visit>
+void visit_edges(const typed_range& range, Visit visit) {
+  for (const dense2D<unsigned>* matrix = range.first; matrix != range.last; ++matrix) {
+    if (matrix->empty()) continue;
+    visit_shape(types_of_edges[range.type(matrix)], 0, [&](auto columns) {
+      visit_edges(*matrix, columns, visit);
+      return 0;
+    });
+  }
+}
+
+struct edge_statistics {
+  std::uint64_t count = 0;
+  unsigned largest = 0;
+
+  explicit edge_statistics(const typed_range& range) {
+    visit_edges(range, [this](unsigned, unsigned higher) {
+      ++count;
+      largest = std::max(largest, higher);
+    });
+  }
+};
+
+/// Room for so many more columns of two rows.
+[[nodiscard]] bool append_columns(dense2D<unsigned>& edges, std::uint64_t count) {
+  return edges.resize(2, (edges.empty() ? 0 : edges.cols()) + count);
+}
+
+/// The list of the edges' higher nodes, by lower node: each list sorted and without duplicates.
+class edges_by_lower_node {
+ public:
+  [[nodiscard]] bool build(const typed_range& range, const edge_statistics& statistics) {
+    const std::uint64_t nodes = std::uint64_t{statistics.largest} + 1;
+    const auto walk = [&](auto visit) { visit_edges(range, visit); };
+    const bool collected = distribute(
+        nodes, offsets_, walk, [this](unsigned total) { return higher_.resize(total); },
+        [this](unsigned position, unsigned higher) { higher_.data()[position] = higher; });
+    return collected && marks_.resize(nodes, none) && make_unique();
+  }
+
+  std::uint64_t count() const noexcept { return count_; }
+
+  /// Writes the edges in order.
+  void write(unsigned* out) const noexcept {
+    for (unsigned lower = 0; lower < sizes_.size(); ++lower) {
+      const unsigned* higher = higher_.data() + offsets_[lower];
+      for (unsigned k = 0; k < sizes_[lower]; ++k) {
+        *out++ = lower;
+        *out++ = higher[k];
+      }
+    }
+  }
+
+ private:
+  /// Most edges come several times: they are dropped before the lists are sorted.
+  bool make_unique() {
+    const std::uint64_t nodes = offsets_.size() - 1;
+    if (!sizes_.resize(nodes)) return false;
+    for (unsigned lower = 0; lower < nodes; ++lower) {
+      unsigned* begin = higher_.data() + offsets_[lower];
+      const unsigned* end = higher_.data() + offsets_[lower + std::uint64_t{1}];
+      unsigned* kept = begin;
+      for (const unsigned* p = begin; p != end; ++p) {
+        if (marks_[*p] == lower) continue;
+        marks_[*p] = lower;
+        *kept++ = *p;
+      }
+      std::sort(begin, kept);
+      sizes_[lower] = static_cast<unsigned>(kept - begin);
+      count_ += sizes_[lower];
+    }
+    return true;
+  }
+
+  dense1D<unsigned> offsets_;
+  dense1D<unsigned> higher_;
+  dense1D<unsigned> marks_;
+  dense1D<unsigned> sizes_;
+  std::uint64_t count_ = 0;
+};
+
+int append_by_lower_node(const typed_range& range, const edge_statistics& statistics, dense2D<unsigned>& edges) {
+  edges_by_lower_node lists;
+  if (!lists.build(range, statistics) || !append_columns(edges, lists.count())) return out_of_memory;
+  lists.write(edges.column(edges.cols() - lists.count()));
+  return 0;
+}
+
+/// Node indices too large for tables: sorts whole pairs.
+int append_by_sorting(const typed_range& range, const edge_statistics& statistics, dense2D<unsigned>& edges) {
+  dense1D<std::uint64_t> pairs;
+  if (!pairs.resize(statistics.count)) return out_of_memory;
+  std::uint64_t* next = pairs.data();
+  visit_edges(range, [&](unsigned lower, unsigned higher) { *next++ = std::uint64_t{lower} << 32 | higher; });
+  std::sort(pairs.begin(), pairs.end());
+  const auto count = static_cast<std::uint64_t>(std::unique(pairs.begin(), pairs.end()) - pairs.begin());
+  if (!append_columns(edges, count)) return out_of_memory;
+  unsigned* out = edges.column(edges.cols() - count);
+  for (std::uint64_t i = 0; i < count; ++i) {
+    *out++ = static_cast<unsigned>(pairs[i] >> 32);
+    *out++ = static_cast<unsigned>(pairs[i]);
+  }
+  return 0;
+}
+
+int append_edges(const typed_range& range, dense2D<unsigned>& edges) {
+  const edge_statistics statistics(range);
+  if (statistics.count == 0) return 0;
+  const bool tables_are_small = statistics.largest / 2 <= statistics.count && statistics.count < none;
+  return tables_are_small ? append_by_lower_node(range, statistics, edges)
+                          : append_by_sorting(range, statistics, edges);
+}
+
+bool holds_no_pairs(const dense2D<unsigned>& edges) noexcept { return !edges.empty() && edges.rows() != 2; }
+
+bool fits(const dense2D<unsigned>& connectivity, int code) {
+  return code >= ELT_UNKNOWN && code <= ELT_HEXA27 && check_IDs(connectivity, static_cast<element_type>(code), none);
+}
+
+}  // namespace
+
+int copy_edges(const dense2D<unsigned>& connectivity, element_type type, dense2D<unsigned>& edges) {
+  if (connectivity.empty()) return 0;
+  const int code = type;
+  if (!fits(connectivity, code)) return -1;
+  if (holds_no_pairs(edges)) return -3;
+  return append_edges({&connectivity, &connectivity + 1, &code}, edges);
+}
+
+int copy_edges(const dense2D<unsigned>* first, const dense2D<unsigned>* last, const dense1D<int>& codes,
+               dense2D<unsigned>& edges) {
+  if (last < first) return -2;
+  if (static_cast<std::uint64_t>(last - first) != codes.size()) return -3;
+  if (holds_no_pairs(edges)) return -4;
+  for (const dense2D<unsigned>* matrix = first; matrix != last; ++matrix) {
+    if (!fits(*matrix, codes[static_cast<std::uint64_t>(matrix - first)])) return -1;
+  }
+  return append_edges({first, last, codes.data()}, edges);
+}
+
+}  // namespace qel::gridwork
