@@ -88,8 +88,8 @@ class position_table {
 
   [[nodiscard]] bool grow() noexcept {
     dense1D<slot> larger;
-    if (!larger.resize(4 * (mask_ + 1), slot{0, none})) return false;
-    mask_ = 4 * mask_ + 3;
+    if (!larger.resize(2 * (mask_ + 1), slot{0, none})) return false;
+    mask_ = 2 * mask_ + 1;
     for (const slot& old : slots_) {
       if (old.position == none) continue;
       std::uint64_t i = old.tag & mask_;

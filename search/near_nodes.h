@@ -35,9 +35,6 @@ class near_nodes {
     return true;
   }
 
-  /// Brings what a later query at `p` will read nearer.
-  void prefetch_for(const double* p) const noexcept { heads_.prefetch(hash_cell(cell_of(p))); }
-
   /// False when a leader that was entered certainly has no other leader within the tolerance: it is alone in its cell and
   /// its box does not reach into another one.
   bool may_have_company(std::uint64_t rank) const noexcept { return lonely_[rank] == 0; }
@@ -91,37 +88,55 @@ class near_nodes {
   // Cells whose hashes agree in the bits that the table looks at share a chain. That costs time, not correctness.
   static bool any(unsigned) noexcept { return true; }
 
+  /// Where a node goes, and whether the box around it certainly lies in its cell. The margin of that test makes up for the
+  /// rounding of moderate numbers.
+  struct location {
+    std::uint64_t hash;
+    bool keeps_to_cell;
+  };
+
+  location locate(const double* p) const noexcept {
+    constexpr double moderate = 1 << 30;
+    const double margin = tol_ * cells_per_length_ + 1e-6;
+    const cell c = cell_of(p);
+    bool keeps = true;
+    for (unsigned a = 0; a < Dim; ++a) {
+      const double inside = p[a] * cells_per_length_ - c.k[a];
+      keeps &= c.k[a] > -moderate && c.k[a] < moderate && inside > margin && inside < 1 - margin;
+    }
+    return {hash_cell(c), keeps};
+  }
+
   /// Walks backwards and puts each node before the chain of its cell. Returns the sum of the places in their chains.
   std::uint64_t enter_leaders(const coincident_nodes<Dim>& groups) {
+    const std::uint64_t count = positions_.count();
     std::uint64_t steps = 0;
-    for (std::uint64_t rank = positions_.count(); rank-- > 0;) {
-      if (rank >= ahead) prefetch_for(positions_[rank - ahead]);
-      const double* p = positions_[rank];
-      if (groups.leader(rank) != rank || !is_finite<Dim>(p)) continue;
-      const auto fresh = static_cast<unsigned>(rank);
-      unsigned* head = heads_.find_or_insert_slot(hash_cell(cell_of(p)), fresh, any);
-      const bool first = *head == fresh;
-      const chain_link link = first ? chain_link{none, 1} : chain_link{*head, chains_[*head].depth + 1};
-      lonely_[rank] = first && keeps_to_cell(p) ? 1 : 0;
-      lonely_[*head] &= lonely_[rank];
-      chains_[rank] = link;
-      *head = fresh;
-      steps += link.depth;
+    location locations[ahead] = {};
+    const auto call_for = [&](std::uint64_t rank) {
+      location& later = locations[rank % ahead];
+      later = locate(positions_[rank]);
+      heads_.prefetch(later.hash);
+    };
+    for (std::uint64_t rank = count; rank-- > 0 && rank + ahead >= count;) call_for(rank);
+    for (std::uint64_t rank = count; rank-- > 0;) {
+      const location here = locations[rank % ahead];
+      if (rank >= ahead) call_for(rank - ahead);
+      if (groups.leader(rank) != rank || !is_finite<Dim>(positions_[rank])) continue;
+      steps += enter(static_cast<unsigned>(rank), here);
     }
     return steps;
   }
 
-  /// True when the box around p certainly lies in p's cell; the margin makes up for the rounding of moderate numbers.
-  bool keeps_to_cell(const double* p) const noexcept {
-    constexpr double moderate = 1 << 30;
-    const double margin = tol_ * cells_per_length_ + 1e-6;
-    bool keeps = true;
-    for (unsigned a = 0; a < Dim; ++a) {
-      const double place = p[a] * cells_per_length_;
-      const double inside = place - floor_of(place);
-      keeps &= place > -moderate && place < moderate && inside > margin && inside < 1 - margin;
-    }
-    return keeps;
+  /// Returns the place of the node in the chain, counted from its end.
+  unsigned enter(unsigned rank, const location& here) {
+    unsigned* head = heads_.find_or_insert_slot(here.hash, rank, any);
+    const bool first = *head == rank;
+    const chain_link link = first ? chain_link{none, 1} : chain_link{*head, chains_[*head].depth + 1};
+    lonely_[rank] = first && here.keeps_to_cell ? 1 : 0;
+    lonely_[*head] &= lonely_[rank];
+    chains_[rank] = link;
+    *head = rank;
+    return link.depth;
   }
 
   unsigned first_in_cell(const cell& c, const double* p, unsigned self, unsigned best) const {
