@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <utility>
 
 #include "core/position_table.h"
 #include "core/result.h"
@@ -43,7 +44,7 @@ std::uint64_t hash_values(const double* p) noexcept {
 template <unsigned Dim>
 class coincident_nodes {
  public:
-  /// `with_second`: whether second() will be asked for.
+  /// `with_second`: whether seconds() will be asked for.
   [[nodiscard]] bool build(ranked_positions<Dim> positions, bool with_second) {
     const std::uint64_t count = positions.count();
     if (count >= none || !table_.reset(count / 8) || !leaders_.resize(count)) return false;
@@ -68,7 +69,12 @@ class coincident_nodes {
   std::uint64_t leader_count() const noexcept { return leader_count_; }
   const dense1D<unsigned>& leaders() const noexcept { return leaders_; }
   unsigned leader(std::uint64_t rank) const noexcept { return leaders_[rank]; }
-  unsigned second(unsigned leader) const noexcept { return seconds_[leader]; }
+
+  /// For each leader the second node at its position, or `none`; `none` for other nodes.
+  dense1D<unsigned>& seconds() noexcept { return seconds_; }
+
+  /// Gives the table away for another use; find() is of no more use then.
+  position_table release_table() noexcept { return std::move(table_); }
 
   /// The leader at the position `p`, or `none`.
   unsigned find(ranked_positions<Dim> positions, const double* p) const {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include "search/coincident_nodes.h"
 
@@ -18,6 +19,9 @@ template <unsigned Dim>
 class near_nodes {
  public:
   near_nodes(ranked_positions<Dim> positions, double tol) noexcept : positions_(positions), tol_(tol) {}
+
+  /// Uses the memory of a table that has served.
+  void reuse(position_table&& table) noexcept { heads_ = std::move(table); }
 
   /// Enters the leaders of `groups` that have finite positions. The square of `tol` must be finite.
   [[nodiscard]] bool build(const coincident_nodes<Dim>& groups) {

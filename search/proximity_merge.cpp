@@ -79,7 +79,9 @@ class merger {
     if (one_list_ && tol_ == 0) return merge_onto_leaders(groups, new_IDs);
     if (std::isinf(tol_ * tol_)) return resolved(new_IDs, merge_by_scan(new_IDs));
     near_nodes<Dim> near(fixed_positions_, tol_);
-    if (!groups.build(fixed_positions_, true) || !near.build(groups)) return out_of_memory;
+    if (!groups.build(fixed_positions_, true)) return out_of_memory;
+    if (one_list_) near.reuse(groups.release_table());
+    if (!near.build(groups)) return out_of_memory;
     const int merged = one_list_ ? merge_groups(groups, near, new_IDs) : merge_each(groups, near, new_IDs);
     return resolved(new_IDs, merged);
   }
@@ -118,32 +120,32 @@ class merger {
   }
 
   /// One list: the nodes of a group share what lies near them; it is looked up when their leader, the first of them, has
-  /// its turn.
-  int merge_groups(const coincident_nodes<Dim>& groups, const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) {
-    const std::uint64_t count = fixed_.count;
-    dense1D<unsigned> nearest;  // of leaders
-    if (!nearest.resize(count)) return out_of_memory;
+  /// its turn. What a leader is mapped to serves the others too: the second node of the group, which it may be, comes
+  /// after the leader, on which they merge at the latest.
+  int merge_groups(coincident_nodes<Dim>& groups, const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) const {
+    dense1D<unsigned>& targets = groups.seconds();
     int merged = 0;
-    for (std::uint64_t rank = 0; rank < count; ++rank) {
+    for (std::uint64_t rank = 0; rank < fixed_.count; ++rank) {
       const unsigned leader = groups.leader(rank);
-      if (leader == rank) {
-        const double* p = fixed_positions_[rank];
-        nearest[rank] = near.may_have_company(rank) && is_finite<Dim>(p) ? near.first_near(p, leader) : none;
+      const double* p = fixed_positions_[rank];
+      if (leader != rank) {
+        targets[rank] = std::min(targets[leader], leader);
+      } else if (near.may_have_company(rank) && is_finite<Dim>(p)) {
+        targets[rank] = std::min(targets[rank], near.first_near(p, leader));
       }
-      const unsigned coincident = leader == rank ? groups.second(leader) : leader;
-      merged += map_to(new_IDs, fixed_[rank], std::min(nearest[leader], coincident));
+      merged += map_to(new_IDs, fixed_[rank], targets[rank]);
     }
     return merged;
   }
 
-  int merge_each(const coincident_nodes<Dim>& groups, const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) const {
+  int merge_each(coincident_nodes<Dim>& groups, const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) const {
     int merged = 0;
     for (std::uint64_t i = 0; i < moving_.count; ++i) {
       const double* p = moving_positions_[i];
       if (!is_finite<Dim>(p)) continue;
       const unsigned leader = groups.find(fixed_positions_, p);
       unsigned coincident = leader;
-      if (leader != none && fixed_[leader] == moving_[i]) coincident = groups.second(leader);
+      if (leader != none && fixed_[leader] == moving_[i]) coincident = groups.seconds()[leader];
       merged += map_to(new_IDs, moving_[i], std::min(coincident, near.first_near(p, leader)));
     }
     return merged;
