@@ -1,0 +1,206 @@
+/// @file
+/// Geometric transforms: nodes moved, turned and scaled in place, bounding boxes, repeated and mirrored copies of a part.
+///
+/// `coords` has one column per node. The 2-D forms (d = 2) work on its first two rows, the 3-D forms (d = 3) on its first
+/// three; further rows stay as they are. Angles are in radians.
+#ifndef QEL_GRIDWORK_TRANSFORMS_H
+#define QEL_GRIDWORK_TRANSFORMS_H
+
+#include "qel/dense.h"
+#include "qel/export.h"
+#include "qel/fixed.h"
+
+namespace qel {
+namespace gridwork {
+
+/// Moves nodes: p <- p + shift.
+///
+/// All forms of translate(), rotate() and zoom() share these rules.
+/// - Nodes: all of them; or those of the list `ids`, in order, a node as often as it is listed; or the distinct nodes of
+///   `connectivity`, of which entries `~0U` are skipped. In lists and connectivities of translate() and rotate(), entries
+///   that are no column of `coords` are skipped as well; those of zoom() are not tested.
+/// - Nothing is done, and 0 returned, for empty `coords`, for an empty list (or a connectivity without nodes), for a
+///   transform that moves nothing (in that test a NaN counts as the value that moves nothing), and when memory runs out.
+/// - When `coords` has fewer than d rows it gets d, the new entries 0: a plane mesh becomes one in the plane z = 0. It then
+///   has a block of its own; otherwise nodes move in place, in every view of the block.
+///
+/// @param coords  any row count x n; overwritten
+/// @param shift   in the units of `coords`; does nothing when every component is 0 or NaN
+/// @return all nodes: the number of columns. List: the number of entries that are columns of `coords`. Connectivity: the
+///         number of distinct nodes moved. 0 when nothing is done
+///
+/// Cost: linear in the nodes, entries of the list or entries of the connectivity (there: expected).
+/// @{
+QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 2>& shift);
+QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 3>& shift);
+QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 2>& shift,
+                               const dense1D<unsigned>& ids);
+QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 3>& shift,
+                               const dense1D<unsigned>& ids);
+QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 2>& shift,
+                               const dense2D<unsigned>& connectivity);
+QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 3>& shift,
+                               const dense2D<unsigned>& connectivity);
+/// @}
+
+/// Turns nodes in the plane about `center`, counter-clockwise for a positive angle.
+///
+/// @param coords  any row count x n; overwritten, as by translate()
+/// @param center  stays where it is
+/// @param angle   in radians; does nothing when it is 0 or NaN
+/// @return as translate()
+///
+/// Cost: as translate().
+/// @{
+QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 2>& center, double angle);
+QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 2>& center, double angle,
+                            const dense1D<unsigned>& ids);
+QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 2>& center, double angle,
+                            const dense2D<unsigned>& connectivity);
+/// @}
+
+/// Turns nodes in space about the axis through `center` along `rotation`, right-handed: p <- center + R (p - center).
+///
+/// R comes from Rodrigues' formula; the displacement R - I keeps its full relative accuracy down to the smallest angles.
+///
+/// @param coords    any row count x n; overwritten, as by translate()
+/// @param center    stays where it is
+/// @param rotation  rotation vector: its direction is the axis, its length (below 1e154) the angle in radians; does
+///                  nothing when every component is 0 or NaN
+/// @return as translate()
+///
+/// Cost: as translate().
+/// @{
+QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 3>& center,
+                            const vector_fixed<double, 3>& rotation);
+QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 3>& center,
+                            const vector_fixed<double, 3>& rotation, const dense1D<unsigned>& ids);
+QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 3>& center,
+                            const vector_fixed<double, 3>& rotation, const dense2D<unsigned>& connectivity);
+/// @}
+
+/// Scales nodes about `center`: p <- p + (factor - 1)(p - center).
+///
+/// @param coords  any row count x n; overwritten, as by translate()
+/// @param center  stays where it is
+/// @param factor  negative: mirrors through the center; 0: moves the nodes onto it; 1 or NaN: does nothing
+/// @param ids,connectivity  entries must be columns of `coords` (in a connectivity also `~0U`, which is skipped): they are
+///                not tested, and any other one makes the function read and write outside of the matrix
+/// @return all nodes: the number of columns, 0 when nothing is done. List and connectivity: always 0
+///
+/// Cost: as translate().
+/// @{
+QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 2>& center, double factor);
+QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 3>& center, double factor);
+QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 2>& center, double factor,
+                          const dense1D<unsigned>& ids);
+QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 3>& center, double factor,
+                          const dense1D<unsigned>& ids);
+QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 2>& center, double factor,
+                          const dense2D<unsigned>& connectivity);
+QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 3>& center, double factor,
+                          const dense2D<unsigned>& connectivity);
+/// @}
+
+/// Enlarges an axis-aligned box until it holds all nodes, the nodes of `ids` or those of `connectivity`.
+///
+/// The box is never reset: start it with +infinity and -infinity, and call again to add further nodes. Nodes are taken in
+/// order, connectivities in order of first appearance; the comparisons are exact. A NaN coordinate enters `box_min`, where
+/// the next node replaces it; it never enters `box_max`.
+///
+/// @param coords            d x n
+/// @param ids,connectivity  columns of `coords`; entries `~0U` are skipped
+/// @param box_min,box_max   the corners of the box; enlarged
+/// @return 0, also, before any other check, for an empty list or a connectivity without nodes
+///         -1 when `coords` has not exactly d rows (box unchanged)
+///         -2 when an entry is neither `~0U` nor a column of `coords` (box unchanged)
+///         -199 when a connectivity's nodes cannot be collected (box unchanged)
+///
+/// Cost: linear in the nodes or entries.
+/// @{
+QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, vector_fixed<double, 2>& box_min,
+                                      vector_fixed<double, 2>& box_max);
+QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, vector_fixed<double, 3>& box_min,
+                                      vector_fixed<double, 3>& box_max);
+QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, const dense1D<unsigned>& ids,
+                                      vector_fixed<double, 2>& box_min, vector_fixed<double, 2>& box_max);
+QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, const dense1D<unsigned>& ids,
+                                      vector_fixed<double, 3>& box_min, vector_fixed<double, 3>& box_max);
+QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                      vector_fixed<double, 2>& box_min, vector_fixed<double, 2>& box_max);
+QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                      vector_fixed<double, 3>& box_min, vector_fixed<double, 3>& box_max);
+/// @}
+
+/// Copies a part: its nodes to new columns of `coords`, its elements to `out`.
+///
+/// With m the old column count, the copy of the k-th distinct node, in order of first appearance, is column m + k. The
+/// copy functions leave the source's nodes and elements as they are, and no other view of the block of `coords` or of
+/// `out` is disturbed. `out` may be the same object as `connectivity`, or share its block.
+///
+/// @param coords        any row count x m; columns are appended
+/// @param out           overwritten: rows x e, the elements of the copy; entries `~0U` stay
+/// @param connectivity  rows x e, the elements to copy; entries must be columns of `coords`, or `~0U`: they are not tested
+/// @return 0; -199 when memory, or the 32-bit indices for the new nodes, ran out (nothing changed)
+///
+/// Cost: expected linear in the entries and in the largest index among them, amortised; `coords` is moved as a whole when
+/// its block has no room, or is shared with another view.
+QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const dense2D<unsigned>& connectivity);
+
+/// Makes n copies of a part, each a step further than the one before: a circular or helical array.
+///
+/// Copy k (k = 1 to n) is the source, turned about `center` by k times the step as by rotate(), then moved by k times
+/// `shift` as by translate(); so steps that do nothing there do nothing here, and where one does something `coords` gets d
+/// rows. The result is, bit for bit, that of n single copies. Unlike the single form, this one *appends* to `out`.
+///
+/// @param coords        any row count x m; u columns are appended for each copy, where u is the number of distinct nodes
+/// @param out           appended to: the elements of copy 1, 2, ... behind those that are there, e columns each. It gets
+///                      the larger of the two row counts; the entries that a column lacks are `~0U`
+/// @param shift         the step of the translation, in the units of `coords`
+/// @param center        a point that the rotation leaves in place
+/// @param angle         the step of the rotation in the plane, in radians
+/// @param rotation      the step of the rotation in space, a rotation vector
+/// @param n             number of copies
+/// @param connectivity  rows x e, the elements to copy; entries must be columns of `coords`, or `~0U`: they are not tested.
+///                      As it is at the call, also when it is the same object as `out`
+/// @return 0 (empty `coords` or n = 0: `out` untouched)
+///         -199 when memory, or the 32-bit indices for the new nodes, ran out. All memory is taken beforehand, so that
+///         nothing has changed
+///
+/// Cost: linear in what is appended, plus what the single form costs; both matrices grow once.
+/// @{
+QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 2>& shift,
+                               const vector_fixed<double, 2>& center, double angle, unsigned n,
+                               const dense2D<unsigned>& connectivity);
+QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 3>& shift,
+                               const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
+                               unsigned n, const dense2D<unsigned>& connectivity);
+/// @}
+
+/// Makes one copy of a part, mirrored in a line (2-D) or a plane (3-D): p <- p - 2 ((p - point) . n / |n|^2) n.
+///
+/// Elements keep the order of their nodes, so a mirrored element has the opposite orientation: a solid's Jacobian changes
+/// its sign, a face its side.
+///
+/// @param coords        any row count x m; columns are appended, and d rows are made of fewer, the new entries 0
+/// @param out           overwritten, as by the single form of copy_mesh()
+/// @param point         a point of the line or plane
+/// @param normal        its normal, of any length whose square is not 0 in doubles
+/// @param connectivity  as for copy_mesh()
+/// @return 0 (empty `coords`: `out` untouched); -4 when the squared length of `normal` is 0; -199 as copy_mesh(). Nothing
+///         changes on a negative result.
+///
+/// Cost: as the single form of copy_mesh().
+/// @{
+QEL_GRIDWORK_API int copy_sym_mesh(dense2D<double>& coords, dense2D<unsigned>& out,
+                                   const vector_fixed<double, 2>& point, const vector_fixed<double, 2>& normal,
+                                   const dense2D<unsigned>& connectivity);
+QEL_GRIDWORK_API int copy_sym_mesh(dense2D<double>& coords, dense2D<unsigned>& out,
+                                   const vector_fixed<double, 3>& point, const vector_fixed<double, 3>& normal,
+                                   const dense2D<unsigned>& connectivity);
+/// @}
+
+}  // namespace gridwork
+}  // namespace qel
+
+#endif

@@ -1,0 +1,65 @@
+// The nodes that a transform acts on: all of them, those of a list, those of a connectivity (which becomes a list).
+#ifndef QEL_GRIDWORK_TRANSFORMS_SELECTION_H
+#define QEL_GRIDWORK_TRANSFORMS_SELECTION_H
+
+#include <cstdint>
+
+#include "qel/dense.h"
+#include "qel/gridwork/ids.h"
+
+namespace qel::gridwork {
+
+/// All nodes, in order.
+struct every_node {
+  static constexpr bool empty() noexcept { return false; }
+  static constexpr bool exist_in(const dense2D<double>&) noexcept { return true; }
+
+  /// Calls action(node) for each of them and returns how many they are.
+  template <class Action>
+  static int visit(std::uint64_t node_count, Action action) {
+    for (std::uint64_t node = 0; node < node_count; ++node) action(node);
+    return static_cast<int>(node_count);
+  }
+};
+
+/// The entries of a list, in order and as often as they occur; those that are no node are passed over.
+struct listed_nodes {
+  const dense1D<unsigned>& ids;
+
+  bool empty() const noexcept { return ids.empty(); }
+  bool exist_in(const dense2D<double>& coords) const { return check_IDs(ids, static_cast<unsigned>(coords.cols())); }
+
+  template <class Action>
+  int visit(std::uint64_t node_count, Action action) const {
+    int count = 0;
+    for (const unsigned node : ids) {
+      if (node >= node_count) continue;
+      action(node);
+      ++count;
+    }
+    return count;
+  }
+};
+
+/// The same for a list that its caller vouches for: entries are neither tested nor counted.
+struct trusted_nodes {
+  const dense1D<unsigned>& ids;
+
+  bool empty() const noexcept { return ids.empty(); }
+
+  template <class Action>
+  int visit(std::uint64_t, Action action) const {
+    for (const unsigned node : ids) action(node);
+    return 0;
+  }
+};
+
+/// Puts the distinct nodes of a connectivity into an empty list. Room is made first: unique_indices() drops what does not
+/// fit.
+[[nodiscard]] inline bool list_nodes(const dense2D<unsigned>& connectivity, dense1D<unsigned>& nodes) {
+  return nodes.reserve(connectivity.size()) && unique_indices(nodes, connectivity) == 0;
+}
+
+}  // namespace qel::gridwork
+
+#endif
