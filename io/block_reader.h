@@ -33,13 +33,15 @@ class block_reader {
   /// Makes `count` bytes, at most a block, available if the stream has them. True when they are.
   bool fill(std::uint64_t count) noexcept {
     if (available() >= count) return true;
+    if (ended_) return false;
     const std::uint64_t left = available();
     std::memmove(block_.data(), begin_, left);
     begin_ = block_.data();
     end_ = begin_ + left;
     while (available() < count) {
       const std::size_t got = std::fread(end_, 1, block_size - available(), stream_);
-      if (got == 0) break;
+      ended_ = got == 0;
+      if (ended_) break;
       end_ += got;
       read_ += got;
     }
@@ -57,6 +59,7 @@ class block_reader {
   char* begin_ = nullptr;
   char* end_ = nullptr;
   std::uint64_t read_ = 0;
+  bool ended_ = false;
 };
 
 }  // namespace qel::gridwork::io

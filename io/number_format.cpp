@@ -6,9 +6,11 @@
 // idea of Grisu, Loitsch 2010, with the fixed number of digits that printf asks for.)
 #include "io/number_format.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -100,7 +102,9 @@ constexpr std::uint64_t small_powers[] = {1,
                                           100000000000000,
                                           1000000000000000,
                                           10000000000000000,
-                                          100000000000000000};
+                                          100000000000000000,
+                                          1000000000000000000,
+                                          10000000000000000000U};
 
 std::uint64_t product_high(std::uint64_t a, std::uint64_t b) noexcept {
 #if defined(__SIZEOF_INT128__)
@@ -165,7 +169,78 @@ char* format_special(char* out, const char* word) noexcept {
   return out + 3;
 }
 
+unsigned count_digits(std::uint64_t number) noexcept {
+  number |= 1;  // 0 has a digit, too
+  const auto estimate = static_cast<unsigned>(std::bit_width(number) * 1233) >> 12;
+  return estimate + (number >= small_powers[estimate] ? 1 : 0);
+}
+
+char* format_unsigned(char* out, std::uint64_t number) noexcept {
+  const unsigned count = count_digits(number);
+  format_digits(out, number, count);
+  return out + count;
+}
+
+/// value = mantissa * 2^exponent, of a finite, positive value.
+struct binary {
+  std::uint64_t mantissa;  // below 2^53
+  int exponent;
+};
+
+binary split(double value) noexcept {
+  const auto bits = std::bit_cast<std::uint64_t>(value);
+  const auto biased = static_cast<int>(bits >> 52);
+  const std::uint64_t fraction = bits & ((std::uint64_t{1} << 52) - 1);
+  return biased == 0 ? binary{fraction, -1074} : binary{fraction | (std::uint64_t{1} << 52), biased - 1075};
+}
+
+constexpr std::uint64_t million = 1000000;
+constexpr double exact_millionths = 2e12;  // below 2^41, so that at least 12 bits of the mantissa are fraction
+
+/// A value below `exact_millionths` in millionths, a tie to the even one. The product with the mantissa is exact, but for
+/// ten bits, of which the last one that is kept tells whether any is set.
+std::uint64_t round_to_millionths(binary value) noexcept {
+  const auto shift = static_cast<unsigned>(-value.exponent) - 10;
+  if (shift > 63) return 0;
+  const std::uint64_t low = value.mantissa * million;
+  const std::uint64_t product = (product_high(value.mantissa, million) << 54) | (low >> 10) | (low % 1024 != 0 ? 1 : 0);
+  const std::uint64_t kept = product >> shift;
+  const std::uint64_t cut = product - (kept << shift);
+  const std::uint64_t half = std::uint64_t{1} << (shift - 1);
+  return kept + (cut > half || (cut == half && kept % 2 != 0) ? 1 : 0);
+}
+
 }  // namespace
+
+char* format_integer(char* out, std::int64_t value, unsigned width) noexcept {
+  char* end = out;
+  if (value < 0) *end++ = '-';
+  const auto bits = static_cast<std::uint64_t>(value);
+  end = format_unsigned(end, value < 0 ? 0 - bits : bits);
+  return align_right(out, end, width);
+}
+
+char* format_fixed(char* out, double value) noexcept {
+  if (!(std::fabs(value) < exact_millionths)) {
+    if (!std::isfinite(value)) return format_scientific(out, value, 6);
+    return std::to_chars(out, out + longest_fixed, value, std::chars_format::fixed, 6).ptr;
+  }
+  if (std::signbit(value)) *out++ = '-';
+  const std::uint64_t millionths = round_to_millionths(split(std::fabs(value)));
+  out = format_unsigned(out, millionths / million);
+  *out = '.';
+  format_digits(out + 1, millionths % million, 6);
+  return out + 7;
+}
+
+char* format_upper_scientific(char* out, double value, unsigned digits) noexcept {
+  char* const end = format_scientific(out, value, digits);
+  // The letters are in "e-308" or "nan", at the end.
+  for (char* p = end - std::min<std::ptrdiff_t>(5, end - out); p != end; ++p) {
+    if (*p >= 'a' && *p <= 'z') *p = static_cast<char>(*p - ('a' - 'A'));
+  }
+  return end;
+}
 
 char* format_scientific(char* out, double value, unsigned digits) noexcept {
   if (std::signbit(value)) *out++ = '-';
@@ -179,13 +254,10 @@ char* format_scientific(char* out, double value, unsigned digits) noexcept {
   };
   if (digits > 15) return slow();
 
-  const auto bits = std::bit_cast<std::uint64_t>(value);
-  const auto biased = static_cast<int>(bits >> 52);
-  const std::uint64_t fraction = bits & ((std::uint64_t{1} << 52) - 1);
-  std::uint64_t m = biased == 0 ? fraction : fraction | (std::uint64_t{1} << 52);
-  const int shift = std::countl_zero(m);
-  m <<= shift;
-  const int e = (biased == 0 ? 1 : biased) - 1075 - shift;
+  const binary parts = split(value);
+  const int shift = std::countl_zero(parts.mantissa);
+  const std::uint64_t m = parts.mantissa << shift;
+  const int e = parts.exponent - shift;
 
   // The estimate of the exponent is exact or one too small.
   const auto precision = static_cast<int>(digits);

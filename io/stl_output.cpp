@@ -9,12 +9,14 @@
 #include "io/number_format.h"
 #include "io/stl_binary.h"
 #include "io/stl_geometry.h"
+#include "io/text.h"
 #include "qel/gridwork/elements.h"
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
 namespace {
 
+using io::append;
 using io::triangle;
 using io::vector3;
 
@@ -39,8 +41,6 @@ triangle corners_of(const dense2D<double>& coords, const unsigned* nodes) noexce
   }
   return t;
 }
-
-char* append(char* out, std::string_view text) noexcept { return std::copy(text.begin(), text.end(), out); }
 
 char* append_vector_line(char* out, std::string_view opening, const vector3& v) noexcept {
   out = append(out, opening);

@@ -2,6 +2,8 @@
 #ifndef QEL_GRIDWORK_IO_TEXT_H
 #define QEL_GRIDWORK_IO_TEXT_H
 
+#include <string_view>
+
 namespace qel::gridwork::io {
 
 constexpr char to_lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
@@ -33,6 +35,9 @@ constexpr bool contains_keyword(const char* line, const char* keyword) noexcept 
   }
   return false;
 }
+
+/// Copies `text` to `out` and returns the position behind it.
+inline char* append(char* out, std::string_view text) noexcept { return out + text.copy(out, text.size()); }
 
 }  // namespace qel::gridwork::io
 

@@ -1,7 +1,9 @@
 // Numbers printed and scanned, and lines cut, as the C library does it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -36,14 +38,32 @@ bool same_number(double a, double b) {
 
 class number_format : public ::testing::Test {
  protected:
-  static void check(double value, unsigned digits) {
-    char ours[io::longest_scientific + 8], theirs[64];
+  /// Compares what `format` appends with what printf prints.
+  template <class Format, class... Values>
+  static void check_as(Format format, const char* theirs_format, Values... values) {
+    char ours[io::longest_fixed + 8], theirs[400];
     std::memset(ours, '#', sizeof ours);
-    const char* end = io::format_scientific(ours, value, digits);
-    const int length = std::snprintf(theirs, sizeof theirs, "%.*e", static_cast<int>(digits), value);
-    ASSERT_TRUE(end - ours == length && std::memcmp(ours, theirs, length) == 0)
+    const std::ptrdiff_t length = std::snprintf(theirs, sizeof theirs, theirs_format, values...);
+    const std::ptrdiff_t ours_length = format(ours) - ours;
+    ASSERT_TRUE(ours_length == length && std::memcmp(ours, theirs, length) == 0)
         << std::string(ours, sizeof ours) << " for " << theirs;
-    for (unsigned k = io::longest_scientific; k < sizeof ours; ++k) ASSERT_EQ(ours[k], '#') << theirs;
+    for (auto k = std::max<std::size_t>(io::longest_scientific, length); k < sizeof ours; ++k) {
+      ASSERT_EQ(ours[k], '#') << theirs;
+    }
+  }
+
+  static void check(double value, unsigned digits) {
+    const int precision = static_cast<int>(digits);
+    check_as([=](char* out) { return io::format_scientific(out, value, digits); }, "%.*e", precision, value);
+  }
+
+  /// Both signs of a value, "%f" and the wide fields.
+  static void check_fields(double value) {
+    for (const double x : {value, -value}) {
+      check_as([=](char* out) { return io::format_fixed(out, x); }, "%f", x);
+      check_as([=](char* out) { return io::align_right(out, io::format_upper_scientific(out, x, 6), 16); }, "%16E", x);
+      check_as([=](char* out) { return io::align_right(out, io::format_scientific(out, x, 5), 12); }, "%12.5e", x);
+    }
   }
 
   /// Both signs, with the digits that the formats use.
@@ -66,11 +86,13 @@ TEST_F(number_format, special_values_and_borders) {
       check(value, digits);
       check(-value, digits);
     }
+    check_fields(value);
   }
   for (int exponent = -324; exponent <= 308; ++exponent) {
     for (const char* mantissa : {"1", "9.999995", "9.9999995", "9.9999949999999", "4.99999950", "2.5"}) {
       const double power = std::strtod((mantissa + ("e" + std::to_string(exponent))).c_str(), nullptr);
       check(power);
+      check_fields(power);
       check(std::nextafter(power, 0.0));
       check(std::nextafter(power, limits::infinity()));
     }
@@ -100,6 +122,36 @@ TEST_F(number_format, random_values_and_ties) {
     check(std::nextafter(tie, 0.0), digits);
     check(std::nextafter(tie, 1e300), digits);
   }
+}
+
+TEST_F(number_format, fixed_ties) {
+  std::mt19937_64 random(4);
+  for (unsigned run = 0; run < 60000 && !HasFatalFailure(); ++run) {
+    // An odd number of 2^-7 is a tie in millionths; below 2^-7 no tie is exact, but neighbours of halves are close.
+    const double tie = static_cast<double>(2 * (random() >> (24 + random() % 40)) + 1) / 128;
+    const double half = (std::floor(static_cast<double>(random() >> (20 + random() % 44))) + 0.5) / 1e6;
+    for (const double value : {tie, half, half * 1e-3, half * 1e9}) {
+      check_fields(value);
+      check_fields(std::nextafter(value, 0.0));
+      check_fields(std::nextafter(value, 1e300));
+    }
+  }
+}
+
+TEST_F(number_format, integers) {
+  const auto check_integer = [](std::int64_t value) {
+    check_as([=](char* out) { return io::format_integer(out, value); }, "%lld", static_cast<long long>(value));
+    check_as([=](char* out) { return io::format_integer(out, value, 8); }, "%8lld", static_cast<long long>(value));
+  };
+  std::mt19937_64 random(5);
+  std::int64_t power = 1;
+  for (unsigned digits = 1; digits < 19; ++digits, power *= 10) {
+    for (const std::int64_t d : {-1, 0, 1}) check_integer(power + d), check_integer(-power + d);
+  }
+  for (const auto value : {std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()}) {
+    check_integer(value);
+  }
+  for (unsigned run = 0; run < 100000; ++run) check_integer(static_cast<std::int64_t>(random() >> (random() % 64)));
 }
 
 class number_scan : public ::testing::Test {

@@ -1,10 +1,20 @@
 /// @file
-/// Mesh files: STL, read and written.
+/// Mesh files: STL and OBJ, read and written; VTK, MEDIT, NASTRAN and EnSight, written.
+///
+/// Writers, but for STL: a file that is created and then refused is left empty; every file is closed when a function
+/// returns; failures of the stream while writing are not reported. Memory: one block of constant size, whatever the size
+/// of the mesh. Numbers are those of `printf` in the "C" locale; an index prints as "%d" prints it, so indices from 2^31
+/// on appear negative. Types are enumerators of element_type; a mixed matrix with the row count of a smaller member holds
+/// only that member, and a matrix without entries no element. The overloads on a range take the matrices from `first` up
+/// to but excluding `last`, matrix i being of the type `codes[i]`.
 #ifndef QEL_GRIDWORK_IO_H
 #define QEL_GRIDWORK_IO_H
 
+#include <cstdio>
+
 #include "qel/dense.h"
 #include "qel/export.h"
+#include "qel/gridwork/elements.h"
 
 namespace qel {
 namespace gridwork {
@@ -49,6 +59,300 @@ QEL_GRIDWORK_API int STL_input(const char* filename, dense2D<double>& coords, de
 /// Cost: linear.
 QEL_GRIDWORK_API int STL_output(const char* filename, const dense2D<double>& coords,
                                 const dense2D<unsigned>& connectivity, bool ascii);
+
+/// Reads the triangles and quadrangles of a Wavefront OBJ file, with its vertices, normals and texture coordinates.
+///
+/// Lines that start with "v", "vn", "vt" and "f" count, all others are skipped. Blanks are space, tab, CR, VT and FF. The
+/// numbers of a line end at the first token that is not a number as `scanf` reads "%lg" in the "C" locale, or has more
+/// than 4095 characters. Lines may be of any length, and the last one may lack its newline.
+///
+/// - "v": at least 3 numbers, of which the first 3 count. "vn": 3 numbers.
+/// - "vt": 1 to 3 numbers; the first such line sets the row count of `uvs`, and lines with another count are dropped.
+/// - "f": corners "v", "v/vt", "v//vn" or "v/vt/vn". Only the vertex index is kept, k as the node k - 1, and 0 or nothing
+///   as the number of vertices read so far. Faces of neither 3 nor 4 corners are skipped. Nodes are not compared with the
+///   number of vertices: check_IDs() does that. Indices relative to the end are not resolved: -1 becomes the node
+///   4294967294, which no mesh has.
+///
+/// @param filename   path of the file, which need not be seekable
+/// @param coords     overwritten: 3 x vertices
+/// @param normals    overwritten: 3 x "vn" lines
+/// @param uvs        overwritten: 1, 2 or 3 x "vt" lines
+/// @param triangles  overwritten: 3 x triangles (ELT_TRIA3)
+/// @param quads      overwritten: 4 x quadrangles (ELT_QUAD4)
+/// @return 0
+///         -1 when the file cannot be opened (the outputs are empty)
+///         -2 when a "v" has fewer than 3 numbers, a "vn" not 3, a "vt" 4 or more; when a face has a corner of another
+///            form, an index below -2^31 or above 2^32 - 1, or an index of texture coordinates or of a normal before the
+///            first "vt" or "vn" line
+///         -199 when memory ran out
+///         On -2 and -199 the outputs hold what was read before.
+///
+/// Cost: linear in the size of the file. Memory: the outputs and one block, however long a line is.
+QEL_GRIDWORK_API int WavefrontOBJ_input(const char* filename, dense2D<double>& coords, dense2D<double>& normals,
+                                        dense2D<double>& uvs, dense2D<unsigned>& triangles, dense2D<unsigned>& quads);
+
+/// Writes triangles and quadrangles as a Wavefront OBJ file, numbers in the form 1.23456789e+00.
+///
+/// A corner of a face is written as "i/i/i" with the number of its node; without `uvs` the second number is left out,
+/// without `normals` the third, but never a slash.
+///
+/// @param filename   path; an existing file is overwritten
+/// @param coords     2 or 3 x nodes; with 2 rows z = 0 is written
+/// @param normals    3 x nodes, or empty
+/// @param uvs        2 x nodes, or empty
+/// @param triangles  3 x e (ELT_TRIA3), of any node indices
+/// @param quads      4 x e (ELT_QUAD4), of any node indices
+/// @return 0
+///         -1 when the file cannot be opened
+///         -2 when `coords` has neither 2 nor 3 rows
+///         -3, -4 when `normals`, `uvs` are of another shape
+///         -5, -6 when `triangles`, `quads` have not the row count of their type
+///         -199 when memory ran out
+///
+/// Cost: linear.
+QEL_GRIDWORK_API int WavefrontOBJ_output(const char* filename, const dense2D<double>& coords,
+                                         const dense2D<double>& normals, const dense2D<double>& uvs,
+                                         const dense2D<unsigned>& triangles, const dense2D<unsigned>& quads);
+
+/// The same for one matrix, without normals and texture coordinates. A matrix that is of another type than ELT_TRIA3 and
+/// ELT_QUAD4, also ELT_FACE_MIX of 4 rows, is not looked at, and the file has no faces.
+QEL_GRIDWORK_API int WavefrontOBJ_output(const char* filename, const dense2D<double>& coords,
+                                         const dense2D<unsigned>& connectivity, element_type type);
+
+/// The same for two matrices, which may be of the same type.
+QEL_GRIDWORK_API int WavefrontOBJ_output(const char* filename, const dense2D<double>& coords,
+                                         const dense2D<unsigned>& connectivity1, const dense2D<unsigned>& connectivity2,
+                                         element_type type1, element_type type2);
+
+/// Appends the elements of a matrix to a list of VTK cells: the number of nodes of a cell, then its nodes.
+///
+/// An element becomes a cell of its vertices (line 3, triangle 5, quadrangle 9, tetrahedron 10 with its last two nodes
+/// swapped, pyramid 14, wedge 13, hexahedron 12); its other nodes, if it has any, become a poly-vertex (2) behind it.
+///
+/// @param connectivity  nodes x e, of any node indices
+/// @param type          a plain type, but not ELT_UNKNOWN, ELT_NODE, ELT_EDGE_MIX, ELT_PYRAMID13 or ELT_WEDGE15
+/// @param nbr_cells     increased by the number of cells appended
+/// @param cells         appended: the cells
+/// @param cell_types    appended: one type of VTK's a cell
+/// @return 0
+///         -1 when `connectivity` has not the row count of `type`
+///         -2 when `type` is not accepted
+///         -199 when memory ran out, or `nbr_cells` would exceed 2^32 - 1; nothing is appended
+///
+/// Cost: linear in e.
+QEL_GRIDWORK_API int vtk_convert(const dense2D<unsigned>& connectivity, element_type type, unsigned& nbr_cells,
+                                 dense1D<unsigned>& cells, dense1D<unsigned>& cell_types);
+
+/// Writes nodes and a list of cells, as vtk_convert() makes it, as a legacy VTK file of text to an open stream.
+///
+/// @param stream      stays open; what it takes is not checked
+/// @param coords      2 or 3 x nodes; with 2 rows z = 0 is written
+/// @param nbr_cells   cells that are written, if the list has that many
+/// @param cells       the number of nodes of a cell, then its nodes from 0 on; for all cells
+/// @param cell_types  one type of VTK's a cell
+/// @return 0
+///         -1 when `stream` is null
+///         -2 when `coords` has neither 2 nor 3 rows
+///         -199 when memory ran out
+///
+/// Cost: linear.
+QEL_GRIDWORK_API int vtk_output(std::FILE* stream, const dense2D<double>& coords, unsigned nbr_cells,
+                                const dense1D<unsigned>& cells, const dense1D<unsigned>& cell_types);
+
+/// Writes a mesh as a legacy VTK file of text ("UNSTRUCTURED_GRID"), with the cells that vtk_convert() makes.
+///
+/// The elements of a mixed matrix are written by node count, in increasing count.
+///
+/// @param filename      path; an existing file is overwritten
+/// @param coords        2 or 3 x nodes; with 2 rows z = 0 is written
+/// @param connectivity  nodes x e
+/// @param type          a mixed type or one that vtk_convert() accepts
+/// @return 0
+///         -1 when the file cannot be opened
+///         -2 when `coords` has neither 2 nor 3 rows, or a type is not accepted
+///         -3 when a matrix is not one of its type on these nodes
+///         -4 when `first` lies after `last`
+///         -5 when `codes` has not one entry a matrix
+///         -199 when memory ran out
+///
+/// Cost: linear.
+QEL_GRIDWORK_API int vtk_output(const char* filename, const dense2D<double>& coords,
+                                const dense2D<unsigned>& connectivity, element_type type);
+
+/// The same for two matrices, one after the other.
+QEL_GRIDWORK_API int vtk_output(const char* filename, const dense2D<double>& coords,
+                                const dense2D<unsigned>& connectivity1, const dense2D<unsigned>& connectivity2,
+                                element_type type1, element_type type2);
+
+/// The same for a range of matrices, one after the other.
+QEL_GRIDWORK_API int vtk_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>* first,
+                                const dense2D<unsigned>* last, const dense1D<int>& codes);
+
+/// Writes a mesh as a MEDIT file of text, with the position of its matrix (0, 1, ...) as reference of an element.
+///
+/// Only vertices are written, a quadratic element is its linear one. A pyramid and a wedge are hexahedra with repeated
+/// nodes: 0 1 2 3 4 4 4 4 and 0 1 2 2 3 4 5 5. Every plain type has a section of its own, in the order of element_type;
+/// ELT_UNKNOWN, ELT_NODE, ELT_EDGE_MIX, ELT_PYRAMID13 and ELT_WEDGE15 have none. Nothing is created before all checks
+/// hold.
+///
+/// @param filename      path; an existing file is overwritten
+/// @param coords        1, 2 or 3 x nodes
+/// @param connectivity  nodes x e
+/// @param type          any type
+/// @return 0
+///         -1 when the file cannot be opened
+///         -2 when `coords` has no row or more than 3
+///         -3 when a matrix is not one of its type on these nodes
+///         -4 when `first` lies after `last`
+///         -5 when `codes` has not one entry a matrix
+///         -199 when memory ran out
+///
+/// Cost: linear.
+QEL_GRIDWORK_API int medit_output(const char* filename, const dense2D<double>& coords,
+                                  const dense2D<unsigned>& connectivity, element_type type);
+
+/// The same for two matrices: references 0 and 1.
+QEL_GRIDWORK_API int medit_output(const char* filename, const dense2D<double>& coords,
+                                  const dense2D<unsigned>& connectivity1, const dense2D<unsigned>& connectivity2,
+                                  element_type type1, element_type type2);
+
+/// The same for a range of matrices.
+QEL_GRIDWORK_API int medit_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>* first,
+                                  const dense2D<unsigned>* last, const dense1D<int>& codes);
+
+/// The same for elements with references of their own; inside a section they are written by increasing reference.
+///
+/// @param references  one entry an element; elements of reference ~0U are left out, and need not be valid
+/// @return 0, also for an empty `connectivity` (no file is created)
+///         -1, -2, -3, -199 as above
+///         -5 when `references` has not one entry an element
+///         -6 when memory for the order of the references ran out
+///
+/// Cost: linear up to a million elements; above, one more pass over the references every half a million. Memory: 16 bytes
+/// an element, up to 16 MiB.
+QEL_GRIDWORK_API int medit_output(const char* filename, const dense2D<double>& coords,
+                                  const dense2D<unsigned>& connectivity, element_type type,
+                                  const dense1D<unsigned>& references);
+
+/// Writes a scalar field as a MEDIT solution, 8 values a line.
+///
+/// @param filename  path; an existing file is overwritten
+/// @param dim       dimension of the mesh, written as it is
+/// @param values    one entry a node
+/// @return 0; -1 when the file cannot be opened; -199 when memory ran out
+///
+/// Cost: linear.
+QEL_GRIDWORK_API int medit_scalar(const char* filename, unsigned dim, const dense1D<double>& values);
+
+/// Writes a vector field as a MEDIT solution.
+///
+/// @param filename  path; an existing file is overwritten
+/// @param dim       dimension of the mesh, written as it is
+/// @param vectors   components x nodes
+/// @return 0; -1 when the file cannot be opened; -199 when memory ran out
+///
+/// Cost: linear.
+QEL_GRIDWORK_API int medit_vector(const char* filename, unsigned dim, const dense2D<double>& vectors);
+
+/// Writes a field of metric tensors as a MEDIT solution, of dimension 2 for 3 rows and 3 for 6.
+///
+/// @param filename  path; an existing file is overwritten
+/// @param metrics   3 or 6 x nodes
+/// @return 0; -1 when the file cannot be opened; -2 when `metrics` has neither 3 nor 6 rows; -199 when memory ran out
+///
+/// Cost: linear.
+QEL_GRIDWORK_API int medit_tensor(const char* filename, const dense2D<double>& metrics);
+
+/// Writes a mesh as a NASTRAN bulk data deck: GRID* cards in large fields, elements as cards with commas.
+///
+/// IDs are positions from 1 on, those of elements over all matrices or blocks, also of elements that are not written.
+///
+/// | type | card | nodes, by local number |
+/// |---|---|---|
+/// | ELT_EDGE2, ELT_EDGE3 | CBAR | 0 1 |
+/// | ELT_TRIA3; ELT_TRIA6 | CTRIA3; CTRIA6 | 0 1 2; 0 1 2 5 3 4 |
+/// | ELT_QUAD4; ELT_QUAD8, ELT_QUAD9 | CQUAD4; CQUAD8 | 0 .. 3; 0 .. 7 |
+/// | ELT_TETRA4; ELT_TETRA10 | CTETRA | 0 2 1 3; 0 2 1 3 5 4 6 7 9 8 |
+/// | ELT_PYRAMID5; ELT_PYRAMID13, ELT_PYRAMID14 | CPYRAM | 0 .. 4; 0 .. 12 |
+/// | ELT_WEDGE6; ELT_WEDGE15, ELT_WEDGE18 | CPENTA | 0 .. 5; 0 .. 5 11 9 10 6 7 8 14 12 13 |
+/// | ELT_HEXA8; ELT_HEXA20, ELT_HEXA27 | CHEXA | 0 .. 7; 0 .. 11 16 .. 19 12 .. 15 |
+/// | ELT_FACE_MIX, ELT_SOLID_MIX | that of each element | |
+/// | ELT_UNKNOWN, ELT_NODE, ELT_EDGE_MIX | none, not written | |
+///
+/// @param filename      path; an existing file is overwritten
+/// @param coords        2 or 3 x nodes; with 2 rows z = 0 is written
+/// @param connectivity  nodes x e, of any node indices; of a higher matrix the first rows count
+/// @param type          any type; every element gets the property ID 1
+/// @return 0, also for an empty `connectivity` (no file is created)
+///         -1 when the file cannot be opened
+///         -2 when `coords` has neither 2 nor 3 rows
+///         -3 when `connectivity` has too few rows for `type`, or for ELT_SOLID_MIX other than 4, 5, 6 or 8
+///         -199 when memory ran out
+///
+/// Cost: linear.
+QEL_GRIDWORK_API int NASTRAN_output(const char* filename, const dense2D<double>& coords,
+                                    const dense2D<unsigned>& connectivity, element_type type);
+
+/// The same for two matrices: the property IDs are 1 and 2.
+///
+/// @return as above; -3 also when a type of more than 8 nodes stands beside a matrix of ELT_SOLID_MIX that is not empty
+QEL_GRIDWORK_API int NASTRAN_output(const char* filename, const dense2D<double>& coords,
+                                    const dense2D<unsigned>& connectivity1, const dense2D<unsigned>& connectivity2,
+                                    element_type type1, element_type type2);
+
+/// The same for a matrix that is cut into blocks of one type each.
+///
+/// @param connectivity   rows for the largest type x e
+/// @param block_offsets  one entry more than blocks: block k holds the columns from `block_offsets[k]` up to but
+///                       excluding `block_offsets[k + 1]`; columns of no block are not written
+/// @param block_types    the type of each block
+/// @param property_IDs   one entry a column
+/// @return as above, and
+///         -5 when `block_offsets` has not one entry more than `block_types`, decreases, or leaves the matrix
+///         -6 when `property_IDs` has not one entry a column
+QEL_GRIDWORK_API int NASTRAN_output(const char* filename, const dense2D<double>& coords,
+                                    const dense2D<unsigned>& connectivity, const dense1D<unsigned>& block_offsets,
+                                    const dense1D<int>& block_types, const dense1D<unsigned>& property_IDs);
+
+/// Writes a mesh as an EnSight geometry file of text, with one part a matrix.
+///
+/// Part numbers are positions in the range from 1 on, also of matrices that are not written; IDs of nodes and, in every
+/// part, of elements are positions from 1 on.
+///
+/// | type | element | nodes, by local number |
+/// |---|---|---|
+/// | ELT_EDGE2; ELT_EDGE3 | bar2; bar3 | 0 1; 0 1 2 |
+/// | ELT_TRIA3; ELT_TRIA6 | tria3; tria6 | 0 1 2; 0 1 2 5 3 4 |
+/// | ELT_QUAD4; ELT_QUAD8, ELT_QUAD9 | quad4; quad8 | 0 .. 3; 0 .. 7 |
+/// | ELT_TETRA4; ELT_TETRA10 | tetra4; tetra10 | 0 2 1 3; 0 2 1 3 5 4 6 7 9 8 |
+/// | ELT_WEDGE6, ELT_WEDGE18 | penta6 | 0 .. 5 |
+/// | ELT_HEXA8; ELT_HEXA20, ELT_HEXA27 | hexa8; hexa20 | 0 .. 7; 0 .. 19 |
+/// | all others, also the mixed types and pyramids | none, not written | |
+///
+/// @param filename      path; an existing file is overwritten
+/// @param coords        1, 2 or 3 x nodes; missing coordinates are written as 0
+/// @param connectivity  nodes x e, of any node indices
+/// @param type          any type
+/// @return 0
+///         -1 when the file cannot be opened
+///         -2 when `coords` has no row or more than 3
+///         -3 when a matrix has not the row count of its type
+///         -4 when `first` lies after `last`
+///         -5 when `codes` has not one entry a matrix
+///         -199 when memory ran out
+///
+/// Cost: linear.
+QEL_GRIDWORK_API int ensight_output(const char* filename, const dense2D<double>& coords,
+                                    const dense2D<unsigned>& connectivity, element_type type);
+
+/// The same for two matrices: parts 1 and 2.
+QEL_GRIDWORK_API int ensight_output(const char* filename, const dense2D<double>& coords,
+                                    const dense2D<unsigned>& connectivity1, const dense2D<unsigned>& connectivity2,
+                                    element_type type1, element_type type2);
+
+/// The same for a range of matrices.
+QEL_GRIDWORK_API int ensight_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>* first,
+                                    const dense2D<unsigned>* last, const dense1D<int>& codes);
 
 }  // namespace gridwork
 }  // namespace qel

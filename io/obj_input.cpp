@@ -1,0 +1,236 @@
+// Reads Wavefront OBJ files.
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "core/result.h"
+#include "io/block_reader.h"
+#include "io/file.h"
+#include "io/number_scan.h"
+#include "io/text.h"
+#include "qel/gridwork/io.h"
+
+namespace qel::gridwork {
+namespace {
+
+using io::block_reader;
+
+constexpr int malformed = -2;
+
+/// Cuts a stream into lines and their tokens, of which it needs only one at a time in memory.
+class token_reader {
+ public:
+  explicit token_reader(block_reader& blocks) noexcept : blocks_(blocks) {}
+
+  /// Bytes of a token that are certain to be at hand; no number is that long.
+  static constexpr std::uint64_t longest = 4096;
+
+  /// Skips blanks. True when a token of this line follows, which then starts at text().
+  bool at_token() noexcept {
+    while (blocks_.fill(1)) {
+      pass(io::skip_blanks(text()));
+      if (blocks_.available() == 0) continue;
+      blocks_.fill(longest);
+      return *text() != '\n';
+    }
+    return false;
+  }
+
+  const char* text() const noexcept { return blocks_.begin(); }
+
+  /// True where a token ends.
+  bool is_end(const char* p) const noexcept { return io::is_blank(*p) || *p == '\n' || p == blocks_.end(); }
+
+  /// True when a token ends at `p`, so far from its start that it was at hand.
+  bool ends_token(const char* p) const noexcept {
+    return is_end(p) && static_cast<std::uint64_t>(p - text()) < longest;
+  }
+
+  /// Goes on behind `p`.
+  void pass(const char* p) noexcept { blocks_.consume(static_cast<std::uint64_t>(p - text())); }
+
+  /// Goes to the next line; false when there is none.
+  bool next_line() noexcept {
+    while (blocks_.fill(1)) {
+      const void* newline = std::memchr(text(), '\n', blocks_.available());
+      if (newline != nullptr) {
+        pass(static_cast<const char*>(newline) + 1);
+        return true;
+      }
+      pass(blocks_.end());
+    }
+    return false;
+  }
+
+ private:
+  block_reader& blocks_;
+};
+
+enum class record { vertex, normal, texture, face, other };
+
+/// The kind of line that starts with the token at hand.
+record scan_keyword(token_reader& tokens) noexcept {
+  const char* p = tokens.text();
+  const char first = *p++;
+  if (first == 'f' && tokens.is_end(p)) return tokens.pass(p), record::face;
+  if (first != 'v') return record::other;
+  if (tokens.is_end(p)) return tokens.pass(p), record::vertex;
+  const char second = *p++;
+  if (!tokens.is_end(p)) return record::other;
+  tokens.pass(p);
+  return second == 'n' ? record::normal : second == 't' ? record::texture : record::other;
+}
+
+/// An index of a face; an empty one counts as 0.
+struct face_index {
+  std::int64_t value = 0;
+  bool present = false;
+};
+
+/// Scans the digits of an index, if there are any. Null for a sign without digits and for an index beyond 32 bits.
+const char* scan_index(const char* p, face_index& index) noexcept {
+  const bool negative = *p == '-';
+  if (negative || *p == '+') {
+    if (!io::is_digit(*++p)) return nullptr;
+  }
+  constexpr std::int64_t most = std::numeric_limits<std::uint32_t>::max();
+  constexpr std::int64_t least = std::numeric_limits<std::int32_t>::min();
+  for (; io::is_digit(*p); ++p) {
+    index.present = true;
+    index.value = 10 * index.value + (*p - '0');
+    if (index.value > most) return nullptr;
+  }
+  if (negative) index.value = -index.value;
+  return index.value < least ? nullptr : p;
+}
+
+/// A corner of a face: indices of a vertex, of texture coordinates and of a normal.
+struct face_corner {
+  face_index parts[3];
+};
+
+/// Scans up to three indices with slashes between them. Null for anything else.
+const char* scan_corner(const char* p, face_corner& corner) noexcept {
+  for (face_index& index : corner.parts) {
+    p = scan_index(p, index);
+    if (p == nullptr || *p != '/' || &index == corner.parts + 2) return p;
+    ++p;
+  }
+  return p;
+}
+
+struct obj_outputs {
+  dense2D<double>&coords, &normals, &uvs;
+  dense2D<unsigned>&triangles, &quads;
+};
+
+class obj_parser {
+ public:
+  obj_parser(block_reader& blocks, const obj_outputs& out) noexcept : tokens_(blocks), out_(out) {}
+
+  int parse() noexcept {
+    do {
+      const int result = tokens_.at_token() ? read_line() : 0;
+      if (result != 0) return result;
+    } while (tokens_.next_line());
+    return 0;
+  }
+
+ private:
+  int read_line() noexcept {
+    switch (scan_keyword(tokens_)) {
+      case record::vertex:
+        return read_vertex();
+      case record::normal:
+        return read_normal();
+      case record::texture:
+        return read_texture();
+      case record::face:
+        return read_face();
+      default:
+        return 0;
+    }
+  }
+
+  /// Reads the numbers of a line, up to `most`; anything else ends them.
+  unsigned read_numbers(double* values, unsigned most) noexcept {
+    unsigned count = 0;
+    for (; count < most && tokens_.at_token(); ++count) {
+      const char* end = io::scan_double(tokens_.text(), values[count]);
+      if (end == nullptr || !tokens_.ends_token(end)) break;
+      tokens_.pass(end);
+    }
+    return count;
+  }
+
+  int read_vertex() noexcept {
+    double values[3];
+    if (read_numbers(values, 3) < 3) return malformed;
+    return append(out_.coords, values, 3);
+  }
+
+  int read_normal() noexcept {
+    double values[4];
+    if (read_numbers(values, 4) != 3) return malformed;
+    has_normals_ = true;
+    return append(out_.normals, values, 3);
+  }
+
+  int read_texture() noexcept {
+    double values[4];
+    const unsigned count = read_numbers(values, 4);
+    if (count > 3) return malformed;
+    has_textures_ = true;
+    const bool fits = out_.uvs.empty() || out_.uvs.rows() == count;
+    return count != 0 && fits ? append(out_.uvs, values, count) : 0;
+  }
+
+  int read_face() noexcept {
+    unsigned nodes[4];
+    std::uint64_t count = 0;
+    for (; tokens_.at_token(); ++count) {
+      face_corner corner;
+      const char* end = scan_corner(tokens_.text(), corner);
+      if (end == nullptr || !tokens_.ends_token(end) || refers_ahead(corner)) return malformed;
+      tokens_.pass(end);
+      if (count < 4) nodes[count] = node(corner.parts[0].value);
+    }
+    if (count == 3) return append(out_.triangles, nodes, 3);
+    return count == 4 ? append(out_.quads, nodes, 4) : 0;
+  }
+
+  /// True for texture coordinates or a normal before there is a line of them.
+  bool refers_ahead(const face_corner& corner) const noexcept {
+    return (corner.parts[1].present && !has_textures_) || (corner.parts[2].present && !has_normals_);
+  }
+
+  unsigned node(std::int64_t index) const noexcept {
+    return static_cast<unsigned>(index != 0 ? index - 1 : static_cast<std::int64_t>(out_.coords.cols()));
+  }
+
+  template <class T>
+  static int append(dense2D<T>& matrix, const T* values, unsigned rows) noexcept {
+    if (matrix.empty() && !matrix.resize(rows, 0)) return out_of_memory;
+    return matrix.push_back_column(values) ? 0 : out_of_memory;
+  }
+
+  token_reader tokens_;
+  obj_outputs out_;
+  bool has_textures_ = false;
+  bool has_normals_ = false;
+};
+
+}  // namespace
+
+int WavefrontOBJ_input(const char* filename, dense2D<double>& coords, dense2D<double>& normals, dense2D<double>& uvs,
+                       dense2D<unsigned>& triangles, dense2D<unsigned>& quads) {
+  for (dense2D<double>* matrix : {&coords, &normals, &uvs}) matrix->clear_hard();
+  for (dense2D<unsigned>* matrix : {&triangles, &quads}) matrix->clear_hard();
+  const io::file input(filename, "r");
+  if (!input.is_open()) return -1;
+  block_reader blocks(input.stream());
+  if (!coords.resize(3, 0) || !blocks.prepare()) return out_of_memory;
+  return obj_parser(blocks, {coords, normals, uvs, triangles, quads}).parse();
+}
+
+}  // namespace qel::gridwork
