@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 
+#include "core/scaling.h"
 #include "core/symmetric3.h"
 #include "qel/lapack.h"
 
@@ -32,8 +33,7 @@ void add_multiple(double factor, const double* x, double* y, long n) noexcept {
 
 /// The length of x, also where squares underflow.
 double length(const double* x, long n) noexcept {
-  double largest = 0;
-  for (long k = 0; k < n; ++k) largest = std::max(largest, std::abs(x[k]));
+  const double largest = gridwork::largest_magnitude(x, x + n);
   if (largest == 0) return 0;
   double sum = 0;
   for (long k = 0; k < n; ++k) sum += (x[k] / largest) * (x[k] / largest);
@@ -191,17 +191,6 @@ void sort_pairs(double* d, long n, const vectors& z) noexcept {
   }
 }
 
-/// The power of two that brings the entries to the order of 1, where they are far from it.
-int scale_exponent(const double* ap, long count) noexcept {
-  double largest = 0;
-  for (long k = 0; k < count; ++k) largest = std::max(largest, std::abs(ap[k]));
-  return largest == 0 || (largest > 0x1p-64 && largest < 0x1p64) ? 0 : -std::ilogb(largest);
-}
-
-void scale(double* x, long count, int exponent) noexcept {
-  for (long k = 0; exponent != 0 && k < count; ++k) x[k] = std::ldexp(x[k], exponent);
-}
-
 long solve_any_order(long n, double* ap, double* w, const vectors& z, double* work) noexcept {
   const long count = n * (n + 1) / 2;
   if (!std::all_of(ap, ap + count, [](double x) { return std::isfinite(x); })) {
@@ -209,14 +198,14 @@ long solve_any_order(long n, double* ap, double* w, const vectors& z, double* wo
     z.set_identity();
     return n - 1;
   }
-  const int exponent = scale_exponent(ap, count);
-  scale(ap, count, exponent);
+  const int exponent = gridwork::scale_exponent(gridwork::largest_magnitude(ap, ap + count));
+  gridwork::scale(ap, ap + count, exponent);
   const packed_problem a = {n, ap, w, work, work + n, work + 2 * n};
   make_tridiagonal(a);
   multiply_reflections(a, z);
   const long left = diagonalise(a.d, a.e, n, z);
   if (left == 0) sort_pairs(w, n, z);
-  scale(w, n, -exponent);
+  gridwork::scale(w, w + n, -exponent);
   return left;
 }
 

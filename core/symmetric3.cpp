@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "core/scaling.h"
+
 namespace qel::gridwork {
 namespace {
 
@@ -168,32 +170,17 @@ void sort_pairs(framed_matrix& m) noexcept {
   }
 }
 
-/// The power of two that brings a matrix of this largest entry to the order of 1; 0 where that is not needed.
-int scale_exponent(double largest) noexcept {
-  return largest == 0 || (largest > 0x1p-64 && largest < 0x1p64) ? 0 : -std::ilogb(largest);
-}
-
 template <bool Vectors>
 bool solve(const double* packed, double* w, double* v) noexcept {
   framed_matrix m = {{packed[0], packed[2], packed[5]}, {packed[4], packed[3], packed[1]}};
-  double largest = 0;
-  double zero = 0;  // NaN when an entry is not finite
-  for (unsigned k = 0; k < 6; ++k) {
-    largest = std::max(largest, std::abs(packed[k]));
-    zero += 0 * packed[k];
-  }
-  const bool finite = zero == 0;
+  const bool finite = std::all_of(packed, packed + 6, [](double x) { return std::isfinite(x); });
   if (finite) {
-    const int exponent = scale_exponent(largest);
-    if (exponent != 0) {
-      for (double& d : m.d) d = std::ldexp(d, exponent);
-      for (double& o : m.o) o = std::ldexp(o, exponent);
-    }
+    const int exponent = scale_exponent(largest_magnitude(packed, packed + 6));
+    scale(m.d, m.d + 3, exponent);
+    scale(m.o, m.o + 3, exponent);
     if (needs_its_own_axes(m) || !diagonalise_by_best_axis<Vectors>(m)) diagonalise<Vectors>(m, 0);
     sort_pairs<Vectors>(m);
-    if (exponent != 0) {
-      for (double& d : m.d) d = std::ldexp(d, -exponent);
-    }
+    scale(m.d, m.d + 3, -exponent);
   } else {
     std::fill_n(m.d, 3, std::numeric_limits<double>::quiet_NaN());
   }

@@ -8,7 +8,12 @@
 #include "qel/gridwork/elements.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/io.h"
+#include "qel/gridwork/metrics.h"
+#include "qel/gridwork/quality.h"
 #include "qel/gridwork/search.h"
 #include "qel/gridwork/topology.h"
+#include "qel/gridwork/transforms.h"
+#include "qel/histogram.h"
+#include "qel/lapack.h"
 
 #endif

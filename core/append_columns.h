@@ -1,0 +1,24 @@
+// Matrices that calls append to.
+#ifndef QEL_GRIDWORK_CORE_APPEND_COLUMNS_H
+#define QEL_GRIDWORK_CORE_APPEND_COLUMNS_H
+
+#include <algorithm>
+#include <cstdint>
+
+#include "qel/dense.h"
+
+namespace qel::gridwork {
+
+/// Adds `count` columns, not initialised, to a matrix that is empty or has so many rows. Repeated calls grow it by doubling.
+/// False, with the matrix as it was, when memory ran out.
+template <class T>
+[[nodiscard]] bool append_columns(dense2D<T>& m, std::uint64_t rows, std::uint64_t count) {
+  const std::uint64_t old_count = m.empty() ? 0 : m.cols();
+  const std::uint64_t new_count = old_count + count;
+  if (m.capacity() < rows * new_count && !m.reserve(rows, std::max(new_count, 2 * old_count + 4))) return false;
+  return m.resize(rows, new_count);
+}
+
+}  // namespace qel::gridwork
+
+#endif

@@ -1,0 +1,108 @@
+#include "metrics/tensors.h"
+#include "qel/gridwork/metrics.h"
+
+namespace qel::gridwork {
+namespace {
+
+using frame = matrix_fixed<double, 3, 2>;
+
+constexpr unsigned frame_rows = 6;
+
+double eigenvalue_of_size(double h) noexcept { return h > 0 ? 1 / (h * h) : 0; }
+
+template <unsigned N>
+tensor<N> isotropic_tensor(double h) noexcept {
+  tensor<N> M{};
+  for (unsigned k = 0; k < N; ++k) M(k, k) = eigenvalue_of_size(h);
+  return M;
+}
+
+/// Scalar product of a column of F with another vector in space.
+double dot_column(const frame& F, unsigned j, const double* x) noexcept {
+  return F(0, j) * x[0] + F(1, j) * x[1] + F(2, j) * x[2];
+}
+
+tensor<2> isotropic_in_plane(double h, const frame& F) noexcept {
+  if (!(h > 0)) return {};
+  const double lambda = eigenvalue_of_size(h);
+  return {lambda * dot_column(F, 0, &F(0, 0)), lambda * dot_column(F, 0, &F(0, 1)),
+          lambda * dot_column(F, 1, &F(0, 1))};
+}
+
+tensor<2> restricted_to_plane(const tensor<3>& M, const frame& F) noexcept {
+  double images[2][3];  // the columns of M F
+  for (unsigned j = 0; j < 2; ++j) {
+    for (unsigned k = 0; k < 3; ++k) images[j][k] = M(k, 0) * F(0, j) + M(k, 1) * F(1, j) + M(k, 2) * F(2, j);
+  }
+  return {dot_column(F, 0, images[0]), dot_column(F, 0, images[1]), dot_column(F, 1, images[1])};
+}
+
+frame frame_at(const dense2D<double>& frames, std::uint64_t j) noexcept {
+  frame F;
+  std::copy_n(frames.column(j), frame_rows, F.data());
+  return F;
+}
+
+bool holds(const dense2D<double>& m, std::uint64_t rows, std::uint64_t cols) noexcept {
+  return m.rows() == rows && m.cols() >= cols;
+}
+
+/// Writes tensor_of(i) where the size is one.
+template <unsigned N, class TensorOf>
+void write_tensors(const dense1D<double>& sizes, dense2D<double>& tensors, TensorOf tensor_of) noexcept {
+  for (std::uint64_t i = 0; i < sizes.size(); ++i) {
+    if (sizes[i] > 0) set_tensor<N>(tensors, i, tensor_of(i));
+  }
+}
+
+template <unsigned N>
+int write_isotropic(const dense1D<double>& sizes, dense2D<double>& tensors) noexcept {
+  if (sizes.empty() && tensors.empty()) return 0;
+  if (!holds(tensors, tensor_rows<N>, sizes.size())) return -2;
+  write_tensors<N>(sizes, tensors, [&](std::uint64_t i) { return isotropic_tensor<N>(sizes[i]); });
+  return 0;
+}
+
+}  // namespace
+
+void metric_iso_to_aniso(double h, symmetric_fixed<double, 2>& M) { M = isotropic_tensor<2>(h); }
+
+void metric_iso_to_aniso(double h, symmetric_fixed<double, 3>& M) { M = isotropic_tensor<3>(h); }
+
+void metric_iso_to_aniso2d(double h, const matrix_fixed<double, 3, 2>& F, symmetric_fixed<double, 2>& M) {
+  M = isotropic_in_plane(h, F);
+}
+
+void metric_aniso3d_to_aniso2d(const symmetric_fixed<double, 3>& M3, const matrix_fixed<double, 3, 2>& F,
+                               symmetric_fixed<double, 2>& M2) {
+  M2 = restricted_to_plane(M3, F);
+}
+
+int metrics_iso_to_aniso2d(const dense1D<double>& sizes, dense2D<double>& tensors) {
+  return write_isotropic<2>(sizes, tensors);
+}
+
+int metrics_iso_to_aniso3d(const dense1D<double>& sizes, dense2D<double>& tensors) {
+  return write_isotropic<3>(sizes, tensors);
+}
+
+int metrics_iso_to_aniso2d(const dense1D<double>& sizes, const dense2D<double>& frames, dense2D<double>& tensors) {
+  if (sizes.empty() && tensors.empty()) return 0;
+  if (!holds(frames, frame_rows, sizes.size()) || !holds(tensors, tensor_rows<2>, sizes.size())) return -2;
+  write_tensors<2>(sizes, tensors, [&](std::uint64_t i) { return isotropic_in_plane(sizes[i], frame_at(frames, i)); });
+  return 0;
+}
+
+int metrics_aniso3d_to_aniso2d(const dense2D<double>& tensors3d, const dense2D<double>& frames,
+                               dense2D<double>& tensors2d) {
+  if (tensors3d.empty() && tensors2d.empty()) return 0;
+  if (tensors3d.rows() != tensor_rows<3>) return -1;
+  const std::uint64_t count = tensors3d.cols();
+  if (!holds(frames, frame_rows, count) || !holds(tensors2d, tensor_rows<2>, count)) return -2;
+  for (std::uint64_t j = 0; j < count; ++j) {
+    set_tensor(tensors2d, j, restricted_to_plane(tensor_at<3>(tensors3d, j), frame_at(frames, j)));
+  }
+  return 0;
+}
+
+}  // namespace qel::gridwork

@@ -1,0 +1,11 @@
+#include "qel/gridwork/quality.h"
+#include "quality/shape_measures.h"
+
+namespace qel::gridwork {
+
+int jacobians(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+              dense1D<double>& J) {
+  return measure_all<jacobian_measure>(coords, connectivity, type, J);
+}
+
+}  // namespace qel::gridwork
