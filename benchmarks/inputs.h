@@ -97,6 +97,42 @@ inline dense2D<unsigned> tetrahedra(unsigned cells, bool shuffled) {
   return connectivity;
 }
 
+/// The same mesh with its nodes renumbered and its elements shuffled, as generators that know no locality leave it.
+inline dense2D<unsigned> without_locality(const dense2D<unsigned>& connectivity) {
+  std::vector<unsigned> name(qel::gridwork::max_ID(connectivity) + 1);
+  std::vector<std::uint64_t> place(connectivity.cols());
+  for (unsigned i = 0; i < name.size(); ++i) name[i] = i;
+  for (std::uint64_t e = 0; e < place.size(); ++e) place[e] = e;
+  std::mt19937_64 random(7);
+  std::shuffle(name.begin(), name.end(), random);
+  std::shuffle(place.begin(), place.end(), random);
+  dense2D<unsigned> result(connectivity.rows(), connectivity.cols());
+  for (std::uint64_t e = 0; e < place.size(); ++e) {
+    for (std::uint64_t i = 0; i < result.rows(); ++i) result(i, place[e]) = name[connectivity(i, e)];
+  }
+  return result;
+}
+
+/// The triangles of surface().
+inline dense2D<unsigned> triangles(unsigned side, bool shuffled) {
+  dense2D<double> coords;
+  dense2D<unsigned> connectivity;
+  surface(side, coords, connectivity);
+  return shuffled ? without_locality(connectivity) : connectivity;
+}
+
+/// The cells of a lattice; nodes renumbered and elements shuffled if asked for.
+inline dense2D<unsigned> hexahedra(unsigned cells, bool shuffled) {
+  const unsigned n = cells + 1;
+  dense2D<unsigned> connectivity(8, std::uint64_t{cells} * cells * cells);
+  for (unsigned c = 0; c < connectivity.cols(); ++c) {
+    const unsigned a = (c / cells / cells * n + c / cells % cells) * n + c % cells;
+    const unsigned bottom[4] = {a, a + 1, a + 1 + n, a + n};
+    for (unsigned i = 0; i < 8; ++i) connectivity(i, c) = bottom[i % 4] + i / 4 * n * n;
+  }
+  return shuffled ? without_locality(connectivity) : connectivity;
+}
+
 }  // namespace inputs
 
 #endif

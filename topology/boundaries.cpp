@@ -1,6 +1,7 @@
 // Boundaries of elements and of meshes.
 #include <algorithm>
 
+#include "core/append_columns.h"
 #include "core/elements.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
@@ -9,16 +10,6 @@
 
 namespace qel::gridwork {
 namespace {
-
-/// Room for so many more boundaries; repeated calls on one matrix grow it by doubling.
-[[nodiscard]] bool append_columns(dense2D<unsigned>& boundaries, std::uint64_t rows, std::uint64_t count) {
-  const std::uint64_t old_count = boundaries.empty() ? 0 : boundaries.cols();
-  const std::uint64_t new_count = old_count + count;
-  if (boundaries.capacity() < rows * new_count && !boundaries.reserve(rows, std::max(new_count, 2 * old_count + 4))) {
-    return false;
-  }
-  return boundaries.resize(rows, new_count);
-}
 
 /// Calls visit(nodes, shape, local boundary) for every boundary of every element for which wanted(k, e) is true.
 template <class Columns, class Wanted, class Visit>

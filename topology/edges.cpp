@@ -1,6 +1,7 @@
 // Unique edges: collected by their lower node, then sorted in short lists.
 #include <algorithm>
 
+#include "core/append_columns.h"
 #include "core/distribute.h"
 #include "core/elements.h"
 #include "core/shapes.h"
@@ -85,11 +86,6 @@ struct edge_statistics {
   }
 };
 
-/// Room for so many more columns of two rows.
-[[nodiscard]] bool append_columns(dense2D<unsigned>& edges, std::uint64_t count) {
-  return edges.resize(2, (edges.empty() ? 0 : edges.cols()) + count);
-}
-
 /// The list of the edges' higher nodes, by lower node: each list sorted and without duplicates.
 class edges_by_lower_node {
  public:
@@ -145,7 +141,7 @@ class edges_by_lower_node {
 
 int append_by_lower_node(const typed_range& range, const edge_statistics& statistics, dense2D<unsigned>& edges) {
   edges_by_lower_node lists;
-  if (!lists.build(range, statistics) || !append_columns(edges, lists.count())) return out_of_memory;
+  if (!lists.build(range, statistics) || !append_columns(edges, 2, lists.count())) return out_of_memory;
   lists.write(edges.column(edges.cols() - lists.count()));
   return 0;
 }
@@ -158,7 +154,7 @@ int append_by_sorting(const typed_range& range, const edge_statistics& statistic
   visit_edges(range, [&](unsigned lower, unsigned higher) { *next++ = std::uint64_t{lower} << 32 | higher; });
   std::sort(pairs.begin(), pairs.end());
   const auto count = static_cast<std::uint64_t>(std::unique(pairs.begin(), pairs.end()) - pairs.begin());
-  if (!append_columns(edges, count)) return out_of_memory;
+  if (!append_columns(edges, 2, count)) return out_of_memory;
   unsigned* out = edges.column(edges.cols() - count);
   for (std::uint64_t i = 0; i < count; ++i) {
     *out++ = static_cast<unsigned>(pairs[i] >> 32);
@@ -170,7 +166,8 @@ int append_by_sorting(const typed_range& range, const edge_statistics& statistic
 int append_edges(const typed_range& range, dense2D<unsigned>& edges) {
   const edge_statistics statistics(range);
   if (statistics.count == 0) return 0;
-  const bool tables_are_small = statistics.largest / 2 <= statistics.count && statistics.count < none;
+  const bool tables_are_small =
+      statistics.largest != none && statistics.largest / 2 <= statistics.count && statistics.count < none;
   return tables_are_small ? append_by_lower_node(range, statistics, edges)
                           : append_by_sorting(range, statistics, edges);
 }

@@ -87,8 +87,8 @@ bool list_nodes(const dense2D<unsigned>& connectivity, dense1D<unsigned>& offset
 }
 
 int fail(dense1D<unsigned>& offsets, dense1D<unsigned>& list) noexcept {
-  offsets.clear();
-  list.clear();
+  offsets.clear_hard();
+  list.clear_hard();
   return out_of_memory;
 }
 

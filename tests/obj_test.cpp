@@ -1,0 +1,271 @@
+// OBJ files: what a reader line by line and number by number makes of them, and what a plain writer prints.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "qel/gridwork.h"
+#include "written_file.h"
+
+namespace {
+
+using namespace qel::gridwork;
+using qel::dense2D;
+using std::string;
+using namespace std::string_literals;
+using matrix = dense2D<unsigned>;
+
+template <class T>
+string describe(const char* name, const dense2D<T>& m) {
+  string text = m.cols() == 0 ? "" : name;
+  for (std::uint64_t j = 0; j < m.cols(); ++j) {
+    text += " (";
+    for (unsigned i = 0; i < m.rows(); ++i) {
+      text += (i == 0 ? "" : " ") + (sizeof(T) == 4 ? std::to_string(m(i, j)) : print("%.17g", double(m(i, j))));
+    }
+    text += ")";
+  }
+  return m.cols() == 0 ? "" : text + "\n";
+}
+
+struct obj {
+  dense2D<double> coords{2, 2, 7.0}, normals{2, 2, 7.0}, uvs{2, 2, 7.0};
+  matrix triangles{2, 2, 7U}, quads{2, 2, 7U};
+  int code = 1;
+
+  string text() const {
+    return std::to_string(code) + "\n" + describe("v", coords) + describe("n", normals) + describe("t", uvs) +
+           describe("3", triangles) + describe("4", quads);
+  }
+};
+
+obj read(const string& path) {
+  obj o;
+  o.code = WavefrontOBJ_input(path.c_str(), o.coords, o.normals, o.uvs, o.triangles, o.quads);
+  return o;
+}
+
+// --- A reader on streams -------------------------------------------------------------------------------------------
+
+template <class T>
+bool append(dense2D<T>& m, const std::vector<T>& values) {
+  return (!m.empty() || m.resize(values.size(), 0)) && m.push_back_column(values.data());
+}
+
+bool scan_index(const string& part, long long& k) {
+  char* end = nullptr;
+  k = part.empty() ? 0 : std::strtoll(part.c_str(), &end, 10);
+  return part.empty() || (*end == '\0' && k >= -2147483648LL && k <= 4294967295LL);
+}
+
+std::vector<double> scan_numbers(std::istringstream& line) {
+  std::vector<double> values;
+  char* end;
+  for (string token; line >> token; values.push_back(std::strtod(token.c_str(), &end))) {
+    if (std::strtod(token.c_str(), &end), *end != '\0') break;
+  }
+  return values;
+}
+
+int read_face(std::istringstream& line, bool textures, bool normals, obj& o) {
+  std::vector<unsigned> nodes;
+  for (string token; line >> token;) {
+    std::vector<string> parts(1);
+    for (const char c : token) c == '/' && parts.size() < 3 ? parts.emplace_back() : parts.back() += c;
+    long long k = 0, vertex = 0;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+      if (!scan_index(parts[i], k)) return -2;
+      if (i == 0) vertex = k;
+    }
+    if (parts.size() > 1 && !parts[1].empty() && !textures) return -2;
+    if (parts.size() > 2 && !parts[2].empty() && !normals) return -2;
+    nodes.push_back(static_cast<unsigned>(vertex != 0 ? vertex - 1 : static_cast<long long>(o.coords.cols())));
+  }
+  if (nodes.size() != 3 && nodes.size() != 4) return 0;
+  return append(nodes.size() == 3 ? o.triangles : o.quads, nodes) ? 0 : -199;
+}
+
+obj expected_of(const string& text) {
+  obj o{{}, {}, {}, {}, {}, 0};
+  bool textures = false, normals = false;
+  std::istringstream lines(text);
+  for (string content; o.code == 0 && std::getline(lines, content);) {
+    std::istringstream line(content);
+    string keyword;
+    line >> keyword;
+    const std::vector<double> x = keyword[0] == 'v' ? scan_numbers(line) : std::vector<double>();
+    if (keyword == "v" && x.size() < 3) o.code = -2;
+    if (keyword == "vn" && x.size() != 3) o.code = -2;
+    if (keyword == "vt" && x.size() > 3) o.code = -2;
+    if (o.code != 0) break;
+    if (keyword == "v") append(o.coords, {x.begin(), x.begin() + 3});
+    if (keyword == "vn") normals = append(o.normals, x);
+    if (keyword == "vt") textures = true;
+    if (keyword == "vt" && !x.empty() && (o.uvs.empty() || o.uvs.rows() == x.size())) append(o.uvs, x);
+    if (keyword == "f") o.code = read_face(line, textures, normals, o);
+  }
+  return o;
+}
+
+class obj_files : public ::testing::Test {
+ protected:
+  written_file file_;
+  const char* path_ = file_.path();
+
+  obj read_text(const string& text) const {
+    std::filesystem::remove(path_);
+    std::ofstream(path_, std::ios::binary) << text;
+    return read(path_);
+  }
+};
+
+TEST_F(obj_files, lines_of_every_kind) {
+  const string three = "v 0 0 0\nv 1 0 0\nv 0 1 0\n", nodes = "v (0 0 0) (1 0 0) (0 1 0)\n";
+  const struct {
+    string text, expected;
+  } cases[] = {
+      {"", "0\n"},
+      {"\r\n \t\n#v 1 2 3\nV 1 2 3\nvp 1\nvn1 2\nF 1\nusemtl f\ng v\ns off", "0\n"},
+      {"v 1 2 3 4\r\n\tv\t.5 -2e-1 0x10 .1 .2 .3 x\nv 1 2 3", "0\nv (1 2 3) (0.5 -0.20000000000000001 16) (1 2 3)\n"},
+      {three + "f 1 2 3\nf 1 2 3 1\nf 1 2 3 1 2\nf 1\nf\nf 3 2 1", "0\n" + nodes + "3 (0 1 2) (2 1 0)\n4 (0 1 2 0)\n"},
+      {three + "vt 0 1\nvn 0 0 1\nf 1/1/1 2//1 3/1\nf 1// 2/ 3",
+       "0\n" + nodes + "n (0 0 1)\nt (0 1)\n3 (0 1 2) (0 1 2)\n"},
+      {"f 9 0 -1\n" + three + "f 0 4294967295 +1", "0\n" + nodes + "3 (8 0 4294967294) (3 4294967294 0)\n"},
+      {three + "f 1 2 3\nf 1 2 4294967296\nf 1 1 1", "-2\n" + nodes + "3 (0 1 2)\n"},
+      {"f -2147483648 1 1\nf -2147483649 1 1", "-2\n3 (2147483647 0 0)\n"},
+      {"vt 1 2\nvt 1\nvt 1 2 3\nvt 3 4\nvt", "0\nt (1 2) (3 4)\n"},
+      {"vt\nf 1/1 2 3", "0\n3 (0 1 2)\n"},
+      {"v 1 2", "-2\n"},
+      {"v 1 2 x3", "-2\n"},
+      {"v 1 2 3x", "-2\n"},
+      {"v 1 2,5 3", "-2\n"},
+      {"vn 1 2", "-2\n"},
+      {"vn 1 2 3 4", "-2\n"},
+      {"vn 1 2 3 x", "0\nn (1 2 3)\n"},
+      {"vt 1 2 3 4", "-2\n"},
+      {"f 1/1/1 2/1/1 3/1/1\nvt 0 0", "-2\n"},
+      {"vt 0 0\nf 1/1/1 2/1/1 3/1/1", "-2\nt (0 0)\n"},
+      {"f 1 2 3 4 5//1", "-2\n"},
+      {"f 1 2 3;", "-2\n"},
+      {"f 1 2 3.0", "-2\n"},
+      {"f 1 2 -", "-2\n"},
+      {"vt 0\nvn 0 0 0\nf 1/1/1/1 2 3", "-2\nn (0 0 0)\nt (0)\n"},
+      {"v " + string(4094, '0') + "1 2 3", "0\nv (1 2 3)\n"},
+      {"v " + string(4095, '0') + "1 2 3", "-2\n"},
+      {"f 1 2 " + string(5000, '0') + "3", "-2\n"},
+      {string("v 1 2 3\0\nv 4 5 6", 16), "-2\n"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(read_text(c.text).text(), c.expected) << c.text.substr(0, 200);
+  const obj o = read("/nonexistent/file");
+  EXPECT_EQ(o.text(), "-1\n");
+  EXPECT_EQ(read_text("").coords.rows(), 3U);
+}
+
+TEST_F(obj_files, random_lines_across_blocks) {
+  const char* const words[] = {
+      "v 1 2 3",          "v -.25 1e3 7 8", "vn 0 0 1",    "vt .5 .5", "vt 1", "f 1 2 3",     "f 1/1 2/1 3/1 4/2",
+      "f 1//1 2//1 3//1", "f 0 7 9 -3",     "f 1 2 3 4 5", "# v 1",    "",     "v nan inf 2", "f 1/2/3 4/5/6 7/8/9"};
+  const char* const odd[] = {"v 1 2", "vn 1", "vt 1 2 3 4", "f a", "f 1/x 2 3", "f 1 2 3/", "v 1 2 3 z"};
+  std::mt19937 random(1);
+  for (unsigned run = 0; run < 40; ++run) {
+    string text = run % 4 == 0 ? "" : "vt 1 1\nvn 1 1 1\n";
+    while (text.size() < (run < 3 ? 2000000 : 4000)) {
+      text += random() % 4 == 0 ? string(random() % 30, random() % 2 == 0 ? ' ' : '\t') : "";
+      text += random() % 2000 == 0 && run > 3 ? odd[random() % std::size(odd)] : words[random() % std::size(words)];
+      text += random() % 3000 == 0 ? string(300000, ' ') : "";
+      text += random() % 3 == 0 ? "\r\n" : "\n";
+    }
+    EXPECT_TRUE(read_text(text).text() == expected_of(text).text()) << run;
+  }
+}
+
+TEST_F(obj_files, long_lines_take_no_memory) {
+  const auto peak = [] {
+    rusage usage;
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;  // in KiB
+  };
+  for (const string& part : {"# comment"s, "f "s, "v 1 2 3"s}) {
+    std::ofstream file(path_, std::ios::binary);
+    file << "v 1 1 1\n" << part;
+    for (unsigned k = 0; k < 100000; ++k) file << string(96, ' ') << " 1  ";  // 10 MB
+    for (unsigned k = 0; k < 9; ++k) file << string(10000000, ' ');
+    file << "\nf 1 1 1\n";
+    file.close();
+    const auto before = peak();
+    EXPECT_EQ(read(path_).triangles.cols(), 1U);
+    EXPECT_LT(peak() - before, 4000);
+  }
+}
+
+TEST_F(obj_files, written_as_printed_and_read_back) {
+  const auto number = [](double x) { return print("%.8e ", x); };
+  for (unsigned run = 0; run < 16; ++run) {
+    const unsigned n = run < 8 ? 4 : 6000, rows = 2 + run % 2;
+    dense2D<double> coords(rows, n), normals(run & 2U ? 3 : 0, n), uvs(run & 4U ? 2 : 0, n);
+    matrix all(5, n), triangles = all.sub_matrix(1, 0, 3, n), quads = all.sub_matrix(0, 0, 4, n);
+    std::mt19937 random(run);
+    for (dense2D<double>* m : {&coords, &normals, &uvs}) {
+      for (std::uint64_t k = 0; k < m->size(); ++k) m->data()[k] = (random() - 2e9) / (1 + random() % 1000000);
+    }
+    for (std::uint64_t k = 0; k < all.size(); ++k) all.data()[k] = random() % n;
+    string text, vt, vn;
+    for (unsigned j = 0; j < n; ++j) {
+      text += " v " + number(coords(0, j)) + number(coords(1, j)) + number(rows == 3 ? coords(2, j) : 0) + "\n";
+      if (!uvs.empty()) vt += " vt " + number(uvs(0, j)) + number(uvs(1, j)) + "\n";
+      if (!normals.empty()) vn += " vn " + number(normals(0, j)) + number(normals(1, j)) + number(normals(2, j)) + "\n";
+    }
+    const auto faces = [&](const matrix& m, bool with_uv, bool with_normal) {
+      string lines;
+      for (unsigned j = 0; j < n; ++j) {
+        lines += " f ";
+        for (unsigned i = 0; i < m.rows(); ++i) {
+          const string id = std::to_string(m(i, j) + 1);
+          lines += id + "/" + (with_uv ? id : "") + "/" + (with_normal ? id : "") + " ";
+        }
+        lines += "\n";
+      }
+      return lines;
+    };
+    const string t = faces(triangles, false, false), q = faces(quads, false, false);
+    const auto both = faces(triangles, !uvs.empty(), !normals.empty()) + faces(quads, !uvs.empty(), !normals.empty());
+    file_.expect(text + t, 0, [&] { return WavefrontOBJ_output(path_, coords, triangles, ELT_FACE_MIX); });
+    file_.expect(text, 0, [&] { return WavefrontOBJ_output(path_, coords, quads, ELT_FACE_MIX); });
+    file_.expect(text + q, 0, [&] { return WavefrontOBJ_output(path_, coords, quads, ELT_QUAD4); });
+    const auto pair = [&](const matrix& a, const matrix& b, element_type type, element_type type2) {
+      return [&, type, type2] { return WavefrontOBJ_output(path_, coords, a, b, type, type2); };
+    };
+    file_.expect(text + t + q, 0, pair(quads, triangles, ELT_QUAD4, ELT_TRIA3));
+    file_.expect(text + t + t, 0, pair(triangles, triangles, ELT_TRIA3, ELT_TRIA3));
+    file_.expect(text + vt + vn + both, 0,
+                 [&] { return WavefrontOBJ_output(path_, coords, normals, uvs, triangles, quads); });
+    const obj back = read(path_);
+    EXPECT_TRUE(back.code == 0 && back.triangles == triangles && back.quads == quads && back.coords.cols() == n);
+    EXPECT_TRUE(back.normals.size() == normals.size() && back.uvs.size() == uvs.size());
+  }
+}
+
+TEST_F(obj_files, refusals_leave_an_empty_file) {
+  const dense2D<double> nodes(3, 4), two(2, 4), line(1, 4), few(3, 2), none;
+  const matrix triangles(3, 1), quads(4, 1), huge(3, 1, {~0U, 0, 1});
+  const auto write = [&](const auto& coords, const auto& normals, const auto& uvs, const auto& t, const auto& q) {
+    return [&] { return WavefrontOBJ_output(path_, coords, normals, uvs, t, q); };
+  };
+  file_.expect("", -2, write(line, few, few, quads, triangles));
+  file_.expect("", -3, write(nodes, few, few, quads, triangles));
+  file_.expect("", -3, write(nodes, two, few, quads, triangles));
+  file_.expect("", -4, write(nodes, nodes, nodes, quads, triangles));
+  file_.expect("", -5, write(nodes, nodes, two, quads, triangles));
+  file_.expect("", -6, write(nodes, none, none, triangles, triangles));
+  file_.expect("", -5, [&] { return WavefrontOBJ_output(path_, nodes, quads, ELT_TRIA3); });
+  file_.expect("", -6, [&] { return WavefrontOBJ_output(path_, nodes, quads, triangles, ELT_QUAD4, ELT_QUAD4); });
+  file_.expect(" f 0// 1// 2// \n", 0, write(dense2D<double>(3, 0), none, none, huge, matrix()));
+  EXPECT_EQ(WavefrontOBJ_output("/nonexistent/file", line, triangles, ELT_TRIA3), -1);
+}
+
+}  // namespace
