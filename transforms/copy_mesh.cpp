@@ -119,6 +119,7 @@ int copy_in_pattern(dense2D<double>& coords, dense2D<unsigned>& out, const patte
   const std::uint64_t new_elements = old_elements + n * count;
   if (!make_room(coords, node_rows, new_nodes) || !make_room(out, rows, new_elements)) return out_of_memory;
   if (!grow(coords, node_rows, new_nodes, 0.0) || !grow(out, rows, new_elements, none)) return out_of_memory;
+  if (source.elements.empty()) return 0;  // else a large n would loop over nothing
 
   for (unsigned k = 0; k < n; ++k) {
     const std::uint64_t first = old_nodes + k * nodes.size();

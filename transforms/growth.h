@@ -10,28 +10,13 @@
 
 namespace qel::gridwork {
 
-/// Knows what an array tells its derived classes only: whether there is another view of the block.
-template <class T>
-class ownership_probe : dense2D<T> {
- public:
-  static bool is_sole_owner(dense2D<T>& matrix) noexcept {
-    ownership_probe probe(matrix);
-    const bool is_sole = probe.owns_block_alone();
-    matrix = std::move(static_cast<dense2D<T>&>(probe));
-    return is_sole;
-  }
-
- private:
-  explicit ownership_probe(dense2D<T>& matrix) noexcept : dense2D<T>(std::move(matrix)) {}
-};
-
 /// Makes room for rows x cols entries, not fewer than there are, in a block that is the matrix's own: growing there
 /// disturbs no other view, not even one that lies behind the last column or in gaps between columns. Shape and values
 /// stay. Where columns come, a sole owner reserves for as many as there are, so that calls in a row are amortised.
 template <class T>
 [[nodiscard]] bool make_room(dense2D<T>& matrix, std::uint64_t rows, std::uint64_t cols) {
   if (rows == matrix.rows() && cols == matrix.cols()) return true;
-  if (matrix.compact() && ownership_probe<T>::is_sole_owner(matrix)) {
+  if (matrix.compact() && matrix.owns_block_alone()) {
     if (rows == 0 || cols <= matrix.capacity() / rows) return true;
     const std::uint64_t ample = cols > matrix.cols() ? std::max(2 * matrix.cols(), cols) : cols;
     return matrix.reserve(rows, ample) || matrix.reserve(rows, cols);

@@ -179,6 +179,9 @@ class block_view {
   /// Position of the first entry in the block.
   size_type offset() const noexcept { return offset_; }
 
+  /// True when there is storage and no other view shares it.
+  bool owns_block_alone() const noexcept { return block_ && block_->__has_one_owner(); }
+
   /// The first entry; null when there never was storage.
   T* data() noexcept { return entries(); }
   const T* data() const noexcept { return entries(); }
@@ -213,8 +216,6 @@ class block_view {
   }
 
   T* entries() const noexcept { return block_ ? block_->data() + offset_ : nullptr; }
-
-  bool owns_block_alone() const noexcept { return block_ && block_->__has_one_owner(); }
 
   /// Capacity for `count` entries from the first one on, the first `keep` of them preserved.
   bool ensure_capacity(size_type count, size_type keep, size_type factor) noexcept {
