@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <filesystem>
 #include <random>
 #include <vector>
 
@@ -131,6 +132,13 @@ inline dense2D<unsigned> hexahedra(unsigned cells, bool shuffled) {
     for (unsigned i = 0; i < 8; ++i) connectivity(i, c) = bottom[i % 4] + i / 4 * n * n;
   }
   return shuffled ? without_locality(connectivity) : connectivity;
+}
+
+/// In memory where the system has such a place, so that no disk is measured.
+inline std::filesystem::path working_folder() {
+  const std::filesystem::path memory = "/dev/shm";
+  const bool in_memory = std::filesystem::is_directory(memory);
+  return (in_memory ? memory : std::filesystem::temp_directory_path()) / "qel_gridwork_benchmark";
 }
 
 }  // namespace inputs

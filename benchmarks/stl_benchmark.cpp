@@ -19,13 +19,6 @@ namespace {
 
 using qel::dense2D;
 
-/// In memory where the system has such a place, so that no disk is measured.
-std::filesystem::path working_folder() {
-  const std::filesystem::path memory = "/dev/shm";
-  const bool in_memory = std::filesystem::is_directory(memory);
-  return (in_memory ? memory : std::filesystem::temp_directory_path()) / "qel_gridwork_benchmark";
-}
-
 std::size_t read_by_ours(const std::string& path) {
   dense2D<double> coords;
   dense2D<unsigned> connectivity;
@@ -66,7 +59,7 @@ int main(int argc, char** argv) {
   dense2D<double> coords;
   dense2D<unsigned> connectivity;
   inputs::surface(707, coords, connectivity);
-  const std::filesystem::path folder = working_folder();
+  const std::filesystem::path folder = inputs::working_folder();
   std::filesystem::create_directories(folder);
   const std::string text = folder / "text.stl";
   const std::string binary = folder / "binary.stl";

@@ -72,6 +72,58 @@ void print_bounding_box(const mesh& m) {
   }
 }
 
+void require(int code, const char* step) {
+  if (code != 0) fail(std::string(step) + ": result code " + std::to_string(code));
+}
+
+// Edges on which no triangle has a neighbour, each counted once.
+std::uint64_t count_edges_without_neighbor(const mesh& m, bool pair_non_manifold) {
+  qel::dense2D<unsigned> neighbors, free, distinct;
+  require(qel::gridwork::get_neighbors(m.connectivity, qel::gridwork::ELT_TRIA3, pair_non_manifold, neighbors),
+          "finding neighbours");
+  require(qel::gridwork::get_mesh_boundaries(m.connectivity, neighbors, qel::gridwork::ELT_TRIA3, free),
+          "finding free edges");
+  require(qel::gridwork::copy_edges(free, qel::gridwork::ELT_EDGE2, distinct), "counting free edges");
+  return distinct.cols();
+}
+
+// Nodes joined by edges make one piece.
+std::uint64_t count_pieces(std::uint64_t nodes_in_use, const qel::dense2D<unsigned>& edges) {
+  std::vector<unsigned> parent(std::size_t{qel::gridwork::max_ID(edges)} + 1);
+  for (unsigned node = 0; node < parent.size(); ++node) parent[node] = node;
+  const auto root = [&](unsigned node) {
+    for (; parent[node] != node; node = parent[node]) parent[node] = parent[parent[node]];
+    return node;
+  };
+  std::uint64_t pieces = nodes_in_use;
+  for (std::uint64_t e = 0; e < edges.cols(); ++e) {
+    const unsigned a = root(edges(0, e)), b = root(edges(1, e));
+    if (a == b) continue;
+    parent[std::max(a, b)] = std::min(a, b);
+    --pieces;
+  }
+  return pieces;
+}
+
+void print_topology(const mesh& m) {
+  if (m.connectivity.empty()) return;
+  qel::dense2D<unsigned> edges;
+  require(qel::gridwork::copy_edges(m.connectivity, qel::gridwork::ELT_TRIA3, edges), "finding edges");
+  const int nodes = qel::gridwork::count_unique_indices(m.connectivity);
+  require(std::min(nodes, 0), "counting nodes");
+  // Pairing leaves only edges of one triangle alone; without it, edges of three or more join them.
+  const std::uint64_t free = count_edges_without_neighbor(m, true);
+  const std::uint64_t unpaired = count_edges_without_neighbor(m, false);
+  const auto used = static_cast<std::uint64_t>(nodes);
+  const auto euler = static_cast<long long>(used + m.connectivity.cols()) - static_cast<long long>(edges.cols());
+  std::printf("Topology\n");
+  print_count("edges", edges.cols());
+  print_count("free edges", free);
+  print_count("edges of 3 or more triangles", unpaired - free);
+  print_count("connected pieces", count_pieces(used, edges));
+  std::printf("  %-30s %15lld\n", "nodes - edges + triangles", euler);
+}
+
 void print_times(const step_times& times) {
   std::printf("Time\n");
   for (const auto& [step, seconds] : times) std::printf("  %-30s %13.3f s\n", step.c_str(), seconds);
@@ -80,6 +132,7 @@ void print_times(const step_times& times) {
 void print_report(const survey& file, const mesh& m) {
   print_counts(file, m);
   print_bounding_box(m);
+  print_topology(m);
 }
 
 // --- The program ---------------------------------------------------------------------------------------------------

@@ -27,13 +27,10 @@ class token_reader {
 
   /// Skips blanks. True when a token of this line follows, which then starts at text().
   bool at_token() noexcept {
-    while (blocks_.fill(1)) {
-      pass(io::skip_blanks(text()));
-      if (blocks_.available() == 0) continue;
-      blocks_.fill(longest);
-      return *text() != '\n';
-    }
-    return false;
+    const char* p = io::skip_blanks(text());
+    if (static_cast<std::uint64_t>(blocks_.end() - p) < longest) return fetch_token();
+    pass(p);
+    return *p != '\n';
   }
 
   const char* text() const noexcept { return blocks_.begin(); }
@@ -63,6 +60,17 @@ class token_reader {
   }
 
  private:
+  /// As at_token(), where a block ends.
+  bool fetch_token() noexcept {
+    while (blocks_.fill(1)) {
+      pass(io::skip_blanks(text()));
+      if (blocks_.available() == 0) continue;
+      blocks_.fill(longest);
+      return *text() != '\n';
+    }
+    return false;
+  }
+
   block_reader& blocks_;
 };
 
@@ -81,42 +89,38 @@ record scan_keyword(token_reader& tokens) noexcept {
   return second == 'n' ? record::normal : second == 't' ? record::texture : record::other;
 }
 
-/// An index of a face; an empty one counts as 0.
-struct face_index {
-  std::int64_t value = 0;
-  bool present = false;
+/// A corner of a face: indices of a vertex, of texture coordinates and of a normal. An index that is left out is 0.
+struct face_corner {
+  std::int64_t indices[3] = {};
+  bool present[3] = {};
 };
 
-/// Scans the digits of an index, if there are any. Null for a sign without digits and for an index beyond 32 bits.
-const char* scan_index(const char* p, face_index& index) noexcept {
-  const bool negative = *p == '-';
-  if (negative || *p == '+') {
-    if (!io::is_digit(*++p)) return nullptr;
-  }
+/// Scans an index, if there is one. Null for a sign without digits and for an index beyond 32 bits.
+const char* scan_index(const char* text, std::int64_t& index) noexcept {
+  const bool negative = *text == '-';
+  const char* const digits = negative || *text == '+' ? text + 1 : text;
+  if (digits != text && !io::is_digit(*digits)) return nullptr;
   constexpr std::int64_t most = std::numeric_limits<std::uint32_t>::max();
   constexpr std::int64_t least = std::numeric_limits<std::int32_t>::min();
+  std::int64_t value = 0;
+  const char* p = digits;
   for (; io::is_digit(*p); ++p) {
-    index.present = true;
-    index.value = 10 * index.value + (*p - '0');
-    if (index.value > most) return nullptr;
+    value = 10 * value + (*p - '0');
+    if (value > most) return nullptr;
   }
-  if (negative) index.value = -index.value;
-  return index.value < least ? nullptr : p;
+  index = negative ? -value : value;
+  return index < least ? nullptr : p;
 }
 
-/// A corner of a face: indices of a vertex, of texture coordinates and of a normal.
-struct face_corner {
-  face_index parts[3];
-};
-
-/// Scans up to three indices with slashes between them. Null for anything else.
+/// Scans up to three indices with slashes between them. Null when one is not valid.
 const char* scan_corner(const char* p, face_corner& corner) noexcept {
-  for (face_index& index : corner.parts) {
-    p = scan_index(p, index);
-    if (p == nullptr || *p != '/' || &index == corner.parts + 2) return p;
-    ++p;
+  for (unsigned part = 0;; ++p, ++part) {
+    const char* const start = p;
+    p = scan_index(start, corner.indices[part]);
+    if (p == nullptr) return nullptr;
+    corner.present[part] = p != start;
+    if (*p != '/' || part == 2) return p;
   }
-  return p;
 }
 
 struct obj_outputs {
@@ -193,7 +197,7 @@ class obj_parser {
       const char* end = scan_corner(tokens_.text(), corner);
       if (end == nullptr || !tokens_.ends_token(end) || refers_ahead(corner)) return malformed;
       tokens_.pass(end);
-      if (count < 4) nodes[count] = node(corner.parts[0].value);
+      if (count < 4) nodes[count] = node(corner.indices[0]);
     }
     if (count == 3) return append(out_.triangles, nodes, 3);
     return count == 4 ? append(out_.quads, nodes, 4) : 0;
@@ -201,7 +205,7 @@ class obj_parser {
 
   /// True for texture coordinates or a normal before there is a line of them.
   bool refers_ahead(const face_corner& corner) const noexcept {
-    return (corner.parts[1].present && !has_textures_) || (corner.parts[2].present && !has_normals_);
+    return (corner.present[1] && !has_textures_) || (corner.present[2] && !has_normals_);
   }
 
   unsigned node(std::int64_t index) const noexcept {

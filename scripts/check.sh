@@ -7,7 +7,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 need_packages g++ clang libclang-rt-14-dev cmake ninja-build libgtest-dev pkg-config clang-format clang-tidy git \
-  locales
+  locales python3-meshio
 
 sources() { git -c safe.directory="$PWD" ls-files --cached --others --exclude-standard -- "$@"; }
 

@@ -178,7 +178,7 @@ struct shape_check {
   bool fits, known;
 };
 
-/// Codes of the functions that look at neighbours and at a matrix of boundaries; `before` has the right row count or not.
+/// Codes of the functions that look at neighbours and at a matrix of boundaries, with the right row count or not.
 void expect_codes(const shape_check& c, const dense2D<unsigned>& before, const dense2D<unsigned>& neighbors) {
   const unsigned B = nbr_boundaries(c.type);
   const bool sized = neighbors.rows() == B && neighbors.cols() == 2, good = sized && check_IDs(neighbors, 2);

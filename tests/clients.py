@@ -1,0 +1,195 @@
+#!/usr/bin/env python3
+"""Reads what the library writes with other software, and compares nodes, cells and the nodes of each cell.
+
+usage: clients.py WRITE_SAMPLES [FOLDER]
+
+Uses meshio (without it, nothing is tested: exit code 77), and VTK and gmsh where they are installed.
+"""
+import json
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+from collections import Counter
+
+try:
+    import meshio
+    import numpy
+except ImportError:
+    print("python3-meshio is not installed: skipped")
+    sys.exit(77)
+
+try:
+    import vtk
+except ImportError:
+    vtk = None
+
+EDGE, TRIA, QUAD, TETRA, PYRAMID, WEDGE, HEXA = "line", "triangle", "quad", "tetra", "pyramid", "wedge", "hexahedron"
+PLAIN = {3: EDGE, 6: TRIA, 7: QUAD, 8: TRIA, 9: QUAD, 12: TETRA, 13: TETRA, 14: PYRAMID, 17: WEDGE, 18: WEDGE,
+         20: HEXA, 21: HEXA}
+VERTICES = {EDGE: 2, TRIA: 3, QUAD: 4, TETRA: 4, PYRAMID: 5, WEDGE: 6, HEXA: 8}
+FACES = {4: TRIA, 5: QUAD}
+MIXED = {5: {3: TRIA, 4: QUAD}, 11: {4: TETRA, 5: PYRAMID, 6: WEDGE, 8: HEXA}}
+NONE = 2**32 - 1
+
+QUADRATIC = {8, 9, 13, 18, 21}
+ALL = set(range(23))
+
+# Element types that a client does not read, or that a format does not hold.
+UNREADABLE = {
+    ("meshio", ".vtk"): QUADRATIC,  # refuses cells of type poly-vertex
+    ("gmsh", ".vtk"): QUADRATIC,
+    ("meshio", ".nas"): {18},  # knows no CPENTA of 15 nodes
+    ("gmsh", ".nas"): set() if vtk else {18},
+    ("vtk", ".obj"): ALL,  # refuses a corner that ends with a slash
+}
+UNWRITTEN = {".vtk": {18}, ".mesh": {18}, ".geo": {5, 11, 14, 18}, ".obj": ALL - {6, 7}, "-vn.obj": ALL - {6, 7}}
+
+
+class Sample:
+    def __init__(self, path):
+        data = json.loads(path.read_text())
+        self.name, self.stem, self.type = path.stem, path.with_suffix(""), data["type"]
+        self.coords = numpy.array(data["coords"])
+        self.cells = []
+        for column in data["elements"]:
+            nodes = [n for n in column if n != NONE]
+            shape = MIXED[self.type][len(nodes)] if self.type in MIXED else PLAIN[self.type]
+            self.cells.append((shape, nodes))
+
+    def file(self, suffix):
+        return self.stem.with_name(self.stem.name + suffix)
+
+    def node_numbers(self, points, precision):
+        """The sample's node at each point."""
+        distances = numpy.abs(points[:, None, :] - self.coords[None, :, :]).max(axis=2)
+        if distances.min(axis=1).max() > 4 * precision:
+            raise ValueError("a node is somewhere else")
+        return distances.argmin(axis=1)
+
+
+def whole(cells):
+    """Shapes with all their nodes, whatever their order."""
+    return Counter((shape, frozenset(nodes)) for shape, nodes in cells)
+
+
+def vertices(cells):
+    return Counter((shape, frozenset(nodes[: VERTICES[shape]])) for shape, nodes in cells)
+
+
+def vtk_cells(cells):
+    """Linear cells, and the other nodes of quadratic ones as a cell of points."""
+    points = [("points", nodes[VERTICES[shape]:]) for shape, nodes in cells if len(nodes) > VERTICES[shape]]
+    return vertices(cells) + whole(points)
+
+
+def medit_cells(cells):
+    """Pyramids and wedges are hexahedra with repeated nodes."""
+    return Counter((HEXA if s in (PYRAMID, WEDGE) else s, frozenset(n[: VERTICES[s]])) for s, n in cells)
+
+
+# --- Clients: each returns the coordinates and the cells that it finds in a file -------------------------------------
+
+
+def shape_of(name):
+    if name.startswith("VTK_POLY") or name == "vertex":
+        return "points"
+    return name.rstrip("0123456789") if name not in VERTICES else name
+
+
+def by_meshio(path):
+    mesh = meshio.read(path)
+    return mesh.points, [(shape_of(block.type), list(map(int, cell))) for block in mesh.cells for cell in block.data]
+
+
+def by_gmsh(path):
+    with tempfile.TemporaryDirectory() as folder:
+        converted = pathlib.Path(folder) / "out.vtk"
+        subprocess.run(["gmsh", "-0", str(path), "-save_all", "-format", "vtk", "-o", str(converted)], check=True,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
+        return by_vtk(converted) if vtk else by_meshio(converted)
+
+
+def vtk_grid(grid):
+    shapes = {vtk.VTK_LINE: EDGE, vtk.VTK_TRIANGLE: TRIA, vtk.VTK_QUAD: QUAD, vtk.VTK_TETRA: TETRA,
+              vtk.VTK_PYRAMID: PYRAMID, vtk.VTK_WEDGE: WEDGE, vtk.VTK_HEXAHEDRON: HEXA, vtk.VTK_POLY_VERTEX: "points",
+              vtk.VTK_QUADRATIC_TRIANGLE: TRIA, vtk.VTK_QUADRATIC_QUAD: QUAD, vtk.VTK_QUADRATIC_TETRA: TETRA,
+              vtk.VTK_QUADRATIC_HEXAHEDRON: HEXA, vtk.VTK_QUADRATIC_WEDGE: WEDGE}
+    points = numpy.array([grid.GetPoint(i) for i in range(grid.GetNumberOfPoints())])
+    cells = []
+    for i in range(grid.GetNumberOfCells()):
+        cell = grid.GetCell(i)
+        cells.append((shapes[cell.GetCellType()], [cell.GetPointId(k) for k in range(cell.GetNumberOfPoints())]))
+    return points, cells
+
+
+def by_vtk(path):
+    if path.suffix == ".geo":
+        case = path.with_suffix(".case")
+        case.write_text(f"FORMAT\ntype: ensight\nGEOMETRY\nmodel: {path.name}\n")
+        reader = vtk.vtkGenericEnSightReader()
+        reader.SetCaseFileName(str(case))
+        reader.Update()
+        return vtk_grid(reader.GetOutput().GetBlock(0))
+    reader = vtk.vtkOBJReader() if path.suffix == ".obj" else vtk.vtkUnstructuredGridReader()
+    reader.SetFileName(str(path))
+    reader.Update()
+    return vtk_grid(reader.GetOutput())
+
+
+# --- The comparison ------------------------------------------------------------------------------------------------
+
+
+def check(client, reader, sample, suffix, wanted, precision):
+    try:
+        points, cells = reader(sample.file(suffix))
+        numbers = sample.node_numbers(points, precision)
+        # gmsh leaves out nodes that no cell uses.
+        if client != "gmsh" and sorted(numbers) != list(range(len(sample.coords))):
+            return f"{client} {sample.name}{suffix}: other nodes"
+        if whole((shape, numbers[nodes]) for shape, nodes in cells) != wanted(sample.cells):
+            return f"{client} {sample.name}{suffix}: other cells"
+    except (Exception, SystemExit) as problem:  # a client that gives up
+        return f"{client} {sample.name}{suffix}: {type(problem).__name__}: {problem}"
+    return None
+
+
+def clients():
+    yield "meshio", by_meshio, {".vtk", ".mesh", ".nas", ".obj"}
+    if vtk:
+        yield "vtk", by_vtk, {".vtk", ".geo", ".obj", "-vn.obj"}
+    else:
+        print("python3-vtk9 is not installed: EnSight is not read")
+    if shutil.which("gmsh"):
+        yield "gmsh", by_gmsh, {".mesh", ".nas", ".vtk"}
+    else:
+        print("gmsh is not installed")
+
+
+# What is expected of the cells, and the precision of the numbers. VTK keeps only the vertices of EnSight's elements.
+FORMATS = {".mesh": (medit_cells, 1e-6), ".nas": (whole, 1e-6), ".vtk": (vtk_cells, 1e-6), ".geo": (vertices, 1e-5),
+           ".obj": (whole, 1e-6), "-vn.obj": (whole, 1e-6)}
+
+
+def main():
+    with tempfile.TemporaryDirectory() as temporary:
+        folder = pathlib.Path(sys.argv[2] if len(sys.argv) > 2 else temporary)
+        folder.mkdir(exist_ok=True)
+        subprocess.run([sys.argv[1], str(folder)], check=True)
+        problems, count = [], 0
+        for name, reader, suffixes in clients():
+            for path in sorted(folder.glob("*.json")):
+                sample = Sample(path)
+                for suffix in sorted(suffixes):
+                    skipped = UNWRITTEN.get(suffix, set()) | UNREADABLE.get((name, suffix), set())
+                    if sample.type not in skipped:
+                        count += 1
+                        problems.append(check(name, reader, sample, suffix, *FORMATS[suffix]))
+        problems = [p for p in problems if p]
+        print(f"{count} files read, {len(problems)} differ", *problems, sep="\n")
+        return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
