@@ -49,27 +49,29 @@ class slot_matcher {
     return boundary_of(Columns::of(nodes), nodes, slot % boundaries);
   }
 
-  /// Takes the first slot and all that match it out of the list, again and again.
+  /// Visits each slot that no earlier one has taken, and takes those that match it.
   void match_pairwise(hashed_slot* begin, hashed_slot* end) const noexcept {
-    while (begin != end) {
-      const hashed_slot first = *begin;
-      const boundary_nodes nodes = boundary(first.slot);
-      unsigned matches = 0;
-      unsigned last = first.slot;
-      hashed_slot* kept = begin;
-      for (const hashed_slot* it = begin + 1; it != end; ++it) {
-        if (it->hash != first.hash || compare_boundaries(nodes, boundary(it->slot)) == direction::different) {
-          *kept++ = *it;
-          continue;
-        }
-        ++matches;
-        last = it->slot;
-        if (pair_non_manifold_) neighbors_[it->slot] = first.slot / boundaries;
-      }
-      if (matches == 1) neighbors_[last] = first.slot / boundaries;
-      if (matches == 1 || (matches > 1 && pair_non_manifold_)) neighbors_[first.slot] = last / boundaries;
-      end = kept;
+    for (hashed_slot* first = begin; first != end; ++first) {
+      if (first->slot != none) match_first(*first, first + 1, end);
     }
+  }
+
+  void match_first(const hashed_slot& first, hashed_slot* rest, hashed_slot* end) const noexcept {
+    unsigned matches = 0;
+    unsigned last = none;
+    for (hashed_slot* it = rest; it != end; ++it) {
+      if (it->hash != first.hash || it->slot == none || !are_equal(first.slot, it->slot)) continue;
+      ++matches;
+      last = it->slot;
+      if (pair_non_manifold_) neighbors_[last] = first.slot / boundaries;
+      it->slot = none;  // taken
+    }
+    if (matches == 1) neighbors_[last] = first.slot / boundaries;
+    if (matches == 1 || (matches > 1 && pair_non_manifold_)) neighbors_[first.slot] = last / boundaries;
+  }
+
+  bool are_equal(unsigned a, unsigned b) const noexcept {
+    return compare_boundaries(boundary(a), boundary(b)) != direction::different;
   }
 
   const dense2D<unsigned>& connectivity_;
