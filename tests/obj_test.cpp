@@ -112,15 +112,12 @@ obj expected_of(const string& text) {
   return o;
 }
 
-class obj_files : public ::testing::Test {
+class obj_files : public ::testing::Test, protected written_file {
  protected:
-  written_file file_;
-  const char* path_ = file_.path();
-
   obj read_text(const string& text) const {
-    std::filesystem::remove(path_);
-    std::ofstream(path_, std::ios::binary) << text;
-    return read(path_);
+    std::filesystem::remove(path());
+    std::ofstream(path(), std::ios::binary) << text;
+    return read(path());
   }
 };
 
@@ -191,14 +188,14 @@ TEST_F(obj_files, long_lines_take_no_memory) {
     return usage.ru_maxrss;  // in KiB
   };
   for (const string& part : {"# comment"s, "f "s, "v 1 2 3"s}) {
-    std::ofstream file(path_, std::ios::binary);
+    std::ofstream file(path(), std::ios::binary);
     file << "v 1 1 1\n" << part;
     for (unsigned k = 0; k < 100000; ++k) file << string(96, ' ') << " 1  ";  // 10 MB
     for (unsigned k = 0; k < 9; ++k) file << string(10000000, ' ');
     file << "\nf 1 1 1\n";
     file.close();
     const auto before = peak();
-    EXPECT_EQ(read(path_).triangles.cols(), 1U);
+    EXPECT_EQ(read(path()).triangles.cols(), 1U);
     EXPECT_LT(peak() - before, 4000);
   }
 }
@@ -234,17 +231,17 @@ TEST_F(obj_files, written_as_printed_and_read_back) {
     };
     const string t = faces(triangles, false, false), q = faces(quads, false, false);
     const auto both = faces(triangles, !uvs.empty(), !normals.empty()) + faces(quads, !uvs.empty(), !normals.empty());
-    file_.expect(text + t, 0, [&] { return WavefrontOBJ_output(path_, coords, triangles, ELT_FACE_MIX); });
-    file_.expect(text, 0, [&] { return WavefrontOBJ_output(path_, coords, quads, ELT_FACE_MIX); });
-    file_.expect(text + q, 0, [&] { return WavefrontOBJ_output(path_, coords, quads, ELT_QUAD4); });
+    expect(text + t, 0, [&] { return WavefrontOBJ_output(path(), coords, triangles, ELT_FACE_MIX); });
+    expect(text, 0, [&] { return WavefrontOBJ_output(path(), coords, quads, ELT_FACE_MIX); });
+    expect(text + q, 0, [&] { return WavefrontOBJ_output(path(), coords, quads, ELT_QUAD4); });
     const auto pair = [&](const matrix& a, const matrix& b, element_type type, element_type type2) {
-      return [&, type, type2] { return WavefrontOBJ_output(path_, coords, a, b, type, type2); };
+      return [&, type, type2] { return WavefrontOBJ_output(path(), coords, a, b, type, type2); };
     };
-    file_.expect(text + t + q, 0, pair(quads, triangles, ELT_QUAD4, ELT_TRIA3));
-    file_.expect(text + t + t, 0, pair(triangles, triangles, ELT_TRIA3, ELT_TRIA3));
-    file_.expect(text + vt + vn + both, 0,
-                 [&] { return WavefrontOBJ_output(path_, coords, normals, uvs, triangles, quads); });
-    const obj back = read(path_);
+    expect(text + t + q, 0, pair(quads, triangles, ELT_QUAD4, ELT_TRIA3));
+    expect(text + t + t, 0, pair(triangles, triangles, ELT_TRIA3, ELT_TRIA3));
+    expect(text + vt + vn + both, 0,
+           [&] { return WavefrontOBJ_output(path(), coords, normals, uvs, triangles, quads); });
+    const obj back = read(path());
     EXPECT_TRUE(back.code == 0 && back.triangles == triangles && back.quads == quads && back.coords.cols() == n);
     EXPECT_TRUE(back.normals.size() == normals.size() && back.uvs.size() == uvs.size());
   }
@@ -254,17 +251,17 @@ TEST_F(obj_files, refusals_leave_an_empty_file) {
   const dense2D<double> nodes(3, 4), two(2, 4), line(1, 4), few(3, 2), none;
   const matrix triangles(3, 1), quads(4, 1), huge(3, 1, {~0U, 0, 1});
   const auto write = [&](const auto& coords, const auto& normals, const auto& uvs, const auto& t, const auto& q) {
-    return [&] { return WavefrontOBJ_output(path_, coords, normals, uvs, t, q); };
+    return [&] { return WavefrontOBJ_output(path(), coords, normals, uvs, t, q); };
   };
-  file_.expect("", -2, write(line, few, few, quads, triangles));
-  file_.expect("", -3, write(nodes, few, few, quads, triangles));
-  file_.expect("", -3, write(nodes, two, few, quads, triangles));
-  file_.expect("", -4, write(nodes, nodes, nodes, quads, triangles));
-  file_.expect("", -5, write(nodes, nodes, two, quads, triangles));
-  file_.expect("", -6, write(nodes, none, none, triangles, triangles));
-  file_.expect("", -5, [&] { return WavefrontOBJ_output(path_, nodes, quads, ELT_TRIA3); });
-  file_.expect("", -6, [&] { return WavefrontOBJ_output(path_, nodes, quads, triangles, ELT_QUAD4, ELT_QUAD4); });
-  file_.expect(" f 0// 1// 2// \n", 0, write(dense2D<double>(3, 0), none, none, huge, matrix()));
+  expect("", -2, write(line, few, few, quads, triangles));
+  expect("", -3, write(nodes, few, few, quads, triangles));
+  expect("", -3, write(nodes, two, few, quads, triangles));
+  expect("", -4, write(nodes, nodes, nodes, quads, triangles));
+  expect("", -5, write(nodes, nodes, two, quads, triangles));
+  expect("", -6, write(nodes, none, none, triangles, triangles));
+  expect("", -5, [&] { return WavefrontOBJ_output(path(), nodes, quads, ELT_TRIA3); });
+  expect("", -6, [&] { return WavefrontOBJ_output(path(), nodes, quads, triangles, ELT_QUAD4, ELT_QUAD4); });
+  expect(" f 0// 1// 2// \n", 0, write(dense2D<double>(3, 0), none, none, huge, matrix()));
   EXPECT_EQ(WavefrontOBJ_output("/nonexistent/file", line, triangles, ELT_TRIA3), -1);
 }
 

@@ -246,16 +246,7 @@ bool has_vtk(int type) { return type == ELT_FACE_MIX || type == ELT_SOLID_MIX ||
 
 // --- Tests ---------------------------------------------------------------------------------------------------------
 
-class writers : public ::testing::Test {
- protected:
-  written_file file_;
-  const char* path_ = file_.path();
-
-  template <class Write>
-  void expect(const string& expected, int code, Write write) const {
-    file_.expect(expected, code, write);
-  }
-};
+class writers : public ::testing::Test, protected written_file {};
 
 TEST_F(writers, every_type_alone_and_in_pairs) {
   for (int run = 0; run < 23 * 12 && !HasFailure(); ++run) {
@@ -265,21 +256,21 @@ TEST_F(writers, every_type_alone_and_in_pairs) {
     SCOPED_TRACE(print("types %d %d, columns %u", type, type2, cols));
     const auto coords = some_nodes(dim, 40 + cols);
     const std::vector<matrix> m = {some(type, cols, 40), some(type2, 5, 40)};
-    expect(ensight(coords, {m[0]}, types), 0, [&] { return ensight_output(path_, coords, m[0], type); });
-    expect(ensight(coords, m, types), 0, [&] { return ensight_output(path_, coords, m[0], m[1], type, type2); });
-    expect(medit(coords, split({m[0]}, types)), 0, [&] { return medit_output(path_, coords, m[0], type); });
-    expect(medit(coords, split(m, types)), 0, [&] { return medit_output(path_, coords, m[0], m[1], type, type2); });
+    expect(ensight(coords, {m[0]}, types), 0, [&] { return ensight_output(path(), coords, m[0], type); });
+    expect(ensight(coords, m, types), 0, [&] { return ensight_output(path(), coords, m[0], m[1], type, type2); });
+    expect(medit(coords, split({m[0]}, types)), 0, [&] { return medit_output(path(), coords, m[0], type); });
+    expect(medit(coords, split(m, types)), 0, [&] { return medit_output(path(), coords, m[0], m[1], type, type2); });
     if (dim == 1) continue;
 
     const bool bad = !has_vtk(type), bad2 = bad || !has_vtk(type2);
     const auto one_vtk = bad ? "" : vtk(coords, split({m[0]}, types)),
                two_vtk = bad2 ? "" : vtk(coords, split(m, types));
-    expect(one_vtk, bad ? -2 : 0, [&] { return vtk_output(path_, coords, m[0], type); });
-    expect(two_vtk, bad2 ? -2 : 0, [&] { return vtk_output(path_, coords, m[0], m[1], type, type2); });
+    expect(one_vtk, bad ? -2 : 0, [&] { return vtk_output(path(), coords, m[0], type); });
+    expect(two_vtk, bad2 ? -2 : 0, [&] { return vtk_output(path(), coords, m[0], m[1], type, type2); });
 
     const std::vector<unsigned> ones(cols, 1);
-    const auto one_deck = m[0].empty() ? absent : nastran(coords, m[0], {0, cols}, types, ones);
-    expect(one_deck, 0, [&] { return NASTRAN_output(path_, coords, m[0], type); });
+    const auto one_deck = m[0].empty() ? absent : nastran(coords, m[0], {0, cols}, {type}, ones);
+    expect(one_deck, 0, [&] { return NASTRAN_output(path(), coords, m[0], type); });
     matrix joined(std::max(m[0].rows(), m[1].rows()), cols + 5, none);
     for (unsigned j = 0; j < cols + 5; ++j) {
       const std::vector<unsigned> nodes = j < cols ? used_nodes(m[0], j) : used_nodes(m[1], j - cols);
@@ -290,9 +281,9 @@ TEST_F(writers, every_type_alone_and_in_pairs) {
     const std::vector<unsigned> offsets = {0, cols, cols + 5};
     const bool high = joined.rows() > 8 && ((type == ELT_SOLID_MIX && cols != 0) || type2 == ELT_SOLID_MIX);
     const string deck = joined.empty() ? absent : high ? "" : nastran(coords, joined, offsets, types, properties);
-    expect(deck, high ? -3 : 0, [&] { return NASTRAN_output(path_, coords, m[0], m[1], type, type2); });
+    expect(deck, high ? -3 : 0, [&] { return NASTRAN_output(path(), coords, m[0], m[1], type, type2); });
     expect(deck, high ? -3 : 0,
-           [&] { return NASTRAN_output(path_, coords, joined, array(offsets), array(types), array(properties)); });
+           [&] { return NASTRAN_output(path(), coords, joined, array(offsets), array(types), array(properties)); });
   }
 }
 
@@ -304,13 +295,13 @@ TEST_F(writers, short_mixed_matrices_ranges_and_references) {
   std::vector<matrix> m;
   for (std::size_t i = 0; i < pure.size(); ++i) m.push_back(some(pure[i], 30, 50));
   const auto codes = array(mixed);
-  expect(vtk(coords, split(m, pure)), 0, [&] { return vtk_output(path_, coords, &m[0], &m[0] + 6, codes); });
-  expect(medit(coords, split(m, pure)), 0, [&] { return medit_output(path_, coords, &m[0], &m[0] + 6, codes); });
-  expect(ensight(coords, m, pure), 0, [&] { return ensight_output(path_, coords, &m[0], &m[0] + 6, codes); });
-  expect(ensight(coords, {}, {}), 0, [&] { return ensight_output(path_, coords, &m[0], &m[0], {}); });
+  expect(vtk(coords, split(m, pure)), 0, [&] { return vtk_output(path(), coords, &m[0], &m[0] + 6, codes); });
+  expect(medit(coords, split(m, pure)), 0, [&] { return medit_output(path(), coords, &m[0], &m[0] + 6, codes); });
+  expect(ensight(coords, m, pure), 0, [&] { return ensight_output(path(), coords, &m[0], &m[0] + 6, codes); });
+  expect(ensight(coords, {}, {}), 0, [&] { return ensight_output(path(), coords, &m[0], &m[0], {}); });
   for (std::size_t i = 0; i < pure.size(); ++i) {
     const auto deck = nastran(coords, m[i], {0, 30}, {pure[i]}, std::vector<unsigned>(30, 1));
-    expect(deck, 0, [&] { return NASTRAN_output(path_, coords, m[i], static_cast<element_type>(mixed[i])); });
+    expect(deck, 0, [&] { return NASTRAN_output(path(), coords, m[i], static_cast<element_type>(mixed[i])); });
 
     std::vector<unsigned> references(30);
     for (unsigned& r : references) r = random_bits() % 8 == 0 ? none : random_bits() % 9;
@@ -321,7 +312,7 @@ TEST_F(writers, short_mixed_matrices_ranges_and_references) {
     }
     const string grouped = medit(coords, split(groups, std::vector<int>(9, pure[i])));
     const auto type = static_cast<element_type>(mixed[i]);
-    expect(grouped, 0, [&] { return medit_output(path_, coords, m[i], type, array(references)); });
+    expect(grouped, 0, [&] { return medit_output(path(), coords, m[i], type, array(references)); });
   }
 }
 
@@ -355,11 +346,11 @@ TEST_F(writers, solutions) {
         for (unsigned k = 0; k < rows; ++k) lines += print("%E ", field(k, j));
         lines += "\n";
       }
-      expect(scalar + "\n", 0, [&] { return medit_scalar(path_, 3, values); });
-      expect(vector + lines, 0, [&] { return medit_vector(path_, 3, field); });
+      expect(scalar + "\n", 0, [&] { return medit_scalar(path(), 3, values); });
+      expect(vector + lines, 0, [&] { return medit_vector(path(), 3, field); });
       const bool metric = rows == 3 || rows == 6;
       expect(metric ? print("%d %d %d 2\n", rows == 3 ? 2 : 3, rows, n) + lines : "", metric ? 0 : -2,
-             [&] { return medit_tensor(path_, field); });
+             [&] { return medit_tensor(path(), field); });
     }
   }
 }
@@ -383,7 +374,7 @@ TEST_F(writers, vtk_cell_lists) {
 
   const dense2D<double> coords(2, 1, {1, 2});
   const auto stream = [&](const dense2D<double>& nodes, unsigned n) {
-    std::FILE* file = std::fopen(path_, "w");
+    std::FILE* file = std::fopen(path(), "w");
     const int code = vtk_output(file, nodes, n, cells, types);
     std::fputs("more", file);
     std::fclose(file);
@@ -406,35 +397,35 @@ TEST_F(writers, refusals) {
   const dense1D<int> codes{ELT_TRIA3}, bad_code{23};
   const dense1D<unsigned> offsets{0, 2}, references{1, 2};
   const auto deck = [&](const dense1D<unsigned>& o, const dense1D<int>& t, const dense1D<unsigned>& p) {
-    return NASTRAN_output(path_, coords, good, o, t, p);
+    return NASTRAN_output(path(), coords, good, o, t, p);
   };
   // Refused before the file is opened: MEDIT meshes, and NASTRAN without elements.
-  expect(absent, -2, [&] { return medit_output(path_, wrong, beyond, ELT_TRIA3); });
-  expect(absent, -3, [&] { return medit_output(path_, coords, beyond, ELT_TRIA3); });
-  expect(absent, -4, [&] { return medit_output(path_, coords, first + 1, first, codes); });
-  expect(absent, -5, [&] { return medit_output(path_, coords, first, first, codes); });
-  expect(absent, -3, [&] { return medit_output(path_, coords, first, first + 1, bad_code); });
-  expect(absent, -5, [&] { return medit_output(path_, wrong, good, ELT_TRIA3, {}); });
-  expect(absent, -3, [&] { return medit_output(path_, coords, beyond, ELT_TRIA3, references); });
-  expect(absent, 0, [&] { return medit_output(path_, wrong, matrix(3, 0), ELT_TRIA3, {}); });
-  expect(absent, 0, [&] { return NASTRAN_output(path_, wrong, matrix(3, 0), ELT_TRIA3); });
-  expect(absent, 0, [&] { return NASTRAN_output(path_, wrong, matrix(), matrix(), ELT_TRIA3, ELT_QUAD4); });
+  expect(absent, -2, [&] { return medit_output(path(), wrong, beyond, ELT_TRIA3); });
+  expect(absent, -3, [&] { return medit_output(path(), coords, beyond, ELT_TRIA3); });
+  expect(absent, -4, [&] { return medit_output(path(), coords, first + 1, first, codes); });
+  expect(absent, -5, [&] { return medit_output(path(), coords, first, first, codes); });
+  expect(absent, -3, [&] { return medit_output(path(), coords, first, first + 1, bad_code); });
+  expect(absent, -5, [&] { return medit_output(path(), wrong, good, ELT_TRIA3, {}); });
+  expect(absent, -3, [&] { return medit_output(path(), coords, beyond, ELT_TRIA3, references); });
+  expect(absent, 0, [&] { return medit_output(path(), wrong, matrix(3, 0), ELT_TRIA3, {}); });
+  expect(absent, 0, [&] { return NASTRAN_output(path(), wrong, matrix(3, 0), ELT_TRIA3); });
+  expect(absent, 0, [&] { return NASTRAN_output(path(), wrong, matrix(), matrix(), ELT_TRIA3, ELT_QUAD4); });
   // Refused afterwards: the file is there and empty.
   for (const auto& nodes : {wrong, line}) {
-    expect("", -2, [&] { return vtk_output(path_, nodes, first + 1, first, codes); });
-    expect("", -2, [&] { return NASTRAN_output(path_, nodes, good, ELT_QUAD4); });
+    expect("", -2, [&] { return vtk_output(path(), nodes, first + 1, first, codes); });
+    expect("", -2, [&] { return NASTRAN_output(path(), nodes, good, ELT_QUAD4); });
   }
-  expect("", -2, [&] { return ensight_output(path_, wrong, first + 1, first, codes); });
-  expect("", -4, [&] { return ensight_output(path_, line, first + 1, first, codes); });
-  expect("", -5, [&] { return ensight_output(path_, line, first, first + 1, {}); });
-  expect("", -3, [&] { return ensight_output(path_, line, good, ELT_QUAD4); });
-  expect("", -4, [&] { return vtk_output(path_, coords, first + 1, first, codes); });
-  expect("", -5, [&] { return vtk_output(path_, coords, first, first, codes); });
-  expect("", -3, [&] { return vtk_output(path_, coords, beyond, ELT_TRIA3); });
-  expect("", -2, [&] { return vtk_output(path_, coords, matrix(), ELT_NODE); });
-  expect("", -3, [&] { return NASTRAN_output(path_, coords, good, ELT_QUAD4); });
-  expect("", -3, [&] { return NASTRAN_output(path_, coords, high, ELT_SOLID_MIX); });
-  expect("", -3, [&] { return NASTRAN_output(path_, coords, mixed, high, ELT_SOLID_MIX, ELT_TETRA10); });
+  expect("", -2, [&] { return ensight_output(path(), wrong, first + 1, first, codes); });
+  expect("", -4, [&] { return ensight_output(path(), line, first + 1, first, codes); });
+  expect("", -5, [&] { return ensight_output(path(), line, first, first + 1, {}); });
+  expect("", -3, [&] { return ensight_output(path(), line, good, ELT_QUAD4); });
+  expect("", -4, [&] { return vtk_output(path(), coords, first + 1, first, codes); });
+  expect("", -5, [&] { return vtk_output(path(), coords, first, first, codes); });
+  expect("", -3, [&] { return vtk_output(path(), coords, beyond, ELT_TRIA3); });
+  expect("", -2, [&] { return vtk_output(path(), coords, matrix(), ELT_NODE); });
+  expect("", -3, [&] { return NASTRAN_output(path(), coords, good, ELT_QUAD4); });
+  expect("", -3, [&] { return NASTRAN_output(path(), coords, high, ELT_SOLID_MIX); });
+  expect("", -3, [&] { return NASTRAN_output(path(), coords, mixed, high, ELT_SOLID_MIX, ELT_TETRA10); });
   expect("", -5, [&] { return deck({0}, codes, {}); });
   expect("", -5, [&] { return deck({0, 3}, codes, {}); });
   expect("", -5, [&] { return deck({2, 1}, codes, {}); });

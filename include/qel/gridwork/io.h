@@ -345,7 +345,7 @@ QEL_GRIDWORK_API int NASTRAN_output(const char* filename, const dense2D<double>&
 QEL_GRIDWORK_API int ensight_output(const char* filename, const dense2D<double>& coords,
                                     const dense2D<unsigned>& connectivity, element_type type);
 
-/// The same for two matrices: parts 1 and 2.
+/// The same for two matrices, one after the other.
 QEL_GRIDWORK_API int ensight_output(const char* filename, const dense2D<double>& coords,
                                     const dense2D<unsigned>& connectivity1, const dense2D<unsigned>& connectivity2,
                                     element_type type1, element_type type2);
