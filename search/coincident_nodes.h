@@ -2,6 +2,7 @@
 #ifndef QEL_GRIDWORK_SEARCH_COINCIDENT_NODES_H
 #define QEL_GRIDWORK_SEARCH_COINCIDENT_NODES_H
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <utility>
@@ -14,20 +15,41 @@
 
 namespace qel::gridwork {
 
-/// Positions of the nodes of a list; a node is named by its rank, its place in the list.
+/// Positions of the nodes of a list, one after another; a node is named by its rank, its place in the list.
 template <unsigned Dim>
 class ranked_positions {
  public:
-  ranked_positions(const dense2D<double>& coords, node_list list) noexcept
-      : coords_(coords.data()), ld_(coords.ld()), list_(list) {}
+  ranked_positions() noexcept = default;
 
-  std::uint64_t count() const noexcept { return list_.count; }
-  const double* operator[](std::uint64_t rank) const noexcept { return coords_ + ld_ * list_[rank]; }
+  /// All nodes.
+  explicit ranked_positions(const dense2D<double>& coords) noexcept
+      : first_(coords.data()), ld_(coords.ld()), count_(coords.cols()) {}
+
+  /// The nodes of a list. They are copied unless their ranks are their indices, so that loops over ranks read in order.
+  [[nodiscard]] bool gather(const dense2D<double>& coords, node_list list) {
+    *this = ranked_positions(coords);
+    count_ = list.count;
+    if (list.ids == nullptr) return true;
+    if (!gathered_.resize(Dim * list.count)) return false;
+    for (std::uint64_t rank = 0; rank < list.count; ++rank) {
+      if (rank + ahead < list.count) prefetch(coords.column(list.ids[rank + ahead]));
+      std::copy_n(coords.column(list.ids[rank]), Dim, gathered_.data() + Dim * rank);
+    }
+    first_ = gathered_.data();
+    ld_ = Dim;
+    return true;
+  }
+
+  std::uint64_t count() const noexcept { return count_; }
+  const double* operator[](std::uint64_t rank) const noexcept { return first_ + ld_ * rank; }
 
  private:
-  const double* coords_;
-  std::uint64_t ld_;
-  node_list list_;
+  static constexpr std::uint64_t ahead = 16;
+
+  const double* first_ = nullptr;
+  std::uint64_t ld_ = 0;
+  std::uint64_t count_ = 0;
+  dense1D<double> gathered_;
 };
 
 /// Equal for equal values: 0 and -0 hash alike.
@@ -45,7 +67,7 @@ template <unsigned Dim>
 class coincident_nodes {
  public:
   /// `with_second`: whether seconds() will be asked for.
-  [[nodiscard]] bool build(ranked_positions<Dim> positions, bool with_second) {
+  [[nodiscard]] bool build(const ranked_positions<Dim>& positions, bool with_second) {
     const std::uint64_t count = positions.count();
     if (count >= none || !table_.reset(count / 8) || !leaders_.resize(count)) return false;
     if (with_second && !seconds_.resize(count, none)) return false;
@@ -77,14 +99,14 @@ class coincident_nodes {
   position_table release_table() noexcept { return std::move(table_); }
 
   /// The leader at the position `p`, or `none`.
-  unsigned find(ranked_positions<Dim> positions, const double* p) const {
+  unsigned find(const ranked_positions<Dim>& positions, const double* p) const {
     return table_.find(hash_values<Dim>(p), [&](unsigned held) { return same_position<Dim>(positions[held], p); });
   }
 
  private:
   static constexpr std::uint64_t ahead = 32;
 
-  unsigned enter(ranked_positions<Dim> positions, std::uint64_t hash, unsigned rank) {
+  unsigned enter(const ranked_positions<Dim>& positions, std::uint64_t hash, unsigned rank) {
     const double* p = positions[rank];
     if (!is_finite<Dim>(p)) return rank;
     return table_.find_or_insert(hash, rank, [&](unsigned held) { return same_position<Dim>(positions[held], p); });

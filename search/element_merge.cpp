@@ -25,7 +25,7 @@ template <unsigned Dim>
 class element_merger {
  public:
   element_merger(const dense2D<double>& coords, double tol, dense1D<unsigned>& new_IDs) noexcept
-      : positions_(coords, node_list::all(coords.cols())), tol_(tol), new_IDs_(new_IDs) {}
+      : positions_(coords), tol_(tol), new_IDs_(new_IDs) {}
 
   /// Collects the near pairs of one matrix.
   [[nodiscard]] bool add_pairs(const dense2D<unsigned>& connectivity) {

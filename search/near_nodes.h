@@ -18,7 +18,7 @@ namespace qel::gridwork {
 template <unsigned Dim>
 class near_nodes {
  public:
-  near_nodes(ranked_positions<Dim> positions, double tol) noexcept : positions_(positions), tol_(tol) {}
+  near_nodes(const ranked_positions<Dim>& positions, double tol) noexcept : positions_(positions), tol_(tol) {}
 
   /// Uses the memory of a table that has served.
   void reuse(position_table&& table) noexcept { heads_ = std::move(table); }
@@ -164,7 +164,7 @@ class near_nodes {
 
   static constexpr std::uint64_t ahead = 16;
 
-  ranked_positions<Dim> positions_;
+  const ranked_positions<Dim>& positions_;
   double tol_;
   double cells_per_length_ = 0;
   position_table heads_;

@@ -60,15 +60,16 @@ template <unsigned Dim>
 class merger {
  public:
   merger(const dense2D<double>& coords, node_list moving, node_list fixed, double tol) noexcept
-      : node_count_(coords.cols()),
+      : coords_(coords),
+        node_count_(coords.cols()),
         moving_(moving),
         fixed_(fixed),
-        moving_positions_(coords, moving),
-        fixed_positions_(coords, fixed),
         tol_(tol),
         one_list_(moving.ids == fixed.ids && moving.count == fixed.count) {}
 
   int merge(dense1D<unsigned>& new_IDs) {
+    if (!fixed_positions_.gather(coords_, fixed_)) return out_of_memory;
+    if (!one_list_ && !moving_positions_.gather(coords_, moving_)) return out_of_memory;
     coincident_nodes<Dim> groups;
     if (one_list_ && tol_ == 0 && !groups.build(fixed_positions_, false)) return out_of_memory;
     if (one_list_ && tol_ == 0 && fixed_.holds_all(node_count_)) {
@@ -97,9 +98,10 @@ class merger {
   /// Where the square of the tolerance overflows, nearly every node reaches nearly every other, so the first one of the
   /// list is found at once.
   int merge_by_scan(dense1D<unsigned>& new_IDs) const noexcept {
+    const ranked_positions<Dim>& moving_positions = one_list_ ? fixed_positions_ : moving_positions_;
     int merged = 0;
     for (std::uint64_t i = 0; i < moving_.count; ++i) {
-      const double* p = moving_positions_[i];
+      const double* p = moving_positions[i];
       if (!is_finite<Dim>(p)) continue;
       unsigned rank = 0;
       while (rank < fixed_.count && (fixed_[rank] == moving_[i] || !is_near<Dim>(p, fixed_positions_[rank], tol_)))
@@ -158,6 +160,7 @@ class merger {
     return 1;
   }
 
+  const dense2D<double>& coords_;
   std::uint64_t node_count_;
   node_list moving_;
   node_list fixed_;

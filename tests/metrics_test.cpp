@@ -77,10 +77,10 @@ void expect_closed_form(const tensor2& M) {
   const bool first = (l1 - c) * (l1 - c) > (l1 - a) * (l1 - a);
   const vector_fixed<double, 2> e = first ? vector_fixed<double, 2>{l1 - c, b} : vector_fixed<double, 2>{b, l1 - a};
   const double s = b * b + std::max((l1 - c) * (l1 - c), (l1 - a) * (l1 - a));
+  const double x = e[0] / std::sqrt(s), y = e[1] / std::sqrt(s);
   const bool isotropic = !(s > 1e-24 * std::max(a * a, c * c));
-  ASSERT_EQ(V, isotropic ? matrix_fixed<double, 2, 2>{1, 0, 0, 1}
-                         : (matrix_fixed<double, 2, 2>{e[0] / std::sqrt(s), e[1] / std::sqrt(s), -(e[1] / std::sqrt(s)),
-                                                       e[0] / std::sqrt(s)}));
+  const auto expected = isotropic ? matrix_fixed<double, 2, 2>{1, 0, 0, 1} : matrix_fixed<double, 2, 2>{x, y, -y, x};
+  ASSERT_EQ(V, expected);
 }
 
 TEST(metrics, plane_tensors_follow_the_closed_form) {
