@@ -133,6 +133,7 @@ void print_report(const survey& file, const mesh& m) {
   print_counts(file, m);
   print_bounding_box(m);
   print_topology(m);
+  print_quality(m);
 }
 
 // --- The program ---------------------------------------------------------------------------------------------------

@@ -35,6 +35,9 @@ struct format {
 
 extern const format stl_format;
 
+// A section of the report; see quality_report.cpp.
+void print_quality(const mesh& m);
+
 inline std::string lower_case(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
   return text;
