@@ -6,7 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 names=("$@")
-[ ${#names[@]} -gt 0 ] || names=(ids search stl)
+[ ${#names[@]} -gt 0 ] || names=(stl ids search topology quality metrics transforms formats)
 cmake --preset release -DQEL_GRIDWORK_BUILD_BENCHMARKS=ON >/dev/null
 cmake --build --preset release -j2
 for name in "${names[@]}"; do
