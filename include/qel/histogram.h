@@ -16,27 +16,27 @@ namespace misc {
 /// The range is closed: bin k holds the samples from bin_lower(k) up to, but without, bin_lower(k + 1); the last bin holds
 /// the upper bound too. A NaN is counted apart and enters nothing else. To do something else with the samples, derive
 /// and override process(). Nothing throws; every sample costs the same.
-class histogram {
+class QEL_GRIDWORK_API histogram {
  public:
   /// An empty histogram of `bins` bins over [lower, upper].
   ///
   /// There are no bins when a bound is not finite, when `lower` is not below `upper`, or when memory runs out; everything
   /// else is counted nevertheless.
-  QEL_GRIDWORK_API explicit histogram(double lower = 0, double upper = 2, unsigned bins = 20);
+  explicit histogram(double lower = 0, double upper = 2, unsigned bins = 20);
 
   /// A copy with counts of its own; without bins when memory runs out.
   /// @{
-  QEL_GRIDWORK_API histogram(const histogram& other);
-  QEL_GRIDWORK_API histogram& operator=(const histogram& other);
+  histogram(const histogram& other);
+  histogram& operator=(const histogram& other);
   /// @}
 
-  QEL_GRIDWORK_API virtual ~histogram();
+  virtual ~histogram();
 
   /// Adds one sample.
-  QEL_GRIDWORK_API virtual void process(double v);
+  virtual void process(double v);
 
   /// Forgets all samples; range and bins stay.
-  QEL_GRIDWORK_API void clear();
+  void clear();
 
   double lower() const noexcept { return lower_; }
   double upper() const noexcept { return upper_; }
@@ -64,7 +64,7 @@ class histogram {
   std::uint64_t bin(unsigned k) const noexcept { return counts_[k]; }
 
   /// Lower end of bin k; the upper end of the last one for k = bins().
-  QEL_GRIDWORK_API double bin_lower(unsigned k) const;
+  double bin_lower(unsigned k) const;
 
  private:
   unsigned bin_of(double v) const noexcept;
