@@ -16,7 +16,8 @@ constexpr std::uint64_t mix_bits(std::uint64_t x) noexcept {
   return x ^ (x >> 31);
 }
 
-inline void prefetch(const void* address) noexcept {
+// Inlined by force: GCC drops calls of a function that does nothing but this.
+[[gnu::always_inline]] inline void prefetch(const void* address) noexcept {
 #if defined(__GNUC__)
   __builtin_prefetch(address);
 #else
@@ -38,8 +39,16 @@ class position_table {
     return slots_.resize(slots, slot{0, none});
   }
 
-  /// Room for one more position; called before an insertion that reset() did not count on.
-  [[nodiscard]] bool make_room() noexcept { return used_ < room_in(mask_ + 1) || grow(); }
+  /// Room for `count` more positions; called before insertions that reset() did not count on.
+  [[nodiscard]] bool make_room(std::uint64_t count = 1) noexcept {
+    while (used_ + count > room_in(mask_ + 1)) {
+      if (!grow()) return false;
+    }
+    return true;
+  }
+
+  /// Positions in the table.
+  std::uint64_t used() const noexcept { return used_; }
 
   void prefetch(std::uint64_t hash) const noexcept { gridwork::prefetch(slots_.data() + (tag_of(hash) & mask_)); }
 

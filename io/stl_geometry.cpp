@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace qel::gridwork::io {
 namespace {
@@ -28,17 +29,6 @@ double smallest_squared_height(const triangle& t) noexcept {
   return smallest;
 }
 
-bool is_surely_higher(const triangle& t, double bound) noexcept {
-  // Where the height is more than 1e-4 of the longest edge, the relative error of every evaluation of it is below 1e-10.
-  const vector3 ab = t.corners[1] - t.corners[0];
-  const vector3 ac = t.corners[2] - t.corners[0];
-  const vector3 bc = t.corners[2] - t.corners[1];
-  const vector3 area = cross(ab, ac);
-  const double square = dot(area, area);
-  const double longest = std::max({dot(ab, ab), dot(ac, ac), dot(bc, bc)});
-  return square > 1e-8 * (longest * longest) && square > bound * longest * (1 + 1e-6) && square > 1e-280;
-}
-
 vector3 facet_normal(const triangle& t) noexcept {
   const vector3& a = t.corners[0];
   const vector3& b = t.corners[1];
@@ -52,6 +42,9 @@ vector3 facet_normal(const triangle& t) noexcept {
   if (length != 0 && !std::isnan(length)) {
     const double scale = 1 / length;
     for (double& component : normal) component *= scale;
+  }
+  for (double& component : normal) {  // processors and compilers do not agree on the sign of a NaN
+    if (std::isnan(component)) component = std::numeric_limits<double>::quiet_NaN();
   }
   return normal;
 }

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/index_set.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
-#include "qel/gridwork/search.h"
 #include "search/proximity_merge.h"
 
 namespace qel::gridwork::io {
@@ -18,115 +18,135 @@ void trim(dense2D<T>& matrix) {
   if (matrix.capacity() > matrix.size() + matrix.size() / 8 && fitting.copy(matrix)) matrix.shallow_copy(fitting);
 }
 
+/// Renumbers the triangles, moves up those that do not repeat a node, and notes their nodes. Returns their number.
+std::uint64_t renumber(dense2D<unsigned>& connectivity, const dense1D<unsigned>& new_IDs, index_flags& used) noexcept {
+  std::uint64_t kept = 0;
+  for (std::uint64_t j = 0; j < connectivity.cols(); ++j) {
+    const unsigned* old = connectivity.column(j);
+    const unsigned a = new_IDs[old[0]], b = new_IDs[old[1]], c = new_IDs[old[2]];
+    if (a == b || b == c || c == a) continue;
+    unsigned* nodes = connectivity.column(kept++);
+    nodes[0] = a, nodes[1] = b, nodes[2] = c;
+    for (const unsigned node : {a, b, c}) used.insert(node);
+  }
+  return kept;
+}
+
+/// Moves up the nodes that are used and makes the map of their new indices. Returns their number.
+std::uint64_t compact(dense2D<double>& coords, const index_flags& used, dense1D<unsigned>& new_IDs) noexcept {
+  unsigned kept = 0;
+  for (unsigned i = 0; i < coords.cols(); ++i) {
+    if (!used.contains(i)) continue;
+    if (kept < i) std::copy_n(coords.column(i), 3, coords.column(kept));
+    new_IDs[i] = kept++;
+  }
+  return kept;
+}
+
+/// Room for `count` columns and, if memory allows, for all that are likely to come.
+template <class T>
+bool widen(dense2D<T>& matrix, std::uint64_t count, std::uint64_t likely) {
+  const std::uint64_t more = std::max(count, matrix.cols() + matrix.cols() / 2);
+  return matrix.resize(3, std::max(more, likely)) || matrix.resize(3, more) || matrix.resize(3, count);
+}
+
 }  // namespace
 
-/// Room in the outputs for so many more nodes and triangles. The share of distinct nodes so far tells how many will come;
-/// without memory for a guess, what is needed now will do.
-bool triangle_soup::reserve_outputs(std::uint64_t nodes, std::uint64_t triangles) {
-  const std::uint64_t node_count = coords_.cols() + nodes;
-  const std::uint64_t triangle_count = connectivity_.cols() + triangles;
-  if (3 * node_count > coords_.capacity()) {
-    std::uint64_t likely = 2 * coords_.cols();
-    if (expected_ > triangle_count) {
-      const double share = static_cast<double>(node_count) / static_cast<double>(triangle_count);
-      likely = static_cast<std::uint64_t>(1.05 * share * static_cast<double>(expected_));
-    }
-    if (!coords_.reserve(3, std::max(node_count, likely)) && !coords_.reserve(3, node_count)) return false;
-  }
-  if (3 * triangle_count > connectivity_.capacity()) {
-    const std::uint64_t likely = expected_ > triangle_count ? expected_ : 2 * connectivity_.cols();
-    if (!connectivity_.reserve(3, std::max(triangle_count, likely)) && !connectivity_.reserve(3, triangle_count))
-      return false;
-  }
-  return coords_.resize(3, coords_.cols()) && connectivity_.resize(3, connectivity_.cols());
-}
-
-/// Merges coincident nodes of a block and appends the distinct ones and the triangles.
-bool triangle_soup::append_merged(const dense2D<double>& nodes) {
-  const std::uint64_t count = nodes.cols();
-  const int merged = proximity_merge(nodes, node_list::all(count), new_IDs_, 0.0);
-  if (merged < 0) return false;
-  const std::uint64_t distinct = count - static_cast<std::uint64_t>(merged);
-  if (coords_.cols() + distinct >= none || !reserve_outputs(distinct, count / 3)) return false;
-  const std::uint64_t old_nodes = coords_.cols();
-  const std::uint64_t old_triangles = connectivity_.cols();
-  if (!coords_.resize(3, old_nodes + distinct) || !connectivity_.resize(3, old_triangles + count / 3)) return false;
-
-  // A survivor comes before those merged onto it, so the map can be turned into final indices on the way.
-  auto next = static_cast<unsigned>(old_nodes);
-  unsigned* corner = connectivity_.column(old_triangles);
-  for (unsigned i = 0; i < count; ++i) {
-    if (new_IDs_[i] == i) {
-      std::copy_n(nodes.column(i), 3, coords_.column(next));
-      new_IDs_[i] = next++;
-    } else {
-      new_IDs_[i] = new_IDs_[new_IDs_[i]];
-    }
-    corner[i] = new_IDs_[i];
-  }
-  return true;
-}
-
-bool triangle_soup::keep_raw(const dense2D<double>& nodes) {
-  const std::uint64_t old_count = raw_.cols();
-  if (3 * (old_count + nodes.cols()) > raw_.capacity() && !raw_.reserve(3, 2 * (old_count + nodes.cols())))
-    return false;
-  if (!raw_.resize(3, old_count + nodes.cols())) return false;
-  std::copy_n(nodes.data(), nodes.size(), raw_.column(old_count));
-  return true;
-}
-
-/// Merges, block by block, what was kept before the first positive height.
-bool triangle_soup::merge_raw() {
+/// After a whole block without any height, what a file of nothing else takes is asked for at once: a sparse file that
+/// claims more than there is memory for is refused before it has filled it.
+bool triangle_soup::keep_raw(const triangle& t) {
   const std::uint64_t count = raw_.cols();
-  for (std::uint64_t first = 0; first < count; first += 3 * block_size) {
-    const std::uint64_t in_block = std::min(3 * block_size, count - first);
-    if (!append_merged(raw_.sub_matrix(0, first, 3, in_block))) return false;
+  if (9 * (count + 1) > raw_.capacity()) {
+    const std::uint64_t wanted = std::max(2 * count + 4, count < block_size ? 0 : expected_);
+    if (3 * wanted >= none || !raw_.reserve(9, wanted)) return false;
+  }
+  if (!raw_.resize(9, count + 1)) return false;
+  double* corners = raw_.column(count);
+  for (const vector3& corner : t.corners) corners = std::copy_n(corner.data(), 3, corners);
+  return true;
+}
+
+bool triangle_soup::merge_raw() {
+  for (std::uint64_t i = 0; i < raw_.cols(); ++i) {
+    triangle t;
+    for (unsigned k = 0; k < 3; ++k) std::copy_n(raw_.column(i) + 3 * k, 3, t.corners[k].data());
+    if (!enqueue(t)) return false;
   }
   raw_.clear_hard();
   return true;
 }
 
-/// Small files do with a small block.
+/// Room for the queue's triangles and their corners, in the outputs and in the table.
 bool triangle_soup::make_room() {
-  if (in_block_ == block_size) return close_block();
-  constexpr std::uint64_t smallest_block = 256;
-  const std::uint64_t wanted = std::max({expected_, 2 * in_block_, smallest_block});
-  return block_.resize(9, std::min(wanted, block_size));
+  constexpr std::uint64_t at_least = 256;
+  static_assert(at_least >= 3 * queue_size && block_size % queue_size == 0);
+  if (triangle_count_ + queue_size > connectivity_.cols() &&
+      !widen(connectivity_, triangle_count_ + at_least, expected_ + queue_size))
+    return false;
+  if (node_count_ + 3 * queue_size > coords_.cols()) {
+    // A closed surface has half as many nodes as triangles; the share so far tells more.
+    const double share =
+        triangle_count_ < at_least ? 0.5 : static_cast<double>(node_count_) / static_cast<double>(triangle_count_);
+    const auto likely = static_cast<std::uint64_t>(1.02 * share * static_cast<double>(expected_));
+    if (node_count_ + at_least >= none || !widen(coords_, node_count_ + at_least, likely)) return false;
+  }
+  if (triangle_count_ % block_size == 0 && !table_.reset(table_.used())) return false;
+  return table_.make_room(3 * queue_size);
 }
 
-bool triangle_soup::close_block() {
-  const dense2D<double> nodes(3, 3 * in_block_, block_.data());
-  if (nodes.cols() != 3 * in_block_) return false;
-  in_block_ = 0;
-  if (smallest_height_ == 0) return keep_raw(nodes);
-  return merge_raw() && append_merged(nodes);
+/// The node of the block at this position, which becomes one if there is none. No other is at a position that is not
+/// finite.
+unsigned triangle_soup::node_at(const vector3& p, std::uint64_t hash) {
+  const auto next = static_cast<unsigned>(node_count_);
+  if (is_finite<3>(p.data())) {
+    const auto is_here = [&](unsigned held) { return same_position<3>(coords_.column(held), p.data()); };
+    const unsigned node = table_.find_or_insert(hash, next, is_here);
+    if (node != next) return node;
+  }
+  double* column = coords_.column(node_count_++);
+  for (unsigned a = 0; a < 3; ++a) column[a] = p[a];
+  return next;
+}
+
+bool triangle_soup::merge_queue() {
+  if (!make_room()) return false;
+  for (unsigned i = 0; i < in_queue_; ++i) {
+    unsigned* nodes = connectivity_.column(triangle_count_++);
+    for (unsigned k = 0; k < 3; ++k) nodes[k] = node_at(queue_[i].t.corners[k], queue_[i].hashes[k]);
+  }
+  in_queue_ = 0;
+  return true;
 }
 
 int triangle_soup::merge_near_nodes() {
-  const double tol = 0.05 * std::sqrt(smallest_height_);
-  const int merged = proximity_merge(coords_, node_list::all(coords_.cols()), new_IDs_, tol);
+  dense1D<unsigned> new_IDs;
+  index_flags used;
+  const int merged = proximity_merge(coords_, node_list::all(node_count_), new_IDs, 0.05 * std::sqrt(smallest_height_));
   if (merged < 0) return merged;
-  if (merged > 0) change_indices(connectivity_, new_IDs_);
-  const int degenerate = remove_degenerated(connectivity_, new_IDs_, true);
-  if (degenerate < 0) return degenerate;
-  if (merged == 0 && degenerate == 0) return 0;
-  const int unused = simplify(coords_, connectivity_, new_IDs_, 0);
-  return unused < 0 ? unused : 0;
+  if (!used.reset(node_count_)) return out_of_memory;
+  const std::uint64_t triangles = renumber(connectivity_, new_IDs, used);
+  if (merged == 0 && triangles == triangle_count_) return 0;
+  const std::uint64_t nodes = compact(coords_, used, new_IDs);
+  if (!connectivity_.resize(3, triangles) || !coords_.resize(3, nodes)) return out_of_memory;
+  change_indices(connectivity_, new_IDs);
+  return 0;
+}
+
+/// Three nodes a triangle, as they came.
+bool triangle_soup::hand_out_raw() {
+  const std::uint64_t count = 3 * raw_.cols();
+  if (count >= none || !coords_.resize(3, count) || !connectivity_.resize(3, raw_.cols())) return false;
+  std::copy_n(raw_.data(), raw_.size(), coords_.data());
+  for (unsigned i = 0; i < count; ++i) connectivity_.data()[i] = i;
+  raw_.clear_hard();
+  return true;
 }
 
 int triangle_soup::finish() {
-  if (in_block_ != 0 && !close_block()) return out_of_memory;
-  block_.clear_hard();
-  int result = 0;
-  if (smallest_height_ == 0) {
-    coords_.shallow_copy(raw_);
-    raw_.clear_hard();
-    if (!coords_.resize(3, coords_.cols()) || !connectivity_.resize(3, coords_.cols() / 3)) return out_of_memory;
-    for (unsigned i = 0; i < coords_.cols(); ++i) connectivity_.data()[i] = i;
-  } else {
-    result = merge_near_nodes();
-  }
+  if (smallest_height_ == 0) return hand_out_raw() ? 0 : out_of_memory;
+  if (!merge_queue()) return out_of_memory;
+  if (!coords_.resize(3, node_count_) || !connectivity_.resize(3, triangle_count_)) return out_of_memory;
+  const int result = merge_near_nodes();
   trim(coords_);
   trim(connectivity_);
   return result;

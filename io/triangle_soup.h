@@ -4,16 +4,18 @@
 
 #include <cstdint>
 
+#include "core/position_table.h"
 #include "io/stl_geometry.h"
 #include "qel/dense.h"
+#include "search/coincident_nodes.h"
 
 namespace qel::gridwork::io {
 
-/// Takes triangles one by one and merges their coincident corners block by block while a block is in the cache; only
-/// distinct corners are kept. finish() then merges near nodes.
+/// Takes triangles one by one and merges their coincident corners as they come, each block of triangles for itself, so
+/// that only distinct corners are ever kept. finish() then merges near nodes.
 ///
-/// A file without any triangle of positive height must come out unmerged, so blocks are kept as they are until the first
-/// positive height is met.
+/// A file without any triangle of positive height must come out unmerged, so triangles are kept as they are until the
+/// first positive height is met.
 class triangle_soup {
  public:
   triangle_soup(dense2D<double>& coords, dense2D<unsigned>& connectivity) noexcept
@@ -23,20 +25,22 @@ class triangle_soup {
   void expect(std::uint64_t triangles) noexcept { expected_ = triangles; }
 
   [[nodiscard]] bool add(const triangle& t) {
-    if (in_block_ == block_.cols() && !make_room()) return false;
-    double* corners = block_.column(in_block_++);
-    for (const vector3& corner : t.corners) {
-      for (const double x : corner) *corners++ = x;
-    }
     note_height(t);
-    return true;
+    if (smallest_height_ == 0) return keep_raw(t);
+    return (raw_.empty() || merge_raw()) && enqueue(t);
   }
 
   /// Makes the mesh. 0, or a negative result.
   int finish();
 
  private:
+  struct hashed_triangle {
+    triangle t;
+    std::uint64_t hashes[3];
+  };
+
   static constexpr std::uint64_t block_size = 100000;
+  static constexpr unsigned queue_size = 16;  // long enough to hide the way to memory
 
   void note_height(const triangle& t) noexcept {
     if (smallest_height_ > 0 && is_surely_higher(t, smallest_height_)) return;
@@ -44,22 +48,36 @@ class triangle_soup {
     if (height > 0 && (smallest_height_ == 0 || height < smallest_height_)) smallest_height_ = height;
   }
 
-  bool make_room();
-  bool close_block();
-  bool keep_raw(const dense2D<double>& nodes);
-  bool merge_raw();
-  bool append_merged(const dense2D<double>& nodes);
-  bool reserve_outputs(std::uint64_t nodes, std::uint64_t triangles);
-  int merge_near_nodes();
+  /// The table is asked for the corners a queue ahead of their merging.
+  [[nodiscard]] bool enqueue(const triangle& t) {
+    if (in_queue_ == queue_size && !merge_queue()) return false;
+    hashed_triangle& last = queue_[in_queue_++];
+    last.t = t;
+    for (unsigned k = 0; k < 3; ++k) {
+      last.hashes[k] = hash_values<3>(t.corners[k].data());
+      table_.prefetch(last.hashes[k]);
+    }
+    return true;
+  }
 
-  dense2D<double>& coords_;
-  dense2D<unsigned>& connectivity_;
-  dense2D<double> block_;  // 9 coordinates of a triangle in each column
-  dense2D<double> raw_;    // nodes of whole blocks that were not merged yet
-  dense1D<unsigned> new_IDs_;
-  std::uint64_t in_block_ = 0;
+  bool keep_raw(const triangle& t);
+  bool merge_raw();
+  bool merge_queue();
+  bool make_room();
+  unsigned node_at(const vector3& p, std::uint64_t hash);
+  int merge_near_nodes();
+  bool hand_out_raw();
+
+  dense2D<double>& coords_;          // sized ahead: the first node_count_ columns are nodes
+  dense2D<unsigned>& connectivity_;  // sized ahead: the first triangle_count_ columns are triangles
+  dense2D<double> raw_;              // 9 coordinates of a triangle in each column
+  hashed_triangle queue_[queue_size];
+  position_table table_;  // the nodes of the block
+  std::uint64_t node_count_ = 0;
+  std::uint64_t triangle_count_ = 0;  // of whole blocks and the one at work
   std::uint64_t expected_ = 0;
   double smallest_height_ = 0;  // squared; 0 as long as there is no positive one
+  unsigned in_queue_ = 0;
 };
 
 }  // namespace qel::gridwork::io

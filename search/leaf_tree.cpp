@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "core/position_table.h"
 #include "core/result.h"
 
 namespace qel::gridwork {
@@ -56,13 +57,16 @@ struct leaf_tree<Dim>::closest_two {
   double best = std::numeric_limits<double>::max();
   double second = std::numeric_limits<double>::max();
   unsigned id = none;
+  const leaf* where = nullptr;
   unsigned index = 0;
 
-  void consider(double square, unsigned candidate, unsigned candidate_index) noexcept {
+  void consider(double square, const leaf& candidate_leaf, unsigned candidate_index) noexcept {
+    const unsigned candidate = candidate_leaf.ids[candidate_index];
     if (square < best) {
       if (candidate != id) second = best;
       best = square;
       id = candidate;
+      where = &candidate_leaf;
       index = candidate_index;
     } else if (square < second && candidate != id) {
       second = square;
@@ -82,26 +86,22 @@ bool leaf_tree<Dim>::build(const dense1D<tree_node<Dim>>& nodes) {
   const std::uint64_t count = nodes.size();
   while (first_leaf_ * std::uint64_t{leaf_size} < count) first_leaf_ *= 2;
   dense1D<item> items;
-  if (!items.resize(count) || !splits_.resize(first_leaf_) || !ids_.resize(count) || !places_.resize(count))
-    return false;
-  for (dense1D<double>& axis : coordinates_) {
-    if (!axis.resize(count + leaf_size, 0.0)) return false;  // a leaf is always read in full
-  }
+  if (!items.resize(count) || !splits_.resize(first_leaf_) || !leaves_.resize(first_leaf_)) return false;
+  count_ = static_cast<unsigned>(count);
   for (unsigned place = 0; place < count; ++place) {
     std::copy_n(nodes[place].p, Dim, items[place].p);
     items[place].id = nodes[place].id;
     items[place].place = place;
   }
   part(items.data(), root());
-  store(items.data());
   return true;
 }
 
 /// The recursion is as deep as the tree, which is balanced.
 template <unsigned Dim>
 void leaf_tree<Dim>::part(item* items, const range& r) noexcept {
-  if (is_leaf(r)) return;
   item* begin = items + r.begin;
+  if (is_leaf(r)) return fill(leaves_[r.number - first_leaf_], begin, r.count);
   const unsigned axis = widest_axis<Dim>(begin, begin + r.count);
   splits_[r.number] = {part_along(begin, begin + r.count / 2, begin + r.count, axis), axis};
   part(items, r.left());
@@ -109,45 +109,53 @@ void leaf_tree<Dim>::part(item* items, const range& r) noexcept {
 }
 
 template <unsigned Dim>
-void leaf_tree<Dim>::store(const item* items) noexcept {
-  for (std::uint64_t i = 0; i < ids_.size(); ++i) {
-    for (unsigned a = 0; a < Dim; ++a) coordinates_[a][i] = items[i].p[a];
-    ids_[i] = items[i].id;
-    places_[i] = items[i].place;
+void leaf_tree<Dim>::fill(leaf& stored, const item* items, unsigned count) noexcept {
+  for (unsigned i = 0; i < leaf_size; ++i) {
+    const bool is_there = i < count;
+    for (unsigned a = 0; a < Dim; ++a) {
+      stored.x[a][i] = is_there ? items[i].p[a] : std::numeric_limits<double>::quiet_NaN();
+    }
+    stored.ids[i] = is_there ? items[i].id : none;
+    stored.places[i] = is_there ? items[i].place : none;
   }
 }
 
 template <unsigned Dim>
-void leaf_tree<Dim>::scan_leaf(const range& leaf, const point& p, unsigned excluded,
-                               closest_two& closest) const noexcept {
+void leaf_tree<Dim>::scan_leaf(const leaf& scanned, const point& p, unsigned excluded, closest_two& closest) noexcept {
   double squares[leaf_size] = {};
   for (unsigned a = 0; a < Dim; ++a) {
-    const double* x = coordinates_[a].data() + leaf.begin;
     for (unsigned i = 0; i < leaf_size; ++i) {
-      const double difference = x[i] - p[a];
+      const double difference = scanned.x[a][i] - p[a];
       squares[i] += difference * difference;
     }
   }
-  const unsigned* ids = ids_.data() + leaf.begin;
-  for (unsigned i = 0; i < leaf.count; ++i) {
-    if (squares[i] < closest.second && ids[i] != excluded) closest.consider(squares[i], ids[i], leaf.begin + i);
+  for (unsigned i = 0; i < leaf_size; ++i) {
+    if (squares[i] < closest.second && scanned.ids[i] != excluded) closest.consider(squares[i], scanned, i);
   }
 }
 
 /// No clear winner: where squares over- or underflow, where another node is as near but for rounding, or where the next
 /// node's distance, added to the point, rounds down to the winner: a search would then stop before it.
 template <unsigned Dim>
-bool leaf_tree<Dim>::is_clear(const closest_two& closest, const point& p) const noexcept {
+bool leaf_tree<Dim>::is_clear(const closest_two& closest, const point& p) noexcept {
   constexpr double smallest_safe = 1e-280;
   constexpr double largest_safe = 1e280;
   if (closest.id == none || closest.best >= largest_safe || closest.second < smallest_safe) return false;
   if (closest.best != 0 && (closest.best < smallest_safe || closest.second <= closest.reach())) return false;
   const double radius = closest.best == 0 ? 0 : std::sqrt(std::min(closest.second, closest.reach()));
   for (unsigned a = 0; a < Dim; ++a) {
-    const double x = coordinates_[a][closest.index];
+    const double x = closest.where->x[a][closest.index];
     if (closest.best == 0 ? x != p[a] : x >= p[a] + radius) return false;
   }
   return true;
+}
+
+/// Asks for a leaf that comes next while another one is read.
+template <unsigned Dim>
+[[gnu::always_inline]] inline void leaf_tree<Dim>::call_for(const range& next) const noexcept {
+  constexpr std::size_t line = 64;
+  if (!is_leaf(next)) return;
+  for (std::size_t i = 0; i < sizeof(leaf); i += line) prefetch(reinterpret_cast<const char*>(&leaf_of(next)) + i);
 }
 
 template <unsigned Dim>
@@ -175,7 +183,8 @@ typename leaf_tree<Dim>::closest_two leaf_tree<Dim>::find_closest_two(const poin
       far.squares[s.axis] = offset * offset;
       current.range = right ? current.range.right() : current.range.left();
     }
-    scan_leaf(current.range, p, excluded, closest);
+    if (waiting != 0) call_for(stack[waiting - 1].range);
+    scan_leaf(leaf_of(current.range), p, excluded, closest);
     if (closest.is_hopeless()) return closest;
     do {
       if (waiting == 0) return closest;
@@ -186,7 +195,7 @@ typename leaf_tree<Dim>::closest_two leaf_tree<Dim>::find_closest_two(const poin
 }
 
 template <unsigned Dim>
-unsigned leaf_tree<Dim>::find_in_box(const point& lower, const point& upper, unsigned* places,
+unsigned leaf_tree<Dim>::find_in_box(const point& lower, const point& upper, node_in_order* nodes,
                                      unsigned most) const noexcept {
   range stack[deepest];
   unsigned waiting = 0;
@@ -201,12 +210,14 @@ unsigned leaf_tree<Dim>::find_in_box(const point& lower, const point& upper, uns
       if (!left && !right) return 0;  // an inverted box, or NaN
       current = left ? current.left() : current.right();
     }
-    for (unsigned i = current.begin; i < current.begin + current.count; ++i) {
+    if (waiting != 0) call_for(stack[waiting - 1]);
+    const leaf& scanned = leaf_of(current);
+    for (unsigned i = 0; i < leaf_size; ++i) {
       bool inside = true;
-      for (unsigned a = 0; a < Dim; ++a) inside &= coordinates_[a][i] >= lower[a] && coordinates_[a][i] <= upper[a];
+      for (unsigned a = 0; a < Dim; ++a) inside &= scanned.x[a][i] >= lower[a] && scanned.x[a][i] <= upper[a];
       if (!inside) continue;
       if (found == most) return most;
-      places[found++] = places_[i];
+      nodes[found++] = {scanned.places[i], scanned.ids[i]};
     }
     if (waiting == 0) return found;
     current = stack[--waiting];

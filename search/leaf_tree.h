@@ -12,6 +12,13 @@
 
 namespace qel::gridwork {
 
+/// A node and its place in the order that answers keep.
+struct node_in_order {
+  unsigned place, id;
+
+  friend bool operator<(const node_in_order& a, const node_in_order& b) noexcept { return a.place < b.place; }
+};
+
 template <unsigned Dim>
 class leaf_tree {
  public:
@@ -24,8 +31,8 @@ class leaf_tree {
   /// end with it, in whatever order it visits nodes and however distances are rounded. Else `none`.
   unsigned find_clear_closest(const point& p, unsigned excluded) const noexcept;
 
-  /// Writes the places of the nodes in the closed box. Returns their number, or `most` when there are as many or more.
-  unsigned find_in_box(const point& lower, const point& upper, unsigned* places, unsigned most) const noexcept;
+  /// Writes the nodes in the closed box. Returns their number, or `most` when there are as many or more.
+  unsigned find_in_box(const point& lower, const point& upper, node_in_order* nodes, unsigned most) const noexcept;
 
  private:
   static constexpr unsigned leaf_size = 16;
@@ -41,6 +48,13 @@ class leaf_tree {
     unsigned axis;
   };
 
+  /// Positions by axis, so that they are compared side by side; NaN, which is nowhere, where there are fewer nodes.
+  struct leaf {
+    double x[Dim][leaf_size];
+    unsigned ids[leaf_size];
+    unsigned places[leaf_size];
+  };
+
   /// A subtree: its number in the heap of splits (children of k: 2k and 2k + 1) and its range of points.
   struct range {
     unsigned number, begin, count;
@@ -52,19 +66,20 @@ class leaf_tree {
   /// The nearest node so far, and how near the nearest one besides it is.
   struct closest_two;
 
-  range root() const noexcept { return {1, 0, static_cast<unsigned>(ids_.size())}; }
+  range root() const noexcept { return {1, 0, count_}; }
   bool is_leaf(const range& r) const noexcept { return r.number >= first_leaf_; }
+  const leaf& leaf_of(const range& r) const noexcept { return leaves_[r.number - first_leaf_]; }
   void part(item* items, const range& r) noexcept;
-  void store(const item* items) noexcept;
+  static void fill(leaf& stored, const item* items, unsigned count) noexcept;
   closest_two find_closest_two(const point& p, unsigned excluded) const noexcept;
-  void scan_leaf(const range& leaf, const point& p, unsigned excluded, closest_two& closest) const noexcept;
-  bool is_clear(const closest_two& closest, const point& p) const noexcept;
+  void call_for(const range& next) const noexcept;
+  static void scan_leaf(const leaf& scanned, const point& p, unsigned excluded, closest_two& closest) noexcept;
+  static bool is_clear(const closest_two& closest, const point& p) noexcept;
 
+  unsigned count_ = 0;
   unsigned first_leaf_ = 1;
   dense1D<split> splits_;
-  dense1D<double> coordinates_[Dim];
-  dense1D<unsigned> ids_;
-  dense1D<unsigned> places_;
+  dense1D<leaf> leaves_;
 };
 
 }  // namespace qel::gridwork

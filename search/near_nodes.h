@@ -12,7 +12,7 @@
 
 namespace qel::gridwork {
 
-/// A hashed grid over nodes at distinct positions. A node lies in one cell; a query looks into the cells that its box
+/// A hashed grid over nodes. A node lies in one cell; a query looks into the cells that its box
 /// touches, nearly always one. The nodes of a cell form a chain in the order of their ranks, so the first hit is the
 /// answer. All cell numbers come from one monotonic function, so rounding cannot hide a node.
 template <unsigned Dim>
@@ -23,27 +23,37 @@ class near_nodes {
   /// Uses the memory of a table that has served.
   void reuse(position_table&& table) noexcept { heads_ = std::move(table); }
 
+  /// Enters all nodes that have finite positions, coincident ones too, unless they crowd in few cells: then nothing is
+  /// entered, and is_crowded() holds. The square of `tol` must be finite.
+  [[nodiscard]] bool build_of_all() {
+    constexpr double most_steps_per_node = 1.5;
+    set_cell_size(large_cell);
+    if (!prepare(positions_.count())) return false;
+    is_crowded_ = enter_all([](std::uint64_t) { return true; }, most_steps_per_node) > most_steps_per_node;
+    return true;
+  }
+
+  bool is_crowded() const noexcept { return is_crowded_; }
+
   /// Enters the leaders of `groups` that have finite positions. The square of `tol` must be finite.
   [[nodiscard]] bool build(const coincident_nodes<Dim>& groups) {
-    const std::uint64_t leaders = groups.leader_count();
-    if (!chains_.resize(positions_.count()) || !lonely_.resize(positions_.count(), 0)) return false;
-
+    constexpr double many_steps_per_node = 4;
+    const auto is_leader = [&](std::uint64_t rank) { return groups.leader(rank) == rank; };
     // Large cells spare queries at their borders, but where they hold many nodes small ones serve better. In cells as
     // small as the last choice, many nodes mean many close pairs.
-    for (const double cell_in_tols : {32.0, 8.0}) {
+    for (const double cell_in_tols : {large_cell, small_cell}) {
       set_cell_size(cell_in_tols);
-      if (!heads_.reset(leaders)) return false;
-      const std::uint64_t steps = enter_leaders(groups);
-      if (steps <= 4 * leaders) break;
+      if (!prepare(groups.leader_count())) return false;
+      if (enter_all(is_leader, std::numeric_limits<double>::max()) <= many_steps_per_node) break;
     }
     return true;
   }
 
-  /// False when a leader that was entered certainly has no other leader within the tolerance: it is alone in its cell and
+  /// False when a node that was entered certainly has no other one within the tolerance: it is alone in its cell and
   /// its box does not reach into another one.
   bool may_have_company(std::uint64_t rank) const noexcept { return lonely_[rank] == 0; }
 
-  /// The first leader within the tolerance of the finite `p`, other than `self`; `none` when there is none.
+  /// The first node within the tolerance of the finite `p` among those that were entered, other than `self`; `none` when there is none.
   unsigned first_near(const double* p, unsigned self) const {
     constexpr double largest = std::numeric_limits<double>::max();
     double lower[Dim];
@@ -111,10 +121,19 @@ class near_nodes {
     return {hash_cell(c), keeps};
   }
 
-  /// Walks backwards and puts each node before the chain of its cell. Returns the sum of the places in their chains.
-  std::uint64_t enter_leaders(const coincident_nodes<Dim>& groups) {
+  [[nodiscard]] bool prepare(std::uint64_t count) {
+    return heads_.reset(count) && chains_.resize(positions_.count()) && lonely_.resize(positions_.count(), 0);
+  }
+
+  /// Walks backwards and puts each node that belongs(rank) before the chain of its cell. Returns the mean of the places in
+  /// their chains, as soon as it is found to exceed `most`.
+  template <class Belongs>
+  double enter_all(Belongs belongs, double most) {
+    constexpr std::uint64_t sample = 4096;
     const std::uint64_t count = positions_.count();
     std::uint64_t steps = 0;
+    std::uint64_t entered = 0;
+    const auto mean = [&] { return static_cast<double>(steps) / static_cast<double>(std::max(entered, sample)); };
     location locations[ahead] = {};
     const auto call_for = [&](std::uint64_t rank) {
       location& later = locations[rank % ahead];
@@ -125,10 +144,11 @@ class near_nodes {
     for (std::uint64_t rank = count; rank-- > 0;) {
       const location here = locations[rank % ahead];
       if (rank >= ahead) call_for(rank - ahead);
-      if (groups.leader(rank) != rank || !is_finite<Dim>(positions_[rank])) continue;
+      if (!belongs(rank) || !is_finite<Dim>(positions_[rank])) continue;
       steps += enter(static_cast<unsigned>(rank), here);
+      if (++entered % sample == 0 && mean() > most) break;
     }
-    return steps;
+    return mean();
   }
 
   /// Returns the place of the node in the chain, counted from its end.
@@ -163,6 +183,8 @@ class near_nodes {
   }
 
   static constexpr std::uint64_t ahead = 16;
+  static constexpr double large_cell = 128;  // in tolerances
+  static constexpr double small_cell = 8;
 
   const ranked_positions<Dim>& positions_;
   double tol_;
@@ -170,6 +192,7 @@ class near_nodes {
   position_table heads_;
   dense1D<chain_link> chains_;
   dense1D<unsigned char> lonely_;
+  bool is_crowded_ = false;
 };
 
 }  // namespace qel::gridwork

@@ -56,16 +56,16 @@ template <unsigned Dim>
 void node_tree<Dim>::find_in_box(const point& lower, const point& upper, dense1D<unsigned>& ids) const {
   if (nodes_.empty()) return;
   constexpr unsigned most = 64;
-  unsigned places[most];
+  node_in_order nodes[most];
   const leaf_tree<Dim>* leaves = built_ == nodes_.size() ? leaves_for_query() : nullptr;
-  const unsigned found = leaves != nullptr ? leaves->find_in_box(lower, upper, places, most) : most;
+  const unsigned found = leaves != nullptr ? leaves->find_in_box(lower, upper, nodes, most) : most;
   if (found == most) {
     find_in_box_in_order(lower, upper, ids);
     return;
   }
-  std::sort(places, places + found);
+  std::sort(nodes, nodes + found);
   list_appender appender(ids);
-  for (unsigned k = 0; k < found; ++k) appender.append(nodes_[places[k]].id);
+  for (unsigned k = 0; k < found; ++k) appender.append(nodes[k].id);
 }
 
 template <unsigned Dim>

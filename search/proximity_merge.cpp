@@ -80,11 +80,12 @@ class merger {
     if (one_list_ && tol_ == 0) return merge_onto_leaders(groups, new_IDs);
     if (std::isinf(tol_ * tol_)) return resolved(new_IDs, merge_by_scan(new_IDs));
     near_nodes<Dim> near(fixed_positions_, tol_);
+    if (one_list_ && !near.build_of_all()) return out_of_memory;
+    if (one_list_ && !near.is_crowded()) return resolved(new_IDs, merge_each(near, new_IDs));
     if (!groups.build(fixed_positions_, true)) return out_of_memory;
     if (one_list_) near.reuse(groups.release_table());
     if (!near.build(groups)) return out_of_memory;
-    const int merged = one_list_ ? merge_groups(groups, near, new_IDs) : merge_each(groups, near, new_IDs);
-    return resolved(new_IDs, merged);
+    return resolved(new_IDs, one_list_ ? merge_groups(groups, near, new_IDs) : merge_each(groups, near, new_IDs));
   }
 
  private:
@@ -121,6 +122,17 @@ class merger {
     return merged;
   }
 
+  /// One list, of which all nodes are in `near`.
+  int merge_each(const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) const {
+    int merged = 0;
+    for (unsigned rank = 0; rank < fixed_.count; ++rank) {
+      const double* p = fixed_positions_[rank];
+      if (!near.may_have_company(rank) || !is_finite<Dim>(p)) continue;
+      merged += map_to(new_IDs, fixed_[rank], near.first_near(p, rank));
+    }
+    return merged;
+  }
+
   /// One list: the nodes of a group share what lies near them; it is looked up when their leader, the first of them, has
   /// its turn. What a leader is mapped to serves the others too: the second node of the group, which it may be, comes
   /// after the leader, on which they merge at the latest.
@@ -140,6 +152,7 @@ class merger {
     return merged;
   }
 
+  /// Two lists.
   int merge_each(coincident_nodes<Dim>& groups, const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) const {
     int merged = 0;
     for (std::uint64_t i = 0; i < moving_.count; ++i) {
