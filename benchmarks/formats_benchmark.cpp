@@ -1,14 +1,29 @@
-// Files of a million elements, beside writers that call fprintf for every record, and tinyobjloader.
+// Files of a million elements, beside writers that call fprintf for every record, VTK, gmsh and tinyobjloader.
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "compare.h"
 #include "inputs.h"
 
+#ifdef QEL_HAVE_GMSH
+#include <gmsh.h>
+#endif
 #ifdef QEL_HAVE_TINYOBJLOADER
 #include <tiny_obj_loader.h>
+#endif
+#ifdef QEL_HAVE_VTK
+#include <vtkCellArray.h>
+#include <vtkNew.h>
+#include <vtkOBJWriter.h>
+#include <vtkPoints.h>
+#include <vtkPolyData.h>
+#include <vtkUnstructuredGrid.h>
+#include <vtkUnstructuredGridWriter.h>
 #endif
 
 namespace {
@@ -121,6 +136,71 @@ void print_obj(const std::string& path, const mesh& m) {
   for_elements(m, [&](unsigned, const unsigned* e) { f.print(" f %u// %u// %u// \n", e[0] + 1, e[1] + 1, e[2] + 1); });
 }
 
+// As most programs write it.
+void print_plain_obj(const std::string& path, const mesh& m) {
+  printed_file f(path);
+  for_nodes(m, [&](unsigned, const double* p) { f.print("v %.9g %.9g %.9g\n", p[0], p[1], p[2]); });
+  for_elements(m, [&](unsigned, const unsigned* e) { f.print("f %u %u %u\n", e[0] + 1, e[1] + 1, e[2] + 1); });
+}
+
+// --- The same mesh by other libraries ------------------------------------------------------------------------------
+
+#ifdef QEL_HAVE_VTK
+class vtk_mesh {
+ public:
+  explicit vtk_mesh(const mesh& m) {
+    points_->SetDataTypeToDouble();
+    for_nodes(m, [&](unsigned, const double* p) { points_->InsertNextPoint(p); });
+    const auto rows = static_cast<vtkIdType>(m.elements.rows());
+    for_elements(m, [&](unsigned, const unsigned* e) {
+      const std::vector<vtkIdType> nodes(e, e + rows);
+      cells_->InsertNextCell(rows, nodes.data());
+    });
+    grid_->SetPoints(points_);
+    grid_->SetCells(VTK_TETRA, cells_);
+    surface_->SetPoints(points_);
+    surface_->SetPolys(cells_);
+  }
+
+  int write_vtk(const std::string& path) const {
+    vtkNew<vtkUnstructuredGridWriter> writer;
+    writer->SetFileTypeToASCII();
+    writer->SetInputData(grid_);
+    writer->SetFileName(path.c_str());
+    return writer->Write();
+  }
+
+  int write_obj(const std::string& path) const {
+    vtkNew<vtkOBJWriter> writer;
+    writer->SetInputData(surface_);
+    writer->SetFileName(path.c_str());
+    return writer->Write();
+  }
+
+ private:
+  vtkNew<vtkPoints> points_;
+  vtkNew<vtkCellArray> cells_;
+  vtkNew<vtkUnstructuredGrid> grid_;
+  vtkNew<vtkPolyData> surface_;
+};
+#endif
+
+#ifdef QEL_HAVE_GMSH
+void give_to_gmsh(const mesh& m) {
+  constexpr int tetrahedron = 4;
+  std::vector<std::size_t> nodes(m.coords.cols()), corners(m.elements.size()), elements(m.elements.cols());
+  for (std::size_t j = 0; j < nodes.size(); ++j) nodes[j] = j + 1;
+  for (std::size_t j = 0; j < elements.size(); ++j) elements[j] = j + 1;
+  for (std::size_t k = 0; k < corners.size(); ++k) corners[k] = m.elements.data()[k] + std::size_t{1};
+  gmsh::initialize();
+  gmsh::option::setNumber("General.Terminal", 0);
+  gmsh::option::setNumber("Mesh.SaveAll", 1);
+  const int volume = gmsh::model::addDiscreteEntity(3);
+  gmsh::model::mesh::addNodes(3, volume, nodes, {m.coords.data(), m.coords.data() + m.coords.size()});
+  gmsh::model::mesh::addElementsByType(volume, tetrahedron, elements, corners);
+}
+#endif
+
 // --- Reading -------------------------------------------------------------------------------------------------------
 
 std::size_t read_by_ours(const std::string& path) {
@@ -136,8 +216,11 @@ std::size_t read_by_tinyobjloader(const std::string& path) {
   std::vector<tinyobj::shape_t> shapes;
   std::vector<tinyobj::material_t> materials;
   std::string warning, error;
-  const bool read = tinyobj::LoadObj(&attributes, &shapes, &materials, &warning, &error, path.c_str(), nullptr, false);
-  return read && !shapes.empty() ? attributes.vertices.size() + shapes[0].mesh.indices.size() : 0;
+  if (!tinyobj::LoadObj(&attributes, &shapes, &materials, &warning, &error, path.c_str(), nullptr, false)) {
+    std::fprintf(stderr, "tinyobjloader: %s\n", error.c_str());
+    std::exit(1);
+  }
+  return attributes.vertices.size() / 3 + shapes.at(0).mesh.num_face_vertices.size();
 }
 #endif
 
@@ -164,12 +247,27 @@ int main(int argc, char** argv) {
   add(
       "OBJ", shell, [](auto... a) { return gw::WavefrontOBJ_output(a..., gw::ELT_TRIA3); }, print_obj);
 
-  const std::string obj = folder / "read.obj";
-  gw::WavefrontOBJ_output(obj.c_str(), shell.coords, shell.elements, gw::ELT_TRIA3);
-  add_benchmark("OBJ: read", "ours", [=] { return read_by_ours(obj); });
-#ifdef QEL_HAVE_TINYOBJLOADER
-  add_benchmark("OBJ: read", "tinyobjloader", [=] { return read_by_tinyobjloader(obj); });
+#ifdef QEL_HAVE_VTK
+  const vtk_mesh solid_vtk(solid), shell_vtk(shell);
+  add_benchmark("VTK: write", "vtk", [&] { return solid_vtk.write_vtk(path); });
+  add_benchmark("OBJ: write", "vtk", [&] { return shell_vtk.write_obj(path); });
 #endif
+#ifdef QEL_HAVE_GMSH
+  give_to_gmsh(solid);
+  for (const auto& [format, extension] : {std::pair("VTK", ".vtk"), {"MEDIT", ".mesh"}, {"NASTRAN", ".bdf"}}) {
+    add_benchmark(format + std::string(": write"), "gmsh", [name = path + extension] { return gmsh::write(name), 0; });
+  }
+#endif
+
+  const std::string plain = folder / "plain.obj", with_normals = folder / "normals.obj";
+  print_plain_obj(plain, shell);
+  gw::WavefrontOBJ_output(with_normals.c_str(), shell.coords, shell.coords, {}, shell.elements, {});
+  for (const auto& [group, file] : {std::pair("OBJ: read", plain), {"OBJ: read with normals", with_normals}}) {
+    add_benchmark(group, "ours", [file = file] { return read_by_ours(file); });
+#ifdef QEL_HAVE_TINYOBJLOADER
+    add_benchmark(group, "tinyobjloader", [file = file] { return read_by_tinyobjloader(file); });
+#endif
+  }
   const int result = run_benchmarks(argc, argv);
   std::filesystem::remove_all(folder);
   return result;

@@ -1,6 +1,8 @@
 // Reads a triangle mesh, tells what is in it, and writes it with its coincident nodes merged.
 //
-// usage: inspect_mesh FILE.stl [-o OUT.stl]
+// usage: inspect_mesh FILE [-o OUT]
+//
+// FILE ends with .stl or .obj, OUT with the extension of any format that the library writes.
 //
 // To add to the report, write one more section and name it in print_report().
 #include <algorithm>
@@ -26,7 +28,8 @@ namespace fs = std::filesystem;
 
 constexpr std::uintmax_t large_file = 100'000'000;  // bytes; a step on more than this takes a while
 
-const format* const formats[] = {&stl_format};
+const format* const formats[] = {&stl_format,     &obj_format,     &vtk_format,         &medit_format,
+                                 &nastran_format, &ensight_format, &ensight_case_format};
 
 using step_times = std::vector<std::pair<std::string, double>>;
 
@@ -54,8 +57,8 @@ void print_counts(const survey& file, const mesh& m) {
   print_count("triangles in the file", file.triangles);
   print_count("degenerate, removed", file.triangles - std::min(file.triangles, triangles));
   print_count("triangles kept", triangles);
-  print_count("nodes in the file", 3 * file.triangles);
-  print_count("merged or unused, removed", 3 * file.triangles - std::min(3 * file.triangles, nodes));
+  print_count("nodes in the file", file.nodes);
+  print_count("merged or unused, removed", file.nodes - std::min(file.nodes, nodes));
   print_count("nodes kept", nodes);
 }
 
@@ -147,15 +150,22 @@ auto timed(const char* step, bool announce, step_times& times, Action action) {
   return result;
 }
 
-const format& format_of(const std::string& path) {
+// The format of a path's extension; with `to_read`, only one that can be read.
+const format& format_of(const std::string& path, bool to_read) {
   const std::string extension = lower_case(fs::path(path).extension().string());
-  const auto found = std::find_if(std::begin(formats), std::end(formats),
-                                  [&](const format* candidate) { return extension == candidate->extension; });
-  return found != std::end(formats) ? **found : *formats[0];
+  std::string known;
+  for (const format* candidate : formats) {
+    if (to_read && candidate->read == nullptr) continue;
+    for (const std::string& its : candidate->extensions) {
+      if (its == extension) return *candidate;
+      known += " " + its;
+    }
+  }
+  fail(path + ": the extension is none of" + known);
 }
 
 void write_mesh(const std::string& path, const mesh& m, const survey& input, step_times& times) {
-  const format& kind = format_of(path);
+  const format& kind = format_of(path, false);
   const bool announce = input.bytes > large_file;
   errno = 0;
   const int code = timed("writing", announce, times, [&] { return kind.write(path, m, input.text); });
@@ -172,7 +182,8 @@ void inspect(const std::string& input, const std::string& output) {
   std::error_code error;
   if (!output.empty() && fs::equivalent(input, output, error)) fail(output + ": this is the input file");
 
-  const format& kind = format_of(input);
+  const format& kind = format_of(input, true);
+  if (!output.empty()) format_of(output, false);
   const bool announce = fs::is_regular_file(input, error) && fs::file_size(input, error) > large_file;
   step_times times;
   const survey file = timed("counting triangles", announce, times, [&] { return kind.look(input); });
@@ -196,7 +207,7 @@ int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   const bool with_output = arguments.size() == 3 && arguments[1] == "-o";
   if (arguments.size() != 1 && !with_output) {
-    std::fprintf(stderr, "usage: inspect_mesh FILE.stl [-o OUT.stl]\n");
+    std::fprintf(stderr, "usage: inspect_mesh FILE [-o OUT]\n");
     return 2;
   }
   try {

@@ -1,5 +1,5 @@
-// What the inspector knows of a file format. A new format is one more source file like stl_format.cpp, declared here,
-// with a row in the table of inspect_mesh.cpp.
+// What the inspector knows of a file format. A new format is one more source file like stl_format.cpp or obj_format.cpp,
+// or, if it is only written, a row in written_formats.cpp; it is declared here and named in inspect_mesh.cpp.
 #ifndef MESH_FORMAT_H
 #define MESH_FORMAT_H
 
@@ -8,14 +8,19 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <fstream>
 #include <string>
+#include <vector>
 
 // What a file says of itself, before the library reads it.
 struct survey {
   std::uintmax_t bytes = 0;
   bool text = false;
   bool printable = false;       // begins like text of some kind
-  std::uint64_t triangles = 0;  // text: facets that end; binary: the count in the header
+  std::uint64_t triangles = 0;  // STL, text: facets that end; binary: the count in the header. OBJ: half quadrangles
+  std::uint64_t nodes = 0;      // STL: three for each triangle
+  std::uint64_t lines = 0;
+  bool whole_lines = true;  // the last line ends
 };
 
 struct mesh {
@@ -23,9 +28,10 @@ struct mesh {
   qel::dense2D<unsigned> connectivity;
 };
 
+// A format that is only written has neither read() nor explain().
 struct format {
   const char* name;
-  const char* extension;
+  std::vector<std::string> extensions;
   survey (*look)(const std::string& path);
   int (*read)(const std::string& path, mesh& result);
   std::string (*explain)(int code, const std::string& path, const survey& file);
@@ -33,7 +39,8 @@ struct format {
   bool (*complete)(const survey& file, const mesh& m);
 };
 
-extern const format stl_format;
+extern const format stl_format, obj_format, vtk_format, medit_format, nastran_format, ensight_format,
+    ensight_case_format;
 
 // A section of the report; see quality_report.cpp.
 void print_quality(const mesh& m);
@@ -44,6 +51,20 @@ inline std::string lower_case(std::string text) {
 }
 
 inline bool holds(const std::string& text, const char* word) { return text.find(word) != std::string::npos; }
+
+// Counts bytes and lines.
+inline survey look_at_text(const std::string& path) {
+  survey file;
+  file.text = true;
+  std::ifstream in(path, std::ios::binary);
+  std::vector<char> block(1U << 20U);
+  while (in.read(block.data(), static_cast<std::streamsize>(block.size())), in.gcount() > 0) {
+    file.bytes += static_cast<std::uintmax_t>(in.gcount());
+    file.lines += static_cast<std::uint64_t>(std::count(block.begin(), block.begin() + in.gcount(), '\n'));
+    file.whole_lines = block[static_cast<std::size_t>(in.gcount()) - 1] == '\n';
+  }
+  return file;
+}
 
 inline std::string number(std::uintmax_t value) {
   std::string digits = std::to_string(value);

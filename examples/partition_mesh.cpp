@@ -1,8 +1,9 @@
 // Splits the nodes of a mesh into parts of equal size with few edges between them, by METIS.
 //
-// usage: partition_mesh PARTS [FILE.stl [PREFIX]]
+// usage: partition_mesh PARTS [-i FILE.stl] [-o FILE.vtk]
 //
-// Without a file, a block of tetrahedra is split. With a prefix, each part is written as PREFIX-0.vtk, PREFIX-1.vtk ...
+// Without a file to read, a block of tetrahedra is split. The file written holds the mesh with the part of each element
+// and of each node as data, by which a viewer colours it.
 #include <metis.h>
 #include <qel/gridwork.h>
 
@@ -99,49 +100,78 @@ idx_t part_of_element(const mesh& m, const partition& p, std::uint64_t e) {
   return best;
 }
 
-std::vector<std::vector<unsigned>> elements_of_parts(const mesh& m, const partition& p, idx_t parts) {
-  std::vector<std::vector<unsigned>> elements(static_cast<std::size_t>(parts));
-  for (unsigned e = 0; e < m.connectivity.cols(); ++e) {
-    elements[static_cast<std::size_t>(part_of_element(m, p, e))].push_back(e);
-  }
-  return elements;
+std::vector<idx_t> parts_of_elements(const mesh& m, const partition& p) {
+  std::vector<idx_t> parts(m.connectivity.cols());
+  for (std::uint64_t e = 0; e < parts.size(); ++e) parts[e] = part_of_element(m, p, e);
+  return parts;
 }
 
-// Writes some elements with the nodes that they use.
-void write(const mesh& m, const std::vector<unsigned>& elements, const std::string& path) {
-  mesh part{{}, dense2D<unsigned>(m.connectivity.rows(), elements.size()), m.type};
-  if (!part.coords.copy(m.coords) || part.connectivity.cols() != elements.size()) fail("there is not enough memory");
-  for (std::size_t i = 0; i < elements.size(); ++i) {
-    std::copy_n(m.connectivity.column(elements[i]), m.connectivity.rows(), part.connectivity.column(i));
-  }
-  check(gridwork::simplify(part.coords, part.connectivity, 0), "simplify");
-  check(gridwork::vtk_output(path.c_str(), part.coords, part.connectivity, part.type), path);
+// A section of a VTK file: one number for each cell or point.
+void write_data(std::FILE* file, const char* section, const std::vector<idx_t>& values) {
+  std::fprintf(file, "%s %zu\nSCALARS part int 1\nLOOKUP_TABLE default\n", section, values.size());
+  for (const idx_t value : values) std::fprintf(file, "%lld\n", static_cast<long long>(value));
 }
 
-void run(idx_t parts, const char* path, const std::string& prefix) {
-  const mesh m = path != nullptr ? read_surface(path) : block(20);
+// The library writes the mesh to a stream that stays open, so that data can follow.
+void write(const mesh& m, const std::vector<idx_t>& element_parts, const std::vector<idx_t>& node_parts,
+           const std::string& path) {
+  unsigned count = 0;
+  dense1D<unsigned> cells, types;
+  check(gridwork::vtk_convert(m.connectivity, m.type, count, cells, types), "vtk_convert");
+  std::FILE* file = std::fopen(path.c_str(), "w");
+  if (file == nullptr) fail(path + ": cannot be opened");
+  const int result = gridwork::vtk_output(file, m.coords, count, cells, types);
+  write_data(file, "CELL_DATA", element_parts);
+  write_data(file, "POINT_DATA", node_parts);
+  const bool complete = std::ferror(file) == 0;
+  if (std::fclose(file) != 0 || !complete) fail(path + ": cannot be written");
+  check(result, path);
+}
+
+void run(idx_t parts, const char* input, const char* output) {
+  const mesh m = input != nullptr ? read_surface(input) : block(20);
   const partition p = split(m, parts);
-  const auto elements = elements_of_parts(m, p, parts);
+  const std::vector<idx_t> part_of_element = parts_of_elements(m, p);
   std::printf("%llu nodes, %llu elements\n", static_cast<unsigned long long>(m.coords.cols()),
               static_cast<unsigned long long>(m.connectivity.cols()));
-  for (std::size_t i = 0; i < elements.size(); ++i) {
-    const auto nodes = std::count(p.part_of_node.begin(), p.part_of_node.end(), static_cast<idx_t>(i));
-    std::printf("part %zu: %td nodes, %zu elements\n", i, nodes, elements[i].size());
-    if (!prefix.empty()) write(m, elements[i], prefix + "-" + std::to_string(i) + ".vtk");
+  for (idx_t part = 0; part < parts; ++part) {
+    std::printf("part %lld: %td nodes, %td elements\n", static_cast<long long>(part),
+                std::count(p.part_of_node.begin(), p.part_of_node.end(), part),
+                std::count(part_of_element.begin(), part_of_element.end(), part));
   }
   std::printf("%lld edges between parts\n", static_cast<long long>(p.cut_edges));
+  if (output != nullptr) write(m, part_of_element, p.part_of_node, output);
+}
+
+struct options {
+  long parts = 0;
+  const char* input = nullptr;
+  const char* output = nullptr;
+};
+
+// Leaves `parts` at 0 where the arguments are wrong.
+options parse(int argc, char** argv) {
+  options o;
+  const long parts = argc >= 2 ? std::strtol(argv[1], nullptr, 10) : 0;
+  for (int i = 2; i < argc; i += 2) {
+    const std::string name = argv[i];
+    if (i + 1 == argc || (name != "-i" && name != "-o")) return o;
+    (name == "-i" ? o.input : o.output) = argv[i + 1];
+  }
+  if (parts <= 100000) o.parts = parts;
+  return o;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const long parts = argc >= 2 ? std::strtol(argv[1], nullptr, 10) : 0;
-  if (argc > 4 || parts < 1 || parts > 100000) {
-    std::fprintf(stderr, "usage: partition_mesh PARTS [FILE.stl [PREFIX]]\n");
+  const options o = parse(argc, argv);
+  if (o.parts < 1) {
+    std::fprintf(stderr, "usage: partition_mesh PARTS [-i FILE.stl] [-o FILE.vtk]\n");
     return 2;
   }
   try {
-    run(static_cast<idx_t>(parts), argc > 2 ? argv[2] : nullptr, argc > 3 ? argv[3] : "");
+    run(static_cast<idx_t>(o.parts), o.input, o.output);
   } catch (const std::exception& problem) {
     std::fprintf(stderr, "partition_mesh: %s\n", problem.what());
     return 1;

@@ -61,6 +61,7 @@ survey look_at_stl(const std::string& path) {
                                [](unsigned char c) { return std::isprint(c) != 0 || std::isspace(c) != 0; });
   file.text = is_text_stl(start, file.bytes);
   file.triangles = file.text ? count_words(in, "endfacet") : binary_count(start);
+  file.nodes = 3 * file.triangles;
   return file;
 }
 
@@ -137,4 +138,4 @@ std::string explain_stl(int code, const std::string& path, const survey& file) {
 
 }  // namespace
 
-const format stl_format = {"STL", ".stl", look_at_stl, read_stl, explain_stl, write_stl, stl_is_complete};
+const format stl_format = {"STL", {".stl"}, look_at_stl, read_stl, explain_stl, write_stl, stl_is_complete};

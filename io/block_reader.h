@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "io/text.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::io {
@@ -16,13 +17,13 @@ class block_reader {
 
   /// Takes the memory for a block; before anything else.
   [[nodiscard]] bool prepare() noexcept {
-    if (!block_.resize(block_size + 1)) return false;
+    if (!block_.resize(block_size + 1 + scan_margin)) return false;
     begin_ = end_ = block_.data();
-    *end_ = '\0';
+    end_text();
     return true;
   }
 
-  /// The bytes that are there, followed by a NUL. fill() may move them.
+  /// The bytes that are there, followed by a NUL and scan_margin more. fill() may move them.
   const char* begin() const noexcept { return begin_; }
   const char* end() const noexcept { return end_; }
   std::uint64_t available() const noexcept { return static_cast<std::uint64_t>(end_ - begin_); }
@@ -45,13 +46,15 @@ class block_reader {
       end_ += got;
       read_ += got;
     }
-    *end_ = '\0';
+    end_text();
     return available() >= count;
   }
 
   void consume(std::uint64_t count) noexcept { begin_ += count; }
 
  private:
+  void end_text() noexcept { std::memset(end_, 0, 1 + scan_margin); }
+
   static constexpr std::uint64_t block_size = std::uint64_t{1} << 18;  // fits the second-level cache
 
   std::FILE* stream_;

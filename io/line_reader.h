@@ -54,7 +54,7 @@ class line_reader {
   static constexpr std::uint64_t longest = 255;
 
   block_reader& blocks_;
-  char piece_[longest + 1];
+  char piece_[longest + 1 + scan_margin] = {};
 };
 
 }  // namespace qel::gridwork::io

@@ -1,4 +1,4 @@
-// Numbers of binary files, which are little-endian on every machine.
+// Numbers as bytes, the lowest one first on every machine.
 #ifndef QEL_GRIDWORK_IO_LITTLE_ENDIAN_H
 #define QEL_GRIDWORK_IO_LITTLE_ENDIAN_H
 
@@ -19,6 +19,15 @@ inline std::uint32_t load_uint32(const char* bytes) noexcept {
   std::uint32_t x = 0;
   std::memcpy(&x, bytes, sizeof x);
   return in_file_order(x);
+}
+
+inline std::uint64_t load_uint64(const char* bytes) noexcept {
+  if constexpr (std::endian::native == std::endian::big) {
+    return load_uint32(bytes) | std::uint64_t{load_uint32(bytes + 4)} << 32;
+  }
+  std::uint64_t x = 0;
+  std::memcpy(&x, bytes, sizeof x);
+  return x;
 }
 
 inline float load_float(const char* bytes) noexcept { return std::bit_cast<float>(load_uint32(bytes)); }

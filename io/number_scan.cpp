@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "io/plain_number.h"
 #include "io/text.h"
 
 namespace qel::gridwork::io {
@@ -13,16 +14,6 @@ constexpr bool is_hex_digit(char c) noexcept {
   const char lower = to_lower(c);
   return is_digit(c) || (lower >= 'a' && lower <= 'f');
 }
-
-/// What the scan of a decimal number found.
-struct decimal {
-  std::uint64_t mantissa = 0;  // of all digits, if there are no more than fit
-  std::int64_t exponent = 0;   // value = mantissa * 10^exponent
-  std::uint64_t digits = 0;
-  const char* end = nullptr;
-};
-
-constexpr std::uint64_t most_digits = 19;  // of a 64-bit mantissa
 
 const char* scan_digits(const char* text, std::uint64_t& mantissa) noexcept {
   for (; is_digit(*text); ++text) mantissa = 10 * mantissa + static_cast<std::uint64_t>(*text - '0');
@@ -42,32 +33,17 @@ const char* scan_exponent(const char* text, std::int64_t& exponent) noexcept {
 }
 
 /// Scans digits, point and exponent. Without a digit, there is no number.
-decimal scan_decimal(const char* text) noexcept {
-  decimal number;
-  std::uint64_t mantissa = 0;
-  const char* end = scan_digits(text, mantissa);
+const char* scan_decimal(const char* text, decimal& number) noexcept {
+  const char* end = scan_digits(text, number.mantissa);
   number.digits = static_cast<std::uint64_t>(end - text);
   if (*end == '.') {
     const char* fraction = end + 1;
-    end = scan_digits(fraction, mantissa);
+    end = scan_digits(fraction, number.mantissa);
     number.digits += static_cast<std::uint64_t>(end - fraction);
     number.exponent = fraction - end;
   }
   if (number.digits != 0 && to_lower(*end) == 'e') end = scan_exponent(end + 1, number.exponent);
-  number.mantissa = mantissa;
-  number.end = end;
-  return number;
-}
-
-/// Exact when mantissa and power of ten are exact doubles, because then one rounding remains (Clinger 1990).
-bool convert_exactly(const decimal& number, double& value) noexcept {
-  constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                               1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-  if (number.digits > most_digits || number.mantissa > (std::uint64_t{1} << 53)) return false;
-  if (number.exponent < -22 || number.exponent > 22) return false;
-  const auto mantissa = static_cast<double>(number.mantissa);
-  value = number.exponent < 0 ? mantissa / powers[-number.exponent] : mantissa * powers[number.exponent];
-  return true;
+  return end;
 }
 
 /// Place of the first digit other than 0 in front of the point (1, 2, ...) or behind it (0, -1, ...), in digits.
@@ -137,10 +113,11 @@ const char* scan_unsigned(const char* text, double* value) noexcept {
   if (text[0] == '0' && to_lower(text[1]) == 'x') {
     return scan_hexadecimal(text + 2, value != nullptr ? *value : ignored);
   }
-  const decimal number = scan_decimal(text);
+  decimal number;
+  const char* const end = scan_decimal(text, number);
   if (number.digits == 0) return scan_word(text, value != nullptr ? *value : ignored);
-  if (value != nullptr && !convert_exactly(number, *value)) *value = convert_decimal(text, number.end);
-  return number.end;
+  if (value != nullptr && !convert_exactly(number, *value)) *value = convert_decimal(text, end);
+  return end;
 }
 
 const char* skip_sign(const char* text) noexcept { return *text == '-' || *text == '+' ? text + 1 : text; }

@@ -7,6 +7,7 @@
 #include "io/block_reader.h"
 #include "io/file.h"
 #include "io/number_scan.h"
+#include "io/obj_lines.h"
 #include "io/text.h"
 #include "qel/gridwork/io.h"
 
@@ -36,7 +37,7 @@ class token_reader {
   const char* text() const noexcept { return blocks_.begin(); }
 
   /// True where a token ends.
-  bool is_end(const char* p) const noexcept { return io::is_blank(*p) || *p == '\n' || p == blocks_.end(); }
+  bool is_end(const char* p) const noexcept { return io::ends_token(*p) || p == blocks_.end(); }
 
   /// True when a token ends at `p`, so far from its start that it was at hand.
   bool ends_token(const char* p) const noexcept {
@@ -45,6 +46,14 @@ class token_reader {
 
   /// Goes on behind `p`.
   void pass(const char* p) noexcept { blocks_.consume(static_cast<std::uint64_t>(p - text())); }
+
+  /// Has lines read where they lie; read(start, end) returns the start of the first line that it left.
+  template <class Read>
+  void pass_lines(Read read) noexcept {
+    pass(read(text(), blocks_.end()));
+  }
+
+  std::uint64_t position() const noexcept { return blocks_.position(); }
 
   /// Goes to the next line; false when there is none.
   bool next_line() noexcept {
@@ -123,17 +132,15 @@ const char* scan_corner(const char* p, face_corner& corner) noexcept {
   }
 }
 
-struct obj_outputs {
-  dense2D<double>&coords, &normals, &uvs;
-  dense2D<unsigned>&triangles, &quads;
-};
-
+/// Reads line by line: usual lines in place, all others token by token.
 class obj_parser {
  public:
-  obj_parser(block_reader& blocks, const obj_outputs& out) noexcept : tokens_(blocks), out_(out) {}
+  obj_parser(block_reader& blocks, std::uint64_t file_size, io::obj_records& out) noexcept
+      : tokens_(blocks), file_size_(file_size), usual_(out), out_(out) {}
 
   int parse() noexcept {
     do {
+      tokens_.pass_lines([this](const char* line, const char* end) { return usual_.read(line, end); });
       const int result = tokens_.at_token() ? read_line() : 0;
       if (result != 0) return result;
     } while (tokens_.next_line());
@@ -176,7 +183,7 @@ class obj_parser {
   int read_normal() noexcept {
     double values[4];
     if (read_numbers(values, 4) != 3) return malformed;
-    has_normals_ = true;
+    out_.has_normals = true;
     return append(out_.normals, values, 3);
   }
 
@@ -184,8 +191,8 @@ class obj_parser {
     double values[4];
     const unsigned count = read_numbers(values, 4);
     if (count > 3) return malformed;
-    has_textures_ = true;
-    const bool fits = out_.uvs.empty() || out_.uvs.rows() == count;
+    out_.has_textures = true;
+    const bool fits = out_.uvs.rows() == 0 || out_.uvs.rows() == count;
     return count != 0 && fits ? append(out_.uvs, values, count) : 0;
   }
 
@@ -205,23 +212,22 @@ class obj_parser {
 
   /// True for texture coordinates or a normal before there is a line of them.
   bool refers_ahead(const face_corner& corner) const noexcept {
-    return (corner.present[1] && !has_textures_) || (corner.present[2] && !has_normals_);
+    return (corner.present[1] && !out_.has_textures) || (corner.present[2] && !out_.has_normals);
   }
 
   unsigned node(std::int64_t index) const noexcept {
-    return static_cast<unsigned>(index != 0 ? index - 1 : static_cast<std::int64_t>(out_.coords.cols()));
+    return static_cast<unsigned>(index != 0 ? index - 1 : static_cast<std::int64_t>(out_.coords.count()));
   }
 
   template <class T>
-  static int append(dense2D<T>& matrix, const T* values, unsigned rows) noexcept {
-    if (matrix.empty() && !matrix.resize(rows, 0)) return out_of_memory;
-    return matrix.push_back_column(values) ? 0 : out_of_memory;
+  int append(io::column_appender<T>& columns, const T* values, unsigned rows) const noexcept {
+    return columns.append(values, rows, {tokens_.position(), file_size_}) ? 0 : out_of_memory;
   }
 
   token_reader tokens_;
-  obj_outputs out_;
-  bool has_textures_ = false;
-  bool has_normals_ = false;
+  std::uint64_t file_size_;
+  io::obj_lines usual_;
+  io::obj_records& out_;
 };
 
 }  // namespace
@@ -234,7 +240,10 @@ int WavefrontOBJ_input(const char* filename, dense2D<double>& coords, dense2D<do
   if (!input.is_open()) return -1;
   block_reader blocks(input.stream());
   if (!coords.resize(3, 0) || !blocks.prepare()) return out_of_memory;
-  return obj_parser(blocks, {coords, normals, uvs, triangles, quads}).parse();
+  io::obj_records out{io::column_appender<double>(coords), io::column_appender<double>(normals),
+                      io::column_appender<double>(uvs), io::column_appender<unsigned>(triangles),
+                      io::column_appender<unsigned>(quads)};
+  return obj_parser(blocks, input.size(), out).parse();
 }
 
 }  // namespace qel::gridwork

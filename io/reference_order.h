@@ -13,10 +13,12 @@ namespace qel::gridwork::io {
 
 /// The order of elements by reference, those of one reference as they come; the reference `none` is left out.
 ///
-/// A pass over the references collects the next elements of the order, as many as fit a window, and sorts them.
+/// A pass over the references collects the next elements of the order, as many as fit a window, and sorts them. When they
+/// are all of one reference, another pass visits all elements of that reference without collecting them. So there are at
+/// most 1 + 2 min(references, elements / (window / 2)) passes.
 class reference_order {
  public:
-  static constexpr std::uint64_t largest_window = std::uint64_t{1} << 20;
+  static constexpr std::uint64_t largest_window = std::uint64_t{1} << 16;  // 1 MiB
 
   explicit reference_order(const dense1D<unsigned>& references, std::uint64_t window = largest_window) noexcept
       : references_(references), capacity_(std::min(references.size(), window)) {}
@@ -32,6 +34,11 @@ class reference_order {
     key start{0, 0};
     for (bool more = true; more;) {
       more = collect(start, wanted);
+      if (more && end_[-1].reference == window_[0].reference) {
+        visit_group(window_[0], wanted, action);
+        start = {window_[0].reference + 1, 0};
+        continue;
+      }
       for (const key* k = window_.begin(); k != end_; ++k) action(k->element, k->reference);
       if (more) start = {end_[-1].reference, end_[-1].element + 1};
     }
@@ -55,6 +62,7 @@ class reference_order {
     end_ = window_.begin();
     for (std::uint64_t j = 0; j < references_.size(); ++j) {
       const key k{references_[j], j};
+      if (k.reference - start.reference > limit.reference - start.reference) continue;  // most, at once
       if (k < start || !(k < limit) || !wanted(j)) continue;
       if (end_ == window_.end()) {
         end_ = window_.begin() + capacity_ / 2;
@@ -67,6 +75,14 @@ class reference_order {
     }
     if (!std::is_sorted(window_.begin(), end_)) std::sort(window_.begin(), end_);
     return more;
+  }
+
+  /// Calls action for all elements of one reference from `first` on.
+  template <class Wanted, class Action>
+  void visit_group(const key& first, Wanted wanted, Action action) noexcept {
+    for (std::uint64_t j = first.element; j < references_.size(); ++j) {
+      if (references_[j] == first.reference && wanted(j)) action(j, first.reference);
+    }
   }
 
   const dense1D<unsigned>& references_;

@@ -1,4 +1,6 @@
 // The text form of STL.
+#include <cstddef>
+
 #include "core/result.h"
 #include "io/line_reader.h"
 #include "io/number_scan.h"
@@ -16,23 +18,18 @@ bool has_keyword(const char* line, const char* keyword) noexcept {
   return line != nullptr && contains_keyword(line, keyword);
 }
 
-/// Matches words that blanks may, but need not, stand before and between.
-const char* match_words(const char* line, const char* first, const char* second) noexcept {
-  const char* end = match_keyword(skip_blanks(line), first);
-  return end != nullptr && second != nullptr ? match_keyword(skip_blanks(end), second) : end;
-}
-
 /// The position behind "facet normal" and three numbers; null when the line does not start so.
 const char* scan_facet(const char* line) noexcept {
-  const char* end = match_words(line, "facet", "normal");
-  for (int k = 0; k < 3 && end != nullptr; ++k) end = skip_double(end);
+  const char* end = match_word(skip_blanks(line), "facet");
+  if (end != nullptr) end = match_word(skip_blanks(end), "normal");
+  for (int k = 0; k < 3 && end != nullptr; ++k) end = skip_number(end);
   return end;
 }
 
 /// The position behind "vertex" and three numbers; null when the line does not start so.
 const char* scan_vertex(const char* line, vector3& corner) noexcept {
-  const char* end = match_words(line, "vertex", nullptr);
-  for (unsigned k = 0; k < 3 && end != nullptr; ++k) end = scan_double(end, corner[k]);
+  const char* end = match_word(skip_blanks(line), "vertex");
+  for (unsigned k = 0; k < 3 && end != nullptr; ++k) end = scan_number(end, corner[k]);
   return end;
 }
 
@@ -88,8 +85,9 @@ class text_parser {
     return 0;
   }
 
-  bool expect_keyword(const char* keyword) noexcept {
-    const auto starts_with_keyword = [=](const char* line) { return match_keyword(skip_blanks(line), keyword); };
+  template <std::size_t Size>
+  bool expect_keyword(const char (&keyword)[Size]) noexcept {
+    const auto starts_with_keyword = [&](const char* line) { return match_word(skip_blanks(line), keyword); };
     return lines_.skip_if(starts_with_keyword) || has_keyword(lines_.next(), keyword);
   }
 

@@ -2,9 +2,15 @@
 #ifndef QEL_GRIDWORK_IO_TEXT_H
 #define QEL_GRIDWORK_IO_TEXT_H
 
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace qel::gridwork::io {
+
+/// Bytes in memory behind the end of a text that is scanned several characters at a time.
+constexpr std::uint64_t scan_margin = 15;
 
 constexpr char to_lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
@@ -26,6 +32,14 @@ constexpr const char* match_keyword(const char* text, const char* keyword) noexc
     if (to_lower(*text) != *keyword) return nullptr;
   }
   return text;
+}
+
+/// As match_keyword(), but faster where the keyword usually is in lower case, for a text with scan_margin bytes in memory
+/// behind its end.
+template <std::size_t Size>
+const char* match_word(const char* text, const char (&keyword)[Size]) noexcept {
+  static_assert(Size <= scan_margin);
+  return std::memcmp(text, keyword, Size - 1) == 0 ? text + Size - 1 : match_keyword(text, keyword);
 }
 
 /// True when the line holds `keyword`, given in lower case, in any case.

@@ -93,8 +93,8 @@ TEST_F(obj_files, lines_of_every_kind) {
       {string("v 1 2 3\0\nv 4 5 6", 16), "-2\n"},
   };
   for (const auto& c : cases) EXPECT_EQ(read_text(c.text).text(), c.expected) << c.text.substr(0, 200);
-  const obj o = read("/nonexistent/file");
-  EXPECT_EQ(o.text(), "-1\n");
+  for (int c = 0; c < 256; ++c) EXPECT_EQ(read_text(string(1, static_cast<char>(c))).code, c == 'v' ? -2 : 0) << c;
+  EXPECT_EQ(read("/nonexistent/file").text(), "-1\n");
   EXPECT_EQ(read_text("").coords.rows(), 3U);
 }
 

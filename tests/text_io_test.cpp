@@ -1,25 +1,14 @@
 // Numbers printed and scanned, and lines cut, as the C library does it.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <iterator>
-#include <limits>
 #include <memory>
-#include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "io/block_reader.h"
 #include "io/line_reader.h"
 #include "io/number_format.h"
 #include "io/number_scan.h"
+#include "tests/random_meshes.h"
 
 namespace {
 
@@ -168,6 +157,12 @@ class number_scan : public ::testing::Test {
       const char* const end = io::scan_double(copy.get(), value);
       EXPECT_EQ(end != nullptr, found) << '"' << text << '"';
       EXPECT_EQ(io::skip_double(copy.get()), end) << '"' << text << '"';
+      double faster = 1.25;
+      const std::string more = text + last + std::string(io::scan_margin, '7');
+      const char* const faster_end = io::scan_number(more.data(), faster);
+      EXPECT_TRUE(faster_end == io::skip_number(more.data()) && (faster_end == nullptr) == (end == nullptr)) << text;
+      EXPECT_TRUE(end == nullptr || (faster_end - more.data() == end - copy.get() && same_number(faster, value)))
+          << text;
       if (end == nullptr || !found) continue;
       EXPECT_EQ(end - copy.get(), length) << '"' << text << '"';
       EXPECT_TRUE(same_number(value, expected)) << '"' << text << "\": " << value << " for " << expected;

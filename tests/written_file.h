@@ -11,15 +11,23 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <type_traits>
 
 /// What stands for the content of a file that is not there.
 inline const std::string absent = "(no file)";
+
+/// A number as printf takes it: every integer for "%d".
+template <class T>
+auto printable(T value) {
+  if constexpr (std::is_integral_v<T>) return static_cast<int>(value);
+  if constexpr (!std::is_integral_v<T>) return value;
+}
 
 /// What printf prints.
 template <class... Values>
 std::string print(const char* format, Values... values) {
   char text[2000];
-  std::snprintf(text, sizeof text, format, values...);
+  std::snprintf(text, sizeof text, format, printable(values)...);
   return text;
 }
 

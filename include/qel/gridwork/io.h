@@ -2,11 +2,12 @@
 /// Mesh files: STL and OBJ, read and written; VTK, MEDIT, NASTRAN and EnSight, written.
 ///
 /// Writers, but for STL: a file that is created and then refused is left empty; every file is closed when a function
-/// returns; failures of the stream while writing are not reported. Memory: one block of constant size, whatever the size
-/// of the mesh. Numbers are those of `printf` in the "C" locale; an index prints as "%d" prints it, so indices from 2^31
-/// on appear negative. Types are enumerators of element_type; a mixed matrix with the row count of a smaller member holds
-/// only that member, and a matrix without entries no element. The overloads on a range take the matrices from `first` up
-/// to but excluding `last`, matrix i being of the type `codes[i]`.
+/// returns; failures of the stream while writing are not reported. Memory: one block of constant size, whatever the
+/// size of the mesh. Readers take a failure of the stream for the end of the file. Numbers are those of `printf` in the
+/// "C" locale; an index prints as "%d" prints it, so indices from 2^31 on appear negative. Types are enumerators of
+/// element_type; a mixed matrix with the row count of a smaller member holds only that member, and a matrix without
+/// entries no element. The overloads on a range take the matrices from `first` up to but excluding `last`, matrix i
+/// being of the type `codes[i]`.
 #ifndef QEL_GRIDWORK_IO_H
 #define QEL_GRIDWORK_IO_H
 
@@ -87,7 +88,9 @@ QEL_GRIDWORK_API int STL_output(const char* filename, const dense2D<double>& coo
 ///         -199 when memory ran out
 ///         On -2 and -199 the outputs hold what was read before.
 ///
-/// Cost: linear in the size of the file. Memory: the outputs and one block, however long a line is.
+/// Cost: linear in the size of the file. Memory: one block beside the outputs, however long a line is; outputs of 2 MiB
+/// and more may take their last huge page in full. Their capacity may exceed their size, in pages that are never touched.
+/// A file that is not seekable, whose size is not known, makes them grow by doubling.
 QEL_GRIDWORK_API int WavefrontOBJ_input(const char* filename, dense2D<double>& coords, dense2D<double>& normals,
                                         dense2D<double>& uvs, dense2D<unsigned>& triangles, dense2D<unsigned>& quads);
 
@@ -222,14 +225,19 @@ QEL_GRIDWORK_API int medit_output(const char* filename, const dense2D<double>& c
 
 /// The same for elements with references of their own; inside a section they are written by increasing reference.
 ///
-/// @param references  one entry an element; elements of reference ~0U are left out, and need not be valid
+/// @param filename      path; an existing file is overwritten
+/// @param coords        1, 2 or 3 x nodes
+/// @param connectivity  nodes x e
+/// @param type          any type
+/// @param references    one entry an element; elements of reference ~0U are left out, and need not be valid
 /// @return 0, also for an empty `connectivity` (no file is created)
 ///         -1, -2, -3, -199 as above
 ///         -5 when `references` has not one entry an element
 ///         -6 when memory for the order of the references ran out
 ///
-/// Cost: linear up to a million elements; above, one more pass over the references every half a million. Memory: 16 bytes
-/// an element, up to 16 MiB.
+/// Cost: linear in the size of the file, and 2 + 2 min(r, e / 32768) passes over the references for every plain type, r
+/// being the number of distinct ones; a pass takes some milliseconds a million elements. Memory: 1 MiB for the order
+/// of the references, beside the block.
 QEL_GRIDWORK_API int medit_output(const char* filename, const dense2D<double>& coords,
                                   const dense2D<unsigned>& connectivity, element_type type,
                                   const dense1D<unsigned>& references);
@@ -302,6 +310,8 @@ QEL_GRIDWORK_API int NASTRAN_output(const char* filename, const dense2D<double>&
 
 /// The same for a matrix that is cut into blocks of one type each.
 ///
+/// @param filename       path; an existing file is overwritten
+/// @param coords         2 or 3 x nodes; with 2 rows z = 0 is written
 /// @param connectivity   rows for the largest type x e
 /// @param block_offsets  one entry more than blocks: block k holds the columns from `block_offsets[k]` up to but
 ///                       excluding `block_offsets[k + 1]`; columns of no block are not written

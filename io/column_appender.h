@@ -1,0 +1,82 @@
+// A matrix that grows column by column while a file is read.
+#ifndef QEL_GRIDWORK_IO_COLUMN_APPENDER_H
+#define QEL_GRIDWORK_IO_COLUMN_APPENDER_H
+
+#include <algorithm>
+#include <cstdint>
+
+#include "qel/dense.h"
+
+namespace qel::gridwork::io {
+
+/// How far a file has been read; a size of 0 is not known.
+struct file_progress {
+  std::uint64_t position;
+  std::uint64_t size;
+};
+
+/// Appends columns to an empty matrix, which has its final size when the appender is gone.
+///
+/// From the bytes that a column took so far follows how many can still come. Room for these is taken at once: pages that
+/// no column reaches are never touched, so too much room costs nothing, whereas growing copies.
+template <class T>
+class column_appender {
+ public:
+  explicit column_appender(dense2D<T>& matrix) noexcept : matrix_(matrix) {}
+  column_appender(const column_appender&) = delete;
+  column_appender& operator=(const column_appender&) = delete;
+  ~column_appender() {
+    if (rows_ != 0) static_cast<void>(matrix_.resize(rows_, count()));  // never grows
+  }
+
+  /// Rows of the first column; 0 as long as there is none.
+  std::uint64_t rows() const noexcept { return rows_; }
+  std::uint64_t count() const noexcept {
+    return rows_ == 0 ? 0 : static_cast<std::uint64_t>(next_ - matrix_.data()) / rows_;
+  }
+
+  /// The place of the next column, which commit() then counts; null when grow() has to make room first.
+  T* room() const noexcept { return next_ == end_ ? nullptr : next_; }
+  void commit() noexcept { next_ += rows_; }
+
+  [[nodiscard]] bool append(const T* column, std::uint64_t rows, const file_progress& file) noexcept {
+    if (next_ == end_ && !grow(rows, file)) return false;
+    std::copy_n(column, rows, next_);
+    commit();
+    return true;
+  }
+
+ private:
+  bool grow(std::uint64_t rows, const file_progress& file) noexcept {
+    const std::uint64_t old_count = count();
+    if (old_count == 0) start_ = file.position;
+    const std::uint64_t likely = old_count + likely_columns(old_count, file);
+    if (!matrix_.resize(rows, likely) && !matrix_.resize(rows, old_count + old_count / 8 + 1)) return false;
+    rows_ = rows;
+    next_ = matrix_.column(old_count);
+    end_ = matrix_.column(matrix_.cols());
+    return true;
+  }
+
+  std::uint64_t likely_columns(std::uint64_t old_count, const file_progress& file) const noexcept {
+    constexpr std::uint64_t first_columns = 1024;
+    constexpr std::uint64_t shortest_line = 4;
+    const std::uint64_t many = std::max(old_count, first_columns);
+    if (file.size <= file.position) return many;
+    const std::uint64_t left = file.size - file.position;
+    const std::uint64_t most = left / shortest_line + 1;
+    if (old_count == 0) return std::min(many, most);
+    const std::uint64_t line = std::max((file.position - start_) / old_count, shortest_line);
+    return std::min(std::max(left / line + left / line / 16, many), most);
+  }
+
+  dense2D<T>& matrix_;
+  std::uint64_t rows_ = 0;
+  std::uint64_t start_ = 0;  // of the first column in the file
+  T* next_ = nullptr;
+  T* end_ = nullptr;
+};
+
+}  // namespace qel::gridwork::io
+
+#endif
