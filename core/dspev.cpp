@@ -40,6 +40,9 @@ double length(const double* x, long n) noexcept {
   return largest * std::sqrt(sum);
 }
 
+/// Entries up to here are as good as 0 beside the largest one, which is of the order of 1. Digits are lost not far below.
+constexpr double negligible = 0x1p-500;
+
 /// Makes the reflection 1 - tau v v' that turns x(0..last) into a multiple of its last unit vector, with v(last) = 1; v
 /// replaces x. Returns that multiple.
 double make_reflection(double* x, long last, double& tau) noexcept {
@@ -47,7 +50,7 @@ double make_reflection(double* x, long last, double& tau) noexcept {
   const double rest = length(x, last);
   tau = 0;
   x[last] = 1;
-  if (rest == 0) return alpha;
+  if (rest <= negligible) return alpha;
   const double beta = -std::copysign(std::hypot(alpha, rest), alpha);
   tau = (beta - alpha) / beta;
   for (long k = 0; k < last; ++k) x[k] /= alpha - beta;
@@ -127,11 +130,10 @@ void multiply_reflections(const packed_problem& a, const vectors& z) noexcept {
 /// The last row of the unreduced block that begins at row `first`.
 long block_end(const double* d, const double* e, long first, long n) noexcept {
   constexpr double relative = 0x1p-53;
-  constexpr double tiny = 0x1p-500;  // the largest entry is of the order of 1
   long last = first;
   while (last + 1 < n) {
     const double bound = relative * std::sqrt(std::abs(d[last])) * std::sqrt(std::abs(d[last + 1]));
-    if (std::abs(e[last]) <= std::max(bound, tiny)) break;
+    if (std::abs(e[last]) <= std::max(bound, negligible)) break;
     ++last;
   }
   return last;

@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
-# Everything that has to hold before a change goes in: formatting, clang-tidy, a build without warnings, all tests,
-# the thread tests under the thread sanitizer, and all tests under the address and undefined-behaviour sanitizers.
+# Everything that has to hold before a change goes in: formatting, clang-tidy, a build without warnings, all tests, with
+# g++ and with clang, which must give the same results, the reference, the Debian packages, the thread tests under the
+# thread sanitizer, all tests under the address and undefined-behaviour sanitizers, and the fuzzers for a short while.
 # Needs Debian 12 and root, or sudo, for the packages that are missing.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 need_packages g++ clang libclang-rt-14-dev cmake ninja-build libgtest-dev pkg-config clang-format clang-tidy git \
-  locales python3-meshio
+  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev
 
 sources() { git -c safe.directory="$PWD" ls-files --cached --others --exclude-standard -- "$@"; }
 
@@ -26,11 +27,26 @@ cmake --preset release > /dev/null
 cmake --build --preset release
 
 echo "== clang-tidy"
-sources '*.cpp' ':!tests' ':!benchmarks' ':!examples' ':!fuzz' |
+sources '*.cpp' ':!tests' ':!benchmarks' ':!examples' ':!fuzz' ':!docs' |
   xargs -n 1 -P "$(nproc)" clang-tidy --quiet -p build/release 2> /dev/null
 
 echo "== tests"
 ctest --preset release
+
+echo "== the reference"
+scripts/docs.sh
+
+echo "== build and tests, with clang"
+cmake --preset clang > /dev/null
+cmake --build --preset clang
+ctest --preset clang --exclude-regex '^(clients|consumer|public_headers_compile_alone)$'
+
+echo "== the same results from both compilers"
+for build in release clang; do "build/$build/tests/determinism" > "build/$build/determinism.txt"; done
+diff build/release/determinism.txt build/clang/determinism.txt
+
+echo "== Debian packages"
+scripts/package_deb.sh
 
 # The thread sanitizer of this compiler does not bear every layout of the address space.
 fixed_layout=()
@@ -45,3 +61,6 @@ echo "== tests, under the address and undefined-behaviour sanitizers"
 cmake --preset asan > /dev/null
 cmake --build --preset asan
 ctest --preset asan
+
+echo "== fuzzers"
+scripts/fuzz.sh all 20

@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <functional>
-#include <vector>
 
 #include "qel/gridwork.h"
 #include "tests/random_meshes.h"
@@ -16,9 +13,7 @@ extern "C" void dspev_(const char* jobz, const char* uplo, const int* n, double*
 namespace qel {
 namespace {
 
-using random_meshes::infinity;
-using random_meshes::not_a_number;
-using random_meshes::real;
+using namespace random_meshes;
 using numbers = std::vector<double>;
 
 /// A full symmetric matrix, and its packed triangles.
@@ -48,7 +43,7 @@ square filled(long n, const std::function<double(long, long)>& entry) {
 }
 
 /// A matrix of these eigenvalues: the diagonal one, reflected.
-square with_eigenvalues(random_meshes::generator& random, const numbers& eigenvalues) {
+square with_eigenvalues(generator& random, const numbers& eigenvalues) {
   numbers v(eigenvalues.size());
   double length = 0;
   for (double& x : v) x = real(random) - 0.5;
@@ -125,7 +120,7 @@ TEST(dspev, solves_matrices_of_any_spectrum) {
 #ifndef QEL_HAVE_LAPACK
   std::puts("LAPACK is not installed: no comparison with its eigenvalues");
 #endif
-  random_meshes::generator random(11);
+  generator random(11);
   const auto any = [&](long, long) { return real(random) - 0.5; };
   for (int repeat = 0; repeat < 3000; ++repeat) {
     const long n = repeat % 4 != 0 ? 3 : 2 + repeat % 13;
@@ -152,6 +147,9 @@ TEST(dspev, solves_matrices_of_any_spectrum) {
     expect_solved(filled(n, [](long i, long j) { return i == j ? double(5 - i) : 0.0; }), "diagonal");
     expect_solved(filled(n, [](long, long) { return 1.0; }), "ones");
     expect_solved(filled(n, [](long i, long j) { return std::abs(i - j) == 1 ? 1.0 : 0.0; }), "path");
+    for (const long k : {0, 1, 2}) {  // beside which the others lose digits, not only places
+      expect_solved(filled(n, [k](long i, long j) { return i == k && j == k + 1 ? 1e160 : 1e-160; }), "one entry");
+    }
   }
 }
 

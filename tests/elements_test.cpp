@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "qel/gridwork.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
@@ -24,14 +22,10 @@ TEST(elements, tables) {
     EXPECT_EQ(element_dim(type), dims[t]) << t;
     EXPECT_EQ(nbr_boundaries(type), boundaries[t]) << t;
   }
+  EXPECT_STREQ(version(), "4.8.0.0");
   EXPECT_EQ(ELT_HEXA27, 22);
   EXPECT_EQ(ELT_SOLID_MIX, 11);
   EXPECT_EQ(ELT_FACE_MIX, 5);
-}
-
-TEST(elements, version) {
-  EXPECT_STREQ(version(), "4.8.0.0");
-  EXPECT_STREQ(version(), "4.8.0.0");
 }
 
 // Every type against every row count: only the shape counts when there is no bound.
@@ -68,19 +62,6 @@ TEST(check_IDs_of_a_type, all_patterns) {
       }
     }
   }
-}
-
-TEST(check_IDs_of_a_type, examples) {
-  const auto check = [](std::initializer_list<unsigned> column, element_type type, unsigned n) {
-    return check_IDs(dense2D<unsigned>(column.size(), 1, column), type, n);
-  };
-  EXPECT_TRUE(check({0, 1, 2, none}, ELT_FACE_MIX, 3));
-  EXPECT_FALSE(check({0, 1, none, 2}, ELT_FACE_MIX, 3));
-  EXPECT_TRUE(check({0, 1, 2, 3, none, none, none, none}, ELT_SOLID_MIX, 4));
-  EXPECT_FALSE(check({0, 1, 2, 3, 4, 5, 6, none}, ELT_SOLID_MIX, 7));
-  EXPECT_FALSE(check({0, 1, 2, 3, none, 4, none, none}, ELT_SOLID_MIX, 5));
-  EXPECT_FALSE(check({0, 1, 2, 3, 4, 5, 6}, ELT_SOLID_MIX, none));
-  EXPECT_TRUE(check({0, 0}, ELT_EDGE_MIX, 1));
 }
 
 }  // namespace

@@ -1,22 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <vector>
-
-#include "qel/gridwork.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
 namespace qel::gridwork {
 namespace {
 
-using random_meshes::below;
-using random_meshes::with_gaps;
-using reference::columns;
-using reference::id_list;
-using reference::to_array;
-using reference::to_list;
-
-constexpr unsigned none = ~0U;
+using namespace random_meshes;
+using namespace reference;
 
 // Two triangles and a matrix that holds them with foreign entries between the columns.
 dense2D<unsigned> two_triangles() { return dense2D<unsigned>(3, 2, {2, 0, 1, 1, 2, 3}); }
@@ -99,15 +90,15 @@ TEST(permutation, scatters) {
 }
 
 TEST(get_IDs, matches_values) {
-  random_meshes::generator random(5);
+  generator random(5);
   dense1D<unsigned> B_in_A{1, 2, 3}, A_in_B;
   EXPECT_EQ(get_IDs(dense1D<unsigned>{4, 4, 9}, dense1D<unsigned>{9, 4, 8}, B_in_A, A_in_B), 0);
   EXPECT_EQ(to_list(B_in_A), id_list({2, 0, none}));
   EXPECT_EQ(to_list(A_in_B), id_list({1, none, 0}));
   for (unsigned round = 0; round < 200; ++round) {
     const unsigned range = 1 + below(random, 60);
-    id_list a = random_meshes::list(random, below(random, 40), range);
-    id_list b = random_meshes::list(random, below(random, 40), range);
+    id_list a = list(random, below(random, 40), range);
+    id_list b = list(random, below(random, 40), range);
     if (round % 3 == 0) {
       for (unsigned& v : a) v = v == none ? none : none - 1 - v;  // indices near the upper end
       for (unsigned& v : b) v = v == none ? none : none - 1 - v;
@@ -127,12 +118,12 @@ TEST(get_IDs, matches_values) {
 
 // Few distinct entries, so that there are duplicates, tied largest entries and entries `~0U` of all kinds.
 TEST(get_IDs, matches_columns) {
-  random_meshes::generator random(6);
+  generator random(6);
   dense1D<unsigned> B_in_A, A_in_B;
   for (unsigned round = 0; round < 600; ++round) {
     const unsigned rows = below(random, 7), nodes = 1 + below(random, 5);
-    const dense2D<unsigned> A = with_gaps(random_meshes::connectivity(random, rows, below(random, 40), nodes), 3U);
-    const dense2D<unsigned> B = with_gaps(random_meshes::connectivity(random, rows, below(random, 40), nodes), 4U);
+    const dense2D<unsigned> A = with_gaps(connectivity(random, rows, below(random, 40), nodes), 3U);
+    const dense2D<unsigned> B = with_gaps(connectivity(random, rows, below(random, 40), nodes), 4U);
     for (const bool exact : {true, false}) {
       const auto expected = reference::match_columns(A, B, exact);
       ASSERT_EQ(get_IDs(A, B, B_in_A, A_in_B, exact), 0);
@@ -186,11 +177,11 @@ TEST(unique_indices, appends_in_order_of_first_appearance) {
 
 // Small, spread and huge indices, since a large table, a hash table and a bit set suit different inputs.
 TEST(unique_indices, random_values) {
-  random_meshes::generator random(7);
+  generator random(7);
   for (const unsigned range : {1U, 10U, 1000U, 70000U, none}) {
     for (const unsigned base : {0U, 4000000000U, none - 1}) {
       for (const unsigned size : {1U, 30U, 3000U}) {
-        id_list values = random_meshes::list(random, size, range), excluded;
+        id_list values = list(random, size, range), excluded;
         for (unsigned& v : values) v += v < none - base ? base : 0;
         for (unsigned k = 0; k < size / 3; ++k) excluded.push_back(values[below(random, size)]);
         dense1D<unsigned> ids{1, 1};
@@ -221,8 +212,8 @@ TEST(get_sorted_order, is_stable) {
   EXPECT_EQ(get_sorted_order({3, none - 1}, order, offsets), -199);
   EXPECT_TRUE(order.empty() && offsets.empty());
 
-  random_meshes::generator random(8);
-  const id_list values = random_meshes::list(random, 3000, 400);
+  generator random(8);
+  const id_list values = list(random, 3000, 400);
   ASSERT_EQ(get_sorted_order(to_array(values), order, offsets), 0);
   ASSERT_EQ(offsets.size(), max_ID(to_array(values)) + 2U);
   id_list expected_order;

@@ -1,33 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <limits>
 #include <numeric>
-#include <vector>
 
-#include "qel/gridwork.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
 namespace qel::gridwork {
 namespace {
 
-using random_meshes::cloud;
-using random_meshes::clouds;
-using random_meshes::deep_copies;
-using random_meshes::deep_copy;
-using random_meshes::generator;
-using random_meshes::infinity;
-using random_meshes::not_a_number;
-using random_meshes::same_bits;
-using random_meshes::with_gaps;
-using reference::columns;
-using reference::id_list;
-using reference::merge_result;
-using reference::to_array;
-using reference::to_list;
+using namespace random_meshes;
+using namespace reference;
 
-constexpr unsigned none = ~0U;
 constexpr double largest = std::numeric_limits<double>::max();
 
 using matrices = std::vector<dense2D<unsigned>>;
@@ -147,25 +130,22 @@ TEST(merge, lists_against_the_reference) {
         const dense2D<double> coords = with_gaps(c.coords, 0.25);
         for (const double tol : tolerances(c.step)) {
           SCOPED_TRACE(c.name + ", n = " + std::to_string(n) + ", tol = " + testing::PrintToString(tol));
+          const id_list all = identity(n), a = list(random, 1 + n / 2, n), b = list(random, 1 + n / 2, n);
+          const merge_result every = merge_near(coords, all, all, tol);
           dense1D<unsigned> map{1};
-          const id_list all = reference::identity(n);
-          const merge_result expected = reference::merge_near(coords, all, all, tol);
           dense2D<double> moved = with_gaps(c.coords, 0.25), moved_without_map = deep_copy(coords);
           const dense2D<double> other_view = moved;
           dense2D<double> expected_coords = deep_copy(coords);
-          for (unsigned j = 0; j < n; ++j)
-            std::copy_n(coords.column(expected.new_ids[j]), dim, expected_coords.column(j));
-          ASSERT_EQ(merge(moved, map, tol), expected.count);
-          ASSERT_EQ(to_list(map), expected.new_ids);
-          ASSERT_EQ(merge(moved_without_map, tol), expected.count);
+          for (unsigned j = 0; j < n; ++j) std::copy_n(coords.column(every.new_ids[j]), dim, expected_coords.column(j));
+          ASSERT_EQ(merge(moved, map, tol), every.count);
+          ASSERT_EQ(to_list(map), every.new_ids);
+          ASSERT_EQ(merge(moved_without_map, tol), every.count);
           ASSERT_TRUE(same_bits(moved, expected_coords) && same_bits(moved_without_map, expected_coords));
           ASSERT_TRUE(same_bits(other_view, coords)) << "another view of the block was disturbed";
 
-          const id_list a = random_meshes::list(random, 1 + n / 2, n), b = random_meshes::list(random, 1 + n / 2, n);
-          const merge_result one = reference::merge_near(coords, a, a, tol);
+          const merge_result one = merge_near(coords, a, a, tol), two = merge_near(coords, a, b, tol);
           ASSERT_EQ(merge(coords, to_array(a), map, tol), one.count);
           ASSERT_EQ(to_list(map), one.new_ids);
-          const merge_result two = reference::merge_near(coords, a, b, tol);
           ASSERT_EQ(merge(coords, to_array(a), to_array(b), map, tol), two.count);
           ASSERT_EQ(to_list(map), two.new_ids);
         }
@@ -179,38 +159,28 @@ TEST(merge, connectivities_against_the_reference) {
   for (const unsigned dim : {2U, 3U}) {
     for (const unsigned n : {3U, 120U}) {
       for (const cloud& c : clouds(dim, n)) {
-        const matrices originals = {random_meshes::connectivity(random, 3, n / 3, n), dense2D<unsigned>(4, 0),
-                                    random_meshes::connectivity(random, 8, n / 6, n)};
+        const matrices originals = {connectivity(random, 3, n / 3, n), dense2D<unsigned>(4, 0),
+                                    connectivity(random, 8, n / 6, n)};
         for (const double tol : tolerances(c.step)) {
           for (unsigned mode = 0; mode <= 2; ++mode) {
             SCOPED_TRACE(c.name + ", n = " + std::to_string(n) + ", mode = " + std::to_string(mode) +
                          ", tol = " + testing::PrintToString(tol));
-            matrices expected = deep_copies(originals), work = originals;
-            for (auto& m : work) m = with_gaps(m, 1U);
-            const merge_result result = reference::merge(c.coords, expected, tol, mode);
-            dense1D<unsigned> map{1};
-            ASSERT_EQ(merge(c.coords, work.data(), work.data() + 3, map, tol, mode), result.count);
-            ASSERT_EQ(to_list(map), result.new_ids);
-            ASSERT_EQ(work, expected);
-
-            matrices two = deep_copies<unsigned>({originals[0], originals[2]}),
-                     one_expected = deep_copies<unsigned>({originals[2]});
-            ASSERT_EQ(merge(c.coords, two[0], two[1], map, tol, mode), result.count);
-            ASSERT_EQ(to_list(map), result.new_ids);
-            const merge_result one_result = reference::merge(c.coords, one_expected, tol, mode);
-            dense2D<unsigned> one = with_gaps(originals[2], 1U);
-            ASSERT_EQ(merge(c.coords, one, map, tol, mode), one_result.count);
-            ASSERT_EQ(to_list(map), one_result.new_ids);
-            matrices range = deep_copies(originals), pair = deep_copies<unsigned>({originals[0], originals[2]});
-            ASSERT_EQ(merge(c.coords, range.data(), range.data() + 3, tol, mode), result.count);
-            ASSERT_EQ(merge(c.coords, pair[0], pair[1], tol, mode), result.count);
-            ASSERT_EQ(range, expected);
-            ASSERT_EQ(pair, two);
-            ASSERT_EQ(two, (matrices{expected[0], expected[2]}));
-            ASSERT_EQ(one, one_expected[0]);
-            one = deep_copy(originals[2]);
-            ASSERT_EQ(merge(c.coords, one, tol, mode), one_result.count);
-            ASSERT_EQ(one, one_expected[0]);
+            const auto expect = [&](const matrices& given, auto door) {
+              matrices expected = deep_copies(given), views = given, copies = deep_copies(given);
+              for (auto& m : views) m = with_gaps(m, 1U);
+              const merge_result result = reference::merge(c.coords, expected, tol, mode);
+              dense1D<unsigned> map{1};
+              ASSERT_EQ(door(views, map), result.count);
+              ASSERT_EQ(door(copies), result.count);
+              ASSERT_EQ(to_list(map), result.new_ids);
+              ASSERT_EQ(views, expected);
+              ASSERT_EQ(copies, expected);
+            };
+            expect(originals,
+                   [&](auto& m, auto&... map) { return merge(c.coords, m.data(), m.data() + 3, map..., tol, mode); });
+            expect({originals[0], originals[2]},
+                   [&](auto& m, auto&... map) { return merge(c.coords, m[0], m[1], map..., tol, mode); });
+            expect({originals[2]}, [&](auto& m, auto&... map) { return merge(c.coords, m[0], map..., tol, mode); });
           }
         }
       }
@@ -256,9 +226,9 @@ TEST(merge, many_nodes) {
     for (const bool shuffled : {false, true}) {
       dense2D<double> coords(dim, n);
       for (unsigned j = 0; j < n; ++j) {
-        for (unsigned k = 0; k < dim; ++k) coords(k, j) = j % 6 == 0 ? random_meshes::real(random) : coords(k, j - 1);
+        for (unsigned k = 0; k < dim; ++k) coords(k, j) = j % 6 == 0 ? real(random) : coords(k, j - 1);
       }
-      id_list order = reference::identity(n);
+      id_list order = identity(n);
       if (shuffled) std::shuffle(order.begin(), order.end(), random);
       id_list expected(n);
       id_list first_of_group(n / 6, none);
@@ -274,8 +244,8 @@ TEST(merge, many_nodes) {
     }
     for (const cloud& c : clouds(dim, 4000)) {
       if (c.step < 1e-3 || c.step > 1) continue;
-      const id_list all = reference::identity(4000);
-      const merge_result expected = reference::merge_near(c.coords, all, all, 0.4 * c.step);
+      const id_list all = identity(4000);
+      const merge_result expected = merge_near(c.coords, all, all, 0.4 * c.step);
       dense1D<unsigned> map;
       EXPECT_EQ(merge(c.coords, to_array(all), map, 0.4 * c.step), expected.count);
       EXPECT_TRUE(to_list(map) == expected.new_ids) << c.name;

@@ -1,19 +1,12 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-
 #include "qel/gridwork.h"
 #include "tests/random_meshes.h"
 
 namespace qel::gridwork {
 namespace {
 
-using random_meshes::infinity;
-using random_meshes::not_a_number;
-using random_meshes::real;
-using random_meshes::same_bits;
-using random_meshes::with_gaps;
+using namespace random_meshes;
 using tensor2 = symmetric_fixed<double, 2>;
 using tensor3 = symmetric_fixed<double, 3>;
 
@@ -29,7 +22,7 @@ double form(const symmetric_fixed<double, N>& M, const vector_fixed<double, N>& 
 }
 
 template <unsigned N>
-vector_fixed<double, N> direction(random_meshes::generator& random) {
+vector_fixed<double, N> direction(generator& random) {
   vector_fixed<double, N> u;
   double length = 0;
   for (double& x : u) x = real(random) - 0.5;
@@ -40,7 +33,7 @@ vector_fixed<double, N> direction(random_meshes::generator& random) {
 
 /// A tensor of eigenvalues from 1 to 10^digits, along random axes.
 template <unsigned N>
-symmetric_fixed<double, N> random_metric(random_meshes::generator& random, double digits) {
+symmetric_fixed<double, N> random_metric(generator& random, double digits) {
   symmetric_fixed<double, N> M{};
   for (unsigned k = 0; k < N; ++k) M(k, k) = std::pow(10, k == 0 ? digits : digits * real(random));
   const auto v = direction<N>(random);
@@ -84,7 +77,7 @@ void expect_closed_form(const tensor2& M) {
 }
 
 TEST(metrics, plane_tensors_follow_the_closed_form) {
-  random_meshes::generator random(3);
+  generator random(3);
   for (int i = 0; i < 20000; ++i) {
     const auto any = [&] { return (real(random) - 0.3) * std::pow(10, 16 * real(random) - 8); };
     expect_closed_form({any(), any() * real(random), any()});
@@ -112,7 +105,7 @@ vector_fixed<double, N> column(const matrix_fixed<double, N, N>& V, unsigned j) 
 /// Looked at along random directions and, where the bounds are tight, along the common axes and those of A and of B.
 template <unsigned N>
 void expect_pair_properties(const symmetric_fixed<double, N>& A, const symmetric_fixed<double, N>& B, double tolerance,
-                            double union_tolerance, random_meshes::generator& random) {
+                            double union_tolerance, generator& random) {
   vector_fixed<double, N> w;
   matrix_fixed<double, N, N> V[3];
   symmetric_fixed<double, N> least, most, aliased = B;
@@ -148,7 +141,7 @@ void expect_generalized_pairs(const symmetric_fixed<double, N>& A, const symmetr
 
 template <unsigned N>
 void test_pairs() {
-  random_meshes::generator random(N);
+  generator random(N);
   for (int i = 0; i < 3000; ++i) {
     const auto any = [&](double digits) { return random_metric<N>(random, digits); };
     expect_generalized_pairs<N>(any(3), any(3));
@@ -180,12 +173,17 @@ TEST(metrics, intersection_and_union_bound_both_metrics) {
 
 template <unsigned N>
 void test_bounds() {
-  random_meshes::generator random(N);
-  for (int i = 0; i < 3000; ++i) {
+  generator random(N);
+  dense2D<double> tensors(N * (N + 1) / 2, 3000), expected_tensors = deep_copy(tensors);
+  dense1D<unsigned> changed_ids, expected_ids;
+  for (unsigned i = 0; i < 3000; ++i) {
     const auto M = random_metric<N>(random, 12 * real(random) - 6);
     auto bounded = M;
     const int changed = bound_metric(bounded, 0.03, 20);
     ASSERT_EQ(changed == 0, bounded == M);
+    ASSERT_TRUE(changed == 0 || expected_ids.push_back(i));
+    std::copy_n(M.data(), M.size(), tensors.column(i));
+    std::copy_n(bounded.data(), M.size(), expected_tensors.column(i));
     auto again = bounded;
     (void)bound_metric(again, 0.03, 20);
     vector_fixed<double, N> w;
@@ -195,6 +193,8 @@ void test_bounds() {
     ASSERT_LE(w[N - 1], 1 / 0.0009 * (1 + 1e-14));
     for (unsigned k = 0; k < M.size(); ++k) ASSERT_NEAR(again[k], bounded[k], 1e-14 * norm(bounded));
   }
+  EXPECT_EQ(bound_metrics(tensors, 0.03, 20, changed_ids), int(expected_ids.size()));
+  EXPECT_TRUE(changed_ids == expected_ids && tensors == expected_tensors);
   for (const double bad : {not_a_number, infinity}) {
     symmetric_fixed<double, N> M{}, expected{};
     M[1] = bad;
@@ -237,7 +237,7 @@ TEST(metrics, bounds) {
 }
 
 TEST(metrics, validity) {
-  random_meshes::generator random(8);
+  generator random(8);
   for (int i = 0; i < 30000; ++i) {  // near the boundary between valid and not
     tensor3 M = random_metric<3>(random, 20 * real(random));
     if (i % 2 == 0) M[5] -= norm(M) * std::pow(10, -20 * real(random));
@@ -282,6 +282,11 @@ TEST(metrics, conversions_and_repair) {
   EXPECT_EQ(metrics_iso_to_aniso2d(sizes, frames, from_sizes), 0);
   EXPECT_EQ(restricted, dense2D<double>(3, 3, {4, 0, 8, 9, 9, 9, 1, 0, 0.25}));
   EXPECT_EQ(from_sizes, restricted);
+  const matrix_fixed<double, 3, 2> F{1, 0, 0, 0, 1, 1};
+  tensor2 one, other;
+  metric_iso_to_aniso2d(0.5, F, one);
+  metric_aniso3d_to_aniso2d({4, 0, 4, 0, 0, 4}, F, other);
+  EXPECT_TRUE(one == (tensor2{4, 0, 8}) && other == one);
   tensor3 M;
   metric_iso_to_aniso(not_a_number, M);
   EXPECT_EQ(M, tensor3{});
@@ -291,18 +296,28 @@ TEST(metrics, conversions_and_repair) {
   EXPECT_EQ(metrics_iso_to_aniso2d(sizes, plane, plane), -2);
   EXPECT_EQ(metrics_aniso3d_to_aniso2d(plane, frames, plane), -1);
   EXPECT_EQ(metrics_aniso3d_to_aniso2d(space, frames, none), -2);
+  EXPECT_EQ(metrics_aniso3d_to_aniso2d(space, plane, plane), -2);
+  EXPECT_EQ(metrics_aniso3d_to_aniso2d(none, plane, none), 0);
+  EXPECT_EQ(metrics_iso_to_aniso2d(sizes, frames, none), -2);
+  EXPECT_EQ(metrics_iso_to_aniso2d({}, plane, none), 0);
 
-  dense1D<double> broken{-1, 0, not_a_number, 3, 0};
-  EXPECT_EQ(overwrite_invalid_metrics(broken, {5, 0, 5, 5}), 1);
-  EXPECT_TRUE(broken[0] == 5 && broken[1] == 0 && std::isnan(broken[2]) && broken[3] == 3);
-  dense2D<double> tensors(3, 4, {1, 1, 1, 1, 0, 1, not_a_number, 0, 1, -1, 0, 1}),
-      repaired = random_meshes::deep_copy(tensors);
+  dense1D<double> broken{-1, 0, not_a_number, 0, 3, 0};
+  EXPECT_EQ(overwrite_invalid_metrics(broken, {5, 0, 5, 5, 5}), 2);
+  EXPECT_TRUE(broken[1] == 0 && std::isnan(broken[2]));
+  broken[2] = 1;
+  EXPECT_EQ(broken, (dense1D<double>{5, 0, 1, 5, 3, 0}));
+  dense2D<double> tensors(3, 4, {1, 1, 1, 1, 0, 1, not_a_number, 0, 1, -1, 0, 1}), repaired = deep_copy(tensors);
   EXPECT_EQ(overwrite_invalid_metrics(repaired, dense2D<double>(3, 3, {5, 0, 5, 6, 0, 6, 0, 0, 0})), 1);
   EXPECT_EQ(overwrite_invalid_metrics(repaired, dense1D<double>{1, 1, 0.5, 0}), 1);
   EXPECT_TRUE(same_bits(repaired, dense2D<double>(3, 4, {5, 0, 5, 1, 0, 1, 4, 0, 4, -1, 0, 1})));
+  dense2D<double> solid(6, 3, {1, 0, 1, 0, 0, -1, 1, 0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0}), substitutes(6, 3, 0.0);
+  std::copy_n(space.column(0), 6, substitutes.column(0));
+  EXPECT_EQ(overwrite_invalid_metrics(solid, substitutes), 1);
+  EXPECT_EQ(solid, dense2D<double>(6, 3, {4, 0, 4, 0, 0, 4, 1, 0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0}));
   EXPECT_EQ(overwrite_invalid_metrics(repaired, space), -2);
   EXPECT_EQ(overwrite_invalid_metrics(restricted = dense2D<double>(4, 1), sizes), -1);
   EXPECT_EQ(overwrite_invalid_metrics(none, space), 0);
+  EXPECT_EQ(overwrite_invalid_metrics(none, sizes), 0);
 }
 
 }  // namespace

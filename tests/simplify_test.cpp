@@ -1,26 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <set>
-#include <vector>
 
-#include "qel/gridwork.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
 namespace qel::gridwork {
 namespace {
 
-using random_meshes::below;
-using random_meshes::deep_copies;
-using random_meshes::deep_copy;
-using random_meshes::same_bits;
-using random_meshes::with_gaps;
-using reference::columns;
-using reference::id_list;
-using reference::to_list;
-
-constexpr unsigned none = ~0U;
+using namespace random_meshes;
+using namespace reference;
+using matrices = std::vector<dense2D<unsigned>>;
 
 bool is_degenerate(const id_list& element, bool strict) {
   const std::set<unsigned> distinct(element.begin(), element.end());
@@ -63,10 +53,10 @@ TEST(remove_degenerated, examples) {
 }
 
 TEST(remove_degenerated, random_elements_of_any_height) {
-  random_meshes::generator random(1);
+  generator random(1);
   for (unsigned rows = 1; rows <= 70; rows += rows < 12 ? 1 : 9) {
     for (const unsigned nodes : {2U, rows, 3 * rows, rows * rows, none}) {
-      const dense2D<unsigned> m = random_meshes::connectivity(random, rows, 60, nodes);
+      const dense2D<unsigned> m = connectivity(random, rows, 60, nodes);
       for (const bool strict : {false, true}) expect_removal(m, strict);
     }
   }
@@ -74,16 +64,15 @@ TEST(remove_degenerated, random_elements_of_any_height) {
 
 struct simplified {
   dense2D<double> coords;
-  std::vector<dense2D<unsigned>> matrices;
+  matrices elements;
   id_list map;
 };
 
 // The definition: used or early nodes stay, in their order.
-simplified simplify_slowly(const dense2D<double>& coords, const std::vector<dense2D<unsigned>>& matrices,
-                           unsigned first) {
-  const id_list used_ids = reference::unique(matrices);
+simplified simplify_slowly(const dense2D<double>& coords, const matrices& elements, unsigned first) {
+  const id_list used_ids = unique(elements);
   const std::set<unsigned> used(used_ids.begin(), used_ids.end());
-  simplified result{deep_copy(coords), deep_copies(matrices), id_list(coords.cols(), none)};
+  simplified result{deep_copy(coords), deep_copies(elements), id_list(coords.cols(), none)};
   unsigned kept = 0;
   for (unsigned i = 0; i < coords.cols(); ++i) {
     if (i >= first && used.count(i) == 0) continue;
@@ -91,53 +80,43 @@ simplified simplify_slowly(const dense2D<double>& coords, const std::vector<dens
     result.map[i] = kept++;
   }
   EXPECT_TRUE(result.coords.resize(coords.rows(), kept));
-  reference::renumber(result.matrices, result.map);
+  renumber(result.elements, result.map);
   return result;
 }
 
-// Runs one overload on copies of a mesh: `run` gets the coordinates and the matrices.
-template <class Run>
-void expect_simplification(const dense2D<double>& coords, const std::vector<dense2D<unsigned>>& matrices,
-                           const simplified& expected, Run run) {
-  dense2D<double> nodes = with_gaps(coords, 1.0);
-  std::vector<dense2D<unsigned>> work = matrices;
-  for (auto& m : work) m = with_gaps(m, 0U);
-  const std::vector<dense2D<unsigned>> other_views = work;
-  ASSERT_EQ(run(nodes, work), int(coords.cols() - expected.coords.cols()));
-  ASSERT_TRUE(same_bits(nodes, expected.coords));
-  ASSERT_EQ(work, expected.matrices);
-  ASSERT_EQ(other_views, expected.matrices) << "the matrices were not renumbered in place";
-}
-
-void expect_simplification(const dense2D<double>& coords, const std::vector<dense2D<unsigned>>& matrices,
-                           unsigned first) {
-  const simplified expected = simplify_slowly(coords, matrices, first);
-  const auto expect = [&](auto run) { expect_simplification(coords, matrices, expected, run); };
-  dense1D<unsigned> new_ids{1};
-  expect([&](auto& c, auto& m) { return simplify(c, m.data(), m.data() + m.size(), new_ids, first); });
-  EXPECT_EQ(to_list(new_ids), expected.map);
-  if (matrices.size() == 1) {
-    new_ids = dense1D<unsigned>{1};
-    expect([&](auto& c, auto& m) { return simplify(c, m[0], new_ids, first); });
-    EXPECT_EQ(to_list(new_ids), expected.map);
-    expect([&](auto& c, auto& m) { return simplify(c, m[0], first); });
-  }
-  if (matrices.size() == 2) expect([&](auto& c, auto& m) { return simplify(c, m[0], m[1], first); });
+void expect_simplification(const dense2D<double>& coords, const matrices& given, unsigned first) {
+  const simplified expected = simplify_slowly(coords, given, first);
+  const auto expect = [&](auto door, auto&... new_ids) {
+    dense2D<double> nodes = with_gaps(coords, 1.0);
+    matrices work = given;
+    for (auto& m : work) m = with_gaps(m, 0U);
+    const matrices other_views = work;
+    ASSERT_EQ(door(nodes, work, new_ids...), int(coords.cols() - expected.coords.cols()));
+    ASSERT_TRUE(same_bits(nodes, expected.coords));
+    ASSERT_EQ(work, expected.elements);
+    ASSERT_EQ(other_views, expected.elements) << "the matrices were not renumbered in place";
+    ASSERT_TRUE(((to_list(new_ids) == expected.map) && ...));
+  };
+  dense1D<unsigned> new_ids{1}, of_one{1};
+  expect([&](auto& c, auto& m, auto& ids) { return simplify(c, m.data(), m.data() + m.size(), ids, first); }, new_ids);
+  const auto one = [&](auto& c, auto& m, auto&... ids) { return simplify(c, m[0], ids..., first); };
+  if (given.size() == 1) expect(one, of_one), expect(one);
+  if (given.size() == 2) expect([&](auto& c, auto& m) { return simplify(c, m[0], m[1], first); });
 }
 
 TEST(simplify, keeps_used_and_early_nodes) {
-  random_meshes::generator random(2);
+  generator random(2);
   for (unsigned round = 0; round < 60; ++round) {
     const unsigned n = 1 + below(random, 200);
-    const auto all = random_meshes::clouds(2 + round % 2, n);
+    const auto all = clouds(2 + round % 2, n);
     const dense2D<double>& coords = all[round % all.size()].coords;
-    std::vector<dense2D<unsigned>> matrices;
+    matrices elements;
     for (unsigned k = 0; k < 1 + round % 3; ++k) {
-      matrices.push_back(random_meshes::connectivity(random, 1 + below(random, 8), below(random, 40), n));
+      elements.push_back(connectivity(random, 1 + below(random, 8), below(random, 40), n));
     }
     for (const unsigned first : {0U, 1U, n / 2, n - 1}) {
       if (first >= n) continue;
-      expect_simplification(coords, matrices, first);
+      expect_simplification(coords, elements, first);
       if (HasFatalFailure()) FAIL() << "n = " << n << ", first = " << first;
     }
   }

@@ -3,33 +3,26 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <clocale>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <limits>
-#include <random>
 #include <sstream>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "io/stl_geometry.h"
+#include "random_meshes.h"
 #include "stl_reference.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 namespace gw = qel::gridwork;
-using qel::dense2D;
-using std::string;
 using namespace std::string_literals;
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
+using qel::dense2D;
+using random_meshes::same_bits;
+using std::string;
+using corners = std::array<float, 9>;
 
 struct mesh {
   dense2D<double> coords;
@@ -37,29 +30,25 @@ struct mesh {
   int code = 1;
 };
 
-template <class T>
-bool same_bits(const dense2D<T>& a, const dense2D<T>& b) {
-  if (a.rows() != b.rows() || a.cols() != b.cols()) return false;
-  for (std::uint64_t j = 0; j < a.cols(); ++j) {
-    if (a.rows() != 0 && std::memcmp(a.column(j), b.column(j), a.rows() * sizeof(T)) != 0) return false;
-  }
-  return true;
-}
+struct file_case {
+  string bytes;
+  int code;
+  unsigned nodes, triangles;
+};
 
-string printable(const string& bytes) {
-  string shown;
-  for (const char c : bytes.substr(0, 1500)) {
-    char code[8];
-    std::snprintf(code, sizeof code, "\\x%02x", static_cast<unsigned char>(c));
-    shown += (c >= ' ' && c <= '~') || c == '\n' ? string(1, c) : code;
-  }
-  return shown;
-}
+string shown(const string& bytes) { return testing::PrintToString(bytes.substr(0, 1500)); }
 
 string replaced(string text, const string& from, const string& to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != string::npos; at += to.size())
     text.replace(at, from.size(), to);
   return text;
+}
+
+std::vector<string> split(const string& text, char separator) {
+  std::vector<string> parts;
+  std::istringstream stream(text);
+  for (string part; std::getline(stream, part, separator);) parts.push_back(part);
+  return parts;
 }
 
 /// One facet as text, with three vertex lines.
@@ -70,34 +59,30 @@ string facet(const string& a, const string& b, const string& c) {
 
 string solid(const string& facets) { return "solid part\n" + facets + "endsolid part\n"; }
 
-/// A binary file of the given count and triangles of 9 coordinates.
-string binary(std::uint32_t count, const std::vector<std::array<float, 9>>& triangles, const string& header = "") {
+string binary(std::uint32_t count, const std::vector<corners>& triangles, const string& header = "") {
   string bytes = header;
   bytes.resize(80);
   bytes.append(reinterpret_cast<const char*>(&count), 4);
-  for (const std::array<float, 9>& t : triangles) {
+  for (const corners& t : triangles) {
     bytes.append(12, '\x7f').append(reinterpret_cast<const char*>(t.data()), 36).append("\x20\x21");
   }
   return bytes;
 }
 
-const std::vector<std::array<float, 9>> two_triangles = {{0, 0, 0, 1, 0, 0, 0, 1, 0}, {1, 0, 0, 0, 1, 0, 1, 1, .5F}};
+string binary(const std::vector<corners>& triangles) { return binary(unsigned(triangles.size()), triangles); }
 
 class stl : public ::testing::Test {
  protected:
-  void SetUp() override {
-    folder_ = fs::temp_directory_path() / ("gridwork_stl_" + std::to_string(::getpid()));
-    fs::create_directory(folder_);
-  }
+  void SetUp() override { fs::create_directory(folder_); }
   void TearDown() override { fs::remove_all(folder_); }
 
   string path(const string& name = "a.stl") const { return (folder_ / name).string(); }
 
   /// A fresh file: some file systems flush one that is truncated and written again.
-  string write_file(const string& bytes, const string& name = "a.stl") const {
-    fs::remove(path(name));
-    std::ofstream(path(name), std::ios::binary) << bytes;
-    return path(name);
+  string write_file(const string& bytes) const {
+    fs::remove(path());
+    std::ofstream(path(), std::ios::binary) << bytes;
+    return path();
   }
 
   static string read_file(const string& name) {
@@ -117,15 +102,22 @@ class stl : public ::testing::Test {
     mesh m = read(name), expected;
     expected.code = stl_reference::STL_input(name.c_str(), expected.coords, expected.triangles);
     EXPECT_EQ(m.code, expected.code) << label;
-    EXPECT_TRUE(same_bits(m.coords, expected.coords)) << label;
-    EXPECT_TRUE(same_bits(m.triangles, expected.triangles)) << label;
-    if (m.code != 0) {
-      EXPECT_EQ(m.coords.rows() + m.coords.cols() + m.triangles.rows() + m.triangles.cols(), 0U) << label;
-    }
+    EXPECT_TRUE(same_bits(m.coords, expected.coords) && m.triangles == expected.triangles) << label;
+    EXPECT_TRUE(m.code == 0 || (m.coords == dense2D<double>() && m.triangles == dense2D<unsigned>())) << label;
     return m;
   }
 
-  mesh read_bytes(const string& bytes) const { return read_twice(write_file(bytes), printable(bytes)); }
+  mesh read_bytes(const string& bytes) const { return read_twice(write_file(bytes), shown(bytes)); }
+
+  template <std::size_t N>
+  void expect_all(const file_case (&cases)[N]) const {
+    for (const file_case& c : cases) {
+      const mesh m = read_bytes(c.bytes);
+      EXPECT_TRUE(m.code == c.code && m.coords.cols() == c.nodes && m.triangles.cols() == c.triangles)
+          << shown(c.bytes) << ": " << m.code << ' ' << m.coords.cols() << ' ' << m.triangles.cols();
+      EXPECT_TRUE(c.nodes == 0 || (m.coords.rows() == 3 && m.triangles.rows() == 3)) << shown(c.bytes);
+    }
+  }
 
   /// Writes a mesh with the library and with the reference and compares the files.
   void write_twice(const dense2D<double>& coords, const dense2D<unsigned>& triangles, const string& label) const {
@@ -135,31 +127,28 @@ class stl : public ::testing::Test {
       EXPECT_EQ(gw::STL_output(ours.c_str(), coords, triangles, ascii),
                 stl_reference::STL_output(theirs.c_str(), coords, triangles, ascii));
       EXPECT_TRUE(without_nan_signs(read_file(ours), ascii) == without_nan_signs(read_file(theirs), ascii))
-          << label << (ascii ? " text:\n" + printable(read_file(ours)) + printable(read_file(theirs)) : " binary");
+          << label << (ascii ? " text:\n" + shown(read_file(ours)) + shown(read_file(theirs)) : " binary");
     }
   }
 
  private:
   /// The sign of a normal's NaN is the processor's choice and depends on the order of operands.
   static string without_nan_signs(string bytes, bool ascii) {
-    if (ascii) {
-      for (std::size_t at = 0; (at = bytes.find("facet normal", at)) != string::npos; ++at) {
-        const std::size_t end = bytes.find('\n', at);
-        bytes.replace(at, end - at, replaced(bytes.substr(at, end - at), "-nan", "nan"));
-      }
-      return bytes;
+    for (std::size_t at = 0; ascii && (at = bytes.find("facet normal", at)) != string::npos; ++at) {
+      const std::size_t end = bytes.find('\n', at);
+      bytes.replace(at, end - at, replaced(bytes.substr(at, end - at), "-nan", "nan"));
     }
-    for (std::size_t at = 84; at + 50 <= bytes.size(); at += 50) {
-      for (int k = 0; k < 3; ++k) {
+    for (std::size_t at = 84; !ascii && at + 50 <= bytes.size(); at += 50) {
+      for (std::size_t k = at; k < at + 12; k += 4) {
         float value;
-        std::memcpy(&value, &bytes[at + 4 * k], 4);
-        if (value != value) bytes.replace(at + 4 * k, 4, "NaN!");
+        std::memcpy(&value, &bytes[k], 4);
+        if (value != value) bytes.replace(k, 4, "NaN!");
       }
     }
     return bytes;
   }
 
-  fs::path folder_;
+  fs::path folder_ = fs::temp_directory_path() / ("gridwork_stl_" + std::to_string(::getpid()));
 };
 
 TEST_F(stl, text_grammar) {
@@ -168,11 +157,7 @@ TEST_F(stl, text_grammar) {
   string upper = good;
   for (char& c : upper) c = static_cast<char>(std::toupper(c));
   const auto with = [&](const string& from, const string& to) { return replaced(good, from, to); };
-  struct {
-    string text;
-    int code;
-    unsigned nodes, triangles;
-  } const cases[] = {
+  const file_case cases[] = {
       {good, 0, 3, 1},
       {upper, 0, 3, 1},
       {with("\n", "\r\n"), 0, 3, 1},
@@ -233,13 +218,7 @@ TEST_F(stl, text_grammar) {
       {solid(one + facet("9 0 0", "9.9998 0 0", "9 .9998 0") + facet("-.035345 0 0", "-5 0 0", "0 -5 0")), 0, 8, 3},
       {solid(one + facet("inf 0 0", "0 1 0", "nan 1 0")), 0, 5, 2},
   };
-  for (const auto& c : cases) {
-    const mesh m = read_bytes(c.text);
-    EXPECT_EQ(m.code, c.code) << printable(c.text);
-    EXPECT_EQ(m.coords.cols(), c.nodes) << printable(c.text);
-    EXPECT_EQ(m.triangles.cols(), c.triangles) << printable(c.text);
-    EXPECT_TRUE(c.nodes == 0 || (m.coords.rows() == 3 && m.triangles.rows() == 3)) << printable(c.text);
-  }
+  expect_all(cases);
 }
 
 TEST_F(stl, numbers_are_read_as_scanf_reads_them) {
@@ -261,34 +240,25 @@ TEST_F(stl, numbers_are_read_as_scanf_reads_them) {
 }
 
 TEST_F(stl, lines_are_cut_at_255_characters) {
-  const string lines[] = {"solid part",      "facet normal 0.125 0 1",
-                          "outer loop",      "vertex 0 0 0",
-                          "vertex 1.25 0 0", "vertex 0 1 -3.5e-1",
-                          "endloop",         "endfacet",
-                          "endsolid part",   "solid part",
-                          "endsolid part"};
+  const std::vector<string> lines = split(
+      "solid part|facet normal 0.125 0 1|outer loop|vertex 0 0 0|vertex 1.25 0 0|vertex 0 1 -3.5e-1|endloop|endfacet|"
+      "endsolid part|solid part|endsolid part",
+      '|');
   unsigned read = 0, cut = 0;
   for (const unsigned limit : {255U, 510U}) {
     for (unsigned length = limit - 26; length <= limit + 3; ++length) {
-      for (unsigned long_line = 0; long_line < std::size(lines); ++long_line) {
-        for (unsigned way = 0; way < 5; ++way) {
-          string text;
-          for (unsigned k = 0; k < std::size(lines); ++k) {
-            string line = lines[k];
-            if (k == long_line) {
-              const string blanks(length, ' ');
-              const std::size_t gap = line.find_first_of(" ");
-              if (way == 0) line = blanks + line;
-              if (way == 1 && gap != string::npos) line.insert(gap, blanks);
-              if (way == 2) line += blanks + "color";
-              if (way == 3) line += string(length - line.size(), ' ');
-              if (way == 4) line.insert(line.find_last_of('0') + 1, string(length - line.size(), '0'));
-            }
-            text += line + "\n";
-          }
-          const int code = read_bytes(text).code;
-          ++(code == 0 ? read : cut);
-        }
+      for (unsigned variant = 0; variant < 5 * lines.size(); ++variant) {
+        const string blanks(length, ' ');
+        std::vector<string> text = lines;
+        string& line = text[variant / 5];
+        if (variant % 5 == 0) line = blanks + line;
+        if (variant % 5 == 1) line.insert(std::min(line.find(' '), line.size()), blanks);
+        if (variant % 5 == 2) line += blanks + "color";
+        if (variant % 5 == 3) line += string(length - line.size(), ' ');
+        if (variant % 5 == 4) line.insert(line.find_last_of('0') + 1, string(length - line.size(), '0'));
+        string file;
+        for (const string& part : text) file += part + "\n";
+        ++(read_bytes(file).code == 0 ? read : cut);
       }
     }
   }
@@ -296,13 +266,11 @@ TEST_F(stl, lines_are_cut_at_255_characters) {
   EXPECT_GT(cut, 500U);
 }
 
+const std::vector<corners> two_triangles = {{0, 0, 0, 1, 0, 0, 0, 1, 0}, {1, 0, 0, 0, 1, 0, 1, 1, .5F}};
+
 TEST_F(stl, binary_counts_and_lengths) {
-  const string two = binary(2, two_triangles);
-  struct {
-    string bytes;
-    int code;
-    unsigned nodes, triangles;
-  } const cases[] = {
+  const string two = binary(two_triangles);
+  const file_case cases[] = {
       {two, 0, 4, 2},
       {binary(2, two_triangles, "solid binary\n"), 0, 4, 2},
       {binary(2, two_triangles, "solid\n facet normal 0 0 0\n"), 0, 4, 2},
@@ -320,11 +288,7 @@ TEST_F(stl, binary_counts_and_lengths) {
       {string(79, 'x'), -2, 0, 0},
       {binary(1, {{1, 1, 1, 1, 1, 1, 2, 2, 2}}), 0, 3, 1},
   };
-  for (const auto& c : cases) {
-    const mesh m = read_bytes(c.bytes);
-    EXPECT_EQ(m.code, c.code) << printable(c.bytes);
-    EXPECT_TRUE(m.coords.cols() == c.nodes && m.triangles.cols() == c.triangles) << printable(c.bytes);
-  }
+  expect_all(cases);
   const string impossible = binary(0x7fffffffU, two_triangles).append(16, '\0');
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(read(write_file(impossible)).code, -3);
@@ -335,43 +299,24 @@ TEST_F(stl, every_truncation_and_thousands_of_mutations) {
   const string text = "solid a\ncolor 1\n" + facet("0 0 0", "1 0 0", "0 1.5e0 0") +
                       facet("1 0 0", "0 1.5 0", "-1 .25 7") + "endsolid a\n" +
                       solid(facet("0 0 0", "0 1.5 0", "1 0 0"));
-  std::vector<std::array<float, 9>> many(20, two_triangles[0]);
+  std::vector<corners> many(20, two_triangles[0]);
   for (unsigned k = 0; k < 20; ++k) many[k][k % 9] += static_cast<float>(k % 7) / 16;
-  const string base[] = {text, replaced(text, "\n", "\r\n"), binary(20, many), binary(20, many, text.substr(0, 70))};
+  const string base[] = {text, replaced(text, "\n", "\r\n"), binary(many), binary(20, many, text.substr(0, 70))};
   for (const string& whole : base) {
     for (std::size_t n = 0; n < whole.size(); ++n) read_bytes(whole.substr(0, n));
   }
-  const string tokens[] = {"inf",
-                           "nan(",
-                           "1e",
-                           "+-1",
-                           "\0"s,
-                           "\n",
-                           "\r",
-                           "\n\n",
-                           "endsolid\n",
-                           "solid\n",
-                           "color",
-                           "\t",
-                           "facet normal 1 2 3\n",
-                           "vertex 1 2 3\n",
-                           "outer loop\n",
-                           "endloop\nendfacet\n",
-                           "0x",
-                           "-",
-                           "\xff\xff\xff\xff",
-                           "\0\0\0\0"s,
-                           string(255, ' '),
-                           string(250, '0'),
-                           "e-9",
-                           "1e308"};
+  std::vector<string> tokens = split(
+      "inf|nan(|1e|+-1|\0|\n|\r|\n\n|endsolid\n|solid\n|color|\t|facet normal 1 2 3\n|vertex 1 2 3\n|outer loop\n|"
+      "endloop\nendfacet\n|0x|-|\xff\xff\xff\xff|\0\0\0\0|e-9|1e308"s,
+      '|');
+  tokens.insert(tokens.end(), {string(255, ' '), string(250, '0')});
   std::mt19937 random(7);
   unsigned accepted = 0;
   for (unsigned run = 0; run < 6000 && !HasFailure(); ++run) {
     string bytes = base[run % 4];
     for (unsigned edits = 1 + random() % 3; edits-- != 0;) {
       const std::size_t at = random() % bytes.size(), n = 1 + random() % 12;
-      const string& token = tokens[random() % std::size(tokens)];
+      const string& token = tokens[random() % tokens.size()];
       const unsigned edit = random() % 5;
       if (edit == 0) bytes[at] = static_cast<char>(random());
       if (edit == 1) bytes.erase(at, n);
@@ -388,9 +333,9 @@ TEST_F(stl, the_exact_pass_ends_at_100000_triangles) {
   // Copies of near nodes in both blocks: corners of a lattice lie at one of three places in a row, of which only
   // neighbours are within the tolerance.
   constexpr unsigned border = 100000;
-  std::vector<std::array<float, 9>> triangles(border + 1000);
+  std::vector<corners> triangles(border + 1000);
   std::mt19937 random(5);
-  for (std::array<float, 9>& t : triangles) {
+  for (corners& t : triangles) {
     const unsigned i = random() % 60, j = random() % 60;
     const auto place = [&](unsigned column) {
       return -100.0F + static_cast<float>(column) + static_cast<float>(random() % 3) / 32;
@@ -409,7 +354,7 @@ TEST_F(stl, the_exact_pass_ends_at_100000_triangles) {
       triangles[at] = {x, y, 0, x + 1, y, z, x, y + 1, z};
     }
   }
-  const mesh m = read_twice(write_file(binary(unsigned(triangles.size()), triangles)), "border");
+  const mesh m = read_twice(write_file(binary(triangles)), "border");
   const auto has = [&](double x, double y) {
     bool found = false;
     for (unsigned j = 0; j < m.coords.cols(); ++j) {
@@ -423,18 +368,18 @@ TEST_F(stl, the_exact_pass_ends_at_100000_triangles) {
 }
 
 TEST_F(stl, blocks_of_degenerate_triangles_come_first) {
-  std::vector<std::array<float, 9>> triangles;
+  std::vector<corners> triangles;
   for (unsigned k = 0; k < 100300; ++k) {  // needles along a line, with common nodes
     const float x = static_cast<float>(k * 7 % 1000), y = static_cast<float>(k * 11 % 1000);
     triangles.push_back({x, 0, 0, y, 0, 0, x, 0, 0});
   }
-  mesh m = read_twice(write_file(binary(unsigned(triangles.size()), triangles)), "degenerate");
+  mesh m = read_twice(write_file(binary(triangles)), "degenerate");
   EXPECT_TRUE(m.coords.cols() == 3 * triangles.size() && m.triangles.cols() == triangles.size()) << "unmerged";
   for (unsigned k = 0; k < 500; ++k) {
     const float x = static_cast<float>(k);
     triangles.push_back({x, 0, 0, x + 1, 0, 0, x, 1, 0});
   }
-  m = read_twice(write_file(binary(unsigned(triangles.size()), triangles)), "degenerate, then others");
+  m = read_twice(write_file(binary(triangles)), "degenerate, then others");
   EXPECT_TRUE(m.coords.cols() == 1001 && m.triangles.cols() == 500);
 }
 
@@ -467,35 +412,15 @@ TEST_F(stl, heights_are_those_of_the_reference_and_the_short_cut_is_safe) {
 }
 
 TEST_F(stl, written_files_are_byte_for_byte_those_of_printf_and_fwrite) {
-  const double tiny = std::numeric_limits<double>::denorm_min();
-  const double hostile[] = {0.0,
-                            -0.0,
-                            1,
-                            -1,
-                            1e300,
-                            -1e300,
-                            1e-300,
-                            tiny,
-                            -tiny,
-                            1e-45,
-                            1e39,
-                            infinity,
-                            -infinity,
-                            not_a_number,
-                            -not_a_number,
-                            0.1,
-                            1.0 / 3,
-                            123456.75,
-                            1234567.5,
-                            9.9999995,
-                            9.99999949999,
-                            1e5,
-                            1e100,
-                            1 + 1e-9,
-                            3.4028235677973366e38,
-                            1.1754943508222875e-38,
-                            7e-46,
-                            16777217};
+  std::vector<double> hostile;
+  for (const string& number : split(
+           "0 -0 1 -1 1e300 -1e300 1e-300 5e-324 -5e-324 1e-45 1e39 inf -inf nan -nan 0.1 0.333333333333333315 "
+           "123456.75 "
+           "1234567.5 9.9999995 9.99999949999 1e5 1e100 1.000000001 3.4028235677973366e38 1.1754943508222875e-38 7e-46 "
+           "16777217",
+           ' ')) {
+    hostile.push_back(std::strtod(number.c_str(), nullptr));
+  }
   std::mt19937_64 random(11);
   for (unsigned run = 0; run < 300; ++run) {
     const unsigned rows = run % 3 == 0 ? 2 : 3, nodes = 1 + run % 20;
@@ -504,7 +429,7 @@ TEST_F(stl, written_files_are_byte_for_byte_those_of_printf_and_fwrite) {
     for (unsigned k = 0; k < rows * nodes; ++k) {
       const int exponent = static_cast<int>(random() % 24) - (run % 5 == 4 ? 90 : 16);
       const double plain = std::ldexp(static_cast<double>(random() % 20001) - 10000, exponent);
-      coords(k % rows, k / rows) = run % 2 == 0 && random() % 3 == 0 ? hostile[random() % std::size(hostile)] : plain;
+      coords(k % rows, k / rows) = run % 2 == 0 && random() % 3 == 0 ? hostile[random() % hostile.size()] : plain;
     }
     for (unsigned k = 0; k < triangles.size(); ++k) triangles(k % 3, k / 3) = unsigned(random() % nodes);
     write_twice(coords, triangles, "run " + std::to_string(run));
@@ -598,25 +523,15 @@ TEST_F(stl, sample_files_read_and_round_trip) {
     ASSERT_EQ(gw::STL_output(path().c_str(), m.coords, m.triangles, true), 0);
     read_twice(path(), name + " rewritten as text");
   }
-  struct {
-    const char* name;
-    unsigned nodes, triangles;
-  } const counted[] = {{"stl-txt-cube-pro2stl-crlf", 8, 12},
-                       {"stl-txt-moon-utf8-name", 60, 116},
-                       {"stl-txt-star", 36, 68},
-                       {"stl-bin-star-zero-header", 36, 68},
-                       {"stl-txt-multibody-crlf", 20, 32},
-                       {"stl-txt-faceless", 0, 0},
-                       {"stl-txt-sphere-two-solids", 12, 20},
-                       {"stl-txt-nan-normal", 4, 4},
-                       {"stl-bin-confusing-header", 4, 4},
-                       {"stl-bin-soup", 300, 100},
-                       {"stl-bin-empty", 0, 0},
-                       {"stl-bin-rear-case-solid-header", 9404, 18808}};
-  for (const auto& c : counted) {
-    const mesh m = read(QEL_TEST_MESHES "/"s + c.name + ".stl");
-    EXPECT_TRUE(m.coords.cols() == c.nodes && m.triangles.cols() == c.triangles)
-        << c.name << ": " << m.coords.cols() << ' ' << m.triangles.cols();
+  std::istringstream counted(
+      "txt-cube-pro2stl-crlf 8 12 txt-moon-utf8-name 60 116 txt-star 36 68 bin-star-zero-header 36 68 bin-empty 0 0 "
+      "txt-multibody-crlf 20 32 txt-faceless 0 0 txt-sphere-two-solids 12 20 txt-nan-normal 4 4 bin-soup 300 100 "
+      "bin-confusing-header 4 4 bin-rear-case-solid-header 9404 18808");
+  unsigned nodes, triangles;
+  for (string name; counted >> name >> nodes >> triangles;) {
+    const mesh m = read(QEL_TEST_MESHES "/stl-" + name + ".stl");
+    EXPECT_TRUE(m.coords.cols() == nodes && m.triangles.cols() == triangles)
+        << name << ": " << m.coords.cols() << ' ' << m.triangles.cols();
   }
 #else
   GTEST_SKIP() << "built without a folder of sample meshes";

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <numeric>
 
 #include "qel/gridwork.h"
@@ -45,7 +44,7 @@ void expect_transform(unsigned dim, bool moves, bool is_zoom, auto door, auto ch
     if (is_zoom) list.erase(std::remove(list.begin(), list.end(), none), list.end());
     dense2D<double> coords(rows, n);
     for (double& x : coords.as_vector()) x = 4 * random_meshes::real(random) - 2;
-    const auto expect = [&, n = n](const id_list& nodes, bool counts, const auto&... selection) {
+    const auto expect = [&, n = n, size = size](const id_list& nodes, bool counts, const auto&... selection) {
       dense2D<double> expected = random_meshes::deep_copy(coords), work = random_meshes::deep_copy(coords);
       if (size > 0) work = with_gaps(coords, 9.0);
       const bool acts = moves && !coords.empty() && !nodes.empty();
@@ -114,23 +113,27 @@ TEST(transforms, rows_are_added_to_one_view_and_nodes_move_in_all) {
   EXPECT_EQ(whole, dense2D<double>(3, 4, 6.0));
 }
 
-TEST(inc_bounding_box, takes_nodes_in_order) {
-  for (const auto& cloud : random_meshes::clouds(2, 10)) {
+template <class Box>
+void expect_boxes() {
+  constexpr unsigned dim = sizeof(Box) / sizeof(double);
+  for (const auto& cloud : random_meshes::clouds(dim, 10)) {
     const auto expect = [&](const id_list& nodes, const auto&... selection) {
-      plane low = {random_meshes::infinity, 0.3}, high = {-low[0], 0.5}, expected[] = {low, high};
-      for (std::size_t i = 0; i < 2 * nodes.size(); ++i) {
-        const double x = cloud.coords(i % 2, nodes[i / 2]);
-        if (!(x >= expected[0][i % 2])) expected[0][i % 2] = x;
-        if (x > expected[1][i % 2]) expected[1][i % 2] = x;
+      Box low = {random_meshes::infinity, 0.3}, high = {-low[0], 0.5}, expected[] = {low, high};
+      for (std::size_t i = 0; i < dim * nodes.size(); ++i) {
+        const double x = cloud.coords(i % dim, nodes[i / dim]);
+        if (!(x >= expected[0][i % dim])) expected[0][i % dim] = x;
+        if (x > expected[1][i % dim]) expected[1][i % dim] = x;
       }
       ASSERT_EQ(inc_bounding_box(with_gaps(cloud.coords, 1.0), selection..., low, high), 0);
-      const plane box[] = {low, high};
+      const Box box[] = {low, high};
       EXPECT_EQ(std::memcmp(box, expected, sizeof box), 0) << cloud.name;
     };
     expect({0, 1, 2, 3, 4, 5, 6, 7, 8, 9}), expect({3, 1, 3}, dense1D<unsigned>{3, 1, 3});
     expect({7, 5, 3, 9, 0}, dense2D<unsigned>(2, 4, {7, none, 5, 7, 3, 9, 7, 0}));
   }
 }
+
+TEST(inc_bounding_box, takes_nodes_in_order) { expect_boxes<plane>(), expect_boxes<space>(); }
 
 TEST(inc_bounding_box, refuses) {
   const auto expect = [](std::uint64_t rows, auto low, int all, int listed) {

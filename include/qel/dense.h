@@ -38,19 +38,24 @@ namespace math1 {
 /// Base of objects that count their owners; the count is atomic, so owners may come and go in several threads.
 class ref_counted {
  public:
+  /// An object that nobody owns yet. Copies would share no count, so there are none.
+  /// @{
   ref_counted() noexcept : count_(0) {}
   ref_counted(const ref_counted&) = delete;
   ref_counted& operator=(const ref_counted&) = delete;
   virtual ~ref_counted() = default;
+  /// @}
 
   /// Deletes the object through its virtual destructor.
   void __destroy() noexcept { delete this; }
 
+  /// Counts one owner more.
   void __add_owner() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
 
   /// True when the owner that leaves was the last one.
   bool __remove_owner() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
 
+  /// True when exactly one owner is counted.
   bool __has_one_owner() const noexcept { return count_.load(std::memory_order_acquire) == 1; }
 
  private:
@@ -63,14 +68,21 @@ class ref_counted {
 template <class Object>
 class Ptr {
  public:
+  /// Owns `object`, the other's object, or nothing. A moved-from pointer is null.
+  /// @{
   Ptr() noexcept = default;
   explicit Ptr(Object* object) noexcept : object_(object) { add_owner(); }
   Ptr(const Ptr& other) noexcept : object_(other.object_) { add_owner(); }
   Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  /// @}
+
+  /// Releases the object.
   ~Ptr() { remove_owner(); }
 
+  /// Takes a reference to the other's object and releases the one held before.
   Ptr& operator=(const Ptr& other) noexcept { return *this = other.object_; }
 
+  /// Exchanges the objects.
   Ptr& operator=(Ptr&& other) noexcept {
     std::swap(object_, other.object_);
     return *this;
@@ -83,9 +95,16 @@ class Ptr {
     return *this;
   }
 
+  /// The object, or null.
   Object* get() const noexcept { return object_; }
+
+  /// The object, which must not be null.
+  /// @{
   Object* operator->() const noexcept { return object_; }
   Object& operator*() const noexcept { return *object_; }
+  /// @}
+
+  /// True when there is an object.
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
  private:
@@ -107,7 +126,7 @@ class vector_num : public math1::ref_counted {
   static_assert(Align >= 1 && Align <= 128 && (Align & (Align - 1)) == 0, "the alignment is a small power of two");
 
  public:
-  using size_type = std::uint64_t;
+  using size_type = std::uint64_t;  ///< counts of values
 
   /// A block without memory.
   vector_num() noexcept = default;
@@ -115,9 +134,13 @@ class vector_num : public math1::ref_counted {
   /// A block over `capacity` values of the caller's, which it never frees.
   vector_num(T* values, size_type capacity) noexcept : data_(values), capacity_(capacity), shift_(borrowed) {}
 
+  /// Gives the memory back, but for a caller's.
   ~vector_num() override { release(); }
 
+  /// The first value; null without memory.
   T* data() const noexcept { return data_; }
+
+  /// Number of values that the memory holds.
   size_type capacity() const noexcept { return capacity_; }
 
   /// Moves the block to new memory for max(min_capacity, 2, capacity() * factor) values and keeps the first `keep`.
@@ -165,16 +188,26 @@ namespace detail {
 template <class T, unsigned Align>
 class block_view {
  public:
-  using value_type = T;
-  using size_type = std::uint64_t;
-  using block_type = vector_num<T, Align>;
+  using value_type = T;                     ///< of an entry
+  using size_type = std::uint64_t;          ///< counts and positions of entries
+  using block_type = vector_num<T, Align>;  ///< of the storage behind the view
 
   /// Number of entries.
   size_type size() const noexcept { return size_; }
+
+  /// True when there is no entry.
   bool empty() const noexcept { return size_ == 0; }
 
-  /// Entries that fit from the first one on without new memory.
-  size_type capacity() const noexcept { return block_ ? block_->capacity() - offset_ : 0; }
+  /// Entries that fit from the first one on without new memory. (A part without columns may lie behind the block.)
+  size_type capacity() const noexcept {
+    return block_ && offset_ < block_->capacity() ? block_->capacity() - offset_ : 0;
+  }
+
+  /// The first entry; null when there never was storage.
+  T* data() noexcept { return entries(); }
+
+  /// The first entry; null when there never was storage.
+  const T* data() const noexcept { return entries(); }
 
   /// Position of the first entry in the block.
   size_type offset() const noexcept { return offset_; }
@@ -182,11 +215,8 @@ class block_view {
   /// True when there is storage and no other view shares it.
   bool owns_block_alone() const noexcept { return block_ && block_->__has_one_owner(); }
 
-  /// The first entry; null when there never was storage.
-  T* data() noexcept { return entries(); }
-  const T* data() const noexcept { return entries(); }
-
  protected:
+  /// @cond internal
   block_view() noexcept = default;
   block_view(Ptr<block_type> block, size_type size, size_type offset) noexcept
       : block_(std::move(block)), size_(size), offset_(offset) {}
@@ -246,6 +276,7 @@ class block_view {
   Ptr<block_type> block_;
   size_type size_ = 0;
   size_type offset_ = 0;
+  /// @endcond
 };
 
 }  // namespace detail
@@ -262,7 +293,7 @@ class dense1D : public detail::block_view<T, Align> {
   using base::size_;
 
  public:
-  using typename base::size_type;
+  using typename base::size_type;  ///< counts and positions of entries
 
   /// An empty array without storage.
   dense1D() noexcept = default;
@@ -286,12 +317,14 @@ class dense1D : public detail::block_view<T, Align> {
     if (resize(values.size())) std::copy(values.begin(), values.end(), begin());
   }
 
-  /// A second view of the other's block.
+  /// A second view of the other's block; the view itself when the other is moved from, which is empty then.
+  /// @{
   dense1D(const dense1D&) noexcept = default;
   dense1D& operator=(const dense1D&) noexcept = default;
   dense1D(dense1D&&) noexcept = default;
   dense1D& operator=(dense1D&&) noexcept = default;
   ~dense1D() = default;
+  /// @}
 
   /// Assigns `v` to every entry and returns it.
   T operator=(T v) noexcept {
@@ -299,15 +332,21 @@ class dense1D : public detail::block_view<T, Align> {
     return v;
   }
 
+  /// Entry i, 0 <= i < size().
+  /// @{
   T& operator[](size_type i) noexcept { return block_->data()[offset_ + i]; }
   const T& operator[](size_type i) const noexcept { return block_->data()[offset_ + i]; }
   T& operator()(size_type i) noexcept { return (*this)[i]; }
   const T& operator()(size_type i) const noexcept { return (*this)[i]; }
+  /// @}
 
+  /// The entries as a range.
+  /// @{
   T* begin() noexcept { return base::entries(); }
   T* end() noexcept { return base::entries() + size_; }
   const T* begin() const noexcept { return base::entries(); }
   const T* end() const noexcept { return base::entries() + size_; }
+  /// @}
 
   /// Sets the size to `n`. Entries up to the smaller size are kept, new ones are not initialised.
   [[nodiscard]] bool resize(size_type n) noexcept {
@@ -358,16 +397,20 @@ class dense1D : public detail::block_view<T, Align> {
   void clear_hard() noexcept { *this = dense1D(); }
 
   /// A view of entries start .. start + n - 1.
+  /// @{
   dense1D sub_vector(size_type start, size_type n) noexcept { return dense1D(block_, n, offset_ + start); }
   const dense1D sub_vector(size_type start, size_type n) const noexcept {  // NOLINT(readability-const-return-type)
     return dense1D(block_, n, offset_ + start);
   }
+  /// @}
 
-  /// Same size and equal entries. Linear.
+  /// Same size and equal entries, or not. Linear.
+  /// @{
   bool operator==(const dense1D& other) const noexcept {
     return size_ == other.size_ && std::equal(begin(), end(), other.begin());
   }
   bool operator!=(const dense1D& other) const noexcept { return !(*this == other); }
+  /// @}
 
  private:
   friend class dense2D<T>;
@@ -389,7 +432,7 @@ class dense2D : public detail::block_view<T, 8> {
   using base::size_;
 
  public:
-  using typename base::size_type;
+  using typename base::size_type;  ///< counts and positions of entries
 
   /// An empty matrix without storage.
   dense2D() noexcept = default;
@@ -418,7 +461,8 @@ class dense2D : public detail::block_view<T, 8> {
     if (!block_) clear();
   }
 
-  /// A second view of the other's block.
+  /// A second view of the other's block; the view itself when the other is moved from, which is empty then.
+  /// @{
   dense2D(const dense2D&) noexcept = default;
   dense2D& operator=(const dense2D&) noexcept = default;
   dense2D(dense2D&& other) noexcept
@@ -434,8 +478,12 @@ class dense2D : public detail::block_view<T, 8> {
     return *this;
   }
   ~dense2D() = default;
+  /// @}
 
+  /// Number of rows.
   size_type rows() const noexcept { return rows_; }
+
+  /// Number of columns.
   size_type cols() const noexcept { return cols_; }
 
   /// Leading dimension: entries between the starts of two consecutive columns.
@@ -444,18 +492,25 @@ class dense2D : public detail::block_view<T, 8> {
   /// True when the entries lie one after another.
   bool compact() const noexcept { return ld_ == rows_ || cols_ <= 1; }
 
+  /// Entry (i, j), 0 <= i < rows(), 0 <= j < cols().
+  /// @{
   T& operator()(size_type i, size_type j) noexcept { return block_->data()[offset_ + j * ld_ + i]; }
   const T& operator()(size_type i, size_type j) const noexcept { return block_->data()[offset_ + j * ld_ + i]; }
+  /// @}
 
   /// The first entry of column `j`.
+  /// @{
   T* column(size_type j) noexcept { return base::entries() + j * ld_; }
   const T* column(size_type j) const noexcept { return base::entries() + j * ld_; }
+  /// @}
 
   /// The entries of column `j` as a range.
+  /// @{
   T* begin_column(size_type j) noexcept { return column(j); }
   T* end_column(size_type j) noexcept { return column(j) + rows_; }
   const T* begin_column(size_type j) const noexcept { return column(j); }
   const T* end_column(size_type j) const noexcept { return column(j) + rows_; }
+  /// @}
 
   /// Makes the matrix rows x cols and compact. Entries inside both shapes are kept, others are not initialised.
   [[nodiscard]] bool resize(size_type rows, size_type cols) noexcept {
@@ -532,6 +587,7 @@ class dense2D : public detail::block_view<T, 8> {
   void clear_hard() noexcept { *this = dense2D(); }
 
   /// A view of rows i0 .. i0 + rows - 1 and columns j0 .. j0 + cols - 1; it keeps the leading dimension.
+  /// @{
   dense2D sub_matrix(size_type i0, size_type j0, size_type rows, size_type cols) noexcept {
     return view(i0, j0, rows, cols);
   }
@@ -539,11 +595,13 @@ class dense2D : public detail::block_view<T, 8> {
                            size_type cols) const noexcept {
     return view(i0, j0, rows, cols);
   }
+  /// @}
 
   /// A view of all entries, column by column, as one vector. The matrix must be compact.
   dense1D<T, 8> as_vector() const noexcept { return dense1D<T, 8>(block_, size_, offset_); }
 
-  /// Same dimensions and equal entries. Linear.
+  /// Same dimensions and equal entries, or not. Linear.
+  /// @{
   bool operator==(const dense2D& other) const noexcept {
     if (rows_ != other.rows_ || cols_ != other.cols_) return false;
     for (size_type j = 0; j < cols_; ++j) {
@@ -552,6 +610,7 @@ class dense2D : public detail::block_view<T, 8> {
     return true;
   }
   bool operator!=(const dense2D& other) const noexcept { return !(*this == other); }
+  /// @}
 
  private:
   /// Entries from the first to the last one of a matrix, the gaps between its columns included.

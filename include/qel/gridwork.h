@@ -8,6 +8,7 @@
 #include "qel/gridwork/elements.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/io.h"
+#include "qel/gridwork/messages.h"
 #include "qel/gridwork/metrics.h"
 #include "qel/gridwork/quality.h"
 #include "qel/gridwork/search.h"

@@ -30,6 +30,7 @@ class QEL_GRIDWORK_API histogram {
   histogram& operator=(const histogram& other);
   /// @}
 
+  /// Virtual, so that a derived histogram can be deleted through this class.
   virtual ~histogram();
 
   /// Adds one sample.
@@ -38,14 +39,21 @@ class QEL_GRIDWORK_API histogram {
   /// Forgets all samples; range and bins stay.
   void clear();
 
+  /// The bounds of the range.
+  /// @{
   double lower() const noexcept { return lower_; }
   double upper() const noexcept { return upper_; }
+  /// @}
 
   /// Number of samples other than NaN: below() + inside() + above().
   std::uint64_t count() const noexcept { return below_ + inside_ + above_; }
+
+  /// Number of samples below the range, in it and above it.
+  /// @{
   std::uint64_t below() const noexcept { return below_; }
   std::uint64_t inside() const noexcept { return inside_; }
   std::uint64_t above() const noexcept { return above_; }
+  /// @}
 
   /// Number of NaN samples.
   std::uint64_t not_a_number() const noexcept { return not_a_number_; }

@@ -1,29 +1,28 @@
 #!/usr/bin/env bash
-# Uses the library in the ways a user does: installed, through CMake and through pkg-config, and as a source tree.
-# usage: run.sh CMAKE SOURCE_DIR BUILD_DIR LIBDIR COMPILER
+# Uses the library in the ways a user does: installed, as a source tree, and fetched; shared and static.
+# usage: run.sh SOURCE_DIR BUILD_DIR LIBDIR COMPILER
 set -euo pipefail
 
-cmake=$1 source_dir=$2 build_dir=$3 libdir=$4 compiler=$5
+source_dir=$1 build_dir=$2 libdir=$3 compiler=$4
 consumer=$source_dir/tests/consumer
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 
 echo "--- installing"
-"$cmake" --install "$build_dir" --prefix "$work/installed" > install.log
+cmake --install "$build_dir" --prefix "$work/installed" > install.log
 mv installed prefix # nothing may depend on where it was installed
-
-echo "--- find_package"
-"$cmake" -S "$consumer" -B cmake -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_CXX_COMPILER="$compiler" > cmake.log
-"$cmake" --build cmake >> cmake.log
-cmake/consumer
-
-echo "--- pkg-config"
-export PKG_CONFIG_PATH=$work/prefix/$libdir/pkgconfig
-pkg-config --atleast-version=4.8 qel_gridwork
-read -ra flags <<< "$(pkg-config --cflags --libs qel_gridwork)"
-"$compiler" -std=c++17 -Wall -Wextra -Wpedantic -Wconversion -Werror "$consumer/main.cpp" "${flags[@]}" -o pkg
-LD_LIBRARY_PATH=$work/prefix/$libdir ./pkg
+"$consumer/installed.sh" "$work/prefix" "$libdir" "$compiler"
 
 echo "--- add_subdirectory"
-"$cmake" -S "$consumer" -B sub -DQEL_GRIDWORK_SOURCE="$source_dir" -DCMAKE_CXX_COMPILER="$compiler" > sub.log
+as_part=(-DQEL_GRIDWORK_SOURCE="$source_dir" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_INSTALL_LIBDIR="$libdir")
+cmake -S "$consumer" -B sub "${as_part[@]}" > sub.log
+
+echo "--- FetchContent, static"
+cmake -S "$consumer" -B fetched "${as_part[@]}" -DFETCH=ON -DBUILD_SHARED_LIBS=OFF > fetched.log
+cmake --build fetched -j "$(nproc)" >> fetched.log
+fetched/consumer
+
+echo "--- installing the static library"
+cmake --install fetched --prefix "$work/static" > install.log
+"$consumer/installed.sh" "$work/static" "$libdir" "$compiler"

@@ -48,19 +48,19 @@ enum element_type {
   ELT_HEXA27 = 22      ///< 27-node hexahedron
 };
 
-/// The library's version, "4.8.0.0".
+/// The library's version, "4.8.0.0", a constant string.
 QEL_GRIDWORK_API const char* version();
 
-/// Nodes of an element: the row count of a connectivity of that type. `type` must be one of the enumerators.
+/// Nodes of an element: the row count of a connectivity of that type. `type` must be an enumerator. Constant.
 QEL_GRIDWORK_API unsigned nbr_nodes(element_type type);
 
-/// Vertices of an element. `type` must be one of the enumerators.
+/// Vertices of an element. `type` must be one of the enumerators. Constant.
 QEL_GRIDWORK_API unsigned nbr_base_nodes(element_type type);
 
-/// Topological dimension of an element: 0 (node), 1 (edge), 2 (face) or 3 (solid). `type` must be an enumerator.
+/// Topological dimension of an element: 0 (node) to 3 (solid). `type` must be an enumerator. Constant.
 QEL_GRIDWORK_API unsigned element_dim(element_type type);
 
-/// Boundaries of an element: faces of a solid, edges of a face, ends of an edge. `type` must be an enumerator.
+/// Boundaries of an element: faces of a solid, edges of a face, ends of an edge. `type` must be an enumerator. Constant.
 QEL_GRIDWORK_API unsigned nbr_boundaries(element_type type);
 
 /// True when `connectivity` has the row count of `type` and every node index is below `n`.

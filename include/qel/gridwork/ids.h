@@ -80,19 +80,21 @@ QEL_GRIDWORK_API int get_IDs(const dense2D<unsigned>& A, const dense2D<unsigned>
 /// Appends the distinct entries of the input to `ids`, in order of first appearance. Linear.
 ///
 /// @param ids       appended to; what it holds already is not looked at
-/// @param values,connectivity  the input; `~0U` is never appended
-/// @param first,last  the input as an array of matrices [first, last)
+/// @param values    the input; `~0U` is never appended
 /// @param excluded  values that are not appended
-/// @return 0; -3 when `last` lies before `first` (`ids` unchanged); -199 when the working set cannot be had (`ids`
-///         unchanged). When `ids` itself cannot grow, the entries that do not fit are dropped and the result is 0.
-/// @{
+/// @return 0; -199 when the working set cannot be had (`ids` unchanged). When `ids` itself cannot grow, the entries that
+///         do not fit are dropped and the result is 0.
 QEL_GRIDWORK_API int unique_indices(dense1D<unsigned>& ids, const dense1D<unsigned>& values,
                                     dense1D<unsigned> excluded = dense1D<unsigned>());
+
+/// As above, for the entries of a matrix, column by column.
 QEL_GRIDWORK_API int unique_indices(dense1D<unsigned>& ids, const dense2D<unsigned>& connectivity,
                                     dense1D<unsigned> excluded = dense1D<unsigned>());
+
+/// As above, for an array of matrices [first, last), one after the other.
+/// @return as above; -3 when `last` lies before `first` (`ids` unchanged)
 QEL_GRIDWORK_API int unique_indices(dense1D<unsigned>& ids, const dense2D<unsigned>* first,
                                     const dense2D<unsigned>* last, dense1D<unsigned> excluded = dense1D<unsigned>());
-/// @}
 
 /// Number of distinct entries of one matrix or of an array of matrices [first, last), `~0U` not counted. Linear.
 /// @return the count; -2 when `last` lies before `first`; -199

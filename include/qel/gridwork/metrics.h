@@ -8,9 +8,10 @@
 /// Frames are 3 x 2 matrices whose columns span a plane in space; a matrix of them has 6 rows, one frame per column,
 /// column by column.
 ///
-/// Outputs that are fixed-size objects may be the same object as an input. Costs are linear in the columns. The geometry of
-/// metrics: P. L. George, H. Borouchaki, Delaunay Triangulation and Meshing, Hermes 1998, chapter 10; simultaneous
-/// reduction: F. Alauzet, Size gradation control of anisotropic meshes, Finite Elements in Analysis and Design 46, 2010.
+/// Outputs that are fixed-size objects may be the same object as an input. Costs are linear in the columns, constant
+/// for one tensor. The geometry of metrics: P. L. George, H. Borouchaki, Delaunay Triangulation and Meshing, Hermes
+/// 1998, chapter 10; simultaneous reduction: F. Alauzet, Size gradation control of anisotropic meshes, Finite Elements
+/// in Analysis and Design 46, 2010.
 #ifndef QEL_GRIDWORK_METRICS_H
 #define QEL_GRIDWORK_METRICS_H
 
@@ -79,6 +80,7 @@ QEL_GRIDWORK_API bool eigen_pairs(const symmetric_fixed<double, 3>& M1, const sy
 
 /// Bounds the sizes of a tensor: its eigenvalues are brought into [1 / hmax^2, 1 / hmin^2], its axes stay.
 ///
+/// @param M     changed in place
 /// @param hmin  smallest size; 0 or less: no bound
 /// @param hmax  largest size; 0 or less, or DBL_MAX: no bound. Where the bounds contradict each other, hmax wins
 /// @return 1 when M was changed, 0 when not (nothing is bounded when both bounds are absent, with hmax = DBL_MAX);
@@ -92,15 +94,18 @@ QEL_GRIDWORK_API int bound_metric(symmetric_fixed<double, 3>& M, double hmin, do
 
 /// Bounds sizes: one below hmin, or NaN, becomes hmin, one above hmax becomes hmax.
 ///
-/// @param ids   overwritten: the entries that were changed, in order; empty on a negative result
+/// @param sizes  changed in place
+/// @param hmin   smallest size; 0 or less: no bound
+/// @param hmax   largest size; 0 or less, or DBL_MAX: no bound
 /// @return the number of sizes changed, 0 without a bound (hmin 0 or less, hmax = DBL_MAX); -2, -3 when hmin, hmax is not
 ///         finite; -199 with `sizes` unchanged
-/// @{
 QEL_GRIDWORK_API int bound_metrics(dense1D<double>& sizes, double hmin, double hmax);
-QEL_GRIDWORK_API int bound_metrics(dense1D<double>& sizes, double hmin, double hmax, dense1D<unsigned>& ids);
-/// @}
 
-/// Bounds every column as bound_metric() does. Results as for sizes; -1 when `tensors` has neither 3 nor 6 rows.
+/// As above, and overwrites `ids` with the entries that were changed, in order; it is empty on a negative result.
+QEL_GRIDWORK_API int bound_metrics(dense1D<double>& sizes, double hmin, double hmax, dense1D<unsigned>& ids);
+
+/// Bounds every column as bound_metric() does.
+/// @return as for sizes; -1 when `tensors` has neither 3 nor 6 rows
 /// @{
 QEL_GRIDWORK_API int bound_metrics(dense2D<double>& tensors, double hmin, double hmax);
 QEL_GRIDWORK_API int bound_metrics(dense2D<double>& tensors, double hmin, double hmax, dense1D<unsigned>& ids);
@@ -142,15 +147,21 @@ QEL_GRIDWORK_API void metric_aniso3d_to_aniso2d(const symmetric_fixed<double, 3>
 /// Writes the tensor of every size greater than 0 into its column; columns of other sizes stay as they are.
 ///
 /// @param sizes    n sizes
-/// @param frames   6 rows, at least n columns
 /// @param tensors  3 rows (2-D) or 6 rows (3-D), at least n columns; not resized
-/// @return 0, also when `sizes` and `tensors` are empty; -2 when `frames` or `tensors` has another shape
+/// @return 0, also when `sizes` and `tensors` are empty; -2 when `tensors` has another shape
 /// @{
 QEL_GRIDWORK_API int metrics_iso_to_aniso2d(const dense1D<double>& sizes, dense2D<double>& tensors);
-QEL_GRIDWORK_API int metrics_iso_to_aniso2d(const dense1D<double>& sizes, const dense2D<double>& frames,
-                                            dense2D<double>& tensors);
 QEL_GRIDWORK_API int metrics_iso_to_aniso3d(const dense1D<double>& sizes, dense2D<double>& tensors);
 /// @}
+
+/// As above, each tensor in the plane of its frame, as metric_iso_to_aniso2d() has it.
+///
+/// @param sizes    n sizes
+/// @param frames   6 rows, at least n columns
+/// @param tensors  3 rows, at least n columns; not resized
+/// @return 0, also when `sizes` and `tensors` are empty; -2 when `frames` or `tensors` has another shape
+QEL_GRIDWORK_API int metrics_iso_to_aniso2d(const dense1D<double>& sizes, const dense2D<double>& frames,
+                                            dense2D<double>& tensors);
 
 /// Writes the tensor of every column of `tensors3d` in the plane of its frame.
 ///
@@ -170,14 +181,14 @@ QEL_GRIDWORK_API int overwrite_invalid_metrics(dense1D<double>& sizes, const den
 
 /// Replaces invalid tensors by their defaults, where these are valid.
 ///
-/// @param defaults       tensors of the same row count, one per column
-/// @param default_sizes  sizes, one per column, for isotropic defaults
+/// @param tensors   3 or 6 rows, changed in place
+/// @param defaults  tensors of the same row count, one per column
 /// @return the number of columns replaced, 0 for empty `tensors`; -1 when `tensors` has neither 3 nor 6 rows; -2 when
 ///         `defaults` has another row count. Columns beyond the defaults are not looked at.
-/// @{
 QEL_GRIDWORK_API int overwrite_invalid_metrics(dense2D<double>& tensors, const dense2D<double>& defaults);
+
+/// As above, with the isotropic tensors of `default_sizes`, one per column, as defaults.
 QEL_GRIDWORK_API int overwrite_invalid_metrics(dense2D<double>& tensors, const dense1D<double>& default_sizes);
-/// @}
 
 }  // namespace gridwork
 }  // namespace qel

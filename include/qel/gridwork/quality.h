@@ -1,8 +1,9 @@
 /// @file
 /// Quality of elements (shape), their Jacobians, and quality of edges (length against prescribed size).
 ///
-/// Shape qualities lie in [-1, 1], do not change under translation, rotation and scaling, and are 1 for the ideal shape, near
-/// 0 for flat and needle elements, exactly 0 where the denominator of the formula vanishes or a coordinate is not finite.
+/// Shape qualities are clamped to [-1, 1], do not change under translation, rotation and scaling, and are 1 for the
+/// ideal shape, near 0 for flat and needle elements, exactly 0 where the denominator of the formula vanishes or a
+/// coordinate is not finite.
 ///
 /// | shape       | quality                                                                                  | ideal           |
 /// |-------------|------------------------------------------------------------------------------------------|-----------------|
@@ -67,9 +68,14 @@ QEL_GRIDWORK_API int shape_qualities(const dense2D<double>& coords, const dense2
 
 /// The worst shape quality and the first element that has it.
 ///
-/// @param qmin  overwritten: the smallest quality; 1 on a negative result
-/// @param jmin  overwritten: its element; `~0U` when no element has a quality below 1, and on a negative result
+/// @param coords        2 or 3 x n
+/// @param connectivity  one column per element
+/// @param type          as for shape_qualities()
+/// @param qmin          overwritten: the smallest quality; 1 on a negative result
+/// @param jmin          overwritten: its element; `~0U` when no element has a quality below 1, and on a negative result
 /// @return as shape_qualities(), -199 excepted
+///
+/// Cost: linear in the elements; takes no memory.
 QEL_GRIDWORK_API int min_quality(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                                  element_type type, double& qmin, unsigned& jmin);
 
@@ -80,8 +86,13 @@ QEL_GRIDWORK_API int min_quality(const dense2D<double>& coords, const dense2D<un
 /// the base), wedge, hexahedron: the smallest triple product J. Signs as in the shape qualities; 0 where a coordinate is not
 /// finite.
 ///
-/// @param J  overwritten: one value per element; empty on a negative result
+/// @param coords        2 or 3 x n
+/// @param connectivity  one column per element
+/// @param type          as for shape_qualities()
+/// @param J             overwritten: one value per element; empty on a negative result
 /// @return as shape_qualities()
+///
+/// Cost: linear in the elements.
 QEL_GRIDWORK_API int jacobians(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                                dense1D<double>& J);
 
@@ -90,8 +101,14 @@ QEL_GRIDWORK_API int jacobians(const dense2D<double>& coords, const dense2D<unsi
 /// q = L / Lref, where Lref is the logarithmic mean (h2 - h1) / log(h2 / h1): the quality is the length of the edge in a size
 /// field that varies geometrically from h1 to h2. For sizes within 10 % of each other Lref is a series that is off by
 /// less than 2e-7.
-/// @param q  overwritten on success
+///
+/// @param L   length of the edge, in the units of the sizes
+/// @param h1  size at one end, greater than 0
+/// @param h2  size at the other end, greater than 0
+/// @param q   overwritten on success
 /// @return 0; -2, -3 when h1, h2 is not greater than 0
+///
+/// Cost: constant.
 QEL_GRIDWORK_API int edge_quality(double L, double h1, double h2, double& q);
 
 /// Feeds the quality of every edge of the meshes [first, last), each edge once, to `H.process`.
@@ -102,9 +119,6 @@ QEL_GRIDWORK_API int edge_quality(double L, double h1, double h2, double& q);
 /// @param first,last      connectivities, one after the other
 /// @param types           one element_type per matrix
 /// @param sizes           the size at each node, greater than 0
-/// @param metrics         or: the metric tensor at each node, 3 rows in 2-D, 6 rows in 3-D (see metrics.h). The quality of an
-///                        edge is then la lb / Lref(la, lb), where la and lb are its lengths in the metrics of its
-///                        ends, and 0 where one of them vanishes
 /// @param H               fed with one value per sound edge
 /// @param excluded_edges  2-row matrix of edges that are left out, in any order, in either direction; may be empty
 /// @return the number of edges that are not excluded (0 for an empty range), or
@@ -117,16 +131,19 @@ QEL_GRIDWORK_API int edge_quality(double L, double h1, double h2, double& q);
 ///         -199 when memory ran out before anything was fed
 ///
 /// Cost: that of copy_edges(), plus the edges.
-/// @{
 QEL_GRIDWORK_API int edge_qualities(const dense2D<double>& coords, const dense2D<unsigned>* first,
                                     const dense2D<unsigned>* last, const dense1D<int>& types,
                                     const dense1D<double>& sizes, histogram& H,
                                     const dense2D<unsigned>& excluded_edges);
+
+/// The same for anisotropic sizes: `metrics` has the tensor at each node, 3 rows in 2-D, 6 rows in 3-D (see metrics.h).
+///
+/// The quality of an edge is la lb / Lref(la, lb), where la and lb are its lengths in the metrics of its ends, and 0 where
+/// one of them vanishes.
 QEL_GRIDWORK_API int edge_qualities(const dense2D<double>& coords, const dense2D<unsigned>* first,
                                     const dense2D<unsigned>* last, const dense1D<int>& types,
                                     const dense2D<double>& metrics, histogram& H,
                                     const dense2D<unsigned>& excluded_edges);
-/// @}
 
 /// The same for one mesh.
 /// @return as above, but -4 for a skipped edge and -6 for invalid `excluded_edges`

@@ -44,9 +44,13 @@ class node_detector {
                                  const dense2D<unsigned>* last);
   /// @}
 
-  /// A deep copy of the tree that refers to the same coordinates; without a tree when memory ran out.
+  /// A deep copy of the tree that refers to the same coordinates; without a tree when memory ran out. Linear.
+  /// @{
   QEL_GRIDWORK_API node_detector(const node_detector& other);
   QEL_GRIDWORK_API node_detector& operator=(const node_detector& other);
+  /// @}
+
+  /// Releases the tree.
   QEL_GRIDWORK_API ~node_detector();
 
   /// Releases the tree.
@@ -63,11 +67,14 @@ class node_detector {
   ///         (both leave the detector as it was); -199 (no tree)
   QEL_GRIDWORK_API int reinit(const dense2D<double>& coords, const dense1D<unsigned>& IDs);
 
-  /// Builds the tree over the distinct nodes of a connectivity. Results as for a list.
+  /// Builds the tree over the distinct nodes of a connectivity. Results as for a list, but -199 leaves the detector as it
+  /// was when the nodes could not be collected.
   QEL_GRIDWORK_API int reinit(const dense2D<double>& coords, const dense2D<unsigned>& connectivity);
 
   /// Builds the tree over the distinct nodes of the matrices [first, last).
-  /// @return as for a list; -3 when `last` lies before `first` (detector as it was)
+  /// @return as for a connectivity; -3 when `last` lies before `first` (detector as it was)
+  ///
+  /// Cost: expected n log n in the entries, as for a list and for a connectivity.
   QEL_GRIDWORK_API int reinit(const dense2D<double>& coords, const dense2D<unsigned>* first,
                               const dense2D<unsigned>* last);
 
@@ -79,7 +86,7 @@ class node_detector {
   /// Cost: expected log n for a node; a list that is long in relation to the tree is built in bulk.
   QEL_GRIDWORK_API unsigned insert(const dense1D<unsigned>& IDs);
 
-  /// Adds the distinct nodes of a connectivity.
+  /// Adds the distinct nodes of a connectivity. Result and cost as for a list.
   QEL_GRIDWORK_API unsigned insert(const dense2D<unsigned>& connectivity);
 
   /// The node closest to `P`, up to the rounding of coordinates and distances; `~0U` when there is none at a finite
@@ -107,7 +114,7 @@ class node_detector {
                                     dense1D<unsigned>& IDs) const;
   /// @}
 
-  /// Number of nodes in the tree, one for each insertion.
+  /// Number of nodes in the tree, one for each insertion. Constant.
   QEL_GRIDWORK_API unsigned size() const;
 
  private:
@@ -119,8 +126,8 @@ class node_detector {
 ///
 /// All merge functions share these rules. Distances are Euclidean, in the units of `coords`, and inclusive: with tol = 0
 /// coincident nodes merge, a node at distance `tol` merges. Nodes with a NaN coordinate never merge, nodes with an infinite
-/// one only where `tol` is so large that its square overflows. `coords` keeps its column count: nodes that no element uses any more are removed by
-/// simplify().
+/// one only where `tol` is so large that its square overflows. `coords` keeps its column count: nodes that no element uses
+/// any more are removed by simplify().
 ///
 /// A proximity merge maps each node to the near node that comes first in the order of the node list, then follows
 /// those maps as long as they lead to an earlier node; so of a group of mutually close nodes the first one survives.
@@ -142,13 +149,20 @@ QEL_GRIDWORK_API int merge(dense2D<double>& coords, double tol);
 ///
 /// Earlier in `IDs2` survives. A node that is not in `IDs2` may be merged, but receives no other. Entries `~0U` are
 /// skipped.
+///
+/// @param coords   2 or 3 x n
+/// @param IDs1     nodes that may be merged
+/// @param IDs2     nodes that they are merged onto
 /// @param new_IDs  as above; empty when one of the lists is empty
+/// @param tol      distance, not negative
 /// @return the number of merged nodes; -1 for a row count other than 2 or 3; -2, -3 for an entry of `IDs1`, `IDs2` that is
 ///         neither `~0U` nor a column of `coords`; -4 for a negative or NaN `tol`; -199
+///
+/// Cost: expected linear in the lists and `coords` plus the number of close pairs.
 QEL_GRIDWORK_API int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, const dense1D<unsigned>& IDs2,
                            dense1D<unsigned>& new_IDs, double tol);
 
-/// Proximity merge of the nodes of one list. Results as for two lists (an invalid entry gives -2).
+/// Proximity merge of the nodes of one list. Results and cost as for two lists (an invalid entry gives -2).
 QEL_GRIDWORK_API int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs, dense1D<unsigned>& new_IDs,
                            double tol);
 

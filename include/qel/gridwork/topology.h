@@ -18,8 +18,9 @@
 /// | ELT_WEDGE6 | (0 1 2) (3 5 4) (2 1 4 5) (0 2 5 3) (1 0 3 4) |
 /// | ELT_HEXA8 | (0 3 7 4) (1 5 6 2) (0 4 5 1) (3 2 6 7) (0 1 2 3) (4 7 6 5) |
 ///
-/// The faces of a tetrahedron point outwards when nodes 0, 1, 2 turn clockwise seen from node 3; those of a hexahedron
-/// whose bottom 0-1-2-3 is counter-clockwise seen from the top point inwards.
+/// The faces of a tetrahedron point outwards when nodes 0, 1, 2 turn counter-clockwise seen from node 3, which is the
+/// usual order but has a negative shape quality here (quality.h). The faces of every solid of positive shape quality point
+/// inwards, so those of a hexahedron whose bottom 0-1-2-3 is counter-clockwise seen from the top.
 ///
 /// Two boundaries are the same when they hold the same nodes in the same cyclic order, in either direction.
 #ifndef QEL_GRIDWORK_TOPOLOGY_H
@@ -172,6 +173,8 @@ QEL_GRIDWORK_API int copy_edges(const dense2D<unsigned>& connectivity, element_t
 /// @return 0; -1 for a matrix that does not fit its type; -2 when `last` lies before `first`; -3 when `codes` has another
 ///         number of entries; -4 when `edges` is not empty and has not 2 rows; -199. `edges` is unchanged on every negative
 ///         result
+///
+/// Cost: expected linear.
 QEL_GRIDWORK_API int copy_edges(const dense2D<unsigned>* first, const dense2D<unsigned>* last,
                                 const dense1D<int>& codes, dense2D<unsigned>& edges);
 

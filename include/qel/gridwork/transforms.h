@@ -33,10 +33,18 @@ namespace gridwork {
 /// @{
 QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 2>& shift);
 QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 3>& shift);
+/// @}
+
+/// As above, for the nodes of the list `ids`.
+/// @{
 QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 2>& shift,
                                const dense1D<unsigned>& ids);
 QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 3>& shift,
                                const dense1D<unsigned>& ids);
+/// @}
+
+/// As above, for the distinct nodes of `connectivity`.
+/// @{
 QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 2>& shift,
                                const dense2D<unsigned>& connectivity);
 QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<double, 3>& shift,
@@ -51,13 +59,15 @@ QEL_GRIDWORK_API int translate(dense2D<double>& coords, const vector_fixed<doubl
 /// @return as translate()
 ///
 /// Cost: as translate().
-/// @{
 QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 2>& center, double angle);
+
+/// As above, for the nodes of the list `ids`.
 QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 2>& center, double angle,
                             const dense1D<unsigned>& ids);
+
+/// As above, for the distinct nodes of `connectivity`.
 QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 2>& center, double angle,
                             const dense2D<unsigned>& connectivity);
-/// @}
 
 /// Turns nodes in space about the axis through `center` along `rotation`, right-handed: p <- center + R (p - center).
 ///
@@ -70,62 +80,86 @@ QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 
 /// @return as translate()
 ///
 /// Cost: as translate().
-/// @{
 QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 3>& center,
                             const vector_fixed<double, 3>& rotation);
+
+/// As above, for the nodes of the list `ids`.
 QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 3>& center,
                             const vector_fixed<double, 3>& rotation, const dense1D<unsigned>& ids);
+
+/// As above, for the distinct nodes of `connectivity`.
 QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 3>& center,
                             const vector_fixed<double, 3>& rotation, const dense2D<unsigned>& connectivity);
-/// @}
 
 /// Scales nodes about `center`: p <- p + (factor - 1)(p - center).
 ///
 /// @param coords  any row count x n; overwritten, as by translate()
 /// @param center  stays where it is
 /// @param factor  negative: mirrors through the center; 0: moves the nodes onto it; 1 or NaN: does nothing
-/// @param ids,connectivity  entries must be columns of `coords` (in a connectivity also `~0U`, which is skipped): they are
-///                not tested, and any other one makes the function read and write outside of the matrix
-/// @return all nodes: the number of columns, 0 when nothing is done. List and connectivity: always 0
+/// @return the number of columns; 0 when nothing is done
 ///
 /// Cost: as translate().
 /// @{
 QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 2>& center, double factor);
 QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 3>& center, double factor);
+/// @}
+
+/// As above, for the nodes of the list `ids`; returns 0.
+///
+/// The entries must be columns of `coords`: they are not tested, and any other one makes the function read and write
+/// outside of the matrix.
+/// @{
 QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 2>& center, double factor,
                           const dense1D<unsigned>& ids);
 QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 3>& center, double factor,
                           const dense1D<unsigned>& ids);
+/// @}
+
+/// As above, for the distinct nodes of `connectivity`; returns 0. Entries must be `~0U` or columns of `coords`: they are not
+/// tested.
+/// @{
 QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 2>& center, double factor,
                           const dense2D<unsigned>& connectivity);
 QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 3>& center, double factor,
                           const dense2D<unsigned>& connectivity);
 /// @}
 
-/// Enlarges an axis-aligned box until it holds all nodes, the nodes of `ids` or those of `connectivity`.
+/// Enlarges an axis-aligned box until it holds all nodes.
 ///
 /// The box is never reset: start it with +infinity and -infinity, and call again to add further nodes. Nodes are taken in
 /// order, connectivities in order of first appearance; the comparisons are exact. A NaN coordinate enters `box_min`, where
 /// the next node replaces it; it never enters `box_max`.
 ///
-/// @param coords            d x n
-/// @param ids,connectivity  columns of `coords`; entries `~0U` are skipped
-/// @param box_min,box_max   the corners of the box; enlarged
-/// @return 0, also, before any other check, for an empty list or a connectivity without nodes
-///         -1 when `coords` has not exactly d rows (box unchanged)
-///         -2 when an entry is neither `~0U` nor a column of `coords` (box unchanged)
-///         -199 when a connectivity's nodes cannot be collected (box unchanged)
+/// @param coords           d x n
+/// @param box_min,box_max  the corners of the box; enlarged
+/// @return 0; -1 when `coords` has not exactly d rows (box unchanged)
 ///
-/// Cost: linear in the nodes or entries.
+/// Cost: linear in the nodes.
 /// @{
 QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, vector_fixed<double, 2>& box_min,
                                       vector_fixed<double, 2>& box_max);
 QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, vector_fixed<double, 3>& box_min,
                                       vector_fixed<double, 3>& box_max);
+/// @}
+
+/// As above, for the nodes of the list `ids`; entries `~0U` are skipped.
+/// @return 0, also, before any other check, for an empty list
+///         -1 when `coords` has not exactly d rows (box unchanged)
+///         -2 when an entry is neither `~0U` nor a column of `coords` (box unchanged)
+///
+/// Cost: linear in the entries.
+/// @{
 QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, const dense1D<unsigned>& ids,
                                       vector_fixed<double, 2>& box_min, vector_fixed<double, 2>& box_max);
 QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, const dense1D<unsigned>& ids,
                                       vector_fixed<double, 3>& box_min, vector_fixed<double, 3>& box_max);
+/// @}
+
+/// As above, for the distinct nodes of `connectivity`; entries `~0U` are skipped.
+/// @return as for a list, without nodes 0; -199 when the nodes cannot be collected (box unchanged)
+///
+/// Cost: expected linear in the entries.
+/// @{
 QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                                       vector_fixed<double, 2>& box_min, vector_fixed<double, 2>& box_max);
 QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
@@ -159,7 +193,6 @@ QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, 
 /// @param shift         the step of the translation, in the units of `coords`
 /// @param center        a point that the rotation leaves in place
 /// @param angle         the step of the rotation in the plane, in radians
-/// @param rotation      the step of the rotation in space, a rotation vector
 /// @param n             number of copies
 /// @param connectivity  rows x e, the elements to copy; entries must be columns of `coords`, or `~0U`: they are not tested.
 ///                      As it is at the call, also when it is the same object as `out`
@@ -168,14 +201,14 @@ QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, 
 ///         nothing has changed
 ///
 /// Cost: linear in what is appended, plus what the single form costs; both matrices grow once.
-/// @{
 QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 2>& shift,
                                const vector_fixed<double, 2>& center, double angle, unsigned n,
                                const dense2D<unsigned>& connectivity);
+
+/// As above, in space: `rotation` is the rotation vector of one step, as rotate() takes it.
 QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 3>& shift,
                                const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
                                unsigned n, const dense2D<unsigned>& connectivity);
-/// @}
 
 /// Makes one copy of a part, mirrored in a line (2-D) or a plane (3-D): p <- p - 2 ((p - point) . n / |n|^2) n.
 ///

@@ -1,0 +1,48 @@
+# `cpack -G DEB` makes two Debian packages of a build that was configured with the prefix /usr (scripts/package_deb.sh):
+# the shared library, and what programs are built with.
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME qel-gridwork)
+set(CPACK_PACKAGE_VENDOR QEL)
+set(CPACK_PACKAGE_CONTACT "QEL Gridwork maintainers <maintainers@gridwork.qel.example>")
+set(CPACK_RESOURCE_FILE_LICENSE ${CMAKE_CURRENT_SOURCE_DIR}/LICENSE)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_STRIP_FILES ON)
+
+set(CPACK_COMPONENTS_ALL qel_gridwork_runtime qel_gridwork_development)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each component's description starts with its own
+set(about "A mesh is a matrix of coordinates and matrices of connectivity. Free
+functions find and merge its nodes, clean it, transform it, query its
+topology, measure its quality, work on metric tensors, and read and write
+mesh files.")
+
+set(CPACK_DEBIAN_QEL_GRIDWORK_RUNTIME_PACKAGE_NAME libqel-gridwork${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_QEL_GRIDWORK_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_QEL_GRIDWORK_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_QEL_GRIDWORK_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/triggers)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_COMPONENT_QEL_GRIDWORK_RUNTIME_DESCRIPTION
+  "finite-element mesh utilities - shared library\n${about}\n\nThis package holds the shared library.")
+
+set(CPACK_DEBIAN_QEL_GRIDWORK_DEVELOPMENT_PACKAGE_NAME libqel-gridwork-dev)
+set(CPACK_DEBIAN_QEL_GRIDWORK_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_QEL_GRIDWORK_DEVELOPMENT_PACKAGE_DEPENDS
+  "${CPACK_DEBIAN_QEL_GRIDWORK_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+set(CPACK_COMPONENT_QEL_GRIDWORK_DEVELOPMENT_DESCRIPTION
+  "finite-element mesh utilities - development files\n${about}\n\nThis package holds the headers, the files for CMake and pkg-config, and
+examples.")
+
+# What every Debian package carries beside the files that are installed.
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_documents.cmake)
+set(CPACK_QEL_GRIDWORK_SOURCE_DIR ${CMAKE_CURRENT_SOURCE_DIR})
+
+include(CPack)

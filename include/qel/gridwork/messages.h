@@ -1,0 +1,412 @@
+/// @file
+/// Result codes in words, for programs that tell their users what went wrong. The library itself never prints anything.
+///
+/// Everything here is a constant expression over tables: nothing is allocated, formatted or translated, and a program
+/// that does not call message() holds none of the sentences. They begin in lower case and end without a full stop, so
+/// that they can be put behind a colon:
+///
+///     const int result = qel::gridwork::merge(coords, tolerance);
+///     if (result < 0) std::fprintf(stderr, "merge: %s\n", message(operation::merge_nodes, result));
+#ifndef QEL_GRIDWORK_MESSAGES_H
+#define QEL_GRIDWORK_MESSAGES_H
+
+#include <string_view>
+
+namespace qel {
+namespace gridwork {
+
+/// The functions that have negative result codes.
+///
+/// An enumerator has the name of its function and stands for all overloads, but for those that give one code another
+/// meaning:
+///
+/// | enumerators | overloads |
+/// |---|---|
+/// | merge_nodes, merge_lists, merge_elements | of merge(): all nodes; lists of nodes; the nodes of connectivities |
+/// | copy_edges, copy_edges_range | one connectivity; a range |
+/// | edge_qualities, edge_qualities_range | one connectivity; a range |
+/// | vtk_output, vtk_output_cells | a named file; an open stream |
+/// | medit_output, medit_output_references | without and with a reference for every element |
+enum class operation : unsigned char {
+  /// @cond one for each function
+  permutation,
+  get_IDs,
+  unique_indices,
+  count_unique_indices,
+  get_sorted_order,
+  inc_bounding_box,
+  copy_mesh,
+  copy_sym_mesh,
+  reinit,
+  merge_nodes,
+  merge_lists,
+  merge_elements,
+  remove_degenerated,
+  simplify,
+  get_neighbors,
+  get_element_boundaries,
+  get_mesh_boundaries,
+  get_mesh_bounding_elements,
+  get_elements_on_boundaries,
+  get_ancestors,
+  get_connected_elements,
+  get_node_graph,
+  copy_edges,
+  copy_edges_range,
+  shape_qualities,
+  min_quality,
+  jacobians,
+  edge_quality,
+  edge_qualities,
+  edge_qualities_range,
+  bound_metric,
+  bound_metrics,
+  metrics_iso_to_aniso2d,
+  metrics_iso_to_aniso3d,
+  metrics_aniso3d_to_aniso2d,
+  overwrite_invalid_metrics,
+  STL_input,
+  STL_output,
+  WavefrontOBJ_input,
+  WavefrontOBJ_output,
+  vtk_convert,
+  vtk_output,
+  vtk_output_cells,
+  medit_output,
+  medit_output_references,
+  medit_scalar,
+  medit_vector,
+  medit_tensor,
+  NASTRAN_output,
+  ensight_output
+  /// @endcond
+};
+
+/// Name and arguments of an operation, as `{"merge", "(coords, new_IDs, tol)"}`.
+struct operation_name {
+  const char* function;   ///< the name alone
+  const char* arguments;  ///< those of one overload, where the overloads are told apart; else empty
+};
+
+/// Names of the operations, by enumerator.
+inline constexpr operation_name operation_names[] = {
+    {"permutation", ""},
+    {"get_IDs", ""},
+    {"unique_indices", ""},
+    {"count_unique_indices", ""},
+    {"get_sorted_order", ""},
+    {"inc_bounding_box", ""},
+    {"copy_mesh", ""},
+    {"copy_sym_mesh", ""},
+    {"reinit", ""},
+    {"merge", "(coords, new_IDs, tol)"},
+    {"merge", "(coords, IDs1, IDs2, new_IDs, tol)"},
+    {"merge", "(coords, connectivity, new_IDs, tol, mode)"},
+    {"remove_degenerated", ""},
+    {"simplify", ""},
+    {"get_neighbors", ""},
+    {"get_element_boundaries", ""},
+    {"get_mesh_boundaries", ""},
+    {"get_mesh_bounding_elements", ""},
+    {"get_elements_on_boundaries", ""},
+    {"get_ancestors", ""},
+    {"get_connected_elements", ""},
+    {"get_node_graph", ""},
+    {"copy_edges", "(connectivity, type, edges)"},
+    {"copy_edges", "(first, last, codes, edges)"},
+    {"shape_qualities", ""},
+    {"min_quality", ""},
+    {"jacobians", ""},
+    {"edge_quality", ""},
+    {"edge_qualities", "(coords, connectivity, type, sizes, H, excluded_edges)"},
+    {"edge_qualities", "(coords, first, last, types, sizes, H, excluded_edges)"},
+    {"bound_metric", ""},
+    {"bound_metrics", ""},
+    {"metrics_iso_to_aniso2d", ""},
+    {"metrics_iso_to_aniso3d", ""},
+    {"metrics_aniso3d_to_aniso2d", ""},
+    {"overwrite_invalid_metrics", ""},
+    {"STL_input", ""},
+    {"STL_output", ""},
+    {"WavefrontOBJ_input", ""},
+    {"WavefrontOBJ_output", ""},
+    {"vtk_convert", ""},
+    {"vtk_output", "(filename, coords, connectivity, type)"},
+    {"vtk_output", "(stream, coords, nbr_cells, cells, cell_types)"},
+    {"medit_output", "(filename, coords, connectivity, type)"},
+    {"medit_output", "(filename, coords, connectivity, type, references)"},
+    {"medit_scalar", ""},
+    {"medit_vector", ""},
+    {"medit_tensor", ""},
+    {"NASTRAN_output", ""},
+    {"ensight_output", ""},
+};
+static_assert(sizeof(operation_names) / sizeof(operation_names[0]) == unsigned(operation::ensight_output) + 1,
+              "every operation has its name");
+
+/// A negative result code of an operation, in words.
+struct result_code {
+  operation call;        ///< the function or overload that returns it
+  int code;              ///< negative
+  const char* sentence;  ///< what it means
+};
+
+/// Sentences that many functions share.
+namespace sentences {
+inline constexpr const char* success = "success";              ///< for 0 and counts
+inline constexpr const char* unknown = "unknown result code";  ///< for any other result
+/// For a code that the overloads of a function disagree on.
+inline constexpr const char* ambiguous = "an argument is invalid; which one depends on the overload that was called";
+/// @cond internal
+inline constexpr const char* memory = "memory ran out";
+inline constexpr const char* memory_or_codes = "memory ran out, or a slot code does not fit 32 bits";
+inline constexpr const char* memory_or_entries = "memory ran out, or there are 2^32 entries or more";
+inline constexpr const char* memory_or_nodes = "memory, or the 32-bit indices for the new nodes, ran out";
+inline constexpr const char* plane_or_space = "coords has neither 2 nor 3 rows";
+inline constexpr const char* one_to_three_rows = "coords has no row or more than 3";
+inline constexpr const char* node = "a node index is neither ~0U nor a column of coords";
+inline constexpr const char* range = "last lies before first";
+inline constexpr const char* rows = "the connectivity has not the row count of its type";
+inline constexpr const char* matrix = "a connectivity has not the row count of its type";
+inline constexpr const char* mesh = "a connectivity has not the row count of its type, or an index that is no node";
+inline constexpr const char* linear_type = "the function does not handle this element type";
+inline constexpr const char* not_opened = "the file cannot be opened";
+inline constexpr const char* tolerance = "the tolerance is negative or NaN";
+inline constexpr const char* hmin = "hmin is not finite";
+inline constexpr const char* hmax = "hmax is not finite";
+inline constexpr const char* tensor_rows = "the matrix of tensors has neither 3 nor 6 rows";
+inline constexpr const char* type_codes = "the list of element types has not one entry per connectivity";
+inline constexpr const char* edge_rows = "edges is not empty and has not 2 rows";
+inline constexpr const char* skipped_edge =
+    "an edge was skipped: an end is no node, or has no size greater than 0 or no positive definite metric";
+inline constexpr const char* excluded = "excluded_edges is not a matrix of 2 rows that holds nodes of the mesh";
+inline constexpr const char* target_shape =
+    "the matrix of tensors or of frames has too few columns, or another row count";
+/// @endcond
+}  // namespace sentences
+
+/// All negative result codes, in the order of the operations.
+inline constexpr result_code result_codes[] = {
+    {operation::permutation, -199, sentences::memory},
+    {operation::get_IDs, -2, "A and B have different row counts"},
+    {operation::get_IDs, -199, sentences::memory},
+    {operation::unique_indices, -3, sentences::range},
+    {operation::unique_indices, -199, sentences::memory},
+    {operation::count_unique_indices, -2, sentences::range},
+    {operation::count_unique_indices, -199, sentences::memory},
+    {operation::get_sorted_order, -199, "memory ran out, or an index is so large that the offsets cannot be counted"},
+    {operation::inc_bounding_box, -1, "coords has not as many rows as the box has dimensions"},
+    {operation::inc_bounding_box, -2, sentences::node},
+    {operation::inc_bounding_box, -199, sentences::memory},
+    {operation::copy_mesh, -199, sentences::memory_or_nodes},
+    {operation::copy_sym_mesh, -4, "the squared length of the normal is 0"},
+    {operation::copy_sym_mesh, -199, sentences::memory_or_nodes},
+    {operation::reinit, -1, sentences::plane_or_space},
+    {operation::reinit, -2, sentences::node},
+    {operation::reinit, -3, sentences::range},
+    {operation::reinit, -199, sentences::memory},
+    {operation::merge_nodes, -1, sentences::plane_or_space},
+    {operation::merge_nodes, -3, sentences::tolerance},
+    {operation::merge_nodes, -199, sentences::memory},
+    {operation::merge_lists, -1, sentences::plane_or_space},
+    {operation::merge_lists, -2, "an entry of the first list is neither ~0U nor a column of coords"},
+    {operation::merge_lists, -3, "an entry of the second list is neither ~0U nor a column of coords"},
+    {operation::merge_lists, -4, sentences::tolerance},
+    {operation::merge_lists, -199, sentences::memory},
+    {operation::merge_elements, -1, sentences::plane_or_space},
+    {operation::merge_elements, -2, sentences::node},
+    {operation::merge_elements, -3, sentences::range},
+    {operation::merge_elements, -5, sentences::tolerance},
+    {operation::merge_elements, -6, "the mode is neither 0 nor 1 nor 2"},
+    {operation::merge_elements, -199, sentences::memory},
+    {operation::remove_degenerated, -199, sentences::memory},
+    {operation::simplify, -2, sentences::node},
+    {operation::simplify, -3, sentences::range},
+    {operation::simplify, -199, sentences::memory},
+    {operation::get_neighbors, -1, sentences::rows},
+    {operation::get_neighbors, -2, sentences::linear_type},
+    {operation::get_neighbors, -199, sentences::memory_or_codes},
+    {operation::get_element_boundaries, -1, sentences::rows},
+    {operation::get_element_boundaries, -2,
+     "the function does not handle this element type, or boundaries is not empty and has another row count"},
+    {operation::get_element_boundaries, -199, sentences::memory},
+    {operation::get_mesh_boundaries, -1, sentences::rows},
+    {operation::get_mesh_boundaries, -2, "neighbors has another size, or an entry that is no element"},
+    {operation::get_mesh_boundaries, -3, sentences::linear_type},
+    {operation::get_mesh_boundaries, -4, "boundaries is not empty and has another row count"},
+    {operation::get_mesh_boundaries, -199, sentences::memory},
+    {operation::get_mesh_bounding_elements, -1, sentences::rows},
+    {operation::get_mesh_bounding_elements, -2,
+     "the function does not handle this element type, or neighbors has another size"},
+    {operation::get_mesh_bounding_elements, -199, sentences::memory_or_codes},
+    {operation::get_elements_on_boundaries, -1, "boundaries has not the row count for this element type"},
+    {operation::get_elements_on_boundaries, -2, sentences::rows},
+    {operation::get_elements_on_boundaries, -3, "neighbors has another size, or an entry that is no element"},
+    {operation::get_elements_on_boundaries, -4, "an ancestor is neither ~0U nor an element"},
+    {operation::get_elements_on_boundaries, -5, sentences::linear_type},
+    {operation::get_elements_on_boundaries, -199, sentences::memory_or_codes},
+    {operation::get_ancestors, -199, sentences::memory},
+    {operation::get_connected_elements, -199, sentences::memory_or_entries},
+    {operation::get_node_graph, -199, sentences::memory_or_entries},
+    {operation::copy_edges, -1, sentences::rows},
+    {operation::copy_edges, -3, sentences::edge_rows},
+    {operation::copy_edges, -199, sentences::memory},
+    {operation::copy_edges_range, -1, sentences::matrix},
+    {operation::copy_edges_range, -2, sentences::range},
+    {operation::copy_edges_range, -3, sentences::type_codes},
+    {operation::copy_edges_range, -4, sentences::edge_rows},
+    {operation::copy_edges_range, -199, sentences::memory},
+    {operation::shape_qualities, -1, sentences::plane_or_space},
+    {operation::shape_qualities, -2, sentences::mesh},
+    {operation::shape_qualities, -3, sentences::linear_type},
+    {operation::shape_qualities, -199, sentences::memory},
+    {operation::min_quality, -1, sentences::plane_or_space},
+    {operation::min_quality, -2, sentences::mesh},
+    {operation::min_quality, -3, sentences::linear_type},
+    {operation::jacobians, -1, sentences::plane_or_space},
+    {operation::jacobians, -2, sentences::mesh},
+    {operation::jacobians, -3, sentences::linear_type},
+    {operation::jacobians, -199, sentences::memory},
+    {operation::edge_quality, -2, "the size h1 is not greater than 0"},
+    {operation::edge_quality, -3, "the size h2 is not greater than 0"},
+    {operation::edge_qualities, -1, sentences::plane_or_space},
+    {operation::edge_qualities, -2, sentences::mesh},
+    {operation::edge_qualities, -4, sentences::skipped_edge},
+    {operation::edge_qualities, -6, sentences::excluded},
+    {operation::edge_qualities, -199, sentences::memory},
+    {operation::edge_qualities_range, -1, sentences::plane_or_space},
+    {operation::edge_qualities_range, -2, sentences::mesh},
+    {operation::edge_qualities_range, -4, sentences::type_codes},
+    {operation::edge_qualities_range, -5, sentences::skipped_edge},
+    {operation::edge_qualities_range, -7, sentences::excluded},
+    {operation::edge_qualities_range, -199, sentences::memory},
+    {operation::bound_metric, -2, sentences::hmin},
+    {operation::bound_metric, -3, sentences::hmax},
+    {operation::bound_metrics, -1, sentences::tensor_rows},
+    {operation::bound_metrics, -2, sentences::hmin},
+    {operation::bound_metrics, -3, sentences::hmax},
+    {operation::bound_metrics, -199, sentences::memory},
+    {operation::metrics_iso_to_aniso2d, -2, sentences::target_shape},
+    {operation::metrics_iso_to_aniso3d, -2, sentences::target_shape},
+    {operation::metrics_aniso3d_to_aniso2d, -1, "tensors3d has not 6 rows"},
+    {operation::metrics_aniso3d_to_aniso2d, -2, sentences::target_shape},
+    {operation::overwrite_invalid_metrics, -1, sentences::tensor_rows},
+    {operation::overwrite_invalid_metrics, -2, "the defaults have another row count than the tensors"},
+    {operation::STL_input, -1, sentences::not_opened},
+    {operation::STL_input, -2, "the file is no STL file: it has neither a line with \"solid\" nor a binary header"},
+    {operation::STL_input, -3, "the file is cut short or damaged inside its triangles"},
+    {operation::STL_input, -199, sentences::memory},
+    {operation::STL_output, -1, "the file cannot be opened, or not be written in full"},
+    {operation::STL_output, -2, sentences::plane_or_space},
+    {operation::STL_output, -3, "the connectivity is not one of triangles on these nodes"},
+    {operation::STL_output, -199, sentences::memory},
+    {operation::WavefrontOBJ_input, -1, sentences::not_opened},
+    {operation::WavefrontOBJ_input, -2,
+     "a line of the file cannot be read: numbers are missing, or an index is invalid"},
+    {operation::WavefrontOBJ_input, -199, sentences::memory},
+    {operation::WavefrontOBJ_output, -1, sentences::not_opened},
+    {operation::WavefrontOBJ_output, -2, sentences::plane_or_space},
+    {operation::WavefrontOBJ_output, -3, "the normals have another shape than 3 x nodes"},
+    {operation::WavefrontOBJ_output, -4, "the texture coordinates have another shape than 2 x nodes"},
+    {operation::WavefrontOBJ_output, -5, "the matrix of triangles has not 3 rows"},
+    {operation::WavefrontOBJ_output, -6, "the matrix of quadrangles has not 4 rows"},
+    {operation::WavefrontOBJ_output, -199, sentences::memory},
+    {operation::vtk_convert, -1, sentences::rows},
+    {operation::vtk_convert, -2, sentences::linear_type},
+    {operation::vtk_convert, -199, "memory ran out, or there are more than 2^32 - 1 cells"},
+    {operation::vtk_output, -1, sentences::not_opened},
+    {operation::vtk_output, -2, "coords has neither 2 nor 3 rows, or the format does not have an element type"},
+    {operation::vtk_output, -3, sentences::mesh},
+    {operation::vtk_output, -4, sentences::range},
+    {operation::vtk_output, -5, sentences::type_codes},
+    {operation::vtk_output, -199, sentences::memory},
+    {operation::vtk_output_cells, -1, "the stream is null"},
+    {operation::vtk_output_cells, -2, sentences::plane_or_space},
+    {operation::vtk_output_cells, -199, sentences::memory},
+    {operation::medit_output, -1, sentences::not_opened},
+    {operation::medit_output, -2, sentences::one_to_three_rows},
+    {operation::medit_output, -3, sentences::mesh},
+    {operation::medit_output, -4, sentences::range},
+    {operation::medit_output, -5, sentences::type_codes},
+    {operation::medit_output, -199, sentences::memory},
+    {operation::medit_output_references, -1, sentences::not_opened},
+    {operation::medit_output_references, -2, sentences::one_to_three_rows},
+    {operation::medit_output_references, -3, sentences::mesh},
+    {operation::medit_output_references, -5, "the list of references has not one entry per element"},
+    {operation::medit_output_references, -6, "memory for the order of the references ran out"},
+    {operation::medit_output_references, -199, sentences::memory},
+    {operation::medit_scalar, -1, sentences::not_opened},
+    {operation::medit_scalar, -199, sentences::memory},
+    {operation::medit_vector, -1, sentences::not_opened},
+    {operation::medit_vector, -199, sentences::memory},
+    {operation::medit_tensor, -1, sentences::not_opened},
+    {operation::medit_tensor, -2, sentences::tensor_rows},
+    {operation::medit_tensor, -199, sentences::memory},
+    {operation::NASTRAN_output, -1, sentences::not_opened},
+    {operation::NASTRAN_output, -2, sentences::plane_or_space},
+    {operation::NASTRAN_output, -3,
+     "a connectivity has too few rows for its type, or a mixed one an invalid row count"},
+    {operation::NASTRAN_output, -5,
+     "the block offsets do not fit the block types, decrease, or leave the connectivity"},
+    {operation::NASTRAN_output, -6, "the list of property IDs has not one entry per element"},
+    {operation::NASTRAN_output, -199, sentences::memory},
+    {operation::ensight_output, -1, sentences::not_opened},
+    {operation::ensight_output, -2, sentences::one_to_three_rows},
+    {operation::ensight_output, -3, sentences::matrix},
+    {operation::ensight_output, -4, sentences::range},
+    {operation::ensight_output, -5, sentences::type_codes},
+    {operation::ensight_output, -199, sentences::memory},
+};
+
+/// What a result of an operation means.
+///
+/// @param call    the function, or the overload
+/// @param result  what it returned
+/// @return a sentence: "success" for 0 and counts, "unknown result code" for a code that the operation does not have
+///
+/// Cost: a pass over the table.
+constexpr const char* message(operation call, int result) noexcept {
+  if (result >= 0) return sentences::success;
+  for (const result_code& known : result_codes) {
+    if (known.call == call && known.code == result) return known.sentence;
+  }
+  return sentences::unknown;
+}
+
+namespace detail {
+
+/// True when `name` is the name of the operation, with its arguments or without.
+constexpr bool names(std::string_view name, const operation_name& operation) noexcept {
+  const std::string_view function = operation.function;
+  if (name.substr(0, function.size()) != function) return false;
+  const std::string_view rest = name.substr(function.size());
+  return rest.empty() || rest == operation.arguments;
+}
+
+}  // namespace detail
+
+/// What a result of a function means, by the name of the function.
+///
+/// @param function  the name, as "STL_input"; with the arguments of an overload as in operation_names, as
+///                  "merge(coords, new_IDs, tol)", that overload alone; may be null
+/// @param result    what it returned
+/// @return as for an operation; for a function whose overloads disagree on the code, a sentence that says so; for a name
+///         that no operation has, "success" or "unknown result code"
+///
+/// Cost: a pass over the table.
+constexpr const char* message(const char* function, int result) noexcept {
+  if (result >= 0) return sentences::success;
+  if (function == nullptr) return sentences::unknown;
+  const char* sentence = sentences::unknown;
+  for (const result_code& known : result_codes) {
+    if (known.code != result || !detail::names(function, operation_names[unsigned(known.call)])) continue;
+    if (sentence == sentences::unknown) sentence = known.sentence;
+    if (std::string_view(sentence) != known.sentence) return sentences::ambiguous;
+  }
+  return sentence;
+}
+
+}  // namespace gridwork
+}  // namespace qel
+
+#endif

@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Builds the Debian packages libqel-gridwork4 and libqel-gridwork-dev into build/deb/packages/, holds them against
+# lintian, unpacks them into an empty root, and builds and runs a user's project against that.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/packages.sh
+
+need_packages g++ cmake ninja-build dpkg-dev file lintian pkg-config
+
+# Debian's flags, but for debug information, which would be stripped anyway.
+export DEB_CXXFLAGS_MAINT_STRIP=-g DEB_BUILD_MAINT_OPTIONS=hardening=+all
+CXXFLAGS=$(dpkg-buildflags --get CXXFLAGS) CPPFLAGS=$(dpkg-buildflags --get CPPFLAGS)
+LDFLAGS=$(dpkg-buildflags --get LDFLAGS)
+
+rm -rf build/deb/packages
+cmake --preset release -B build/deb -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_INSTALL_DOCDIR=share/doc/libqel-gridwork-dev \
+  -DQEL_GRIDWORK_DEVELOPER=OFF -DQEL_GRIDWORK_BUILD_TESTS=OFF -DQEL_GRIDWORK_BUILD_EXAMPLES=OFF \
+  -DCMAKE_CXX_FLAGS="$CPPFLAGS $CXXFLAGS" -DCMAKE_SHARED_LINKER_FLAGS="$LDFLAGS" > /dev/null
+cmake --build build/deb
+(cd build/deb && cpack -G DEB -B packages > cpack.log) || { cat build/deb/cpack.log >&2; exit 1; }
+rm -rf build/deb/packages/_CPack_Packages
+
+echo "--- lintian"
+# The script that calls ldconfig is CPack's.
+lintian --allow-root --fail-on error,warning --suppress-tags maintscript-calls-ldconfig,initial-upload-closes-no-bugs \
+  build/deb/packages/*.deb
+
+root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
+for package in build/deb/packages/*.deb; do dpkg -x "$package" "$root"; done
+tests/consumer/installed.sh "$root/usr" "lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH)" c++
+ls build/deb/packages/*.deb

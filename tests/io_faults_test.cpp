@@ -1,0 +1,262 @@
+// Streams that fail at any call, places that are no files, and files that are broken at any byte.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "faults.h"
+#include "mesh_files.h"
+#include "qel/gridwork.h"
+
+namespace {
+
+using namespace mesh_files;
+using faults::memory_file;
+using faults::operation;
+using std::string;
+
+/// Calls action(plan) for the first, second, ... call of an operation, failing once and from then on, while it is true.
+template <class Action>
+void for_each_plan(operation what, Action action) {
+  for (const bool onwards : {false, true}) {
+    for (std::uint64_t k = 1; action(faults::plan{what, k, onwards}); ++k) ASSERT_LT(k, 1000U);
+  }
+}
+
+TEST(io_faults, every_call_of_every_writer_may_fail) {
+  unsigned points = 0;
+  for (const unsigned n : {3U, 9000U}) {
+    const mesh m(n);
+    for (const writer& w : writers) {
+      const memory_file file;
+      ASSERT_EQ(w.write(file.path(), m), 0) << w.name;
+      const string whole = file.content();
+      for (const operation what : {operation::open, operation::write, operation::close}) {
+        for_each_plan(what, [&](const faults::plan& plan) {
+          const bool refused = what == operation::open || w.reports;
+          faults::arm(plan);
+          const int code = w.write(file.path(), m);
+          const bool failed = faults::disarm();
+          EXPECT_EQ(code, failed && refused ? -1 : 0) << w.name << ", call " << plan.at;
+          EXPECT_EQ(faults::live_streams(), 0U) << w.name;
+          EXPECT_TRUE(w.write(file.path(), m) == 0 && file.content() == whole) << w.name << " after a failure";
+          points += failed ? 1 : 0;
+          return failed && !::testing::Test::HasFailure();
+        });
+      }
+    }
+  }
+  EXPECT_GT(points, 300U);
+}
+
+TEST(io_faults, places_that_take_no_file) {
+  const mesh m(3);
+  const string folder = std::filesystem::temp_directory_path(),
+               sealed = folder + "/gridwork_sealed_" + std::to_string(::getpid());
+  std::fclose(std::fopen(sealed.c_str(), "w"));
+  ::chmod(sealed.c_str(), 0);
+  const char* const closed = ::geteuid() != 0 ? sealed.c_str() : nullptr;  // root may write anywhere
+  dense2D<double> a, b, c;
+  matrix t(2, 2), q;
+  for (const writer& w : writers) {
+    EXPECT_EQ(w.write("/dev/full", m), w.reports ? -1 : 0) << w.name;
+    EXPECT_EQ(w.write(folder.c_str(), m), -1) << w.name;
+    EXPECT_EQ(w.write("/nonexistent/file", m), -1) << w.name;
+    EXPECT_EQ(w.write(nullptr, m), -1) << w.name;
+    EXPECT_EQ(w.write(closed, m), -1) << w.name;
+  }
+  for (const char* path : {"/nonexistent/file", closed}) {
+    EXPECT_EQ(STL_input(path, a, t), -1);
+    EXPECT_EQ(WavefrontOBJ_input(path, a, b, c, t, q), -1);
+  }
+  EXPECT_EQ(STL_input(folder.c_str(), a, t), -2) << "opened, but without a byte";
+  EXPECT_EQ(WavefrontOBJ_input(folder.c_str(), a, b, c, t, q), 0);
+  EXPECT_TRUE(a.empty() && t.empty() && q.empty());
+  std::filesystem::remove(sealed);
+}
+
+TEST(result_codes, overloads_that_other_tests_do_not_refuse) {
+  const mesh m(3);
+  const dense2D<double> four(4, 5);
+  const memory_file file;
+  const char *p = file.path(), *nowhere = "/nonexistent/file";
+  const dense1D<int> one_code{ELT_TRIA3};
+  histogram H;
+  const auto blocks = [&](const char* path, const dense2D<double>& coords) {
+    return NASTRAN_output(path, coords, m.triangles, m.offsets, one_code, m.references);
+  };
+  const auto two = [&](auto write, const dense2D<double>& coords, element_type second) {
+    return write(p, coords, m.triangles, m.quads, ELT_TRIA3, second);
+  };
+  const auto vtk = [](const auto&... a) { return vtk_output(a...); };
+  const auto medit = [](const auto&... a) { return medit_output(a...); };
+  const auto ensight = [](const auto&... a) { return ensight_output(a...); };
+  const auto nastran = [](const auto&... a) { return NASTRAN_output(a...); };
+  const struct {
+    int expected, code;
+  } cases[] = {{-1, edge_qualities(four, m.triangles, ELT_TRIA3, m.sizes, H, {})},
+               {-1, edge_qualities(four, m.triangles, ELT_TRIA3, four, H, {})},
+               {-4, edge_qualities(m.coords, m.both, m.both + 2, one_code, four, H, {})},
+               {-2, medit_output(p, four, m.triangles, ELT_TRIA3, m.references)},
+               {-1, medit_output(nowhere, m.coords, m.triangles, ELT_TRIA3, m.references)},
+               {-1, blocks(nowhere, m.coords)},
+               {-2, blocks(p, four)},
+               {-2, two(vtk, four, ELT_QUAD4)},
+               {-3, two(vtk, m.coords, ELT_TRIA6)},
+               {-2, two(medit, four, ELT_QUAD4)},
+               {-3, two(medit, m.coords, ELT_TRIA6)},
+               {-2, two(ensight, four, ELT_QUAD4)},
+               {-3, two(ensight, m.coords, ELT_TRIA6)},
+               {-2, two(nastran, four, ELT_QUAD4)},
+               {-3, two(nastran, m.coords, ELT_TRIA6)}};
+  for (const auto& c : cases) EXPECT_EQ(c.code, c.expected) << "case " << &c - cases;
+}
+
+// --- Readers -------------------------------------------------------------------------------------------------------
+
+/// What a reader made of a file. A file that is refused or read to another mesh has another text.
+struct reading {
+  dense2D<double> coords, normals, uvs;
+  matrix triangles, quads;
+  int code = 1;
+  bool sound = true;  ///< a documented code, and outputs as documented
+
+  bool operator==(const reading& o) const {
+    return code == o.code && same(coords, o.coords) && same(normals, o.normals) && same(uvs, o.uvs) &&
+           triangles == o.triangles && quads == o.quads;
+  }
+  static bool same(const dense2D<double>& a, const dense2D<double>& b) {
+    if (a.rows() != b.rows() || a.cols() != b.cols()) return false;
+    return a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;  // a NaN is itself
+  }
+};
+
+reading read_stl(const char* path) {
+  reading r;
+  r.coords = dense2D<double>(3, 2), r.triangles = matrix(3, 2);
+  r.code = STL_input(path, r.coords, r.triangles);
+  const bool is_mesh = r.coords.rows() == 3 && check_IDs(r.triangles, ELT_TRIA3, unsigned(r.coords.cols()));
+  r.sound = r.code == 0 ? is_mesh : r.code >= -3 && r.code < 0 && r.coords.empty() && r.triangles.empty();
+  return r;
+}
+
+reading read_obj(const char* path) {
+  reading r;
+  r.code = WavefrontOBJ_input(path, r.coords, r.normals, r.uvs, r.triangles, r.quads);
+  const auto has = [](const auto& m, unsigned least, unsigned most) {
+    return m.empty() || (m.rows() >= least && m.rows() <= most);
+  };
+  r.sound = (r.code == 0 || r.code == -1 || r.code == -2) && has(r.coords, 3, 3) && has(r.normals, 3, 3) &&
+            has(r.uvs, 1, 3) && has(r.triangles, 3, 3) && has(r.quads, 4, 4);
+  return r;
+}
+
+struct reader {
+  const char* name;
+  reading (*read)(const char* path);
+  string content;
+};
+
+std::vector<reader> readers(unsigned n) {
+  const mesh m(n);
+  return {{"STL text", read_stl, written(writers[0], m)},
+          {"STL binary", read_stl, written(writers[1], m)},
+          {"OBJ", read_obj, "vt 1 2\n" + written(writers[2], m)}};
+}
+
+TEST(io_faults, every_call_of_every_reader_may_fail) {
+  for (const unsigned n : {3U, 9000U}) {
+    for (const reader& r : readers(n)) {
+      memory_file file(r.content);
+      const reading whole = r.read(file.path());
+      ASSERT_TRUE(whole.code == 0 && whole.triangles.cols() >= n - 1) << r.name;
+      for (const operation what : {operation::open, operation::read, operation::close, operation::seek}) {
+        for_each_plan(what, [&](const faults::plan& plan) {
+          faults::arm(plan);
+          const reading got = r.read(file.path());
+          const bool failed = faults::disarm();
+          EXPECT_TRUE(got.sound) << r.name << ", call " << plan.at << ", code " << got.code;
+          const bool matters = failed && (what == operation::open || what == operation::read);
+          EXPECT_TRUE(matters || got == whole) << r.name << ", call " << plan.at;
+          EXPECT_TRUE(what != operation::open || got.code < 0 || got == whole) << r.name;  // one mode may do
+          EXPECT_EQ(faults::live_streams(), 0U) << r.name;
+          EXPECT_TRUE(r.read(file.path()) == whole) << r.name << " after a failure";
+          return failed && !::testing::Test::HasFailure();
+        });
+      }
+    }
+  }
+}
+
+memory_file* shrinking = nullptr;
+
+TEST(io_faults, files_that_shrink_while_they_are_read) {
+  faults::instead_of_failing = [] { shrinking->resize(shrinking->size() / 2); };
+  for (const reader& r : readers(9000)) {
+    memory_file file(r.content);
+    shrinking = &file;
+    const reading whole = r.read(file.path());
+    for_each_plan(operation::read, [&](const faults::plan& plan) {
+      file.write(r.content);
+      faults::arm(plan);
+      const reading got = r.read(file.path());
+      const bool failed = faults::disarm();
+      EXPECT_TRUE(got.sound && (got == whole || got.code < 0 || r.read == read_obj)) << r.name << ", read " << plan.at;
+      return failed;
+    });
+  }
+  faults::instead_of_failing = nullptr;
+}
+
+// --- Broken files --------------------------------------------------------------------------------------------------
+
+/// Reads bytes, twice with different rubbish behind them, which must make no difference.
+void expect_sound(const reader& r, memory_file& file, const string& bytes, const string& what) {
+  file.write(bytes);
+  faults::junk = '7';
+  const reading first = r.read(file.path());
+  faults::junk = '\n';
+  EXPECT_TRUE(first.sound) << r.name << ", " << what << ": " << first.code;
+  EXPECT_TRUE(r.read(file.path()) == first) << r.name << " looked behind the end, " << what;
+}
+
+TEST(broken_files, every_truncation_and_every_byte_replaced) {
+  memory_file file;
+  unsigned points = 0;
+  for (const reader& r : readers(3)) {
+    for (std::size_t size = 0; size < r.content.size() && !HasFailure(); ++size, ++points) {
+      expect_sound(r, file, r.content.substr(0, size), "bytes " + std::to_string(size));
+    }
+    string bytes = r.content;
+    for (std::size_t at = 0; at < bytes.size() && !HasFailure(); ++at) {
+      const char old = bytes[at];
+      for (const char c :
+           {'\0', '\n', ' ', '0', '9', '-', '/', '.', 'e', '\x7f', '\xff', char(old ^ 1), char(old ^ 32)}) {
+        bytes[at] = c;
+        expect_sound(r, file, bytes, "byte " + std::to_string(at) + " is " + std::to_string(int(c)));
+        ++points;
+      }
+      bytes[at] = old;
+    }
+  }
+  EXPECT_GT(points, 20000U);
+}
+
+TEST(broken_files, a_count_of_triangles_that_no_mesh_has) {
+  const string head(80, ' '), most = "\xff\xff\xff\x7f";
+  memory_file file(head + most);
+  EXPECT_EQ(read_stl(file.path()).code, -3);
+  file.resize(84 + 50 * std::uint64_t{0x7fffffff});  // of the length that it claims, but holding nothing
+  rusage before, after;
+  ::getrusage(RUSAGE_SELF, &before);
+  EXPECT_EQ(read_stl(file.path()).code, -199);
+  ::getrusage(RUSAGE_SELF, &after);
+  EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 200000) << "KiB";
+  EXPECT_LT(after.ru_utime.tv_sec - before.ru_utime.tv_sec, 20);
+}
+
+}  // namespace

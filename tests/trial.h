@@ -1,0 +1,166 @@
+// Calls of the library in which a request for memory fails, and what has to hold afterwards.
+#ifndef QEL_TESTS_TRIAL_H
+#define QEL_TESTS_TRIAL_H
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <new>
+#include <string>
+#include <type_traits>
+
+#include "faults.h"
+#include "qel/gridwork.h"
+
+/// A number that tells values apart.
+class digest {
+ public:
+  std::uint64_t value = 14695981039346656037U;
+
+  void add(const void* data, std::uint64_t bytes) {
+    for (const auto* p = static_cast<const unsigned char*>(data); bytes-- != 0; ++p) {
+      value = (value ^ *p) * 1099511628211;
+    }
+  }
+  void add(std::uint64_t x) { add(&x, sizeof x); }
+  void add(const std::string& text) { add(text.data(), text.size()); }
+  void add(const faults::memory_file& file) { add(file.content()); }
+  template <class T>
+  void add(const qel::dense1D<T>& a) {
+    add(a.data(), a.size() * sizeof(T));
+    add(a.size());
+  }
+  template <class T>
+  void add(const qel::dense2D<T>& m) {
+    for (std::uint64_t j = 0; j < m.cols(); ++j) add(m.column(j), m.rows() * sizeof(T));
+    add(m.rows() * 7919 + m.cols());
+  }
+  template <class T, unsigned N>
+  void add(const qel::vector_fixed<T, N>& v) {
+    add(v.data(), sizeof v);
+  }
+  void add(const qel::gridwork::node_detector& d) {
+    qel::dense1D<unsigned> found;
+    d.find_in_box({-1e300, -1e300, -1e300}, qel::vector_fixed<double, 3>{1e300, 1e300, 1e300}, found);
+    add(found);
+    add(d.size());
+  }
+  void add(const qel::misc::histogram& h) {
+    const double figures[] = {double(h.count()), h.mean(), h.min(), h.max(), double(h.bins())};
+    add(figures, sizeof figures);
+  }
+};
+
+template <class T>
+std::uint64_t digest_of(const T& x) {
+  digest d;
+  d.add(x);
+  return d.value;
+}
+
+/// What must be true of an argument after a failure. `spoilt`: anything, and the call cannot be repeated.
+enum class promise { kept, emptied, kept_or_emptied, blank, anything, spoilt };
+
+/// An argument that a call may change; or another code of a failure than -199.
+struct argument {
+  promise what = promise::anything;
+  const void* object = nullptr;
+  std::uint64_t (*look)(const void*) = [](const void*) { return std::uint64_t{0}; };
+  bool (*is_blank)(const void*, promise) = nullptr;  ///< empty, or holding nothing but ~0U
+  int code = -199;
+
+  bool holds(std::uint64_t before) const {
+    if (what == promise::anything || what == promise::spoilt) return true;
+    const bool is_kept = (what == promise::kept || what == promise::kept_or_emptied) && look(object) == before;
+    return is_kept || (what != promise::kept && is_blank != nullptr && is_blank(object, what));
+  }
+};
+
+template <class T>
+argument make_argument(promise what, const T& x) {
+  const auto is_blank = [](const void* object, [[maybe_unused]] promise p) {
+    [[maybe_unused]] const T& y = *static_cast<const T*>(object);
+    if constexpr (std::is_same_v<T, qel::dense2D<unsigned>>) {
+      if (p == promise::blank) return std::all_of(y.data(), y.data() + y.size(), [](unsigned e) { return e == ~0U; });
+    }
+    if constexpr (requires { y.size(); }) return y.size() == 0;
+    return false;
+  };
+  return {what, &x, [](const void* object) { return digest_of(*static_cast<const T*>(object)); }, is_blank};
+}
+
+inline argument also(int code) { return {.code = code}; }
+constexpr auto kept = [](const auto& x) { return make_argument(promise::kept, x); };
+constexpr auto emptied = [](const auto& x) { return make_argument(promise::emptied, x); };
+constexpr auto kept_or_emptied = [](const auto& x) { return make_argument(promise::kept_or_emptied, x); };
+constexpr auto blank = [](const auto& x) { return make_argument(promise::blank, x); };
+constexpr auto anything = [](const auto& x) { return make_argument(promise::anything, x); };
+constexpr auto spoilt = [](const auto& x) { return make_argument(promise::spoilt, x); };
+
+struct outcome {
+  int code = 0;
+  bool threw = false;
+  std::uint64_t arguments = 0;
+
+  bool operator==(const outcome&) const = default;
+};
+
+/// Of the calls in a body, makes the one whose turn it is.
+class trial {
+ public:
+  trial(unsigned turn, const faults::plan& plan, const outcome* undisturbed)
+      : turn_(turn), plan_(plan), undisturbed_(undisturbed) {}
+
+  const char* name = nullptr;    ///< null: there are fewer calls
+  const char* broken = nullptr;  ///< what was not as promised
+  bool failed = false;           ///< there was a request to fail
+  outcome result;
+
+  void run(const char* call_name, const std::function<int()>& call, std::initializer_list<argument> arguments) {
+    if (turn_-- != 0) return;
+    name = call_name;
+    std::uint64_t before[8], *next = before;
+    for (const argument& a : arguments) *next++ = a.look(a.object);
+    faults::arm(plan_);
+    result = attempt(call);
+    failed = faults::disarm();
+    result.arguments = sum(arguments);
+    if (undisturbed_ == nullptr || result == *undisturbed_) return;
+    bool allowed = result.threw || result.code == -199, repeatable = true;
+    next = before;
+    for (const argument& a : arguments) {
+      allowed = allowed || result.code == a.code;
+      repeatable = repeatable && a.what != promise::spoilt;
+      if (!a.holds(*next++)) broken = "an argument";
+    }
+    if (!allowed) broken = "the code";
+    if (!repeatable || broken != nullptr) return;
+    outcome again = attempt(call);
+    again.arguments = sum(arguments);
+    if (!(again == *undisturbed_)) broken = "the next call";
+  }
+
+ private:
+  static outcome attempt(const std::function<int()>& call) {
+    try {
+      return {call()};
+    } catch (const std::bad_alloc&) {
+      return {0, true};
+    }
+  }
+
+  static std::uint64_t sum(std::initializer_list<argument> arguments) {
+    digest d;
+    for (const argument& a : arguments) d.add(a.look(a.object));
+    return d.value;
+  }
+
+  unsigned turn_;
+  faults::plan plan_;
+  const outcome* undisturbed_;
+};
+
+#define CALL(expression, ...) t.run(#expression, [&] { return static_cast<int>(expression); }, {__VA_ARGS__})
+
+#endif
