@@ -66,7 +66,7 @@ class near_nodes {
     const cell high = cell_of(upper);
     bool one_cell = true;
     for (unsigned a = 0; a < Dim; ++a) one_cell &= low.k[a] == high.k[a];
-    return one_cell ? first_in_cell(low, p, self, none) : first_in_cells(low, high, p, self);
+    return one_cell ? first_in_cell(low, p, self) : first_in_cells(low, high, p, self);
   }
 
  private:
@@ -163,22 +163,35 @@ class near_nodes {
     return link.depth;
   }
 
-  unsigned first_in_cell(const cell& c, const double* p, unsigned self, unsigned best) const {
-    for (unsigned rank = heads_.find(hash_cell(c), any); rank < best; rank = chains_[rank].next) {
-      if (rank != self && is_near<Dim>(p, positions_[rank], tol_)) return rank;
-    }
-    return best;
+  bool is_hit(unsigned rank, const double* p, unsigned self) const noexcept {
+    return rank != self && is_near<Dim>(p, positions_[rank], tol_);
   }
 
+  unsigned first_in_cell(const cell& c, const double* p, unsigned self) const {
+    unsigned rank = heads_.find(hash_cell(c), any);
+    while (rank != none && !is_hit(rank, p, self)) rank = chains_[rank].next;
+    return rank;
+  }
+
+  /// The chains of all cells are walked side by side, by rank: the walk of one chain up to its own first hit may be long
+  /// where only a corner of its cell is near. A cell is larger than the box, which thus touches two of an axis at most.
   unsigned first_in_cells(const cell& low, const cell& high, const double* p, unsigned self) const {
-    unsigned best = none;
-    cell c = low;
+    unsigned chains[1U << Dim];
+    unsigned count = 0;
+    for (unsigned corner = 0; corner < 1U << Dim; ++corner) {
+      cell c = low;
+      bool is_new = true;
+      for (unsigned a = 0; a < Dim; ++a) {
+        if ((corner >> a & 1U) == 0) continue;
+        is_new &= low.k[a] != high.k[a];
+        c.k[a] = high.k[a];
+      }
+      if (is_new) chains[count++] = heads_.find(hash_cell(c), any);
+    }
     for (;;) {
-      best = first_in_cell(c, p, self, best);
-      unsigned a = 0;
-      for (; a < Dim && c.k[a] >= high.k[a]; ++a) c.k[a] = low.k[a];
-      if (a == Dim) return best;
-      c.k[a] += 1;  // exact: where cell numbers pass 2^53, the tolerance is below rounding and the box is one cell
+      unsigned* first = std::min_element(chains, chains + count);
+      if (*first == none || is_hit(*first, p, self)) return *first;
+      *first = chains_[*first].next;
     }
   }
 

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
+#include "core/index_set.h"
 #include "core/result.h"
 #include "search/coincident_nodes.h"
 #include "search/near_nodes.h"
@@ -33,7 +35,7 @@ class node_ranks {
 };
 
 /// Follows the map from `node` as long as that leads to ever earlier nodes.
-unsigned follow(const dense1D<unsigned>& new_IDs, const node_ranks& ranks, unsigned node) noexcept {
+unsigned end_of_chain(const dense1D<unsigned>& new_IDs, const node_ranks& ranks, unsigned node) noexcept {
   unsigned at = node;
   for (unsigned last_rank = none; new_IDs[at] != at;) {
     const unsigned next = new_IDs[at];
@@ -45,13 +47,21 @@ unsigned follow(const dense1D<unsigned>& new_IDs, const node_ranks& ranks, unsig
 }
 
 /// Lets every node of the list point at the end of its chain. Returns the number of nodes that point elsewhere.
-int resolve_chains(node_list list, const node_ranks& ranks, dense1D<unsigned>& new_IDs) noexcept {
+int resolve_chains(node_list list, const node_ranks& ranks, dense1D<unsigned>& new_IDs,
+                   index_flags& resolved) noexcept {
   int merged = 0;
   for (std::uint64_t i = 0; i < list.count; ++i) {
     const unsigned node = list[i];
+    resolved.insert(node);
     if (new_IDs[node] == node) continue;
-    new_IDs[node] = follow(new_IDs, ranks, node);
-    merged += new_IDs[node] != node ? 1 : 0;
+    const unsigned end = end_of_chain(new_IDs, ranks, node);
+    // Nodes on the way whose turn is yet to come would find the same end: long chains are not walked again.
+    for (unsigned at = std::exchange(new_IDs[node], end); at != end;) {
+      const unsigned next = new_IDs[at];
+      if (!resolved.contains(at)) new_IDs[at] = end;
+      at = next;
+    }
+    merged += end != node ? 1 : 0;
   }
   return merged;
 }
@@ -93,7 +103,9 @@ class merger {
   int resolved(dense1D<unsigned>& new_IDs, int merged) {
     if (merged <= 1) return merged;
     node_ranks ranks;
-    return ranks.build(fixed_, node_count_) ? resolve_chains(moving_, ranks, new_IDs) : out_of_memory;
+    index_flags done;
+    if (!ranks.build(fixed_, node_count_) || !done.reset(node_count_)) return out_of_memory;
+    return resolve_chains(moving_, ranks, new_IDs, done);
   }
 
   /// Where the square of the tolerance overflows, nearly every node reaches nearly every other, so the first one of the
