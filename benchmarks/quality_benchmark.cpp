@@ -67,8 +67,8 @@ void add_vtk(const mesh& m) {
   add_benchmark("shape_qualities, " + m.name, "VTK", [grid] {
     vtkNew<vtkMeshQuality> filter;
     filter->SetInputData(grid);
-    filter->SetTriangleQualityMeasureToRadiusRatio();
-    filter->SetTetQualityMeasureToRadiusRatio();
+    filter->SetTriangleQualityMeasureToAspectRatio();
+    filter->SetTetQualityMeasureToAspectRatio();
     filter->SetHexQualityMeasureToScaledJacobian();
     filter->Update();
     return filter->GetOutput()->GetNumberOfCells();
@@ -86,14 +86,49 @@ void add_shapes(const mesh& m) {
 #endif
 }
 
+double distance(const double* p, const double* q) {
+  const double e[] = {q[0] - p[0], q[1] - p[1], q[2] - p[2]};
+  return std::sqrt(e[0] * e[0] + e[1] * e[1] + e[2] * e[2]);
+}
+
+/// All pairs of nodes of all tetrahedra in one list.
+std::size_t edge_qualities_by_sorting(const mesh& m, const dense1D<double>& sizes) {
+  std::vector<std::pair<unsigned, unsigned>> edges;
+  edges.reserve(6 * m.connectivity.cols());
+  for (std::uint64_t e = 0; e < m.connectivity.cols(); ++e) {
+    const unsigned* nodes = m.connectivity.column(e);
+    for (unsigned i = 0; i < 4; ++i) {
+      for (unsigned k = i + 1; k < 4; ++k) edges.emplace_back(std::minmax(nodes[i], nodes[k]));
+    }
+  }
+  std::sort(edges.begin(), edges.end());
+  edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+  histogram H;
+  for (const auto& [a, b] : edges) {
+    double q = 0;
+    if (edge_quality(distance(m.coords.column(a), m.coords.column(b)), sizes[a], sizes[b], q) == 0) H.process(q);
+  }
+  return H.count();
+}
+
+/// Sizes between 0.5 and 2.
+dense1D<double> random_sizes(std::uint64_t n) {
+  std::mt19937_64 random(9);
+  std::uniform_real_distribution<double> size(0.5, 2);
+  dense1D<double> sizes(n);
+  for (double& h : sizes) h = size(random);
+  return sizes;
+}
+
 void add_edges(const mesh& m) {
-  const dense1D<double> sizes(m.coords.cols(), 1.0);
+  const dense1D<double> sizes = random_sizes(m.coords.cols());
   dense2D<double> tensors(6, m.coords.cols());
   if (metrics_iso_to_aniso3d(sizes, tensors) != 0) return;
   add_benchmark("edge_qualities of sizes, " + m.name, "ours", [=] {
     histogram H;
     return edge_qualities(m.coords, m.connectivity, m.type, sizes, H, {});
   });
+  add_benchmark("edge_qualities of sizes, " + m.name, "std::sort", [=] { return edge_qualities_by_sorting(m, sizes); });
   add_benchmark("edge_qualities of tensors, " + m.name, "ours", [=] {
     histogram H;
     return edge_qualities(m.coords, m.connectivity, m.type, tensors, H, {});

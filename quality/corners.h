@@ -31,14 +31,14 @@ constexpr const corner_table& corners_of = Shape.type == ELT_PYRAMID5 ? pyramid_
                                            : Shape.type == ELT_WEDGE6 ? wedge_corners
                                                                       : hexahedron_corners;
 
-template <const shape& Shape>
-double smallest_corner_jacobian(const point<3>* p) noexcept {
+template <const shape& Shape, class T>
+T smallest_corner_jacobian(const point<3, T>* p) noexcept {
   constexpr const corner_table& corners = corners_of<Shape>;
-  double smallest = std::numeric_limits<double>::infinity();
+  T smallest = std::numeric_limits<double>::infinity();
   for (unsigned i = 0; i < corners.count; ++i) {
     const unsigned char* n = corners.neighbours[i];
-    const double J = triple(difference(p[n[0]], p[i]), difference(p[n[1]], p[i]), difference(p[n[2]], p[i]));
-    smallest = std::min(smallest, J);
+    const T J = triple(difference(p[n[0]], p[i]), difference(p[n[1]], p[i]), difference(p[n[2]], p[i]));
+    smallest = smaller(smallest, J);
   }
   return smallest;
 }

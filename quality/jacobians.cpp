@@ -1,4 +1,5 @@
 #include "qel/gridwork/quality.h"
+#include "quality/measure_elements.h"
 #include "quality/shape_measures.h"
 
 namespace qel::gridwork {

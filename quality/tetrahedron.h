@@ -2,7 +2,6 @@
 #ifndef QEL_GRIDWORK_QUALITY_TETRAHEDRON_H
 #define QEL_GRIDWORK_QUALITY_TETRAHEDRON_H
 
-#include <algorithm>
 #include <cmath>
 
 #include "quality/vectors.h"
@@ -12,29 +11,22 @@ namespace qel::gridwork {
 /// Qualities up to here are as good as 0.
 constexpr double flat_quality = 1e-12;
 
-/// Into [-1, 1].
-inline double clamped(double q) noexcept { return std::clamp(q, -1.0, 1.0); }
+/// What is left of the leading product of a Gram determinant, at least, where the area is precise.
+constexpr double precise_gram = 1e-12;
 
-struct tetrahedron_value {
-  double quality;
-  bool imprecise;
-};
+/// Qualities from here on stand, unless the area of a face is not precise.
+constexpr double sound_tetrahedron = 1e-10;
 
-/// Four times the squared area of a triangle, from two edge vectors: their Gram determinant. Notes where too much of it
-/// cancels.
-class gram_determinants {
- public:
-  double root(double xx, double yy, double xy) noexcept {
-    const double leading = xx * yy;
-    const double determinant = leading - xy * xy;
-    cancelled_ |= determinant < 1e-12 * leading;
-    return std::sqrt(determinant > 0 ? determinant : 0.0);
-  }
+/// Four times the squared area of a triangle, from two edge vectors.
+template <class T>
+struct gram_determinant {
+  T value;
+  truth_of<T> cancelled;  // the triangle is so much of a needle that its area is not precise
 
-  bool cancelled() const noexcept { return cancelled_; }
+  gram_determinant(const T& xx, const T& yy, const T& xy) noexcept
+      : value(xx * yy - xy * xy), cancelled(value < precise_gram * (xx * yy)) {}
 
- private:
-  bool cancelled_ = false;
+  T twice_area() const noexcept { return root(larger(T(0.0), value)); }
 };
 
 /// Six times the volume.
@@ -43,31 +35,43 @@ inline double tetrahedron_determinant(const point<3>& p0, const point<3>& p1, co
   return triple(difference(p0, p3), difference(p1, p3), difference(p2, p3));
 }
 
+template <class T>
+struct tetrahedron_value {
+  T quality;
+  T longest2;             // the square of the longest edge
+  T smallest_gram;        // of the determinants of the faces
+  truth_of<T> cancelled;  // in one of the faces
+  truth_of<T> distinct;   // p0, p1 and p2 are
+
+  auto is_imprecise() const noexcept { return cancelled || !distinct; }
+};
+
 /// The formula as it stands, for one order of the nodes.
-inline tetrahedron_value evaluate_tetrahedron(const point<3>& p0, const point<3>& p1, const point<3>& p2,
-                                              const point<3>& p3) noexcept {
-  const point<3> a = difference(p0, p3);
-  const point<3> b = difference(p1, p3);
-  const point<3> c = difference(p2, p3);
-  const point<3> ab = difference(b, a);
-  const point<3> ac = difference(c, a);
-  const point<3> bc = difference(c, b);
-  const double aa = dot(a, a);
-  const double bb = dot(b, b);
-  const double cc = dot(c, c);
-  const double ab2 = dot(ab, ab);
-  const double ac2 = dot(ac, ac);
-  const double bc2 = dot(bc, bc);
-  gram_determinants gram;
-  double twice_surface = gram.root(aa, bb, dot(a, b));
-  twice_surface += gram.root(bb, cc, dot(b, c));
-  twice_surface += gram.root(aa, cc, dot(a, c));
-  twice_surface += gram.root(ab2, ac2, dot(ab, ac));
-  const double longest = std::sqrt(std::max(std::max(std::max(aa, bb), std::max(cc, ab2)), std::max(ac2, bc2)));
-  const double denominator = longest * twice_surface;
-  const bool coincident = !(ab2 > 0 && ac2 > 0 && bc2 > 0);
-  const double q = denominator > 0 ? triple(a, b, c) / denominator * 4.898979485566356 : 0.0;
-  return {clamped(q), gram.cancelled() || coincident};
+template <class T>
+[[gnu::always_inline]] inline tetrahedron_value<T> evaluate_tetrahedron(const point<3, T>& p0, const point<3, T>& p1,
+                                                                        const point<3, T>& p2,
+                                                                        const point<3, T>& p3) noexcept {
+  const point<3, T> a = difference(p0, p3);
+  const point<3, T> b = difference(p1, p3);
+  const point<3, T> c = difference(p2, p3);
+  const point<3, T> ab = difference(b, a);
+  const point<3, T> ac = difference(c, a);
+  const point<3, T> bc = difference(c, b);
+  const T aa = dot(a, a);
+  const T bb = dot(b, b);
+  const T cc = dot(c, c);
+  const T ab2 = dot(ab, ab);
+  const T ac2 = dot(ac, ac);
+  const T bc2 = dot(bc, bc);
+  const gram_determinant<T> faces[4] = {
+      {aa, bb, dot(a, b)}, {bb, cc, dot(b, c)}, {aa, cc, dot(a, c)}, {ab2, ac2, dot(ab, ac)}};
+  const T twice_surface = faces[0].twice_area() + faces[1].twice_area() + faces[2].twice_area() + faces[3].twice_area();
+  const T longest2 = larger(larger(larger(aa, bb), larger(cc, ab2)), larger(ac2, bc2));
+  const T q = quotient_or_zero(triple(a, b, c), root(longest2) * twice_surface) * 4.898979485566356;
+  const T smallest_gram = smaller(smaller(faces[0].value, faces[1].value), smaller(faces[2].value, faces[3].value));
+  const truth_of<T> cancelled = faces[0].cancelled | faces[1].cancelled | faces[2].cancelled | faces[3].cancelled;
+  const truth_of<T> distinct = (0.0 < ab2) & (0.0 < ac2) & (0.0 < bc2);
+  return {clamped(q), longest2, smallest_gram, cancelled, distinct};
 }
 
 /// The quality of smallest magnitude over all orders of the nodes of the same orientation, the given one of which has the
@@ -77,9 +81,9 @@ double settle_tetrahedron(const point<3>* const* nodes, double first) noexcept;
 /// Flat tetrahedra need care: rounding may turn even their sign.
 inline double tetrahedron_quality(const point<3>& p0, const point<3>& p1, const point<3>& p2,
                                   const point<3>& p3) noexcept {
-  constexpr double surely_sound = 1e-10;
-  const auto [q, imprecise] = evaluate_tetrahedron(p0, p1, p2, p3);
-  if (!imprecise && std::abs(q) >= surely_sound) return q;
+  const tetrahedron_value<double> value = evaluate_tetrahedron(p0, p1, p2, p3);
+  const double q = value.quality;
+  if (!value.is_imprecise() && std::abs(q) >= sound_tetrahedron) return q;
   if (std::abs(q) <= flat_quality) return q;
   const point<3>* const nodes[] = {&p0, &p1, &p2, &p3};
   return settle_tetrahedron(nodes, q);
