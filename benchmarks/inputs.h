@@ -3,7 +3,6 @@
 #define QEL_GRIDWORK_BENCHMARKS_INPUTS_H
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
@@ -75,29 +74,6 @@ inline dense2D<double> clustered_points(std::uint64_t n, unsigned seed) {
   return points;
 }
 
-/// Six tetrahedra for each cell of a lattice; nodes renumbered and elements shuffled if asked for.
-inline dense2D<unsigned> tetrahedra(unsigned cells, bool shuffled) {
-  const unsigned n = cells + 1;
-  std::vector<unsigned> name(std::size_t{n} * n * n);
-  for (unsigned i = 0; i < name.size(); ++i) name[i] = i;
-  std::mt19937_64 random(7);
-  if (shuffled) std::shuffle(name.begin(), name.end(), random);
-  constexpr unsigned paths[6][2] = {{1, 3}, {1, 5}, {2, 3}, {2, 6}, {4, 5}, {4, 6}};
-  std::vector<std::array<unsigned, 4>> elements;
-  for (unsigned z = 0; z < cells; ++z) {
-    for (unsigned y = 0; y < cells; ++y) {
-      for (unsigned x = 0; x < cells; ++x) {
-        const auto corner = [&](unsigned c) { return name[((z + (c >> 2)) * n + y + (c >> 1 & 1)) * n + x + (c & 1)]; };
-        for (const auto& path : paths) elements.push_back({corner(0), corner(path[0]), corner(path[1]), corner(7)});
-      }
-    }
-  }
-  if (shuffled) std::shuffle(elements.begin(), elements.end(), random);
-  dense2D<unsigned> connectivity(4, elements.size());
-  for (std::size_t e = 0; e < elements.size(); ++e) std::copy_n(elements[e].data(), 4, connectivity.column(e));
-  return connectivity;
-}
-
 /// The same mesh with its nodes renumbered and its elements shuffled, as generators that know no locality leave it.
 inline dense2D<unsigned> without_locality(const dense2D<unsigned>& connectivity) {
   std::vector<unsigned> name(qel::gridwork::max_ID(connectivity) + 1);
@@ -112,6 +88,25 @@ inline dense2D<unsigned> without_locality(const dense2D<unsigned>& connectivity)
     for (std::uint64_t i = 0; i < result.rows(); ++i) result(i, place[e]) = name[connectivity(i, e)];
   }
   return result;
+}
+
+/// Six tetrahedra for each cell of a lattice; nodes renumbered and elements shuffled if asked for.
+inline dense2D<unsigned> tetrahedra(unsigned cells, bool shuffled) {
+  const unsigned n = cells + 1;
+  constexpr unsigned paths[6][2] = {{1, 3}, {1, 5}, {2, 3}, {2, 6}, {4, 5}, {4, 6}};
+  dense2D<unsigned> connectivity(4, 6 * std::uint64_t{cells} * cells * cells);
+  unsigned* out = connectivity.data();
+  for (unsigned z = 0; z < cells; ++z) {
+    for (unsigned y = 0; y < cells; ++y) {
+      for (unsigned x = 0; x < cells; ++x) {
+        const auto corner = [&](unsigned c) { return ((z + (c >> 2)) * n + y + (c >> 1 & 1)) * n + x + (c & 1); };
+        for (const auto& path : paths) {
+          for (const unsigned c : {0U, path[0], path[1], 7U}) *out++ = corner(c);
+        }
+      }
+    }
+  }
+  return shuffled ? without_locality(connectivity) : connectivity;
 }
 
 /// The triangles of surface().

@@ -57,10 +57,10 @@ cmake --preset tsan > /dev/null
 cmake --build --preset tsan --target threads_test
 "${fixed_layout[@]}" build/tsan/tests/threads_test --gtest_brief=1
 
+echo "== fuzzers"
+scripts/fuzz.sh all 20
+
 echo "== tests, under the address and undefined-behaviour sanitizers"
 cmake --preset asan > /dev/null
 cmake --build --preset asan
 ctest --preset asan
-
-echo "== fuzzers"
-scripts/fuzz.sh all 20

@@ -1,0 +1,82 @@
+// What large meshes take: CPU time and peak memory of one step, each in a process of its own.
+// usage: scale stl SIDE       reads and merges a binary STL file of 2 * SIDE * SIDE triangles
+//        scale tetra CELLS    neighbours and boundaries of 6 * CELLS^3 tetrahedra
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "inputs.h"
+
+namespace {
+
+using qel::dense2D;
+
+double cpu_seconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+
+long peak_kilobytes() {
+  rusage usage;
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+/// The peak is that of the whole process, inputs and outputs included.
+void report(const char* step, std::uint64_t count, double seconds) {
+  std::printf("%-28s %12llu elements %8.2f s %8.0f ns each, peak %7.1f MB\n", step,
+              static_cast<unsigned long long>(count), seconds, 1e9 * seconds / static_cast<double>(count),
+              static_cast<double>(peak_kilobytes()) / 1024);
+}
+
+/// Written by a process of its own, so that the peak is that of reading.
+int write_surface(const std::string& path, unsigned side) {
+  dense2D<double> coords;
+  dense2D<unsigned> connectivity;
+  inputs::surface(side, coords, connectivity);
+  return qel::gridwork::STL_output(path.c_str(), coords, connectivity, false);
+}
+
+int read_surface(const std::string& path) {
+  dense2D<double> coords;
+  dense2D<unsigned> connectivity;
+  const double start = cpu_seconds();
+  const int result = qel::gridwork::STL_input(path.c_str(), coords, connectivity);
+  report("STL_input, binary", connectivity.cols(), cpu_seconds() - start);
+  return result;
+}
+
+int connect(unsigned cells) {
+  const dense2D<unsigned> connectivity = inputs::tetrahedra(cells, false);
+  dense2D<unsigned> neighbors;
+  dense2D<unsigned> boundaries;
+  const double start = cpu_seconds();
+  int result = qel::gridwork::get_neighbors(connectivity, qel::gridwork::ELT_TETRA4, false, neighbors);
+  report("get_neighbors", connectivity.cols(), cpu_seconds() - start);
+  const double between = cpu_seconds();
+  if (result >= 0) {
+    result = qel::gridwork::get_mesh_boundaries(connectivity, neighbors, qel::gridwork::ELT_TETRA4, boundaries);
+  }
+  report("get_mesh_boundaries", connectivity.cols(), cpu_seconds() - between);
+  return result;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string_view step = argc == 3 ? argv[1] : "";
+  const std::string path = inputs::working_folder().string() + "_scale.stl";
+  const unsigned size = argc == 3 ? static_cast<unsigned>(std::atoi(argv[2])) : 0;
+  if (step == "write") return write_surface(path, size) == 0 ? 0 : 1;
+  if (step == "tetra") return connect(size) >= 0 ? 0 : 1;
+  if (step != "stl") {
+    std::fprintf(stderr, "usage: scale stl SIDE | scale tetra CELLS\n");
+    return 2;
+  }
+  const std::string write = std::string(argv[0]) + " write " + argv[2];
+  const bool read = std::system(write.c_str()) == 0 && read_surface(path) == 0;
+  std::filesystem::remove(path);
+  return read ? 0 : 1;
+}
