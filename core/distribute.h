@@ -10,9 +10,9 @@ namespace qel::gridwork {
 
 /// Sorts items into buckets.
 ///
-/// `walk(visit)` calls visit(bucket, item) for every item, in the same order each time; there are less than 2^32 of them.
-/// `prepare(total)` makes room for all items, `place(position, item)` puts one away. `offsets` becomes the compressed
-/// rows: bucket b has the positions from offsets[b] up to offsets[b + 1]. False when memory ran out.
+/// `walk(visit)` calls visit(bucket, item) for every item, in the same order each time; there are less than 2^32 of
+/// them. `prepare(total)` makes room for all items, `place(position, item)` puts one away. `offsets` becomes the
+/// compressed rows: bucket b has the positions from offsets[b] up to offsets[b + 1]. False when memory ran out.
 template <class Walk, class Prepare, class Place>
 [[nodiscard]] bool distribute(std::uint64_t buckets, dense1D<unsigned>& offsets, Walk walk, Prepare prepare,
                               Place place) {

@@ -40,7 +40,8 @@ double length(const double* x, long n) noexcept {
   return largest * std::sqrt(sum);
 }
 
-/// Entries up to here are as good as 0 beside the largest one, which is of the order of 1. Digits are lost not far below.
+/// Entries up to here are as good as 0 beside the largest one, which is of the order of 1. Digits are lost not far
+/// below.
 constexpr double negligible = 0x1p-500;
 
 /// Makes the reflection 1 - tau v v' that turns x(0..last) into a multiple of its last unit vector, with v(last) = 1; v

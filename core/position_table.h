@@ -25,8 +25,8 @@ constexpr std::uint64_t mix_bits(std::uint64_t x) noexcept {
 #endif
 }
 
-/// Open addressing with linear probing. A slot holds half of the hash beside the position: nearly every probe of a wrong
-/// key ends without a look at the caller's list, and the table can grow without the keys.
+/// Open addressing with linear probing. A slot holds half of the hash beside the position: nearly every probe of a
+/// wrong key ends without a look at the caller's list, and the table can grow without the keys.
 class position_table {
  public:
   /// Empties the table and makes room for `count` positions.

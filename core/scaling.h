@@ -6,8 +6,8 @@
 
 namespace qel::gridwork {
 
-/// The exponent e for which 2^e x, x >= 0, is of the order of 1. 0, for no scaling, where x is near enough to 1 for products of
-/// a dozen factors, and where x is 0 or not finite.
+/// The exponent e for which 2^e x, x >= 0, is of the order of 1. 0, for no scaling, where x is near enough to 1 for
+/// products of a dozen factors, and where x is 0 or not finite.
 inline int scale_exponent(double x) noexcept {
   constexpr double most = 0x1p64;
   return (x > 1 / most && x < most) || !(x > 0 && std::isfinite(x)) ? 0 : -std::ilogb(x);

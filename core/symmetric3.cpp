@@ -9,8 +9,8 @@
 namespace qel::gridwork {
 namespace {
 
-/// A symmetric matrix as its diagonal and its off-diagonal entries, of which o[k] lies in the plane across axis k, with the
-/// frame that it is written in: column j is axis j.
+/// A symmetric matrix as its diagonal and its off-diagonal entries, of which o[k] lies in the plane across axis k, with
+/// the frame that it is written in: column j is axis j.
 struct framed_matrix {
   double d[3];
   double o[3];
@@ -45,8 +45,8 @@ void rotate(framed_matrix& m, unsigned k) noexcept {
   }
 }
 
-/// Rotates, the largest entry first, until every off-diagonal entry is at most `limit`, or too small in relation to its own
-/// two diagonal entries to change them.
+/// Rotates, the largest entry first, until every off-diagonal entry is at most `limit`, or too small in relation to its
+/// own two diagonal entries to change them.
 template <bool Vectors>
 void diagonalise(framed_matrix& m, double limit) noexcept {
   constexpr double relative = 0x1p-53;
@@ -126,8 +126,8 @@ framed_matrix in_frame(const framed_matrix& m, const double* axes) noexcept {
 }
 
 /// A frame whose first axis is, but for rounding, that of the best separated eigenvalue, leaves one rotation to do and,
-/// at times, a correction. The mean of the eigenvalues is taken out first, so that errors are in proportion to their spread.
-/// False when the spread is too small to divide by.
+/// at times, a correction. The mean of the eigenvalues is taken out first, so that errors are in proportion to their
+/// spread. False when the spread is too small to divide by.
 template <bool Vectors>
 bool diagonalise_by_best_axis(framed_matrix& m) noexcept {
   const double mean = (m.d[0] + m.d[1] + m.d[2]) / 3;
@@ -152,8 +152,8 @@ bool diagonalise_by_best_axis(framed_matrix& m) noexcept {
   return true;
 }
 
-/// True when the frame of the coordinate axes must be kept to start with: an axis is without coupling, or the diagonal is so
-/// graded that turning the matrix would drown its small entries.
+/// True when the frame of the coordinate axes must be kept to start with: an axis is without coupling, or the diagonal
+/// is so graded that turning the matrix would drown its small entries.
 bool needs_its_own_axes(const framed_matrix& m) noexcept {
   if (m.o[0] == 0 || m.o[1] == 0 || m.o[2] == 0) return true;
   const auto [least, most] = std::minmax({std::abs(m.d[0]), std::abs(m.d[1]), std::abs(m.d[2])});

@@ -17,8 +17,8 @@ struct file_progress {
 
 /// Appends columns to an empty matrix, which has its final size when the appender is gone.
 ///
-/// From the bytes that a column took so far follows how many can still come. Room for these is taken at once: pages that
-/// no column reaches are never touched, so too much room costs nothing, whereas growing copies.
+/// From the bytes that a column took so far follows how many can still come. Room for these is taken at once: pages
+/// that no column reaches are never touched, so too much room costs nothing, whereas growing copies.
 template <class T>
 class column_appender {
  public:

@@ -14,7 +14,8 @@ namespace qel::gridwork::io {
 
 /// Cuts a stream into lines as fgets with a buffer of 256 bytes does: a longer line comes in pieces of 255.
 ///
-/// The text of a line ends with a newline or, for a piece, with a NUL; a NUL inside a line ends it for all that follows.
+/// The text of a line ends with a newline or, for a piece, with a NUL; a NUL inside a line ends it for all that
+/// follows.
 class line_reader {
  public:
   explicit line_reader(block_reader& blocks) noexcept : blocks_(blocks) {}

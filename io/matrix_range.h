@@ -86,7 +86,8 @@ inline std::uint64_t count_of(element_type plain, const dense2D<unsigned>& conne
   return count;
 }
 
-/// Calls action(plain type) for all of them in increasing order, in which a mixed family's node counts increase as well.
+/// Calls action(plain type) for all of them in increasing order, in which a mixed family's node counts increase as
+/// well.
 template <class Action>
 void for_each_plain_type(Action action) {
   for (int code = ELT_UNKNOWN; code <= ELT_HEXA27; ++code) {

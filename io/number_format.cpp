@@ -1,9 +1,9 @@
 // Correctly rounded decimal digits from one 64 x 64 bit product.
 //
 // A double is m 2^e with a 64-bit m. A power of ten is kept as its 64 leading bits, truncated. The upper half of the
-// product of the two holds the digits that are wanted and a fraction that is too small by less than two units of its last
-// place, so rounding is certain unless the fraction lies that close below one half; then std::to_chars decides. (The
-// idea of Grisu, Loitsch 2010, with the fixed number of digits that printf asks for.)
+// product of the two holds the digits that are wanted and a fraction that is too small by less than two units of its
+// last place, so rounding is certain unless the fraction lies that close below one half; then std::to_chars decides.
+// (The idea of Grisu, Loitsch 2010, with the fixed number of digits that printf asks for.)
 #include "io/number_format.h"
 
 #include <algorithm>
@@ -197,8 +197,8 @@ binary split(double value) noexcept {
 constexpr std::uint64_t million = 1000000;
 constexpr double exact_millionths = 2e12;  // below 2^41, so that at least 12 bits of the mantissa are fraction
 
-/// A value below `exact_millionths` in millionths, a tie to the even one. The product with the mantissa is exact, but for
-/// ten bits, of which the last one that is kept tells whether any is set.
+/// A value below `exact_millionths` in millionths, a tie to the even one. The product with the mantissa is exact, but
+/// for ten bits, of which the last one that is kept tells whether any is set.
 std::uint64_t round_to_millionths(binary value) noexcept {
   const auto shift = static_cast<unsigned>(-value.exponent) - 10;
   if (shift > 63) return 0;

@@ -13,9 +13,9 @@ namespace qel::gridwork::io {
 
 /// The order of elements by reference, those of one reference as they come; the reference `none` is left out.
 ///
-/// A pass over the references collects the next elements of the order, as many as fit a window, and sorts them. When they
-/// are all of one reference, another pass visits all elements of that reference without collecting them. So there are at
-/// most 1 + 2 min(references, elements / (window / 2)) passes.
+/// A pass over the references collects the next elements of the order, as many as fit a window, and sorts them. When
+/// they are all of one reference, another pass visits all elements of that reference without collecting them. So there
+/// are at most 1 + 2 min(references, elements / (window / 2)) passes.
 class reference_order {
  public:
   static constexpr std::uint64_t largest_window = std::uint64_t{1} << 16;  // 1 MiB

@@ -29,7 +29,8 @@ double smallest_squared_height(const triangle& t) noexcept;
 
 /// True when the smallest squared height is certainly not below `bound`: a cheap test for well-shaped triangles.
 inline bool is_surely_higher(const triangle& t, double bound) noexcept {
-  // Where the height is more than 1e-4 of the longest edge, the relative error of every evaluation of it is below 1e-10.
+  // Where the height is more than 1e-4 of the longest edge, the relative error of every evaluation of it is below
+  // 1e-10.
   const vector3 ab = t.corners[1] - t.corners[0];
   const vector3 ac = t.corners[2] - t.corners[0];
   const vector3 bc = t.corners[2] - t.corners[1];

@@ -34,8 +34,8 @@ constexpr const char* match_keyword(const char* text, const char* keyword) noexc
   return text;
 }
 
-/// As match_keyword(), but faster where the keyword usually is in lower case, for a text with scan_margin bytes in memory
-/// behind its end.
+/// As match_keyword(), but faster where the keyword usually is in lower case, for a text with scan_margin bytes in
+/// memory behind its end.
 template <std::size_t Size>
 const char* match_word(const char* text, const char (&keyword)[Size]) noexcept {
   static_assert(Size <= scan_margin);

@@ -8,8 +8,9 @@ namespace {
 
 bool is_valid_size(double h) noexcept { return h > 0 && h < std::numeric_limits<double>::max(); }
 
-/// True when the leading minors leave no doubt that the smallest eigenvalue is greater than 0, as computed too: it is at
-/// least 4 det / trace^2, which the bound on the determinant keeps far above the rounding errors of any of these numbers.
+/// True when the leading minors leave no doubt that the smallest eigenvalue is greater than 0, as computed too: it is
+/// at least 4 det / trace^2, which the bound on the determinant keeps far above the rounding errors of any of these
+/// numbers.
 bool is_clearly_positive(const tensor<3>& M) noexcept {
   constexpr double margin = 1e-12;
   constexpr double largest_trace = 1e80;  // its cube stays in range

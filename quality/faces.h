@@ -126,7 +126,8 @@ sized_quality<T> quadrangle_quality(const vector_fixed<T, Dim>* p) noexcept {
   return {clamped(quotient_or_zero(5.656854249492381 * smallest_corner(edges, p), denominator)), denominator};
 }
 
-/// The smallest cosine between the normals at the corners and that of the diagonals, at least 0; 0 where one is missing.
+/// The smallest cosine between the normals at the corners and that of the diagonals, at least 0; 0 where one is
+/// missing.
 template <class T>
 T flatness(const point<3, T>& p0, const point<3, T>& p1, const point<3, T>& p2, const point<3, T>& p3) noexcept {
   const point<3, T> p[4] = {p0, p1, p2, p3};

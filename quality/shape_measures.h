@@ -63,8 +63,8 @@ struct checked_qualities {
   truth_of<T> sure;
 };
 
-/// True where a square of the order of the element's leaves no doubt that it is measured at its own scale. False for a NaN,
-/// which a coordinate passes on to the square or to the quality.
+/// True where a square of the order of the element's leaves no doubt that it is measured at its own scale. False for a
+/// NaN, which a coordinate passes on to the square or to the quality.
 template <class T>
 truth_of<T> is_usual(const T& square) noexcept {
   return (0x1p-120 < square) & (square < 0x1p100);

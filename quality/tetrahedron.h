@@ -74,8 +74,8 @@ template <class T>
   return {clamped(q), longest2, smallest_gram, cancelled, distinct};
 }
 
-/// The quality of smallest magnitude over all orders of the nodes of the same orientation, the given one of which has the
-/// quality `first`; 0 when they do not agree on the sign.
+/// The quality of smallest magnitude over all orders of the nodes of the same orientation, the given one of which has
+/// the quality `first`; 0 when they do not agree on the sign.
 double settle_tetrahedron(const point<3>* const* nodes, double first) noexcept;
 
 /// Flat tetrahedra need care: rounding may turn even their sign.

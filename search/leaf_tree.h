@@ -27,8 +27,8 @@ class leaf_tree {
   /// Holds the positions of the nodes, none of them NaN, under their ids and places.
   [[nodiscard]] bool build(const dense1D<tree_node<Dim>>& nodes);
 
-  /// The node closest to `p`, nodes with the id `excluded` left out, if any search that keeps strictly nearer nodes must
-  /// end with it, in whatever order it visits nodes and however distances are rounded. Else `none`.
+  /// The node closest to `p`, nodes with the id `excluded` left out, if any search that keeps strictly nearer nodes
+  /// must end with it, in whatever order it visits nodes and however distances are rounded. Else `none`.
   unsigned find_clear_closest(const point& p, unsigned excluded) const noexcept;
 
   /// Writes the nodes in the closed box. Returns their number, or `most` when there are as many or more.

@@ -53,7 +53,8 @@ class near_nodes {
   /// its box does not reach into another one.
   bool may_have_company(std::uint64_t rank) const noexcept { return lonely_[rank] == 0; }
 
-  /// The first node within the tolerance of the finite `p` among those that were entered, other than `self`; `none` when there is none.
+  /// The first node within the tolerance of the finite `p` among those that were entered, other than `self`; `none`
+  /// when there is none.
   unsigned first_near(const double* p, unsigned self) const {
     constexpr double largest = std::numeric_limits<double>::max();
     double lower[Dim];
@@ -102,8 +103,8 @@ class near_nodes {
   // Cells whose hashes agree in the bits that the table looks at share a chain. That costs time, not correctness.
   static bool any(unsigned) noexcept { return true; }
 
-  /// Where a node goes, and whether the box around it certainly lies in its cell. The margin of that test makes up for the
-  /// rounding of moderate numbers.
+  /// Where a node goes, and whether the box around it certainly lies in its cell. The margin of that test makes up for
+  /// the rounding of moderate numbers.
   struct location {
     std::uint64_t hash;
     bool keeps_to_cell;
@@ -125,8 +126,8 @@ class near_nodes {
     return heads_.reset(count) && chains_.resize(positions_.count()) && lonely_.resize(positions_.count(), 0);
   }
 
-  /// Walks backwards and puts each node that belongs(rank) before the chain of its cell. Returns the mean of the places in
-  /// their chains, as soon as it is found to exceed `most`.
+  /// Walks backwards and puts each node that belongs(rank) before the chain of its cell. Returns the mean of the places
+  /// in their chains, as soon as it is found to exceed `most`.
   template <class Belongs>
   double enter_all(Belongs belongs, double most) {
     constexpr std::uint64_t sample = 4096;
@@ -173,8 +174,9 @@ class near_nodes {
     return rank;
   }
 
-  /// The chains of all cells are walked side by side, by rank: the walk of one chain up to its own first hit may be long
-  /// where only a corner of its cell is near. A cell is larger than the box, which thus touches two of an axis at most.
+  /// The chains of all cells are walked side by side, by rank: the walk of one chain up to its own first hit may be
+  /// long where only a corner of its cell is near. A cell is larger than the box, which thus touches two of an axis at
+  /// most.
   unsigned first_in_cells(const cell& low, const cell& high, const double* p, unsigned self) const {
     unsigned chains[1U << Dim];
     unsigned count = 0;

@@ -1,8 +1,8 @@
 // The k-d tree behind node_detector.
 //
-// Nodes that were inserted in bulk lie in pre-order; nodes inserted later are appended and reached by links, until there
-// are so many of them that the tree is built anew. Each node carries a copy of its position, so a search reads memory in
-// one place. Once there have been many queries, a balanced tree of the same nodes answers most of them.
+// Nodes that were inserted in bulk lie in pre-order; nodes inserted later are appended and reached by links, until
+// there are so many of them that the tree is built anew. Each node carries a copy of its position, so a search reads
+// memory in one place. Once there have been many queries, a balanced tree of the same nodes answers most of them.
 #ifndef QEL_GRIDWORK_SEARCH_NODE_TREE_H
 #define QEL_GRIDWORK_SEARCH_NODE_TREE_H
 

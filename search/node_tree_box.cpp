@@ -50,8 +50,8 @@ struct subtree {
 
 }  // namespace
 
-/// Boxes with few nodes are answered by the balanced tree; its finds are sorted into pre-order, the order of the places as
-/// long as no node was appended. Boxes with many are cheaper to walk in order.
+/// Boxes with few nodes are answered by the balanced tree; its finds are sorted into pre-order, the order of the places
+/// as long as no node was appended. Boxes with many are cheaper to walk in order.
 template <unsigned Dim>
 void node_tree<Dim>::find_in_box(const point& lower, const point& upper, dense1D<unsigned>& ids) const {
   if (nodes_.empty()) return;

@@ -1,9 +1,9 @@
 // The node closest to a point.
 //
 // The answer that must come out is that of a plain walk: the way of an insertion first, then node, right subtree, left
-// subtree, and only a strictly smaller distance replaces the best one. A balanced tree is several times faster. It gives
-// the same node unless another one is as near, but for rounding; then, and where squares over- or underflow or a NaN
-// hides part of the tree, the plain walk decides.
+// subtree, and only a strictly smaller distance replaces the best one. A balanced tree is several times faster. It
+// gives the same node unless another one is as near, but for rounding; then, and where squares over- or underflow or a
+// NaN hides part of the tree, the plain walk decides.
 #include <cmath>
 #include <limits>
 

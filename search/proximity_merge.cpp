@@ -145,9 +145,9 @@ class merger {
     return merged;
   }
 
-  /// One list: the nodes of a group share what lies near them; it is looked up when their leader, the first of them, has
-  /// its turn. What a leader is mapped to serves the others too: the second node of the group, which it may be, comes
-  /// after the leader, on which they merge at the latest.
+  /// One list: the nodes of a group share what lies near them; it is looked up when their leader, the first of them,
+  /// has its turn. What a leader is mapped to serves the others too: the second node of the group, which it may be,
+  /// comes after the leader, on which they merge at the latest.
   int merge_groups(coincident_nodes<Dim>& groups, const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) const {
     dense1D<unsigned>& targets = groups.seconds();
     int merged = 0;

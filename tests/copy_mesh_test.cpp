@@ -31,7 +31,8 @@ mesh copied_slowly(const dense2D<double>& coords, const elements& part) {
   return m;
 }
 
-// Holds run(coords, out, part) against n copies, each made, moved by move(k, coords, copy) and appended before the next.
+// Holds run(coords, out, part) against n copies, each made, moved by move(k, coords, copy) and appended before the
+// next.
 void expect_copies(const mesh& start, const elements& part, unsigned n, auto run, auto move, bool appends = false) {
   mesh expected{start.coords, appends ? random_meshes::deep_copy(start.out) : elements()};
   for (unsigned k = 1; k <= n; ++k) {

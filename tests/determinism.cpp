@@ -1,5 +1,6 @@
-// Prints a hash of the results of every exported function on fixed inputs. Builds by different compilers and at different
-// optimisation levels must print the same (scripts/check.sh compares two); exports_test.sh finds functions without a line.
+// Prints a hash of the results of every exported function on fixed inputs. Builds by different compilers and at
+// different optimisation levels must print the same (scripts/check.sh compares two); exports_test.sh finds functions
+// without a line.
 #include <unistd.h>
 
 #include <cstdio>

@@ -35,7 +35,8 @@ const sample samples[] = {
     {wedge_shape, {{0, 0, 0}, {1, 0, 0}, {0.5L, h3, 0}, {0, 0, 1}, {1, 0, 1}, {0.5L, h3, 1}}},
     {hexahedron_shape, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}}}};
 
-/// Triple products at the corners where three edges meet, in the order of neighbours that is positive in the ideal element.
+/// Triple products at the corners where three edges meet, in the order of neighbours that is positive in the ideal
+/// element.
 real_type smallest_triple(const sample& s, const points& p) {
   real_type smallest = infinity;
   for (unsigned i = 0; i < s.s.nodes; ++i) {

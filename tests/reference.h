@@ -1,5 +1,6 @@
 /// @file
-/// Slow and simple models of the ID matching, the node searches and the merges, against which the tests hold the library.
+/// Slow and simple models of the ID matching, the node searches and the merges, against which the tests hold the
+/// library.
 #ifndef QEL_TESTS_REFERENCE_H
 #define QEL_TESTS_REFERENCE_H
 

@@ -1,4 +1,5 @@
-// STL files: grammar, numbers, damage, merging and writing, held against the plain reader and writer of stl_reference.h.
+// STL files: grammar, numbers, damage, merging and writing, held against the plain reader and writer of
+// stl_reference.h.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,4 +1,5 @@
-// Writes small meshes of every kind of element in every format, each with its plain description as JSON, for clients.py.
+// Writes small meshes of every kind of element in every format, each with its plain description as JSON, for
+// clients.py.
 //
 // usage: write_samples FOLDER
 #include <cmath>

@@ -6,8 +6,8 @@
 namespace qel::gridwork {
 namespace {
 
-/// The comparisons are not symmetric: a NaN gets into the lower corner and gives way to the next node, but never gets into
-/// the upper one.
+/// The comparisons are not symmetric: a NaN gets into the lower corner and gives way to the next node, but never gets
+/// into the upper one.
 template <unsigned Dim, class Nodes>
 int enlarge_box(const dense2D<double>& coords, const Nodes& nodes, vector_fixed<double, Dim>& box_min,
                 vector_fixed<double, Dim>& box_max) {

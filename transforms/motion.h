@@ -95,8 +95,8 @@ class rotation<3> {
     double a, b;
   };
 
-  /// a and b at angle^2 = t. Small angles go by the series up to t^5 and t^4, nested: 1 - cos(angle) would cancel, and t
-  /// may underflow to 0.
+  /// a and b at angle^2 = t. Small angles go by the series up to t^5 and t^4, nested: 1 - cos(angle) would cancel, and
+  /// t may underflow to 0.
   static factor_pair factors(double t) noexcept {
     const double angle = std::sqrt(t);
     if (angle > 0.1) return {std::sin(angle) / angle, (1 - std::cos(angle)) / t};

@@ -368,8 +368,8 @@ class dense1D : public detail::block_view<T, Align> {
     return base::ensure_capacity(n, size_, factor);
   }
 
-  /// Makes this an independent array with the other's size and values. A block of its own that is large enough is reused;
-  /// a view of a caller's memory writes there.
+  /// Makes this an independent array with the other's size and values. A block of its own that is large enough is
+  /// reused; a view of a caller's memory writes there.
   [[nodiscard]] bool copy(const dense1D& other) noexcept {
     const dense1D source(other);  // keeps the values alive, and shared, when other is this array
     if (!base::replace_block(source.size_)) return false;

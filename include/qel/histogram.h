@@ -13,15 +13,15 @@ namespace misc {
 
 /// Counts samples in equal bins over a range, and outside of it, and keeps their extremes and their mean.
 ///
-/// The range is closed: bin k holds the samples from bin_lower(k) up to, but without, bin_lower(k + 1); the last bin holds
-/// the upper bound too. A NaN is counted apart and enters nothing else. To do something else with the samples, derive
-/// and override process(). Nothing throws; every sample costs the same.
+/// The range is closed: bin k holds the samples from bin_lower(k) up to, but without, bin_lower(k + 1); the last bin
+/// holds the upper bound too. A NaN is counted apart and enters nothing else. To do something else with the samples,
+/// derive and override process(). Nothing throws; every sample costs the same.
 class QEL_GRIDWORK_API histogram {
  public:
   /// An empty histogram of `bins` bins over [lower, upper].
   ///
-  /// There are no bins when a bound is not finite, when `lower` is not below `upper`, or when memory runs out; everything
-  /// else is counted nevertheless.
+  /// There are no bins when a bound is not finite, when `lower` is not below `upper`, or when memory runs out;
+  /// everything else is counted nevertheless.
   explicit histogram(double lower = 0, double upper = 2, unsigned bins = 20);
 
   /// A copy with counts of its own; without bins when memory runs out.

@@ -60,7 +60,8 @@ QEL_GRIDWORK_API unsigned nbr_base_nodes(element_type type);
 /// Topological dimension of an element: 0 (node) to 3 (solid). `type` must be an enumerator. Constant.
 QEL_GRIDWORK_API unsigned element_dim(element_type type);
 
-/// Boundaries of an element: faces of a solid, edges of a face, ends of an edge. `type` must be an enumerator. Constant.
+/// Boundaries of an element: faces of a solid, edges of a face, ends of an edge. `type` must be an enumerator.
+/// Constant.
 QEL_GRIDWORK_API unsigned nbr_boundaries(element_type type);
 
 /// True when `connectivity` has the row count of `type` and every node index is below `n`.

@@ -58,8 +58,8 @@ QEL_GRIDWORK_API int permutation(dense1D<double>& values, const dense1D<unsigned
 ///
 /// @param A,B     lists; entries `~0U` match nothing
 /// @param B_in_A  overwritten, one entry per entry of B: its first position in A, or `~0U`
-/// @param A_in_B  overwritten, one entry per entry of A: if it is the first of its value in A, the first position of the
-///                value in B; else `~0U`
+/// @param A_in_B  overwritten, one entry per entry of A: if it is the first of its value in A, the first position of
+///                the value in B; else `~0U`
 /// @return 0, or -199
 QEL_GRIDWORK_API int get_IDs(const dense1D<unsigned>& A, const dense1D<unsigned>& B, dense1D<unsigned>& B_in_A,
                              dense1D<unsigned>& A_in_B);
@@ -68,7 +68,8 @@ QEL_GRIDWORK_API int get_IDs(const dense1D<unsigned>& A, const dense1D<unsigned>
 ///
 /// @param A,B     matrices of one row count r
 /// @param B_in_A  overwritten, one entry per column of B: the first column of A that matches it, or `~0U`
-/// @param A_in_B  overwritten, one entry per column of A: the first column of B for which it is the first match, or `~0U`
+/// @param A_in_B  overwritten, one entry per column of A: the first column of B for which it is the first match, or
+///                `~0U`
 /// @param exact   true: columns match when they are identical. false: when they are the same cycle of nodes, whatever
 ///                the first node and the direction. To compare, each column is rotated so that its largest entry (the
 ///                first of equal ones) comes first; a column that holds its largest entry twice may therefore miss a
@@ -82,8 +83,8 @@ QEL_GRIDWORK_API int get_IDs(const dense2D<unsigned>& A, const dense2D<unsigned>
 /// @param ids       appended to; what it holds already is not looked at
 /// @param values    the input; `~0U` is never appended
 /// @param excluded  values that are not appended
-/// @return 0; -199 when the working set cannot be had (`ids` unchanged). When `ids` itself cannot grow, the entries that
-///         do not fit are dropped and the result is 0.
+/// @return 0; -199 when the working set cannot be had (`ids` unchanged). When `ids` itself cannot grow, the entries
+///         that do not fit are dropped and the result is 0.
 QEL_GRIDWORK_API int unique_indices(dense1D<unsigned>& ids, const dense1D<unsigned>& values,
                                     dense1D<unsigned> excluded = dense1D<unsigned>());
 
@@ -108,8 +109,9 @@ QEL_GRIDWORK_API int count_unique_indices(const dense2D<unsigned>* first, const 
 ///
 /// @param values   n indices; entries `~0U` are left out
 /// @param order    overwritten: the positions i of the entries, by value, and in increasing i within one value
-/// @param offsets  overwritten, max + 2 entries, where max is the largest value (0 when nothing but `~0U` is there): the
-///                 positions of value v are `order[offsets[v]]` to `order[offsets[v + 1] - 1]`. An empty input gives (0).
+/// @param offsets  overwritten, max + 2 entries, where max is the largest value (0 when nothing but `~0U` is there):
+///                 the positions of value v are `order[offsets[v]]` to `order[offsets[v + 1] - 1]`. An empty input
+///                 gives (0).
 /// @return 0, or -199 (also for an index so large that the offsets cannot be counted) with both outputs empty
 ///
 /// Cost: n + max, no comparisons.

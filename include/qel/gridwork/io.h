@@ -63,16 +63,16 @@ QEL_GRIDWORK_API int STL_output(const char* filename, const dense2D<double>& coo
 
 /// Reads the triangles and quadrangles of a Wavefront OBJ file, with its vertices, normals and texture coordinates.
 ///
-/// Lines that start with "v", "vn", "vt" and "f" count, all others are skipped. Blanks are space, tab, CR, VT and FF. The
-/// numbers of a line end at the first token that is not a number as `scanf` reads "%lg" in the "C" locale, or has more
-/// than 4095 characters. Lines may be of any length, and the last one may lack its newline.
+/// Lines that start with "v", "vn", "vt" and "f" count, all others are skipped. Blanks are space, tab, CR, VT and FF.
+/// The numbers of a line end at the first token that is not a number as `scanf` reads "%lg" in the "C" locale, or has
+/// more than 4095 characters. Lines may be of any length, and the last one may lack its newline.
 ///
 /// - "v": at least 3 numbers, of which the first 3 count. "vn": 3 numbers.
 /// - "vt": 1 to 3 numbers; the first such line sets the row count of `uvs`, and lines with another count are dropped.
-/// - "f": corners "v", "v/vt", "v//vn" or "v/vt/vn". Only the vertex index is kept, k as the node k - 1, and 0 or nothing
-///   as the number of vertices read so far. Faces of neither 3 nor 4 corners are skipped. Nodes are not compared with the
-///   number of vertices: check_IDs() does that. Indices relative to the end are not resolved: -1 becomes the node
-///   4294967294, which no mesh has.
+/// - "f": corners "v", "v/vt", "v//vn" or "v/vt/vn". Only the vertex index is kept, k as the node k - 1, and 0 or
+///   nothing as the number of vertices read so far. Faces of neither 3 nor 4 corners are skipped. Nodes are not
+///   compared with the number of vertices: check_IDs() does that. Indices relative to the end are not resolved: -1
+///   becomes the node 4294967294, which no mesh has.
 ///
 /// @param filename   path of the file, which need not be seekable
 /// @param coords     overwritten: 3 x vertices
@@ -83,14 +83,14 @@ QEL_GRIDWORK_API int STL_output(const char* filename, const dense2D<double>& coo
 /// @return 0
 ///         -1 when the file cannot be opened (the outputs are empty)
 ///         -2 when a "v" has fewer than 3 numbers, a "vn" not 3, a "vt" 4 or more; when a face has a corner of another
-///            form, an index below -2^31 or above 2^32 - 1, or an index of texture coordinates or of a normal before the
-///            first "vt" or "vn" line
+///            form, an index below -2^31 or above 2^32 - 1, or an index of texture coordinates or of a normal before
+///            the first "vt" or "vn" line
 ///         -199 when memory ran out
 ///         On -2 and -199 the outputs hold what was read before.
 ///
 /// Cost: linear in the size of the file. Memory: one block beside the outputs, however long a line is; outputs of 2 MiB
-/// and more may take their last huge page in full. Their capacity may exceed their size, in pages that are never touched.
-/// A file that is not seekable, whose size is not known, makes them grow by doubling.
+/// and more may take their last huge page in full. Their capacity may exceed their size, in pages that are never
+/// touched. A file that is not seekable, whose size is not known, makes them grow by doubling.
 QEL_GRIDWORK_API int WavefrontOBJ_input(const char* filename, dense2D<double>& coords, dense2D<double>& normals,
                                         dense2D<double>& uvs, dense2D<unsigned>& triangles, dense2D<unsigned>& quads);
 
@@ -117,8 +117,8 @@ QEL_GRIDWORK_API int WavefrontOBJ_output(const char* filename, const dense2D<dou
                                          const dense2D<double>& normals, const dense2D<double>& uvs,
                                          const dense2D<unsigned>& triangles, const dense2D<unsigned>& quads);
 
-/// The same for one matrix, without normals and texture coordinates. A matrix that is of another type than ELT_TRIA3 and
-/// ELT_QUAD4, also ELT_FACE_MIX of 4 rows, is not looked at, and the file has no faces.
+/// The same for one matrix, without normals and texture coordinates. A matrix that is of another type than ELT_TRIA3
+/// and ELT_QUAD4, also ELT_FACE_MIX of 4 rows, is not looked at, and the file has no faces.
 QEL_GRIDWORK_API int WavefrontOBJ_output(const char* filename, const dense2D<double>& coords,
                                          const dense2D<unsigned>& connectivity, element_type type);
 

@@ -390,8 +390,8 @@ constexpr bool names(std::string_view name, const operation_name& operation) noe
 /// @param function  the name, as "STL_input"; with the arguments of an overload as in operation_names, as
 ///                  "merge(coords, new_IDs, tol)", that overload alone; may be null
 /// @param result    what it returned
-/// @return as for an operation; for a function whose overloads disagree on the code, a sentence that says so; for a name
-///         that no operation has, "success" or "unknown result code"
+/// @return as for an operation; for a function whose overloads disagree on the code, a sentence that says so; for a
+///         name that no operation has, "success" or "unknown result code"
 ///
 /// Cost: a pass over the table.
 constexpr const char* message(const char* function, int result) noexcept {

@@ -1,12 +1,12 @@
 /// @file
-/// Metric tensors, the size prescriptions of a mesh: validity, eigen-pairs, bounds, intersection and union, conversions and
-/// repair.
+/// Metric tensors, the size prescriptions of a mesh: validity, eigen-pairs, bounds, intersection and union, conversions
+/// and repair.
 ///
-/// An isotropic metric is a size h > 0, in the units of `coords`. An anisotropic one is a symmetric positive definite tensor
-/// M: the size in a unit direction u is 1 / sqrt(u' M u), and a size h in all directions is M = I / h^2. Matrices of tensors
-/// have one packed tensor per column, 3 rows in 2-D (a11, a12, a22), 6 rows in 3-D (a11, a12, a22, a13, a23, a33).
-/// Frames are 3 x 2 matrices whose columns span a plane in space; a matrix of them has 6 rows, one frame per column,
-/// column by column.
+/// An isotropic metric is a size h > 0, in the units of `coords`. An anisotropic one is a symmetric positive definite
+/// tensor M: the size in a unit direction u is 1 / sqrt(u' M u), and a size h in all directions is M = I / h^2.
+/// Matrices of tensors have one packed tensor per column, 3 rows in 2-D (a11, a12, a22), 6 rows in 3-D (a11, a12, a22,
+/// a13, a23, a33). Frames are 3 x 2 matrices whose columns span a plane in space; a matrix of them has 6 rows, one
+/// frame per column, column by column.
 ///
 /// Outputs that are fixed-size objects may be the same object as an input. Costs are linear in the columns, constant
 /// for one tensor. The geometry of metrics: P. L. George, H. Borouchaki, Delaunay Triangulation and Meshing, Hermes
@@ -69,8 +69,8 @@ QEL_GRIDWORK_API bool eigen_pairs(const symmetric_fixed<double, 3>& M, vector_fi
 /// Generalized eigenvalues w (ascending) and eigenvectors of unit length, M2 v = w M1 v.
 ///
 /// The vectors are orthogonal in the metric M1 and in M2. In 3-D the problem is reduced by M1 = L L'.
-/// @return false when M1 is found not to be positive definite, or when an eigenvalue is not finite; w and V are then of no
-///         use
+/// @return false when M1 is found not to be positive definite, or when an eigenvalue is not finite; w and V are then of
+///         no use
 /// @{
 QEL_GRIDWORK_API bool eigen_pairs(const symmetric_fixed<double, 2>& M1, const symmetric_fixed<double, 2>& M2,
                                   vector_fixed<double, 2>& w, matrix_fixed<double, 2, 2>& V);
@@ -97,8 +97,8 @@ QEL_GRIDWORK_API int bound_metric(symmetric_fixed<double, 3>& M, double hmin, do
 /// @param sizes  changed in place
 /// @param hmin   smallest size; 0 or less: no bound
 /// @param hmax   largest size; 0 or less, or DBL_MAX: no bound
-/// @return the number of sizes changed, 0 without a bound (hmin 0 or less, hmax = DBL_MAX); -2, -3 when hmin, hmax is not
-///         finite; -199 with `sizes` unchanged
+/// @return the number of sizes changed, 0 without a bound (hmin 0 or less, hmax = DBL_MAX); -2, -3 when hmin, hmax is
+///         not finite; -199 with `sizes` unchanged
 QEL_GRIDWORK_API int bound_metrics(dense1D<double>& sizes, double hmin, double hmax);
 
 /// As above, and overwrites `ids` with the entries that were changed, in order; it is empty on a negative result.
@@ -168,8 +168,8 @@ QEL_GRIDWORK_API int metrics_iso_to_aniso2d(const dense1D<double>& sizes, const 
 /// @param tensors3d  6 x n
 /// @param frames     6 rows, at least n columns
 /// @param tensors2d  3 rows, at least n columns; not resized
-/// @return 0, also when both tensor matrices are empty; -1 when `tensors3d` has not 6 rows; -2 when `frames` or `tensors2d`
-///         has another shape
+/// @return 0, also when both tensor matrices are empty; -1 when `tensors3d` has not 6 rows; -2 when `frames` or
+///         `tensors2d` has another shape
 QEL_GRIDWORK_API int metrics_aniso3d_to_aniso2d(const dense2D<double>& tensors3d, const dense2D<double>& frames,
                                                 dense2D<double>& tensors2d);
 

@@ -16,13 +16,14 @@
 /// | wedge       | 18 sqrt(3) min J / S^(3/2), 6 corners, 9 edges; x flatness of the quadrangles             | 9 equal edges   |
 /// | hexahedron  | 24 sqrt(3) min J / S^(3/2), 8 corners, 12 edges; x flatness of the faces                  | cube            |
 ///
-/// J is the triple product of the edge vectors that leave a corner, S the sum of the squared edge lengths. The flatness of a
-/// quadrangle is the smallest cosine between the normal at a corner and that of the diagonals, at least 0; in 3-D the
-/// quadrangle's corner cross products are projected on the latter normal. Solids on 2-row coordinates are flat (z = 0).
+/// J is the triple product of the edge vectors that leave a corner, S the sum of the squared edge lengths. The flatness
+/// of a quadrangle is the smallest cosine between the normal at a corner and that of the diagonals, at least 0; in 3-D
+/// the quadrangle's corner cross products are projected on the latter normal. Solids on 2-row coordinates are flat (z =
+/// 0).
 ///
-/// Orientation. Plane faces are positive when they turn counter-clockwise. Pyramids, wedges and hexahedra are positive when
-/// the base 0-1-2(-3) turns counter-clockwise seen from the top. A tetrahedron is positive when 0-1-2 turns *clockwise*
-/// seen from node 3:
+/// Orientation. Plane faces are positive when they turn counter-clockwise. Pyramids, wedges and hexahedra are positive
+/// when the base 0-1-2(-3) turns counter-clockwise seen from the top. A tetrahedron is positive when 0-1-2 turns
+/// *clockwise* seen from node 3:
 ///
 ///         3
 ///        /|\            the mirror image of the usual order: meshes made elsewhere are often all negative here,
@@ -32,10 +33,10 @@
 ///    0 ------- 2
 ///
 /// Sources: V. N. Parthasarathy, C. M. Graichen, A. F. Hathaway, A comparison of tetrahedron quality measures, Finite
-/// Elements in Analysis and Design 15, 1993; A. Liu, B. Joe, Relationship between tetrahedron shape measures, BIT 34, 1994;
-/// P. M. Knupp, Algebraic mesh quality metrics, SIAM J. Sci. Comput. 23, 2001; W. Kahan, Miscalculating area and angles of a
-/// needle-like triangle, 2014. Names in common use for related measures: C. J. Stimpson and others, The Verdict geometric
-/// quality library, Sandia report SAND2007-1751.
+/// Elements in Analysis and Design 15, 1993; A. Liu, B. Joe, Relationship between tetrahedron shape measures, BIT 34,
+/// 1994; P. M. Knupp, Algebraic mesh quality metrics, SIAM J. Sci. Comput. 23, 2001; W. Kahan, Miscalculating area and
+/// angles of a needle-like triangle, 2014. Names in common use for related measures: C. J. Stimpson and others, The
+/// Verdict geometric quality library, Sandia report SAND2007-1751.
 #ifndef QEL_GRIDWORK_QUALITY_H
 #define QEL_GRIDWORK_QUALITY_H
 
@@ -53,8 +54,8 @@ using misc::histogram;
 ///
 /// @param coords        2 or 3 x n
 /// @param connectivity  one column per element
-/// @param type          ELT_EDGE2, ELT_TRIA3, ELT_QUAD4, ELT_TETRA4, ELT_PYRAMID5, ELT_WEDGE6, ELT_HEXA8, ELT_FACE_MIX or
-///                      ELT_SOLID_MIX (also with fewer rows)
+/// @param type          ELT_EDGE2, ELT_TRIA3, ELT_QUAD4, ELT_TETRA4, ELT_PYRAMID5, ELT_WEDGE6, ELT_HEXA8, ELT_FACE_MIX
+///                      or ELT_SOLID_MIX (also with fewer rows)
 /// @param Q             overwritten: one quality per element; empty on a negative result
 /// @return 0, also without elements
 ///         -1 when `coords` has neither 2 nor 3 rows
@@ -81,10 +82,10 @@ QEL_GRIDWORK_API int min_quality(const dense2D<double>& coords, const dense2D<un
 
 /// Smallest corner Jacobian of every element, not normalised: with the units of a length, an area or a volume.
 ///
-/// Edge: its length. Triangle: twice its area, signed in 2-D. Quadrangle: the smallest cross product of the two edges at a
-/// corner; in 3-D, of its part along the normal of the diagonals. Tetrahedron: six times its volume. Pyramid (4 corners of
-/// the base), wedge, hexahedron: the smallest triple product J. Signs as in the shape qualities; 0 where a coordinate is not
-/// finite.
+/// Edge: its length. Triangle: twice its area, signed in 2-D. Quadrangle: the smallest cross product of the two edges
+/// at a corner; in 3-D, of its part along the normal of the diagonals. Tetrahedron: six times its volume. Pyramid (4
+/// corners of the base), wedge, hexahedron: the smallest triple product J. Signs as in the shape qualities; 0 where a
+/// coordinate is not finite.
 ///
 /// @param coords        2 or 3 x n
 /// @param connectivity  one column per element
@@ -98,9 +99,9 @@ QEL_GRIDWORK_API int jacobians(const dense2D<double>& coords, const dense2D<unsi
 
 /// Length of an edge in relation to the sizes at its ends: 1 is as prescribed, less is short, more is long.
 ///
-/// q = L / Lref, where Lref is the logarithmic mean (h2 - h1) / log(h2 / h1): the quality is the length of the edge in a size
-/// field that varies geometrically from h1 to h2. For sizes within 10 % of each other Lref is a series that is off by
-/// less than 2e-7.
+/// q = L / Lref, where Lref is the logarithmic mean (h2 - h1) / log(h2 / h1): the quality is the length of the edge in
+/// a size field that varies geometrically from h1 to h2. For sizes within 10 % of each other Lref is a series that is
+/// off by less than 2e-7.
 ///
 /// @param L   length of the edge, in the units of the sizes
 /// @param h1  size at one end, greater than 0
@@ -126,8 +127,8 @@ QEL_GRIDWORK_API int edge_quality(double L, double h1, double h2, double& q);
 ///         -4 when `types` has not one entry per matrix
 ///         -2 when a matrix does not fit its type and the n nodes
 ///         -7 when `excluded_edges` is no ELT_EDGE2 connectivity on these nodes
-///         -5 when an edge was skipped, because an end is no node, or has no size greater than 0 or no positive definite
-///            metric; all other edges have been fed
+///         -5 when an edge was skipped, because an end is no node, or has no size greater than 0 or no positive
+///            definite metric; all other edges have been fed
 ///         -199 when memory ran out before anything was fed
 ///
 /// Cost: that of copy_edges(), plus the edges.
@@ -138,8 +139,8 @@ QEL_GRIDWORK_API int edge_qualities(const dense2D<double>& coords, const dense2D
 
 /// The same for anisotropic sizes: `metrics` has the tensor at each node, 3 rows in 2-D, 6 rows in 3-D (see metrics.h).
 ///
-/// The quality of an edge is la lb / Lref(la, lb), where la and lb are its lengths in the metrics of its ends, and 0 where
-/// one of them vanishes.
+/// The quality of an edge is la lb / Lref(la, lb), where la and lb are its lengths in the metrics of its ends, and 0
+/// where one of them vanishes.
 QEL_GRIDWORK_API int edge_qualities(const dense2D<double>& coords, const dense2D<unsigned>* first,
                                     const dense2D<unsigned>* last, const dense1D<int>& types,
                                     const dense2D<double>& metrics, histogram& H,

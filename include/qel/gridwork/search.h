@@ -18,18 +18,18 @@ class node_tree;
 /// Spatial search over a set of nodes: closest node to a point or to a node, nodes in a box.
 ///
 /// The detector is a k-d tree: each node splits on one coordinate, cycling x, y(, z); smaller coordinates lie to the
-/// left, greater or equal ones to the right. Nodes are inserted in a fixed pseudo-random order (a Mersenne Twister MT19937
-/// seeded with 1 at every call: for i = 1, 2, ... swap entries i and r mod (i + 1)), so the same input always gives the
-/// same tree, the same ties and the same order of results.
+/// left, greater or equal ones to the right. Nodes are inserted in a fixed pseudo-random order (a Mersenne Twister
+/// MT19937 seeded with 1 at every call: for i = 1, 2, ... swap entries i and r mod (i + 1)), so the same input always
+/// gives the same tree, the same ties and the same order of results.
 ///
 /// The detector refers to the caller's `coords` object, which must stay alive and in place as long as the detector is
-/// used. Columns may be appended to it and inserted later. When a node of the tree is moved, results are those of one of
-/// the two positions, until the next reinit().
+/// used. Columns may be appended to it and inserted later. When a node of the tree is moved, results are those of one
+/// of the two positions, until the next reinit().
 ///
 /// A 2-D query on a 3-D tree uses z = 0 (a box: only nodes with z exactly 0); a 3-D query on a 2-D tree ignores z.
 /// Queries may run concurrently; insert(), reinit(), clear() and assignment need exclusive access. A node with a NaN
-/// coordinate follows the comparisons: it is never found itself, and may hide nodes that were inserted below it. Queries
-/// on a tree many times deeper than a balanced one may throw std::bad_alloc.
+/// coordinate follows the comparisons: it is never found itself, and may hide nodes that were inserted below it.
+/// Queries on a tree many times deeper than a balanced one may throw std::bad_alloc.
 class node_detector {
  public:
   /// A detector without a tree.
@@ -67,8 +67,8 @@ class node_detector {
   ///         (both leave the detector as it was); -199 (no tree)
   QEL_GRIDWORK_API int reinit(const dense2D<double>& coords, const dense1D<unsigned>& IDs);
 
-  /// Builds the tree over the distinct nodes of a connectivity. Results as for a list, but -199 leaves the detector as it
-  /// was when the nodes could not be collected.
+  /// Builds the tree over the distinct nodes of a connectivity. Results as for a list, but -199 leaves the detector as
+  /// it was when the nodes could not be collected.
   QEL_GRIDWORK_API int reinit(const dense2D<double>& coords, const dense2D<unsigned>& connectivity);
 
   /// Builds the tree over the distinct nodes of the matrices [first, last).
@@ -92,8 +92,8 @@ class node_detector {
   /// The node closest to `P`, up to the rounding of coordinates and distances; `~0U` when there is none at a finite
   /// distance.
   ///
-  /// Of equally close nodes the one that the tree meets first: on the way that an insertion of `P` would take, then in the
-  /// order node, right subtree, left subtree. Cost: expected log n.
+  /// Of equally close nodes the one that the tree meets first: on the way that an insertion of `P` would take, then in
+  /// the order node, right subtree, left subtree. Cost: expected log n.
   /// @{
   QEL_GRIDWORK_API unsigned find_closest(const vector_fixed<double, 2>& P) const;
   QEL_GRIDWORK_API unsigned find_closest(const vector_fixed<double, 3>& P) const;
@@ -103,8 +103,8 @@ class node_detector {
   /// none or `node` is no column of `coords`. Ties and cost as for a point.
   QEL_GRIDWORK_API unsigned find_closest(unsigned node) const;
 
-  /// Appends to `IDs` the nodes inside the closed box from `Pmin` to `Pmax`, in the tree's pre-order (node, left subtree,
-  /// right subtree). Expected cost: log n plus a number in proportion to the nodes near the box.
+  /// Appends to `IDs` the nodes inside the closed box from `Pmin` to `Pmax`, in the tree's pre-order (node, left
+  /// subtree, right subtree). Expected cost: log n plus a number in proportion to the nodes near the box.
   ///
   /// When `IDs` cannot grow, the nodes that do not fit are left out.
   /// @{
@@ -124,10 +124,10 @@ class node_detector {
 
 /// Merges all nodes that lie within `tol` of one another and gives every merged node its survivor's position.
 ///
-/// All merge functions share these rules. Distances are Euclidean, in the units of `coords`, and inclusive: with tol = 0
-/// coincident nodes merge, a node at distance `tol` merges. Nodes with a NaN coordinate never merge, nodes with an infinite
-/// one only where `tol` is so large that its square overflows. `coords` keeps its column count: nodes that no element uses
-/// any more are removed by simplify().
+/// All merge functions share these rules. Distances are Euclidean, in the units of `coords`, and inclusive: with tol =
+/// 0 coincident nodes merge, a node at distance `tol` merges. Nodes with a NaN coordinate never merge, nodes with an
+/// infinite one only where `tol` is so large that its square overflows. `coords` keeps its column count: nodes that no
+/// element uses any more are removed by simplify().
 ///
 /// A proximity merge maps each node to the near node that comes first in the order of the node list, then follows
 /// those maps as long as they lead to an earlier node; so of a group of mutually close nodes the first one survives.
@@ -136,8 +136,8 @@ class node_detector {
 /// @param new_IDs  overwritten: n entries, the survivor of each node, itself when it is not merged. Empty when there is
 ///                 nothing to do, and on error
 /// @param tol      distance, not negative
-/// @return the number of merged nodes; -1 for a row count other than 2 or 3; -3 for a negative or NaN `tol`; -199 (nothing
-///         modified)
+/// @return the number of merged nodes; -1 for a row count other than 2 or 3; -3 for a negative or NaN `tol`; -199
+///         (nothing modified)
 ///
 /// Cost: expected linear in the nodes plus the number of close pairs.
 QEL_GRIDWORK_API int merge(dense2D<double>& coords, dense1D<unsigned>& new_IDs, double tol);
@@ -155,8 +155,8 @@ QEL_GRIDWORK_API int merge(dense2D<double>& coords, double tol);
 /// @param IDs2     nodes that they are merged onto
 /// @param new_IDs  as above; empty when one of the lists is empty
 /// @param tol      distance, not negative
-/// @return the number of merged nodes; -1 for a row count other than 2 or 3; -2, -3 for an entry of `IDs1`, `IDs2` that is
-///         neither `~0U` nor a column of `coords`; -4 for a negative or NaN `tol`; -199
+/// @return the number of merged nodes; -1 for a row count other than 2 or 3; -2, -3 for an entry of `IDs1`, `IDs2` that
+///         is neither `~0U` nor a column of `coords`; -4 for a negative or NaN `tol`; -199
 ///
 /// Cost: expected linear in the lists and `coords` plus the number of close pairs.
 QEL_GRIDWORK_API int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, const dense1D<unsigned>& IDs2,
@@ -172,13 +172,14 @@ QEL_GRIDWORK_API int merge(const dense2D<double>& coords, const dense1D<unsigned
 /// @param first,last  array of matrices; entries `~0U` are skipped and stay
 /// @param new_IDs     as above; empty when there is no node or no matrix
 /// @param tol         distance, not negative
-/// @param mode        0: proximity merge of all nodes, in order of first appearance. 1: element-wise merge, which merges
-///                    only nodes of one same element: closest pairs first (then those of the lowest node), each node at
-///                    most once, the lower index survives. 2: element-wise passes until one merges nothing
-/// @return the number of merged nodes; -1 for a row count other than 2 or 3; -2 for an entry that is neither `~0U` nor a
-///         column of `coords`; -3 when `last` lies before `first`; -5 for a negative or NaN `tol`; -6 for another `mode`;
-///         -199. On every negative result the matrices are unchanged, except that element-wise passes which were completed
-///         before memory ran out stay.
+/// @param mode        0: proximity merge of all nodes, in order of first appearance. 1: element-wise merge, which
+///                    merges only nodes of one same element: closest pairs first (then those of the lowest node), each
+///                    node at most once, the lower index survives. 2: element-wise passes until one merges nothing
+/// @return the number of merged nodes; -1 for a row count other than 2 or 3; -2 for an entry that is neither `~0U` nor
+///         a column of `coords`; -3 when `last` lies before `first`; -5 for a negative or NaN `tol`; -6 for another
+///         `mode`;
+///         -199. On every negative result the matrices are unchanged, except that element-wise passes which were
+///         completed before memory ran out stay.
 ///
 /// Cost: expected linear in entries and nodes plus the number of close pairs (mode 2: for each pass).
 QEL_GRIDWORK_API int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
@@ -207,8 +208,8 @@ QEL_GRIDWORK_API int merge(const dense2D<double>& coords, dense2D<unsigned>& con
 ///
 /// @param connectivity  rows x e, any row count; overwritten
 /// @param new_elements  overwritten, e entries: `old(:, j) == new(:, new_elements[j])`, or `~0U` for a removed element
-/// @param strict        true: a repeated `~0U` counts too, so that elements of a mixed matrix with two or more unused rows
-///                      are removed
+/// @param strict        true: a repeated `~0U` counts too, so that elements of a mixed matrix with two or more unused
+///                      rows are removed
 /// @return the number of removed elements, or -199 (connectivity unchanged)
 ///
 /// Cost: linear in the entries.
@@ -217,16 +218,17 @@ QEL_GRIDWORK_API int remove_degenerated(dense2D<unsigned>& connectivity, dense1D
 /// As above, without the map.
 QEL_GRIDWORK_API int remove_degenerated(dense2D<unsigned>& connectivity, bool strict);
 
-/// Removes the nodes that no matrix of [first, last) uses; the others move up in their order, the matrices are renumbered.
+/// Removes the nodes that no matrix of [first, last) uses; the others move up in their order, the matrices are
+/// renumbered.
 ///
 /// @param coords      any row count x n; overwritten
 /// @param first,last  array of matrices, renumbered in place; entries `~0U` stay
-/// @param new_IDs     overwritten, n entries: `old(:, i) == new(:, new_IDs[i])`, or `~0U` for a removed node. Empty when
-///                    there is nothing to do, and on error
+/// @param new_IDs     overwritten, n entries: `old(:, i) == new(:, new_IDs[i])`, or `~0U` for a removed node. Empty
+///                    when there is nothing to do, and on error
 /// @param first_node  nodes before this one are kept in any case
-/// @return the number of removed nodes; 0 for an empty range, empty `coords` or first_node >= n; -2 when a matrix has an
-///         entry that is neither `~0U` nor a column of `coords`; -3 when `last` lies before `first`; -199. Nothing is
-///         modified on a negative result.
+/// @return the number of removed nodes; 0 for an empty range, empty `coords` or first_node >= n; -2 when a matrix has
+///         an entry that is neither `~0U` nor a column of `coords`; -3 when `last` lies before `first`; -199. Nothing
+///         is modified on a negative result.
 ///
 /// Cost: linear.
 QEL_GRIDWORK_API int simplify(dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,

@@ -1,8 +1,9 @@
 /// @file
-/// Geometric transforms: nodes moved, turned and scaled in place, bounding boxes, repeated and mirrored copies of a part.
+/// Geometric transforms: nodes moved, turned and scaled in place, bounding boxes, repeated and mirrored copies of a
+/// part.
 ///
-/// `coords` has one column per node. The 2-D forms (d = 2) work on its first two rows, the 3-D forms (d = 3) on its first
-/// three; further rows stay as they are. Angles are in radians.
+/// `coords` has one column per node. The 2-D forms (d = 2) work on its first two rows, the 3-D forms (d = 3) on its
+/// first three; further rows stay as they are. Angles are in radians.
 #ifndef QEL_GRIDWORK_TRANSFORMS_H
 #define QEL_GRIDWORK_TRANSFORMS_H
 
@@ -16,18 +17,19 @@ namespace gridwork {
 /// Moves nodes: p <- p + shift.
 ///
 /// All forms of translate(), rotate() and zoom() share these rules.
-/// - Nodes: all of them; or those of the list `ids`, in order, a node as often as it is listed; or the distinct nodes of
-///   `connectivity`, of which entries `~0U` are skipped. In lists and connectivities of translate() and rotate(), entries
-///   that are no column of `coords` are skipped as well; those of zoom() are not tested.
+/// - Nodes: all of them; or those of the list `ids`, in order, a node as often as it is listed; or the distinct nodes
+///   of `connectivity`, of which entries `~0U` are skipped. In lists and connectivities of translate() and rotate(),
+///   entries that are no column of `coords` are skipped as well; those of zoom() are not tested.
 /// - Nothing is done, and 0 returned, for empty `coords`, for an empty list (or a connectivity without nodes), for a
-///   transform that moves nothing (in that test a NaN counts as the value that moves nothing), and when memory runs out.
-/// - When `coords` has fewer than d rows it gets d, the new entries 0: a plane mesh becomes one in the plane z = 0. It then
-///   has a block of its own; otherwise nodes move in place, in every view of the block.
+///   transform that moves nothing (in that test a NaN counts as the value that moves nothing), and when memory runs
+///   out.
+/// - When `coords` has fewer than d rows it gets d, the new entries 0: a plane mesh becomes one in the plane z = 0. It
+///   then has a block of its own; otherwise nodes move in place, in every view of the block.
 ///
 /// @param coords  any row count x n; overwritten
 /// @param shift   in the units of `coords`; does nothing when every component is 0 or NaN
-/// @return all nodes: the number of columns. List: the number of entries that are columns of `coords`. Connectivity: the
-///         number of distinct nodes moved. 0 when nothing is done
+/// @return all nodes: the number of columns. List: the number of entries that are columns of `coords`. Connectivity:
+///         the number of distinct nodes moved. 0 when nothing is done
 ///
 /// Cost: linear in the nodes, entries of the list or entries of the connectivity (there: expected).
 /// @{
@@ -71,7 +73,8 @@ QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 
 
 /// Turns nodes in space about the axis through `center` along `rotation`, right-handed: p <- center + R (p - center).
 ///
-/// R comes from Rodrigues' formula; the displacement R - I keeps its full relative accuracy down to the smallest angles.
+/// R comes from Rodrigues' formula; the displacement R - I keeps its full relative accuracy down to the smallest
+/// angles.
 ///
 /// @param coords    any row count x n; overwritten, as by translate()
 /// @param center    stays where it is
@@ -115,8 +118,8 @@ QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 3>
                           const dense1D<unsigned>& ids);
 /// @}
 
-/// As above, for the distinct nodes of `connectivity`; returns 0. Entries must be `~0U` or columns of `coords`: they are not
-/// tested.
+/// As above, for the distinct nodes of `connectivity`; returns 0. Entries must be `~0U` or columns of `coords`: they
+/// are not tested.
 /// @{
 QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 2>& center, double factor,
                           const dense2D<unsigned>& connectivity);
@@ -126,9 +129,9 @@ QEL_GRIDWORK_API int zoom(dense2D<double>& coords, const vector_fixed<double, 3>
 
 /// Enlarges an axis-aligned box until it holds all nodes.
 ///
-/// The box is never reset: start it with +infinity and -infinity, and call again to add further nodes. Nodes are taken in
-/// order, connectivities in order of first appearance; the comparisons are exact. A NaN coordinate enters `box_min`, where
-/// the next node replaces it; it never enters `box_max`.
+/// The box is never reset: start it with +infinity and -infinity, and call again to add further nodes. Nodes are taken
+/// in order, connectivities in order of first appearance; the comparisons are exact. A NaN coordinate enters `box_min`,
+/// where the next node replaces it; it never enters `box_max`.
 ///
 /// @param coords           d x n
 /// @param box_min,box_max  the corners of the box; enlarged
@@ -174,28 +177,31 @@ QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, const dense
 ///
 /// @param coords        any row count x m; columns are appended
 /// @param out           overwritten: rows x e, the elements of the copy; entries `~0U` stay
-/// @param connectivity  rows x e, the elements to copy; entries must be columns of `coords`, or `~0U`: they are not tested
+/// @param connectivity  rows x e, the elements to copy; entries must be columns of `coords`, or `~0U`: they are not
+///                      tested
 /// @return 0; -199 when memory, or the 32-bit indices for the new nodes, ran out (nothing changed)
 ///
-/// Cost: expected linear in the entries and in the largest index among them, amortised; `coords` is moved as a whole when
-/// its block has no room, or is shared with another view.
+/// Cost: expected linear in the entries and in the largest index among them, amortised; `coords` is moved as a whole
+/// when its block has no room, or is shared with another view.
 QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const dense2D<unsigned>& connectivity);
 
 /// Makes n copies of a part, each a step further than the one before: a circular or helical array.
 ///
 /// Copy k (k = 1 to n) is the source, turned about `center` by k times the step as by rotate(), then moved by k times
-/// `shift` as by translate(); so steps that do nothing there do nothing here, and where one does something `coords` gets d
-/// rows. The result is, bit for bit, that of n single copies. Unlike the single form, this one *appends* to `out`.
+/// `shift` as by translate(); so steps that do nothing there do nothing here, and where one does something `coords`
+/// gets d rows. The result is, bit for bit, that of n single copies. Unlike the single form, this one *appends* to
+/// `out`.
 ///
-/// @param coords        any row count x m; u columns are appended for each copy, where u is the number of distinct nodes
-/// @param out           appended to: the elements of copy 1, 2, ... behind those that are there, e columns each. It gets
-///                      the larger of the two row counts; the entries that a column lacks are `~0U`
+/// @param coords        any row count x m; u columns are appended for each copy, where u is the number of distinct
+///                      nodes
+/// @param out           appended to: the elements of copy 1, 2, ... behind those that are there, e columns each. It
+///                      gets the larger of the two row counts; the entries that a column lacks are `~0U`
 /// @param shift         the step of the translation, in the units of `coords`
 /// @param center        a point that the rotation leaves in place
 /// @param angle         the step of the rotation in the plane, in radians
 /// @param n             number of copies
-/// @param connectivity  rows x e, the elements to copy; entries must be columns of `coords`, or `~0U`: they are not tested.
-///                      As it is at the call, also when it is the same object as `out`
+/// @param connectivity  rows x e, the elements to copy; entries must be columns of `coords`, or `~0U`: they are not
+///                      tested. As it is at the call, also when it is the same object as `out`
 /// @return 0 (empty `coords` or n = 0: `out` untouched)
 ///         -199 when memory, or the 32-bit indices for the new nodes, ran out. All memory is taken beforehand, so that
 ///         nothing has changed
@@ -212,16 +218,16 @@ QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, 
 
 /// Makes one copy of a part, mirrored in a line (2-D) or a plane (3-D): p <- p - 2 ((p - point) . n / |n|^2) n.
 ///
-/// Elements keep the order of their nodes, so a mirrored element has the opposite orientation: a solid's Jacobian changes
-/// its sign, a face its side.
+/// Elements keep the order of their nodes, so a mirrored element has the opposite orientation: a solid's Jacobian
+/// changes its sign, a face its side.
 ///
 /// @param coords        any row count x m; columns are appended, and d rows are made of fewer, the new entries 0
 /// @param out           overwritten, as by the single form of copy_mesh()
 /// @param point         a point of the line or plane
 /// @param normal        its normal, of any length whose square is not 0 in doubles
 /// @param connectivity  as for copy_mesh()
-/// @return 0 (empty `coords`: `out` untouched); -4 when the squared length of `normal` is 0; -199 as copy_mesh(). Nothing
-///         changes on a negative result.
+/// @return 0 (empty `coords`: `out` untouched); -4 when the squared length of `normal` is 0; -199 as copy_mesh().
+///         Nothing changes on a negative result.
 ///
 /// Cost: as the single form of copy_mesh().
 /// @{
