@@ -1,7 +1,8 @@
 // Works on the same memory with Eigen and with this library; no entry is copied on the way.
 //
 // Both lay matrices out column by column, so a map of either onto the other is a pointer, two sizes and a leading
-// dimension, which Eigen calls the outer stride. Arrays of ours are aligned to 8 bytes: their maps stay Eigen::Unaligned.
+// dimension, which Eigen calls the outer stride. Arrays of ours are aligned to 8 bytes: their maps stay
+// Eigen::Unaligned.
 #include <qel/gridwork.h>
 
 #include <Eigen/Dense>

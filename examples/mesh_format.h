@@ -1,5 +1,6 @@
-// What the inspector knows of a file format. A new format is one more source file like stl_format.cpp or obj_format.cpp,
-// or, if it is only written, a row in written_formats.cpp; it is declared here and named in inspect_mesh.cpp.
+// What the inspector knows of a file format. A new format is one more source file like stl_format.cpp or
+// obj_format.cpp, or, if it is only written, a row in written_formats.cpp; it is declared here and named in
+// inspect_mesh.cpp.
 #ifndef MESH_FORMAT_H
 #define MESH_FORMAT_H
 

@@ -51,8 +51,9 @@ void require(bool done) {
 
 double sector() { return 2 * std::acos(-1.0) / teeth; }
 
-// The upper half of the tooth's surface, open where its neighbours and its lower half come. At each station of the outline
-// four nodes lead from the bore's middle up, outwards and down again; between two stations lie three quadrangles.
+// The upper half of the tooth's surface, open where its neighbours and its lower half come. At each station of the
+// outline four nodes lead from the bore's middle up, outwards and down again; between two stations lie three
+// quadrangles.
 mesh half_tooth() {
   mesh m;
   for (const station& at : outline) {
