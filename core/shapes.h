@@ -109,26 +109,37 @@ constexpr const shape& solid_shape(const unsigned* nodes) noexcept {
   return hexahedron_shape;
 }
 
+/// True when the boundaries of a shape have the same number of nodes.
+constexpr bool has_equal_boundaries(const shape& s) noexcept {
+  for (unsigned k = 1; k < s.boundaries; ++k) {
+    if (s.boundary_sizes[k] != s.boundary_sizes[0]) return false;
+  }
+  return true;
+}
+
 /// Gives every column the same shape.
 template <const shape& Shape>
 struct uniform_columns {
   static constexpr const shape& largest = Shape;
+  static constexpr bool equal_boundaries = has_equal_boundaries(Shape);
   static constexpr const shape& of(const unsigned*) noexcept { return Shape; }
 };
 
 /// Gives a column of a mixed connectivity its shape; `largest` tells the counts that all of them fit in.
 struct mixed_faces {
   static constexpr const shape& largest = quadrangle_shape;
+  static constexpr bool equal_boundaries = true;
   static constexpr const shape& of(const unsigned* nodes) noexcept { return face_shape(nodes); }
 };
 
 struct mixed_solids {
   static constexpr const shape& largest = hexahedron_shape;
+  static constexpr bool equal_boundaries = false;
   static constexpr const shape& of(const unsigned* nodes) noexcept { return solid_shape(nodes); }
 };
 
-/// Calls action(columns), where `columns` is one of the three kinds above, for a linear type that is pure or mixed of full
-/// row count, and returns its result; for any other type returns `otherwise`.
+/// Calls action(columns), where `columns` is one of the three kinds above, for a linear type that is pure or mixed of
+/// full row count, and returns its result; for any other type returns `otherwise`.
 template <class Result, class Action>
 constexpr Result visit_shape(element_type type, Result otherwise, Action action) {
   switch (type) {

@@ -32,7 +32,7 @@ int append_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, dens
   if (!append_columns(boundaries, rows, count)) return out_of_memory;
   unsigned* out = boundaries.column(boundaries.cols() - count);
   visit_boundaries<Columns>(connectivity, wanted, [&](const unsigned* nodes, const shape& s, unsigned k) {
-    std::copy_n(boundary_of(s, nodes, k).nodes, rows, out);
+    std::copy_n(boundary_of<Columns>(s, nodes, k).nodes, rows, out);
     out += rows;
   });
   return 0;

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "core/position_table.h"
 #include "core/shapes.h"
 #include "qel/dense.h"
 
@@ -15,12 +14,12 @@ namespace qel::gridwork {
 struct boundary_nodes {
   unsigned size;
   unsigned nodes[most_boundary_nodes];
-
-  unsigned smallest() const noexcept { return *std::min_element(nodes, nodes + size); }
 };
 
-inline boundary_nodes boundary_of(const shape& s, const unsigned* nodes, unsigned k) noexcept {
-  boundary_nodes boundary{s.boundary_sizes[k], {none, none, none, none}};
+template <class Columns>
+boundary_nodes boundary_of(const shape& s, const unsigned* nodes, unsigned k) noexcept {
+  const unsigned size = Columns::equal_boundaries ? Columns::largest.boundary_nodes : s.boundary_sizes[k];
+  boundary_nodes boundary{size, {none, none, none, none}};
   for (unsigned i = 0; i < boundary.size; ++i) boundary.nodes[i] = nodes[s.boundary[k][i]];
   return boundary;
 }
@@ -46,15 +45,6 @@ inline direction compare_boundaries(const boundary_nodes& a, const boundary_node
   }
   if (same) return direction::same;
   return opposite ? direction::opposite : direction::different;
-}
-
-/// Equal for equal sets of nodes.
-inline unsigned hash_boundary(const boundary_nodes& boundary) noexcept {
-  std::uint64_t sum = 0;
-  for (unsigned i = 0; i < boundary.size; ++i) {
-    sum += (boundary.nodes[i] + 0x9e3779b97f4a7c15U) * (boundary.nodes[i] ^ 0xd6e8feb86659fd93U);
-  }
-  return static_cast<unsigned>(mix_bits(sum) >> 32);
 }
 
 /// True when every slot code of `elements` elements with `boundaries` boundaries each is below `none`.

@@ -28,7 +28,7 @@ class node_ring {
       const shape& s = Columns::of(nodes);
       for (unsigned k = 0; k < s.boundaries; ++k) {
         const unsigned across = neighbors_(k, ring_[i]);
-        if (across != none && holds(boundary_of(s, nodes, k), node) && !add(across, node, visit)) return false;
+        if (across != none && holds(boundary_of<Columns>(s, nodes, k), node) && !add(across, node, visit)) return false;
       }
     }
     return true;
@@ -64,7 +64,8 @@ boundary_nodes given_boundary(const dense2D<unsigned>& boundaries, std::uint64_t
   return boundary;
 }
 
-/// The slot among `elements` that coincides with a boundary: the first in the same direction, else the last in the other.
+/// The slot among `elements` that coincides with a boundary: the first in the same direction, else the last in the
+/// other.
 template <class Columns>
 unsigned find_slot(const dense2D<unsigned>& connectivity, const dense1D<unsigned>& elements,
                    const boundary_nodes& wanted) noexcept {
@@ -73,7 +74,7 @@ unsigned find_slot(const dense2D<unsigned>& connectivity, const dense1D<unsigned
     const unsigned* nodes = connectivity.column(e);
     const shape& s = Columns::of(nodes);
     for (unsigned k = 0; k < s.boundaries; ++k) {
-      const direction found = compare_boundaries(wanted, boundary_of(s, nodes, k));
+      const direction found = compare_boundaries(wanted, boundary_of<Columns>(s, nodes, k));
       if (found == direction::different) continue;
       const unsigned slot = e * Columns::largest.boundaries + k;
       if (found == direction::same) return slot;

@@ -1,146 +1,188 @@
-// Elements across boundaries. Slots are put into buckets by their smallest node; equal boundaries meet in one bucket.
+// Elements across boundaries. Slots are parted into lists by their smallest nodes; each list is then matched in cache
+// memory.
 #include <algorithm>
+#include <numeric>
 
-#include "core/distribute.h"
 #include "core/elements.h"
+#include "core/position_table.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/topology.h"
-#include "topology/boundary_slots.h"
+#include "topology/slot_groups.h"
+#include "topology/slot_lists.h"
 
 namespace qel::gridwork {
 namespace {
 
-/// A slot beside the hash of its nodes, which tells nearly all different boundaries apart.
-struct hashed_slot {
-  unsigned hash, slot;
+template <class Columns, class Visit>
+void visit_boundaries(const unsigned* nodes, Visit visit) {
+  const shape& s = Columns::of(nodes);
+  for (unsigned k = 0; k < s.boundaries; ++k) visit(boundary_of<Columns>(s, nodes, k), k);
+}
+
+/// Parts boundaries into ranges of equal width of their smallest node. Most boundaries of an element stay together.
+template <class Columns>
+class boundary_ranges {
+ public:
+  static constexpr std::uint64_t most = 4096;
+
+  boundary_ranges(const dense2D<unsigned>& connectivity, std::uint64_t ranges) : last_(ranges - 1) {
+    find_width(connectivity);
+    if (!is_lopsided(connectivity)) return;
+    by_sum_ = true;  // a fan: one node is the smallest of very many boundaries
+    find_width(connectivity);
+  }
+
+  std::uint64_t operator()(const boundary_nodes& boundary) const noexcept {
+    return std::min((place_of(boundary) - first_) >> shift_, last_);
+  }
+
+ private:
+  std::uint64_t place_of(const boundary_nodes& boundary) const noexcept {
+    const unsigned* end = boundary.nodes + boundary.size;
+    if (by_sum_) return std::accumulate(boundary.nodes, end, std::uint64_t{0});
+    return std::accumulate(boundary.nodes, end, none, [](unsigned a, unsigned b) { return std::min(a, b); });
+  }
+
+  /// Some elements tell enough: what lies outside of their bounds belongs to the last range.
+  template <class Visit>
+  static void visit_samples(const dense2D<unsigned>& connectivity, Visit visit) {
+    const std::uint64_t step = connectivity.cols() / 4096 + 1;
+    for (std::uint64_t e = 0; e < connectivity.cols(); e += step) {
+      visit_boundaries<Columns>(connectivity.column(e), [&](const boundary_nodes& b, unsigned) { visit(b); });
+    }
+  }
+
+  void find_width(const dense2D<unsigned>& connectivity) {
+    first_ = ~std::uint64_t{0};
+    std::uint64_t largest = 0;
+    visit_samples(connectivity, [&](const boundary_nodes& boundary) {
+      first_ = std::min(first_, place_of(boundary));
+      largest = std::max(largest, place_of(boundary));
+    });
+    for (shift_ = 0; (largest - first_) >> shift_ > last_;) ++shift_;
+  }
+
+  bool is_lopsided(const dense2D<unsigned>& connectivity) const {
+    unsigned counts[most] = {};
+    unsigned all = 0;
+    visit_samples(connectivity, [&](const boundary_nodes& boundary) {
+      ++counts[(*this)(boundary)];
+      ++all;
+    });
+    return *std::max_element(counts, counts + last_ + 1) > 32 * (all / (last_ + 1) + 1);
+  }
+
+  std::uint64_t first_ = 0, last_, shift_ = 0;
+  bool by_sum_ = false;
 };
 
-/// Gives slots of one bucket that hold the same boundary to each other as neighbours.
+/// Gives elements with the same boundary to each other as neighbours.
 template <class Columns>
-class slot_matcher {
+class boundary_matcher {
  public:
-  slot_matcher(const dense2D<unsigned>& connectivity, bool pair_non_manifold, dense2D<unsigned>& neighbors) noexcept
-      : connectivity_(connectivity), neighbors_(neighbors.data()), pair_non_manifold_(pair_non_manifold) {}
+  boundary_matcher(const dense2D<unsigned>& connectivity, bool pair_non_manifold, dense2D<unsigned>& neighbors) noexcept
+      : nodes_(connectivity.data()),
+        ld_(connectivity.ld()),
+        neighbors_(neighbors.data()),
+        pair_non_manifold_(pair_non_manifold) {}
 
-  /// Matches the slots of a bucket, which come in increasing order. They are overwritten.
-  void match(hashed_slot* begin, hashed_slot* end) const {
-    constexpr std::ptrdiff_t few = 48;
-    if (end - begin <= few) {
-      match_pairwise(begin, end);
-      return;
-    }
-    std::sort(begin, end, [](const hashed_slot& a, const hashed_slot& b) {
-      return a.hash != b.hash ? a.hash < b.hash : a.slot < b.slot;
-    });
-    while (begin != end) {
-      hashed_slot* next = begin;
-      while (next != end && next->hash == begin->hash) ++next;
-      match_pairwise(begin, next);
-      begin = next;
-    }
+  /// Room for lists of up to `most` slots out of `all`. The groups of a very long list must not take more memory than
+  /// the slots themselves, so such a list is matched in several rounds.
+  [[nodiscard]] bool prepare(std::uint64_t most, std::uint64_t all) {
+    return list_.resize(most) && groups_.prepare(std::min(most, std::max<std::uint64_t>(all / 16, 4096)));
+  }
+
+  /// Matches the slots of a list, which come in increasing order.
+  void match(const slot_lists& lists, std::uint64_t list) noexcept {
+    unsigned* end = list_.end();
+    unsigned* begin = lists.copy_backward(list, end);
+    while (begin != end) end = match_some(begin, end);
   }
 
  private:
   static constexpr unsigned boundaries = Columns::largest.boundaries;
 
-  boundary_nodes boundary(unsigned slot) const noexcept {
-    const unsigned* nodes = connectivity_.column(slot / boundaries);
-    return boundary_of(Columns::of(nodes), nodes, slot % boundaries);
+  boundary_key<Columns> key(unsigned slot) const noexcept {
+    const unsigned* nodes = nodes_ + ld_ * (slot / boundaries);
+    return key_of<Columns>(boundary_of<Columns>(Columns::of(nodes), nodes, slot % boundaries));
   }
 
-  /// Visits each slot that no earlier one has taken, and takes those that match it.
-  void match_pairwise(hashed_slot* begin, hashed_slot* end) const noexcept {
-    for (hashed_slot* first = begin; first != end; ++first) {
-      if (first->slot != none) match_first(*first, first + 1, end);
+  void prefetch_slot(unsigned slot) const noexcept {
+    prefetch(nodes_ + ld_ * (slot / boundaries));
+    prefetch(neighbors_ + slot);
+  }
+
+  /// One round. Slots whose group finds no room are moved to the front, and the end of these is returned.
+  unsigned* match_some(unsigned* begin, unsigned* end) noexcept {
+    constexpr std::ptrdiff_t ahead = 24;
+    groups_.reset(static_cast<std::uint64_t>(end - begin));
+    unsigned* left = begin;
+    for (const unsigned* it = begin; it != end; ++it) {
+      prefetch_slot(end - it > ahead ? it[ahead] : *it);
+      auto* group = groups_.find_or_begin(key(*it), *it);
+      if (group == nullptr) {
+        *left++ = *it;
+        continue;
+      }
+      if (group->first != group->last) leave_second(*group);
+      group->last = *it;
+    }
+    for (const auto& group : groups_) {
+      if (group.first != group.last && group.first != none) link(group.first, group.last);
+    }
+    return left;
+  }
+
+  /// A third slot is to take the place of the second one of a group.
+  void leave_second(typename slot_groups<Columns>::group& group) const noexcept {
+    if (pair_non_manifold_) {
+      neighbors_[group.last] = group.first / boundaries;
+    } else {
+      group.first = none;  // nothing is linked
     }
   }
 
-  void match_first(const hashed_slot& first, hashed_slot* rest, hashed_slot* end) const noexcept {
-    unsigned matches = 0;
-    unsigned last = none;
-    for (hashed_slot* it = rest; it != end; ++it) {
-      if (it->hash != first.hash || it->slot == none || !are_equal(first.slot, it->slot)) continue;
-      ++matches;
-      last = it->slot;
-      if (pair_non_manifold_) neighbors_[last] = first.slot / boundaries;
-      it->slot = none;  // taken
-    }
-    if (matches == 1) neighbors_[last] = first.slot / boundaries;
-    if (matches == 1 || (matches > 1 && pair_non_manifold_)) neighbors_[first.slot] = last / boundaries;
+  void link(unsigned a, unsigned b) const noexcept {
+    neighbors_[a] = b / boundaries;
+    neighbors_[b] = a / boundaries;
   }
 
-  bool are_equal(unsigned a, unsigned b) const noexcept {
-    return compare_boundaries(boundary(a), boundary(b)) != direction::different;
-  }
-
-  const dense2D<unsigned>& connectivity_;
+  const unsigned* nodes_;
+  std::uint64_t ld_;
   unsigned* neighbors_;
   bool pair_non_manifold_;
+  dense1D<unsigned> list_;
+  slot_groups<Columns> groups_;
 };
 
-/// Calls visit(element's nodes, its shape, slot code, local boundary) for every slot in order.
-template <class Columns, class Visit>
-void visit_slots(const dense2D<unsigned>& connectivity, Visit visit) {
-  for (std::uint64_t e = 0; e < connectivity.cols(); ++e) {
-    const unsigned* nodes = connectivity.column(e);
-    const shape& s = Columns::of(nodes);
-    const auto first_slot = static_cast<unsigned>(e * Columns::largest.boundaries);
-    for (unsigned k = 0; k < s.boundaries; ++k) visit(boundary_of(s, nodes, k), first_slot + k);
+template <class Columns>
+void distribute_slots(const dense2D<unsigned>& connectivity, std::uint64_t ranges, slot_lists& lists) {
+  const boundary_ranges<Columns> range_of(connectivity, ranges);
+  unsigned first_slot = 0;
+  for (std::uint64_t e = 0; e < connectivity.cols(); ++e, first_slot += Columns::largest.boundaries) {
+    visit_boundaries<Columns>(connectivity.column(e), [&](const boundary_nodes& boundary, unsigned k) {
+      lists.push_back(range_of(boundary), first_slot + k);
+    });
   }
 }
-
-/// Buckets are the nodes themselves or, where indices are too large for a table, hashes of them.
-class node_buckets {
- public:
-  node_buckets(const dense2D<unsigned>& connectivity, std::uint64_t slots) {
-    unsigned bound = 0;  // `none`, the filling of mixed elements, wraps to 0
-    for (std::uint64_t e = 0; e < connectivity.cols(); ++e) {
-      for (const unsigned* p = connectivity.begin_column(e); p != connectivity.end_column(e); ++p) {
-        bound = std::max(bound, *p + 1);
-      }
-    }
-    count_ = std::uint64_t{bound} + 1;
-    if (count_ <= slots + 1024) return;
-    hashed_ = true;
-    count_ = 1024;
-    while (2 * count_ < slots) count_ *= 2;
-  }
-
-  std::uint64_t count() const noexcept { return count_; }
-
-  std::uint64_t operator()(unsigned node) const noexcept {
-    return hashed_ ? mix_bits(node) & (count_ - 1) : std::min<std::uint64_t>(node, count_ - 1);
-  }
-
- private:
-  std::uint64_t count_ = 0;
-  bool hashed_ = false;
-};
 
 template <class Columns>
 int find_neighbors(const dense2D<unsigned>& connectivity, bool pair_non_manifold, dense2D<unsigned>& neighbors) {
   constexpr unsigned boundaries = Columns::largest.boundaries;
   if (!neighbors.resize(boundaries, connectivity.cols(), none)) return out_of_memory;
   if (!slot_codes_fit(connectivity.cols(), boundaries)) return out_of_memory;
-  const node_buckets bucket_of(connectivity, neighbors.size());
-  dense1D<unsigned> offsets;
-  dense1D<hashed_slot> slots;
-  const auto walk = [&](auto visit) {
-    visit_slots<Columns>(connectivity, [&](const boundary_nodes& boundary, unsigned slot) {
-      visit(bucket_of(boundary.smallest()), std::pair(slot, &boundary));
-    });
-  };
-  const bool distributed = distribute(
-      bucket_of.count(), offsets, walk, [&](unsigned total) { return slots.resize(total); },
-      [&](unsigned position, const auto& item) {
-        slots.data()[position] = {hash_boundary(*item.second), item.first};
-      });
-  if (!distributed) return out_of_memory;
-  const slot_matcher<Columns> matcher(connectivity, pair_non_manifold, neighbors);
-  for (std::uint64_t b = 0; b < bucket_of.count(); ++b) {
-    matcher.match(slots.data() + offsets[b], slots.data() + offsets[b + 1]);
-  }
+  const std::uint64_t slots = neighbors.size();
+  // 1024 slots are matched in the first cache.
+  const auto ranges = std::clamp<std::uint64_t>(slots / 1024, 1, boundary_ranges<Columns>::most);
+  slot_lists lists;
+  if (!lists.prepare(ranges, slots)) return out_of_memory;
+  distribute_slots<Columns>(connectivity, ranges, lists);
+  boundary_matcher<Columns> matcher(connectivity, pair_non_manifold, neighbors);
+  std::uint64_t most = 0;
+  for (std::uint64_t i = 0; i < ranges; ++i) most = std::max(most, lists.size(i));
+  if (!matcher.prepare(most, slots)) return out_of_memory;
+  for (std::uint64_t i = 0; i < ranges; ++i) matcher.match(lists, i);
   return 0;
 }
 

@@ -3,6 +3,7 @@
 
 #include "core/columns.h"
 #include "core/distribute.h"
+#include "core/position_table.h"
 #include "core/result.h"
 #include "qel/gridwork/topology.h"
 
@@ -41,24 +42,45 @@ bool list_elements(const dense2D<unsigned>& connectivity, dense1D<unsigned>& off
       [&](unsigned position, unsigned e) { elements.data()[position] = e; });
 }
 
-/// Writes the nodes round one node, each once, and returns the end. `marks` holds the node that saw a node last.
-unsigned* write_row(const dense2D<unsigned>& connectivity, unsigned node, const unsigned* element,
-                    const unsigned* last_element, unsigned* marks, unsigned* out) noexcept {
-  marks[node] = node;
-  for (; element != last_element; ++element) {
-    for (const unsigned* p = connectivity.begin_column(*element); p != connectivity.end_column(*element); ++p) {
-      if (*p == none || marks[*p] == node) continue;
-      marks[*p] = node;
-      *out++ = *p;
-    }
-  }
-  return out;
-}
+/// Writes the rows of the node graph.
+class row_writer {
+ public:
+  row_writer(const dense2D<unsigned>& connectivity, const dense1D<unsigned>& elements,
+             dense1D<unsigned>& marks) noexcept
+      : nodes_(connectivity.data()),
+        rows_(connectivity.rows()),
+        ld_(connectivity.ld()),
+        end_of_elements_(elements.end()),
+        marks_(marks.data()) {}
 
-/// Gives back what doubling took too much. Without memory for a copy, the list stays as it is.
+  /// Writes the nodes of some of the elements, the ones round `node`, each once and without `node`; returns the end.
+  unsigned* write(unsigned node, const unsigned* begin, const unsigned* end, unsigned* out) const noexcept {
+    constexpr std::ptrdiff_t ahead = 16;
+    marks_[node] = node;
+    for (const unsigned* element = begin; element != end; ++element) {
+      prefetch(column(end_of_elements_ - element > ahead ? element[ahead] : *element));
+      for (const unsigned* p = column(*element); p != column(*element) + rows_; ++p) {
+        if (*p == none || marks_[*p] == node) continue;
+        marks_[*p] = node;
+        *out++ = *p;
+      }
+    }
+    return out;
+  }
+
+ private:
+  const unsigned* column(unsigned element) const noexcept { return nodes_ + element * ld_; }
+
+  const unsigned* nodes_;
+  std::uint64_t rows_, ld_;
+  const unsigned* end_of_elements_;
+  unsigned* marks_;  // the node that saw a node last
+};
+
+/// Gives back memory of which less than half is used. Without memory for a copy, the list stays as it is.
 void trim(dense1D<unsigned>& list) {
   dense1D<unsigned> fitting;
-  if (list.capacity() > list.size() + list.size() / 4 && fitting.copy(list)) list.shallow_copy(fitting);
+  if (list.capacity() > 2 * list.size() && fitting.copy(list)) list.shallow_copy(fitting);
 }
 
 bool list_nodes(const dense2D<unsigned>& connectivity, dense1D<unsigned>& offsets, dense1D<unsigned>& adjacency) {
@@ -70,18 +92,20 @@ bool list_nodes(const dense2D<unsigned>& connectivity, dense1D<unsigned>& offset
   offsets.clear();
   adjacency.clear();
   if (!offsets.resize(nodes + 1, 0) || !marks.resize(nodes, none) || !adjacency.reserve(elements.size())) return false;
+  const row_writer writer(connectivity, elements, marks);
+  std::uint64_t size = 0;
+  const unsigned* element = elements.data();
   for (unsigned node = 0; node < nodes; ++node) {
-    const std::uint64_t size = adjacency.size();
-    const std::uint64_t most = (first[node + std::uint64_t{1}] - first[node]) * connectivity.rows();
-    if (!adjacency.reserve(size + most, 2)) return false;
-    unsigned* row = adjacency.data() + size;
-    const unsigned* element = elements.data() + first[node];
     const unsigned* last_element = elements.data() + first[node + std::uint64_t{1}];
-    const unsigned* end = write_row(connectivity, node, element, last_element, marks.data(), row);
-    const std::uint64_t new_size = size + static_cast<std::uint64_t>(end - row);
-    if (new_size >= none || !adjacency.resize(new_size)) return false;
-    offsets[node + std::uint64_t{1}] = static_cast<unsigned>(new_size);
+    const std::uint64_t most = size + static_cast<std::uint64_t>(last_element - element) * connectivity.rows();
+    if (most > adjacency.capacity() && (!adjacency.resize(size) || !adjacency.reserve(most, 2))) return false;
+    size = static_cast<std::uint64_t>(writer.write(node, element, last_element, adjacency.data() + size) -
+                                      adjacency.data());
+    if (size >= none) return false;
+    offsets[node + std::uint64_t{1}] = static_cast<unsigned>(size);
+    element = last_element;
   }
+  if (!adjacency.resize(size)) return false;
   trim(adjacency);
   return true;
 }
