@@ -25,6 +25,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using qel::gridwork::operation;
 
 constexpr std::uintmax_t large_file = 100'000'000;  // bytes; a step on more than this takes a while
 
@@ -75,18 +76,17 @@ void print_bounding_box(const mesh& m) {
   }
 }
 
-void require(int code, const char* step) {
-  if (code != 0) fail(std::string(step) + ": result code " + std::to_string(code));
-}
-
 // Edges on which no triangle has a neighbour, each counted once.
 std::uint64_t count_edges_without_neighbor(const mesh& m, bool pair_non_manifold) {
   qel::dense2D<unsigned> neighbors, free, distinct;
-  require(qel::gridwork::get_neighbors(m.connectivity, qel::gridwork::ELT_TRIA3, pair_non_manifold, neighbors),
+  require(operation::get_neighbors,
+          qel::gridwork::get_neighbors(m.connectivity, qel::gridwork::ELT_TRIA3, pair_non_manifold, neighbors),
           "finding neighbours");
-  require(qel::gridwork::get_mesh_boundaries(m.connectivity, neighbors, qel::gridwork::ELT_TRIA3, free),
+  require(operation::get_mesh_boundaries,
+          qel::gridwork::get_mesh_boundaries(m.connectivity, neighbors, qel::gridwork::ELT_TRIA3, free),
           "finding free edges");
-  require(qel::gridwork::copy_edges(free, qel::gridwork::ELT_EDGE2, distinct), "counting free edges");
+  require(operation::copy_edges, qel::gridwork::copy_edges(free, qel::gridwork::ELT_EDGE2, distinct),
+          "counting free edges");
   return distinct.cols();
 }
 
@@ -111,9 +111,10 @@ std::uint64_t count_pieces(std::uint64_t nodes_in_use, const qel::dense2D<unsign
 void print_topology(const mesh& m) {
   if (m.connectivity.empty()) return;
   qel::dense2D<unsigned> edges;
-  require(qel::gridwork::copy_edges(m.connectivity, qel::gridwork::ELT_TRIA3, edges), "finding edges");
+  require(operation::copy_edges, qel::gridwork::copy_edges(m.connectivity, qel::gridwork::ELT_TRIA3, edges),
+          "finding edges");
   const int nodes = qel::gridwork::count_unique_indices(m.connectivity);
-  require(std::min(nodes, 0), "counting nodes");
+  require(operation::count_unique_indices, nodes, "counting nodes");
   // Pairing leaves only edges of one triangle alone; without it, edges of three or more join them.
   const std::uint64_t free = count_edges_without_neighbor(m, true);
   const std::uint64_t unpaired = count_edges_without_neighbor(m, false);
@@ -169,7 +170,7 @@ void write_mesh(const std::string& path, const mesh& m, const survey& input, ste
   const bool announce = input.bytes > large_file;
   errno = 0;
   const int code = timed("writing", announce, times, [&] { return kind.write(path, m, input.text); });
-  const std::string reason = errno != 0 ? std::strerror(errno) : "result code " + std::to_string(code);
+  const std::string reason = errno != 0 ? std::strerror(errno) : message(kind.writer, code);
   if (code != 0) fail(path + ": cannot be written: " + reason);
   const survey output = timed("checking what was written", announce, times, [&] { return kind.look(path); });
   if (!kind.complete(output, m)) fail(path + ": was written, but is not complete; is the disk full?");

@@ -5,11 +5,13 @@
 #define MESH_FORMAT_H
 
 #include <qel/gridwork.h>
+#include <qel/gridwork/messages.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -36,6 +38,7 @@ struct format {
   survey (*look)(const std::string& path);
   int (*read)(const std::string& path, mesh& result);
   std::string (*explain)(int code, const std::string& path, const survey& file);
+  qel::gridwork::operation writer;
   int (*write)(const std::string& path, const mesh& m, bool text);
   bool (*complete)(const survey& file, const mesh& m);
 };
@@ -45,6 +48,11 @@ extern const format stl_format, obj_format, vtk_format, medit_format, nastran_fo
 
 // A section of the report; see quality_report.cpp.
 void print_quality(const mesh& m);
+
+// Fails in words where a function of the library did.
+inline void require(qel::gridwork::operation call, int result, const std::string& step) {
+  if (result < 0) throw std::runtime_error(step + ": " + qel::gridwork::message(call, result));
+}
 
 inline std::string lower_case(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });

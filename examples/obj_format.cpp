@@ -11,6 +11,7 @@
 namespace {
 
 namespace gw = qel::gridwork;
+using gw::operation;
 
 constexpr int no_such_node = -3;  // beside the codes of the library's reader
 
@@ -74,13 +75,14 @@ bool obj_is_complete(const survey& file, const mesh& m) {
 }
 
 std::string explain_obj(int code, const std::string& /*path*/, const survey& file) {
-  if (code == -1) return "the file cannot be opened";
+  if (code == -1) return message(operation::WavefrontOBJ_input, code);
   if (code == -2) return "a line that starts with v, vn, vt or f breaks the OBJ grammar";
   if (code == no_such_node) return "a face has a corner at a node that is not there, or counts back from the last one";
   if (code == -199) return "there is not enough memory for its " + number(file.triangles) + " triangles";
-  return code == 0 ? "no triangle is left" : "the mesh cannot be merged (result code " + std::to_string(code) + ")";
+  return code == 0 ? "no triangle is left" : message(operation::merge_elements, code);
 }
 
 }  // namespace
 
-const format obj_format = {"OBJ", {".obj"}, look_at_obj, read_obj, explain_obj, write_obj, obj_is_complete};
+const format obj_format = {
+    "OBJ", {".obj"}, look_at_obj, read_obj, explain_obj, operation::WavefrontOBJ_output, write_obj, obj_is_complete};

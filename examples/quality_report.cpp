@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstdio>
 #include <numeric>
-#include <stdexcept>
 #include <vector>
 
 #include "mesh_format.h"
@@ -48,7 +47,7 @@ void print_worst(const mesh& m, const qel::dense1D<double>& quality) {
 
 double mean_edge_length(const mesh& m) {
   qel::dense2D<unsigned> edges;
-  if (gw::copy_edges(m.connectivity, gw::ELT_TRIA3, edges) != 0) throw std::runtime_error("finding edges failed");
+  require(gw::operation::copy_edges, gw::copy_edges(m.connectivity, gw::ELT_TRIA3, edges), "finding edges");
   double sum = 0;
   for (std::uint64_t e = 0; e < edges.cols(); ++e) {
     const double* a = m.coords.column(edges(0, e));
@@ -63,9 +62,8 @@ double mean_edge_length(const mesh& m) {
 void print_quality(const mesh& m) {
   if (m.connectivity.empty()) return;
   qel::dense1D<double> quality;
-  if (gw::shape_qualities(m.coords, m.connectivity, gw::ELT_TRIA3, quality) != 0) {
-    throw std::runtime_error("measuring shape qualities failed");
-  }
+  require(gw::operation::shape_qualities, gw::shape_qualities(m.coords, m.connectivity, gw::ELT_TRIA3, quality),
+          "measuring shape qualities");
   qel::misc::histogram shapes(0, 1, bins);
   for (const double q : quality) shapes.process(q);
   print_histogram("Shape quality of the triangles (equilateral: 1)", shapes);

@@ -15,6 +15,8 @@
 
 namespace {
 
+using qel::gridwork::operation;
+
 constexpr std::size_t stl_header = 84;  // bytes before the first triangle of a binary STL
 constexpr std::size_t stl_triangle = 50;
 
@@ -124,12 +126,12 @@ std::string explain_text_stl(const std::string& path) {
 }
 
 std::string explain_stl(int code, const std::string& path, const survey& file) {
-  if (code == -1) return "the file cannot be opened";
+  if (code == -1) return message(operation::STL_input, code);
   if (code == -199) return "there is not enough memory for its " + number(file.triangles) + " triangles";
   if (file.text && (code == 0 || code == -2 || code == -3)) return explain_text_stl(path);
   if (code == -2 || file.printable)
     return "this is not an STL file, neither a text one (it has no \"solid\") nor a binary one";
-  if (code != 0 && code != -3) return "the mesh cannot be merged (result code " + std::to_string(code) + ")";
+  if (code != 0 && code != -3) return message(operation::STL_input, code);
   if (file.bytes < stl_header) return "the file is cut short: the count of triangles is missing";
   const std::uintmax_t present = (file.bytes - stl_header) / stl_triangle;
   return "the file is cut short, or not STL: its header counts " + number(file.triangles) +
@@ -138,4 +140,5 @@ std::string explain_stl(int code, const std::string& path, const survey& file) {
 
 }  // namespace
 
-const format stl_format = {"STL", {".stl"}, look_at_stl, read_stl, explain_stl, write_stl, stl_is_complete};
+const format stl_format = {"STL",     {".stl"},       look_at_stl, read_stl, explain_stl, operation::STL_output,
+                           write_stl, stl_is_complete};

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "mesh_format.h"
 
@@ -12,6 +14,7 @@ namespace {
 
 namespace gw = qel::gridwork;
 namespace fs = std::filesystem;
+using gw::operation;
 
 template <int (*Write)(const char*, const qel::dense2D<double>&, const qel::dense2D<unsigned>&, gw::element_type)>
 int write(const std::string& path, const mesh& m, bool /*text*/) {
@@ -41,15 +44,21 @@ survey look_at_case(const std::string& path) {
   return file;
 }
 
+format only_written(const char* name, std::vector<std::string> extensions, operation writer,
+                    decltype(format::write) write, decltype(format::complete) complete,
+                    decltype(format::look) look = look_at_text) {
+  return {name, std::move(extensions), look, nullptr, nullptr, writer, write, complete};
+}
+
 }  // namespace
 
-const format vtk_format = {
-    "VTK", {".vtk"}, look_at_text, nullptr, nullptr, write<gw::vtk_output>, has_all_lines<10, 1, 2, 0>};
-const format medit_format = {
-    "MEDIT", {".mesh"}, look_at_text, nullptr, nullptr, write<gw::medit_output>, has_all_lines<8, 1, 1, 3>};
-const format nastran_format = {
-    "NASTRAN", {".nas", ".bdf"}, look_at_text, nullptr, nullptr, write<gw::NASTRAN_output>, has_all_lines<14, 2, 1, 0>};
-const format ensight_format = {
-    "EnSight", {".geo"}, look_at_text, nullptr, nullptr, write<gw::ensight_output>, has_all_lines<6, 1, 1, 4>};
-const format ensight_case_format = {
-    "EnSight", {".case"}, look_at_case, nullptr, nullptr, write_case, has_all_lines<6, 1, 1, 4>};
+const format vtk_format =
+    only_written("VTK", {".vtk"}, operation::vtk_output, write<gw::vtk_output>, has_all_lines<10, 1, 2, 0>);
+const format medit_format =
+    only_written("MEDIT", {".mesh"}, operation::medit_output, write<gw::medit_output>, has_all_lines<8, 1, 1, 3>);
+const format nastran_format = only_written("NASTRAN", {".nas", ".bdf"}, operation::NASTRAN_output,
+                                           write<gw::NASTRAN_output>, has_all_lines<14, 2, 1, 0>);
+const format ensight_format =
+    only_written("EnSight", {".geo"}, operation::ensight_output, write<gw::ensight_output>, has_all_lines<6, 1, 1, 4>);
+const format ensight_case_format =
+    only_written("EnSight", {".case"}, operation::ensight_output, write_case, has_all_lines<6, 1, 1, 4>, look_at_case);
