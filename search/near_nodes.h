@@ -12,9 +12,9 @@
 
 namespace qel::gridwork {
 
-/// A hashed grid over nodes. A node lies in one cell; a query looks into the cells that its box
-/// touches, nearly always one. The nodes of a cell form a chain in the order of their ranks, so the first hit is the
-/// answer. All cell numbers come from one monotonic function, so rounding cannot hide a node.
+/// A hashed grid over nodes. A node lies in one cell; a query looks into the cells that its box touches, nearly always
+/// one. The nodes of a cell form a chain in the order of their ranks, so the first hit is the answer. All cell numbers
+/// come from one monotonic function, so rounding cannot hide a node.
 template <unsigned Dim>
 class near_nodes {
  public:
@@ -23,8 +23,8 @@ class near_nodes {
   /// Uses the memory of a table that has served.
   void reuse(position_table&& table) noexcept { heads_ = std::move(table); }
 
-  /// Enters all nodes that have finite positions, coincident ones too, unless they crowd in few cells: then nothing is
-  /// entered, and is_crowded() holds. The square of `tol` must be finite.
+  /// Enters all nodes that have finite positions, coincident ones too. Gives up where they crowd in few cells: then
+  /// is_crowded() holds, and build() is to be called. The square of `tol` must be finite.
   [[nodiscard]] bool build_of_all() {
     constexpr double most_steps_per_node = 1.5;
     set_cell_size(large_cell);
