@@ -1,5 +1,6 @@
-// A stack machine over arrays that share blocks, each operation held against vectors.
+// Views of blocks that they share, each operation held against plain vectors that stand for the blocks.
 #include <deque>
+#include <memory>
 
 #include "fuzz/input.h"
 
@@ -11,144 +12,203 @@ using namespace fuzz;
 using array = dense1D<unsigned>;
 using matrix = dense2D<unsigned>;
 using values = std::vector<unsigned>;
-using places = std::vector<const unsigned*>;
+
+constexpr std::uint64_t huge[] = {1ULL << 60, 1ULL << 61, 1ULL << 63, ~0ULL};  // cannot be had
+
+/// Where a view lies in a plain vector that stands for its block. An array is a matrix of one row.
+struct place {
+  std::shared_ptr<values> block;
+  const unsigned* base = nullptr;  ///< start of the real block
+  std::uint64_t offset = 0, rows = 0, cols = 0, ld = 0;
+
+  unsigned& at(std::uint64_t i, std::uint64_t j) const { return (*block)[offset + j * ld + i]; }
+
+  values entries() const {
+    values all;
+    for (std::uint64_t k = 0; k < rows * cols; ++k) all.push_back(at(k % rows, k / rows));
+    return all;
+  }
+};
+
+unsigned& entry(array& view, std::uint64_t, std::uint64_t j) { return view[j]; }
+unsigned& entry(matrix& view, std::uint64_t i, std::uint64_t j) { return view(i, j); }
 
 template <class View>
-places places_of(const View& view) {
-  places all;
-  for (unsigned k = 0; k < view.size(); ++k) {
-    if constexpr (std::is_same_v<View, array>) all.push_back(&view[k]);
-    if constexpr (std::is_same_v<View, matrix>) all.push_back(&view(k % view.rows(), k / view.rows()));
+struct tracked : place {
+  static constexpr bool is_array = std::is_same_v<View, array>;
+
+  View view;
+
+  void look_at(const place& other) { static_cast<place&>(*this) = other; }
+
+  void check() {
+    CHECK(view.size() == rows * cols);
+    if constexpr (!is_array) CHECK(view.rows() == rows && view.cols() == cols && view.ld() == ld);
+    for (std::uint64_t k = 0; k < rows * cols; ++k) {
+      CHECK(entry(view, k % rows, k / rows) == at(k % rows, k / rows));
+    }
   }
-  return all;
-}
 
-values at(const places& all) {
-  values result;
-  for (const unsigned* p : all) result.push_back(*p);
-  return result;
-}
+  /// Calls change(), after which the view should have this shape and these entries, in the old block or a new one: it
+  /// stays where there is room, and leaves where it would move entries that another view sees.
+  template <class Change>
+  void become(std::uint64_t new_rows, std::uint64_t new_cols, std::uint64_t new_ld, const values& all, bool must_stay,
+              bool may_stay, Change change) {
+    CHECK(change());
+    const unsigned* const now = view.data() - view.offset();
+    CHECK((!must_stay || now == base) && (may_stay || now != base));
+    if (now != base || block == nullptr) block = std::make_shared<values>();
+    look_at({block, now, view.offset(), is_array ? 1 : new_rows, new_cols, is_array ? 1 : new_ld});
+    block->resize(std::max<std::size_t>(block->size(), offset + view.capacity()));
+    for (std::uint64_t k = 0; k < all.size(); ++k) at(k % rows, k / rows) = all[k];
+  }
 
+  void resize(std::uint64_t new_rows, std::uint64_t new_cols, bool fills, unsigned next) {
+    const std::uint64_t kept_rows = std::min(rows, new_rows), kept_cols = kept_rows == 0 ? 0 : std::min(cols, new_cols);
+    const bool stays = kept_cols <= 1 || new_rows == ld || block.use_count() == 1;
+    values all;
+    std::vector<std::uint64_t> fresh;
+    for (std::uint64_t k = 0; k < new_rows * new_cols; ++k) {
+      const bool kept = k % new_rows < kept_rows && k / new_rows < kept_cols;
+      if (!kept) fresh.push_back(k);
+      all.push_back(kept ? at(k % new_rows, k / new_rows) : fills ? next : next++);
+    }
+    become(new_rows, new_cols, new_rows, all, stays && all.size() <= view.capacity(), stays, [&] {
+      if constexpr (is_array) {
+        if (fills) return view.resize(new_cols, next);
+        if (!view.resize(new_cols)) return false;
+      } else {
+        if (fills) return view.resize(new_rows, new_cols, next);
+        if (!view.resize(new_rows, new_cols)) return false;
+      }
+      for (const std::uint64_t k : fresh) entry(view, k % new_rows, k / new_rows) = all[k];
+      return true;
+    });
+  }
+
+  /// Appends columns, of an array entries.
+  template <class Change>
+  void append(const values& more, std::uint64_t count, Change change) {
+    values all = entries();
+    all.insert(all.end(), more.begin(), more.end());
+    const bool fits = (is_array ? cols + count : ld * cols + rows) <= view.capacity();
+    become(rows, cols + count, ld, all, fits, true, change);
+  }
+};
+
+template <class View>
 class machine {
  public:
   explicit machine(input& in) : in_(in) {}
 
-  void step() { in_.flag() ? operate(arrays_) : operate(matrices_); }
+  void step() {
+    next_ += 100;
+    tracked<View>&a = views_[in_.below(5)], &b = views_[in_.below(5)];
+    const unsigned action = in_.below(10);
+    if (action < 6) operate(a, in_.below(6), in_.below(8));
+    if (action == 6) {
+      const bool leaves = a.block.use_count() > 1 && &a != &b;
+      a.become(b.rows, b.cols, b.rows, b.entries(), false, !leaves, [&] { return a.view.copy(b.view); });
+    } else if (action == 7) {
+      a.view.shallow_copy(b.view), a.look_at(b);
+      CHECK(a.view == b.view && a.view.data() == b.view.data());
+    } else if (action == 8) {
+      look_at_part(a, b);
+    } else if (action == 9 && &a != &b) {
+      empty(a, b);
+    }
+    for (tracked<View>& t : views_) t.check();
+  }
 
  private:
-  static constexpr std::uint64_t huge[] = {1ULL << 60, 1ULL << 61, 1ULL << 63, ~0ULL};  // cannot be had
+  using view_type = tracked<View>;
 
-  /// Operates on one array. Other views change only where it has entries now.
-  template <class View>
-  void operate(View (&views)[4]) {
-    View &target = views[in_.below(4)], &other = views[in_.below(4)];
-    std::vector<places> others;
-    for (const array& a : arrays_) others.push_back(places_of(a));
-    for (const matrix& m : matrices_) others.push_back(places_of(m));
-    std::vector<values> before;
-    for (const places& p : others) before.push_back(at(p));
-    const auto own = static_cast<std::size_t>(&target - views) + (std::is_same_v<View, matrix> ? 4 : 0);
-    const values expected = run(target, other, before[own]);
-    const places now = places_of(target);
-    CHECK(at(now) == expected);
-    for (std::size_t v = 0; v < others.size(); ++v) {
-      for (std::size_t k = 0; v != own && k < others[v].size(); ++k) {
-        CHECK(*others[v][k] == before[v][k] || std::count(now.begin(), now.end(), others[v][k]) != 0);
-      }
-    }
-  }
-
-  /// Runs an operation and returns the entries to expect.
-  template <class View>
-  values run(View& target, View& other, const values& before) {
-    const values theirs = at(places_of(other));
-    switch (in_.below(10)) {
+  void operate(view_type& a, unsigned rows, unsigned cols) {
+    const std::uint64_t refused = huge[in_.below(4)], capacity = a.view.capacity();
+    const unsigned value = next_;
+    switch (in_.below(5)) {
       case 0:
-        CHECK(target.copy(other) && at(places_of(other)) == theirs);
-        return theirs;
-      case 1:
-        target.shallow_copy(other);
-        CHECK(target == other && target.data() == other.data());
-        return theirs;
-      case 2:
-        in_.flag() ? target.clear() : target.clear_hard();
-        return {};
-      case 3:
-        target = std::move(other);
-        return theirs;
-      default:
-        return run_own(target, other, before);
-    }
-  }
-
-  values run_own(array& a, array& b, values all) {
-    const unsigned n = in_.below(40), v = in_.below(256);
-    const std::uint64_t old = a.size(), refused = huge[v % 4];
-    switch (in_.below(6)) {
-      case 0:
-        CHECK(a.reserve(n, v % 4) && a.capacity() >= n);
-        CHECK(!a.resize(refused, v) && !a.reserve(refused, v % 3) && !a.push_back_n(v, refused));
-        return all;
-      case 1:
-        CHECK(a.push_back_n(v, n));
-        all.insert(all.end(), n, v);
-        return all;
-      case 2:
-        if (n > b.size()) return all;
-        all = at(places_of(b));
-        a = b.sub_vector(n, all.size() - n);
-        return values(all.begin() + n, all.end());
-      case 3:
-        a = array(n, lent_.emplace_back(40, v).data());
-        return values(n, v);
-      case 4:
-        CHECK(a.resize(n));
-        for (std::uint64_t i = old; i < n; ++i) a[i] = v;
-        break;
-      default:
-        CHECK(a.resize(n, v));
-    }
-    all.resize(n, v);
-    return all;
-  }
-
-  values run_own(matrix& m, matrix& b, values all) {
-    const unsigned rows = in_.below(6), cols = in_.below(9), v = in_.below(256);
-    if (v < 32) {
-      CHECK(!m.resize(huge[v % 4], 1 + v % 2, v) && !m.reserve(9, huge[v % 4]) && m.reserve(rows, cols));
-    } else if (v < 64) {
-      m = matrix(rows, cols, rows + v % 3, lent_.emplace_back(64, v).data());
-      all.assign(rows * cols, v);
-    } else if (v < 128) {
-      if (rows > b.rows() || cols > b.cols()) return all;
-      const matrix part = deep_copy(b).sub_matrix(rows, cols, b.rows() - rows, b.cols() - cols);
-      m = b.sub_matrix(rows, cols, part.rows(), part.cols());
-      all = at(places_of(part));
-    } else if (v < 160 && b.rows() == m.rows() && cols < b.cols()) {
-      all.insert(all.end(), b.begin_column(cols), b.end_column(cols));
-      CHECK(m.push_back_column(b.column(cols)));
-    } else {
-      matrix expected(rows, cols, v);
-      for (unsigned k = 0; k < rows * cols; ++k) {
-        if (k % rows < m.rows() && k / rows < m.cols()) expected(k % rows, k / rows) = m(k % rows, k / rows);
+        return a.resize(view_type::is_array ? 1 : rows, cols, in_.flag(), next_);
+      case 1: {
+        const std::uint64_t wanted = view_type::is_array ? 2 * cols : rows * 2 * cols, factor = in_.below(4);
+        a.become(a.rows, a.cols, a.ld, a.entries(), wanted <= capacity, true, [&] {
+          if constexpr (view_type::is_array) return a.view.reserve(wanted, factor);
+          if constexpr (!view_type::is_array) return a.view.reserve(rows, 2 * cols);
+        });
+        CHECK(a.view.capacity() >= wanted);
+        if (!view_type::is_array || wanted <= capacity) return;
+        CHECK(a.view.capacity() == std::max({wanted, std::uint64_t{2}, factor * capacity}));
+        return;
       }
-      CHECK(m.resize(rows, cols, v) && m == expected && m.compact());
-      all = at(places_of(expected));
+      case 2:
+        if constexpr (view_type::is_array) {
+          if (in_.flag()) return a.append({value}, 1, [&] { return a.view.push_back(value); });
+          return a.append(values(cols, value), cols, [&] { return a.view.push_back_n(value, cols); });
+        } else if (a.cols != 0) {  // a column of its own or another
+          values column(a.rows, value);
+          const unsigned* source = column.data();
+          if (in_.flag()) source = a.view.column(cols % a.cols), column.assign(source, source + a.rows);
+          return a.append(column, 1, [&] { return a.view.push_back_column(source); });
+        }
+        return;
+      case 3:
+        if (a.rows * a.cols != 0) {
+          const std::uint64_t i = rows % a.rows, j = cols % a.cols;
+          entry(a.view, i, j) = a.at(i, j) = value;
+        }
+        return;
+      default:
+        if constexpr (view_type::is_array) CHECK(!a.view.resize(refused, value) && !a.view.push_back_n(value, refused));
+        if constexpr (view_type::is_array) CHECK(!a.view.reserve(refused, cols) && !a.view.resize(refused));
+        if constexpr (!view_type::is_array)
+          CHECK(!a.view.resize(refused, 1 + rows, value) && !a.view.resize(2, refused));
+        if constexpr (!view_type::is_array) CHECK(!a.view.reserve(9, refused) && a.view.capacity() == capacity);
     }
-    return all;
+  }
+
+  /// a becomes a view of a part of b, or of memory of the caller's.
+  void look_at_part(view_type& a, view_type& b) {
+    const unsigned j0 = in_.below(8), i0 = view_type::is_array ? 0 : in_.below(5), rows = 1 + in_.below(4);
+    if (j0 < b.cols && i0 < b.rows) {
+      const std::uint64_t r = 1 + rows % (b.rows - i0), c = 1 + in_.below(8) % (b.cols - j0), ld = b.ld;
+      if constexpr (view_type::is_array) a.view = b.view.sub_vector(j0, c);
+      if constexpr (!view_type::is_array) a.view = b.view.sub_matrix(i0, j0, std::min(r, b.rows - i0), c);
+      a.look_at({b.block, b.base, b.offset + j0 * ld + i0, std::min(r, b.rows - i0), c, ld});
+    } else if (lent_.size() < 8) {
+      values& memory = lent_.emplace_back(24);
+      for (unsigned& value : memory) value = next_++;
+      const unsigned r = view_type::is_array ? 1 : rows, ld = view_type::is_array ? 1 : 4, c = 1 + j0 % 6;
+      if constexpr (view_type::is_array) a.view = array(c, memory.data());
+      if constexpr (!view_type::is_array) a.view = matrix(r, c, ld, memory.data());
+      a.look_at({std::make_shared<values>(memory), memory.data(), 0, r, c, ld});
+    }
+  }
+
+  void empty(view_type& a, view_type& b) {
+    in_.flag() ? a.view.clear() : a.view.clear_hard();
+    a.look_at(a.view.data() == nullptr ? place() : place{a.block, a.base, a.offset});
+    if (in_.flag()) return;
+    a.view = std::move(b.view);
+    a.look_at(std::exchange(static_cast<place&>(b), place()));
+    CHECK(b.view.data() == nullptr && b.view.capacity() == 0);
   }
 
   input& in_;
-  std::deque<values> lent_;  // the memory of the caller's that arrays are views of
-  array arrays_[4];
-  matrix matrices_[4];
+  unsigned next_ = 1;
+  std::deque<values> lent_;
+  view_type views_[5];
 };
+
+template <class View>
+void run(input& in) {
+  machine<View> m(in);
+  for (unsigned k = 0; k < 200 && !in.ended(); ++k) m.step();
+}
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   input in(data, size);
-  machine m(in);
-  for (unsigned k = 0; k < 300 && !in.ended(); ++k) m.step();
+  (in.flag() ? run<array> : run<matrix>)(in);
   return 0;
 }

@@ -1,15 +1,13 @@
-// What the targets share: values out of the bytes of a fuzzer, files in memory, and a check.
+// What the targets share: values out of the bytes of a fuzzer, and a check.
 #ifndef QEL_FUZZ_INPUT_H
 #define QEL_FUZZ_INPUT_H
-
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "qel/gridwork.h"
+#include "tests/memory_file.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
@@ -76,12 +74,18 @@ class input {
     return all;
   }
 
-  /// A matrix whose entries come from next(); perhaps a view inside of a larger one.
+  /// The same matrix, perhaps as a view inside of a larger one.
+  template <class T>
+  dense2D<T> view(const dense2D<T>& m) {
+    return flag() ? random_meshes::with_gaps(m, T(5)) : m;
+  }
+
+  /// A matrix, perhaps a view, whose entries come from next().
   template <class Next>
   auto matrix(unsigned rows, unsigned cols, Next next) {
     dense2D<decltype(next())> m(rows, cols);
     for (unsigned j = 0; j < cols; ++j) std::generate(m.begin_column(j), m.end_column(j), next);
-    return flag() ? random_meshes::with_gaps(m, decltype(next())(5)) : m;
+    return view(m);
   }
 
   dense2D<double> coords(unsigned rows, unsigned cols) {
@@ -101,26 +105,6 @@ class input {
  private:
   const std::uint8_t* at_;
   const std::uint8_t* end_;
-};
-
-/// A file without a disk.
-class memory_file {
- public:
-  const char* path() const { return path_.c_str(); }
-
-  void assign(const void* data, std::size_t size) const {
-    CHECK(ftruncate(descriptor_, 0) == 0 && pwrite(descriptor_, data, size, 0) == static_cast<ssize_t>(size));
-  }
-
-  std::string content() const {
-    std::string text(static_cast<std::size_t>(lseek(descriptor_, 0, SEEK_END)), '\0');
-    CHECK(pread(descriptor_, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
-    return text;
-  }
-
- private:
-  int descriptor_ = memfd_create("fuzz", 0);
-  std::string path_ = "/proc/self/fd/" + std::to_string(descriptor_);
 };
 
 }  // namespace fuzz

@@ -26,8 +26,10 @@ std::vector<double> numbers(const words& line) {
   std::vector<double> values;
   for (std::size_t i = 1; i < line.size() && line[i].size() <= 4095; ++i) {
     double value;
-    unsigned length = 0;
-    if (std::sscanf(line[i].c_str(), "%lg%n", &value, &length) != 1 || length != line[i].size()) break;
+    int length = 0;
+    if (std::sscanf(line[i].c_str(), "%lg%n", &value, &length) != 1 ||
+        static_cast<std::size_t>(length) != line[i].size())
+      break;
     values.push_back(value);
   }
   return values;
@@ -94,11 +96,12 @@ bool equal(const dense2D<T>& m, const columns<T>& expected) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const memory_file file, written;
-  file.assign(data, size);
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  file.write(text);
   dense2D<double> coords(2, 2), normals(2, 2), uvs(2, 2);
   dense2D<unsigned> triangles(2, 2), quads(2, 2);
   literal_reader literal;
-  const int code = literal.read(std::string(reinterpret_cast<const char*>(data), size));
+  const int code = literal.read(text);
   CHECK(WavefrontOBJ_input(file.path(), coords, normals, uvs, triangles, quads) == code);
   CHECK(equal(coords, literal.coords) && equal(normals, literal.normals) && equal(uvs, literal.uvs));
   CHECK(equal(triangles, literal.triangles) && equal(quads, literal.quads));

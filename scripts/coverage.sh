@@ -13,7 +13,7 @@ cmake --preset coverage -B "$build" > /dev/null
 cmake --build "$build" -j2
 find "$build" -name '*.gcda' -delete # of earlier runs
 # Without threads_test, whose threads would spoil each other's counters; what it calls, other tests call, too.
-find "$build/tests" -maxdepth 1 -name '*_test' ! -name threads_test -print0 |
+find "$build/tests" -maxdepth 1 \( -name '*_test' -o -name 'replay_*' \) ! -name threads_test -print0 |
   xargs -0 -n 1 -P 2 sh -c '"$0" --gtest_brief=1 || exit 255'
 
 echo "== coverage"

@@ -26,5 +26,5 @@ run() {
 export -f run
 
 targets=${1:-all}
-if [[ $targets == all ]]; then targets=$(basename -s .cpp fuzz/*.cpp); fi
+if [[ $targets == all ]]; then targets=$(basename -s .cpp fuzz/*.cpp | grep -vx replay); fi
 xargs -P 2 -I '{}' bash -c "run '{}' ${2:-60}" <<< "$targets"

@@ -15,7 +15,6 @@
 namespace {
 
 using namespace mesh_files;
-using faults::memory_file;
 using faults::operation;
 using std::string;
 

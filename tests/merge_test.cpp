@@ -15,10 +15,6 @@ constexpr double largest = std::numeric_limits<double>::max();
 
 using matrices = std::vector<dense2D<unsigned>>;
 
-std::vector<double> tolerances(double step) {
-  return {0, 1e-3 * step, 0.5 * step, step, 1.5 * step, 2 * step, 1e3 * step, largest, infinity};
-}
-
 // The three groups of overloads with every fault; a fault is reported before those behind it.
 const dense2D<double> plane(2, 2, {0, 0, 1, 1}), empty(2, 0), line(1, 2), four(4, 2);
 
@@ -120,72 +116,6 @@ TEST(merge, survivors_by_list_order) {
   dense2D<double> same(3, 3, 0.5);
   EXPECT_EQ(merge(same, map, 0), 2);
   EXPECT_EQ(to_list(map), id_list({0, 0, 0}));
-}
-
-TEST(merge, lists_against_the_reference) {
-  generator random(1);
-  for (const unsigned dim : {2U, 3U}) {
-    for (const unsigned n : {1U, 2U, 7U, 150U}) {
-      for (const cloud& c : clouds(dim, n)) {
-        const dense2D<double> coords = with_gaps(c.coords, 0.25);
-        for (const double tol : tolerances(c.step)) {
-          SCOPED_TRACE(c.name + ", n = " + std::to_string(n) + ", tol = " + testing::PrintToString(tol));
-          const id_list all = identity(n), a = list(random, 1 + n / 2, n), b = list(random, 1 + n / 2, n);
-          const merge_result every = merge_near(coords, all, all, tol);
-          dense1D<unsigned> map{1};
-          dense2D<double> moved = with_gaps(c.coords, 0.25), moved_without_map = deep_copy(coords);
-          const dense2D<double> other_view = moved;
-          dense2D<double> expected_coords = deep_copy(coords);
-          for (unsigned j = 0; j < n; ++j) std::copy_n(coords.column(every.new_ids[j]), dim, expected_coords.column(j));
-          ASSERT_EQ(merge(moved, map, tol), every.count);
-          ASSERT_EQ(to_list(map), every.new_ids);
-          ASSERT_EQ(merge(moved_without_map, tol), every.count);
-          ASSERT_TRUE(same_bits(moved, expected_coords) && same_bits(moved_without_map, expected_coords));
-          ASSERT_TRUE(same_bits(other_view, coords)) << "another view of the block was disturbed";
-
-          const merge_result one = merge_near(coords, a, a, tol), two = merge_near(coords, a, b, tol);
-          ASSERT_EQ(merge(coords, to_array(a), map, tol), one.count);
-          ASSERT_EQ(to_list(map), one.new_ids);
-          ASSERT_EQ(merge(coords, to_array(a), to_array(b), map, tol), two.count);
-          ASSERT_EQ(to_list(map), two.new_ids);
-        }
-      }
-    }
-  }
-}
-
-TEST(merge, connectivities_against_the_reference) {
-  generator random(2);
-  for (const unsigned dim : {2U, 3U}) {
-    for (const unsigned n : {3U, 120U}) {
-      for (const cloud& c : clouds(dim, n)) {
-        const matrices originals = {connectivity(random, 3, n / 3, n), dense2D<unsigned>(4, 0),
-                                    connectivity(random, 8, n / 6, n)};
-        for (const double tol : tolerances(c.step)) {
-          for (unsigned mode = 0; mode <= 2; ++mode) {
-            SCOPED_TRACE(c.name + ", n = " + std::to_string(n) + ", mode = " + std::to_string(mode) +
-                         ", tol = " + testing::PrintToString(tol));
-            const auto expect = [&](const matrices& given, auto door) {
-              matrices expected = deep_copies(given), views = given, copies = deep_copies(given);
-              for (auto& m : views) m = with_gaps(m, 1U);
-              const merge_result result = reference::merge(c.coords, expected, tol, mode);
-              dense1D<unsigned> map{1};
-              ASSERT_EQ(door(views, map), result.count);
-              ASSERT_EQ(door(copies), result.count);
-              ASSERT_EQ(to_list(map), result.new_ids);
-              ASSERT_EQ(views, expected);
-              ASSERT_EQ(copies, expected);
-            };
-            expect(originals,
-                   [&](auto& m, auto&... map) { return merge(c.coords, m.data(), m.data() + 3, map..., tol, mode); });
-            expect({originals[0], originals[2]},
-                   [&](auto& m, auto&... map) { return merge(c.coords, m[0], m[1], map..., tol, mode); });
-            expect({originals[2]}, [&](auto& m, auto&... map) { return merge(c.coords, m[0], map..., tol, mode); });
-          }
-        }
-      }
-    }
-  }
 }
 
 // Merged matrices stay where they are, and every view of their storage sees the new numbers.

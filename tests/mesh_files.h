@@ -49,51 +49,57 @@ struct writer {
 };
 
 inline const writer writers[] = {
-    {"STL text", [](const char* p, const mesh& m) { return STL_output(p, m.coords, m.triangles, true); }, true},
-    {"STL binary", [](const char* p, const mesh& m) { return STL_output(p, m.coords, m.triangles, false); }, true},
-    {"OBJ, all",
+    {"STL_output, text", [](const char* p, const mesh& m) { return STL_output(p, m.coords, m.triangles, true); }, true},
+    {"STL_output", [](const char* p, const mesh& m) { return STL_output(p, m.coords, m.triangles, false); }, true},
+    {"WavefrontOBJ_output, all",
      [](const char* p, const mesh& m) { return WavefrontOBJ_output(p, m.coords, m.coords, {}, m.triangles, m.quads); }},
-    {"OBJ", [](const char* p, const mesh& m) { return WavefrontOBJ_output(p, m.coords, m.triangles, ELT_TRIA3); }},
-    {"OBJ, two",
+    {"WavefrontOBJ_output",
+     [](const char* p, const mesh& m) { return WavefrontOBJ_output(p, m.coords, m.triangles, ELT_TRIA3); }},
+    {"WavefrontOBJ_output, two",
      [](const char* p, const mesh& m) {
        return WavefrontOBJ_output(p, m.coords, m.quads, m.triangles, ELT_QUAD4, ELT_TRIA3);
      }},
-    {"VTK, stream", write_to_stream},
-    {"VTK", [](const char* p, const mesh& m) { return vtk_output(p, m.coords, m.triangles, ELT_TRIA3); }},
-    {"VTK, two",
+    {"vtk_output, stream", write_to_stream},
+    {"vtk_output", [](const char* p, const mesh& m) { return vtk_output(p, m.coords, m.triangles, ELT_TRIA3); }},
+    {"vtk_output, two",
      [](const char* p, const mesh& m) { return vtk_output(p, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4); }},
-    {"VTK, range", [](const char* p, const mesh& m) { return vtk_output(p, m.coords, m.both, m.both + 2, m.codes); }},
-    {"MEDIT", [](const char* p, const mesh& m) { return medit_output(p, m.coords, m.triangles, ELT_TRIA3); }},
-    {"MEDIT, two", [](const char* p,
-                      const mesh& m) { return medit_output(p, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4); }},
-    {"MEDIT, range",
+    {"vtk_output, range",
+     [](const char* p, const mesh& m) { return vtk_output(p, m.coords, m.both, m.both + 2, m.codes); }},
+    {"medit_output", [](const char* p, const mesh& m) { return medit_output(p, m.coords, m.triangles, ELT_TRIA3); }},
+    {"medit_output, two",
+     [](const char* p, const mesh& m) {
+       return medit_output(p, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4);
+     }},
+    {"medit_output, range",
      [](const char* p, const mesh& m) { return medit_output(p, m.coords, m.both, m.both + 2, m.codes); }},
-    {"MEDIT, references",
+    {"medit_output, references",
      [](const char* p, const mesh& m) { return medit_output(p, m.coords, m.quads, ELT_QUAD4, m.references); }},
-    {"MEDIT, scalar", [](const char* p, const mesh& m) { return medit_scalar(p, 3, m.sizes); }},
-    {"MEDIT, vector", [](const char* p, const mesh& m) { return medit_vector(p, 3, m.coords); }},
-    {"MEDIT, tensor", [](const char* p, const mesh& m) { return medit_tensor(p, m.coords); }},
-    {"NASTRAN", [](const char* p, const mesh& m) { return NASTRAN_output(p, m.coords, m.triangles, ELT_TRIA3); }},
-    {"NASTRAN, two",
+    {"medit_scalar", [](const char* p, const mesh& m) { return medit_scalar(p, 3, m.sizes); }},
+    {"medit_vector", [](const char* p, const mesh& m) { return medit_vector(p, 3, m.coords); }},
+    {"medit_tensor", [](const char* p, const mesh& m) { return medit_tensor(p, m.coords); }},
+    {"NASTRAN_output",
+     [](const char* p, const mesh& m) { return NASTRAN_output(p, m.coords, m.triangles, ELT_TRIA3); }},
+    {"NASTRAN_output, two",
      [](const char* p, const mesh& m) {
        return NASTRAN_output(p, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4);
      }},
-    {"NASTRAN, blocks",
+    {"NASTRAN_output, blocks",
      [](const char* p, const mesh& m) {
        return NASTRAN_output(p, m.coords, m.triangles, m.offsets, m.codes.sub_vector(0, 1), m.references);
      }},
-    {"EnSight", [](const char* p, const mesh& m) { return ensight_output(p, m.coords, m.triangles, ELT_TRIA3); }},
-    {"EnSight, two",
+    {"ensight_output",
+     [](const char* p, const mesh& m) { return ensight_output(p, m.coords, m.triangles, ELT_TRIA3); }},
+    {"ensight_output, two",
      [](const char* p, const mesh& m) {
        return ensight_output(p, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4);
      }},
-    {"EnSight, range",
+    {"ensight_output, range",
      [](const char* p, const mesh& m) { return ensight_output(p, m.coords, m.both, m.both + 2, m.codes); }},
 };
 
 /// The file that a writer makes.
 inline std::string written(const writer& w, const mesh& m) {
-  const faults::memory_file file;
+  const memory_file file;
   if (w.write(file.path(), m) != 0) std::abort();
   return file.content();
 }

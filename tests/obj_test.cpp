@@ -3,7 +3,6 @@
 #include <sys/resource.h>
 
 #include <fstream>
-#include <random>
 #include <string>
 
 #include "qel/gridwork.h"
@@ -134,51 +133,38 @@ TEST_F(obj_files, long_lines_take_no_memory) {
   }
 }
 
-TEST_F(obj_files, written_as_printed_and_read_back) {
-  const auto number = [](double x) { return print("%.8e ", x); };
-  for (unsigned run = 0; run < 16; ++run) {
-    const unsigned n = run < 8 ? 4 : 6000, rows = 2 + run % 2;
-    dense2D<double> coords(rows, n), normals(run & 2U ? 3 : 0, n), uvs(run & 4U ? 2 : 0, n);
-    matrix all(5, n), triangles = all.sub_matrix(1, 0, 3, n), quads = all.sub_matrix(0, 0, 4, n);
-    std::mt19937 random(run);
-    for (dense2D<double>* m : {&coords, &normals, &uvs}) {
-      for (std::uint64_t k = 0; k < m->size(); ++k) m->data()[k] = (random() - 2e9) / (1 + random() % 1000000);
-    }
-    for (std::uint64_t k = 0; k < all.size(); ++k) all.data()[k] = random() % n;
-    string text, vt, vn;
-    for (unsigned j = 0; j < n; ++j) {
-      text += " v " + number(coords(0, j)) + number(coords(1, j)) + number(rows == 3 ? coords(2, j) : 0) + "\n";
-      if (!uvs.empty()) vt += " vt " + number(uvs(0, j)) + number(uvs(1, j)) + "\n";
-      if (!normals.empty()) vn += " vn " + number(normals(0, j)) + number(normals(1, j)) + number(normals(2, j)) + "\n";
-    }
-    const auto faces = [&](const matrix& m, bool with_uv, bool with_normal) {
-      string lines;
-      for (unsigned j = 0; j < n; ++j) {
-        lines += " f ";
-        for (unsigned i = 0; i < m.rows(); ++i) {
-          const string id = std::to_string(m(i, j) + 1);
-          lines += id + "/" + (with_uv ? id : "") + "/" + (with_normal ? id : "") + " ";
-        }
-        lines += "\n";
-      }
-      return lines;
-    };
-    const string t = faces(triangles, false, false), q = faces(quads, false, false);
-    const auto both = faces(triangles, !uvs.empty(), !normals.empty()) + faces(quads, !uvs.empty(), !normals.empty());
-    expect(text + t, 0, [&] { return WavefrontOBJ_output(path(), coords, triangles, ELT_FACE_MIX); });
-    expect(text, 0, [&] { return WavefrontOBJ_output(path(), coords, quads, ELT_FACE_MIX); });
-    expect(text + q, 0, [&] { return WavefrontOBJ_output(path(), coords, quads, ELT_QUAD4); });
-    const auto pair = [&](const matrix& a, const matrix& b, element_type type, element_type type2) {
-      return [&, type, type2] { return WavefrontOBJ_output(path(), coords, a, b, type, type2); };
-    };
-    expect(text + t + q, 0, pair(quads, triangles, ELT_QUAD4, ELT_TRIA3));
-    expect(text + t + t, 0, pair(triangles, triangles, ELT_TRIA3, ELT_TRIA3));
-    expect(text + vt + vn + both, 0,
-           [&] { return WavefrontOBJ_output(path(), coords, normals, uvs, triangles, quads); });
-    const obj back = read(path());
-    EXPECT_TRUE(back.code == 0 && back.triangles == triangles && back.quads == quads && back.coords.cols() == n);
-    EXPECT_TRUE(back.normals.size() == normals.size() && back.uvs.size() == uvs.size());
+TEST_F(obj_files, written_files) {
+  const dense2D<double> coords(2, 4, {0, -0.5, 1e300, 5e-324, 1.0 / 3, 2, 123456789.5, -1});
+  const dense2D<double> normals(3, 4, 0.5), uvs(2, 4, 0.25), none;
+  const matrix whole(5, 2, {9, 0, 1, 2, 3, 9, 3, 2, 1, 0}), triangles = whole.sub_matrix(1, 0, 3, 2),
+                                                            quads = whole.sub_matrix(1, 0, 4, 2);
+  const string v =
+      " v 0.00000000e+00 -5.00000000e-01 0.00000000e+00 \n v 1.00000000e+300 4.94065646e-324 0.00000000e+00 \n"
+      " v 3.33333333e-01 2.00000000e+00 0.00000000e+00 \n v 1.23456790e+08 -1.00000000e+00 0.00000000e+00 \n";
+  const string t = " f 1// 2// 3// \n f 4// 3// 2// \n", q = " f 1// 2// 3// 4// \n f 4// 3// 2// 1// \n";
+  string vt, vn;
+  for (unsigned j = 0; j < 4; ++j) {
+    vt += " vt 2.50000000e-01 2.50000000e-01 \n", vn += " vn 5.00000000e-01 5.00000000e-01 5.00000000e-01 \n";
   }
+  const auto pair = [&](const matrix& a, const matrix& b, element_type type, element_type type2) {
+    return [&, type, type2] { return WavefrontOBJ_output(path(), coords, a, b, type, type2); };
+  };
+  const auto all = [&](const auto& n, const auto& u) {
+    return [&] { return WavefrontOBJ_output(path(), coords, n, u, triangles, quads); };
+  };
+  expect(v + t, 0, [&] { return WavefrontOBJ_output(path(), coords, triangles, ELT_FACE_MIX); });
+  expect(v, 0, [&] { return WavefrontOBJ_output(path(), coords, quads, ELT_FACE_MIX); });
+  expect(v + q, 0, [&] { return WavefrontOBJ_output(path(), coords, quads, ELT_QUAD4); });
+  expect(v + t + q, 0, pair(quads, triangles, ELT_QUAD4, ELT_TRIA3));
+  expect(v + t + t, 0, pair(triangles, triangles, ELT_TRIA3, ELT_TRIA3));
+  expect(v + t + q, 0, all(none, none));
+  expect(v + vt + " f 1/1/ 2/2/ 3/3/ \n f 4/4/ 3/3/ 2/2/ \n f 1/1/ 2/2/ 3/3/ 4/4/ \n f 4/4/ 3/3/ 2/2/ 1/1/ \n", 0,
+         all(none, uvs));
+  expect(v + vn + " f 1//1 2//2 3//3 \n f 4//4 3//3 2//2 \n f 1//1 2//2 3//3 4//4 \n f 4//4 3//3 2//2 1//1 \n", 0,
+         all(normals, none));
+  const string three = "1/1/1 2/2/2 3/3/3 ", back = "4/4/4 3/3/3 2/2/2 ";
+  expect(v + vt + vn + " f " + three + "\n f " + back + "\n f " + three + "4/4/4 \n f " + back + "1/1/1 \n", 0,
+         all(normals, uvs));
 }
 
 TEST_F(obj_files, refusals_leave_an_empty_file) {

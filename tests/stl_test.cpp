@@ -8,9 +8,12 @@
 #include <clocale>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <thread>
 
+#include "io/block_reader.h"
+#include "io/line_reader.h"
 #include "io/stl_geometry.h"
 #include "random_meshes.h"
 #include "stl_reference.h"
@@ -43,13 +46,6 @@ string replaced(string text, const string& from, const string& to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != string::npos; at += to.size())
     text.replace(at, from.size(), to);
   return text;
-}
-
-std::vector<string> split(const string& text, char separator) {
-  std::vector<string> parts;
-  std::istringstream stream(text);
-  for (string part; std::getline(stream, part, separator);) parts.push_back(part);
-  return parts;
 }
 
 /// One facet as text, with three vertex lines.
@@ -120,35 +116,7 @@ class stl : public ::testing::Test {
     }
   }
 
-  /// Writes a mesh with the library and with the reference and compares the files.
-  void write_twice(const dense2D<double>& coords, const dense2D<unsigned>& triangles, const string& label) const {
-    for (const bool ascii : {true, false}) {
-      const string ours = path("ours.stl"), theirs = path("theirs.stl");
-      fs::remove(ours), fs::remove(theirs);
-      EXPECT_EQ(gw::STL_output(ours.c_str(), coords, triangles, ascii),
-                stl_reference::STL_output(theirs.c_str(), coords, triangles, ascii));
-      EXPECT_TRUE(without_nan_signs(read_file(ours), ascii) == without_nan_signs(read_file(theirs), ascii))
-          << label << (ascii ? " text:\n" + shown(read_file(ours)) + shown(read_file(theirs)) : " binary");
-    }
-  }
-
  private:
-  /// The sign of a normal's NaN is the processor's choice and depends on the order of operands.
-  static string without_nan_signs(string bytes, bool ascii) {
-    for (std::size_t at = 0; ascii && (at = bytes.find("facet normal", at)) != string::npos; ++at) {
-      const std::size_t end = bytes.find('\n', at);
-      bytes.replace(at, end - at, replaced(bytes.substr(at, end - at), "-nan", "nan"));
-    }
-    for (std::size_t at = 84; !ascii && at + 50 <= bytes.size(); at += 50) {
-      for (std::size_t k = at; k < at + 12; k += 4) {
-        float value;
-        std::memcpy(&value, &bytes[k], 4);
-        if (value != value) bytes.replace(k, 4, "NaN!");
-      }
-    }
-    return bytes;
-  }
-
   fs::path folder_ = fs::temp_directory_path() / ("gridwork_stl_" + std::to_string(::getpid()));
 };
 
@@ -222,51 +190,6 @@ TEST_F(stl, text_grammar) {
   expect_all(cases);
 }
 
-TEST_F(stl, numbers_are_read_as_scanf_reads_them) {
-  std::istringstream numbers(
-      "1 +1 -0.0 .5 5. . + +-1 1e 1e+ 1e5 1E+05 .e2 1e+-2 1ee2 1.5.5 inf -inf +Infinity infinit infx i nan -NAN nan(1) "
-      "nan( nanx 0x 0X1.8p1 0x1p 0x.8 0x. 0xg -0x1p5x x1 1p5 1d5 1e999 -1e999 1e-400 4.9e-324 2.2250738585072011e-308 "
-      "1234567890123456789012345678901234567890 0.1234567890123456789012345678901234567890 9007199254740993 1,5 1_0 "
-      "1e00000000000000000005 1e99999999999999999999 1e-99999999999999999999 3.4028235677973366e38 1\xa0 \xc2\xa0\x31");
-  for (string number; numbers >> number;) {
-    for (const char* form : {"@ 1 0", "0 @ 1", "1 0 @", "1 0@0", "@@@", "1 0 @ @", "@-1 1", "1 1 x@"}) {
-      const string vertex = replaced(form, "@", number);
-      read_bytes(solid(facet("0 0 0", vertex, "0.5 0.25 3")));
-      read_bytes(replaced(solid(facet("0 0 0", "1 0 0", "0 1 0")), "normal 0 0 1", "normal " + vertex));
-    }
-  }
-  const mesh m = read_bytes(solid(facet("0x1.8p1 -.5 1e-400", "7e-1 0 1", "1e0001 5. 3")));
-  ASSERT_EQ(m.coords.cols(), 3U);
-  EXPECT_TRUE(same_bits(m.coords, dense2D<double>(3, 3, {3, -.5, 0, .7, 0, 1, 10, 5, 3})));
-}
-
-TEST_F(stl, lines_are_cut_at_255_characters) {
-  const std::vector<string> lines = split(
-      "solid part|facet normal 0.125 0 1|outer loop|vertex 0 0 0|vertex 1.25 0 0|vertex 0 1 -3.5e-1|endloop|endfacet|"
-      "endsolid part|solid part|endsolid part",
-      '|');
-  unsigned read = 0, cut = 0;
-  for (const unsigned limit : {255U, 510U}) {
-    for (unsigned length = limit - 26; length <= limit + 3; ++length) {
-      for (unsigned variant = 0; variant < 5 * lines.size(); ++variant) {
-        const string blanks(length, ' ');
-        std::vector<string> text = lines;
-        string& line = text[variant / 5];
-        if (variant % 5 == 0) line = blanks + line;
-        if (variant % 5 == 1) line.insert(std::min(line.find(' '), line.size()), blanks);
-        if (variant % 5 == 2) line += blanks + "color";
-        if (variant % 5 == 3) line += string(length - line.size(), ' ');
-        if (variant % 5 == 4) line.insert(line.find_last_of('0') + 1, string(length - line.size(), '0'));
-        string file;
-        for (const string& part : text) file += part + "\n";
-        ++(read_bytes(file).code == 0 ? read : cut);
-      }
-    }
-  }
-  EXPECT_GT(read, 500U);
-  EXPECT_GT(cut, 500U);
-}
-
 const std::vector<corners> two_triangles = {{0, 0, 0, 1, 0, 0, 0, 1, 0}, {1, 0, 0, 0, 1, 0, 1, 1, .5F}};
 
 TEST_F(stl, binary_counts_and_lengths) {
@@ -294,40 +217,6 @@ TEST_F(stl, binary_counts_and_lengths) {
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(read(write_file(impossible)).code, -3);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
-}
-
-TEST_F(stl, every_truncation_and_thousands_of_mutations) {
-  const string text = "solid a\ncolor 1\n" + facet("0 0 0", "1 0 0", "0 1.5e0 0") +
-                      facet("1 0 0", "0 1.5 0", "-1 .25 7") + "endsolid a\n" +
-                      solid(facet("0 0 0", "0 1.5 0", "1 0 0"));
-  std::vector<corners> many(20, two_triangles[0]);
-  for (unsigned k = 0; k < 20; ++k) many[k][k % 9] += static_cast<float>(k % 7) / 16;
-  const string base[] = {text, replaced(text, "\n", "\r\n"), binary(many), binary(20, many, text.substr(0, 70))};
-  for (const string& whole : base) {
-    for (std::size_t n = 0; n < whole.size(); ++n) read_bytes(whole.substr(0, n));
-  }
-  std::vector<string> tokens = split(
-      "inf|nan(|1e|+-1|\0|\n|\r|\n\n|endsolid\n|solid\n|color|\t|facet normal 1 2 3\n|vertex 1 2 3\n|outer loop\n|"
-      "endloop\nendfacet\n|0x|-|\xff\xff\xff\xff|\0\0\0\0|e-9|1e308"s,
-      '|');
-  tokens.insert(tokens.end(), {string(255, ' '), string(250, '0')});
-  std::mt19937 random(7);
-  unsigned accepted = 0;
-  for (unsigned run = 0; run < 6000 && !HasFailure(); ++run) {
-    string bytes = base[run % 4];
-    for (unsigned edits = 1 + random() % 3; edits-- != 0;) {
-      const std::size_t at = random() % bytes.size(), n = 1 + random() % 12;
-      const string& token = tokens[random() % tokens.size()];
-      const unsigned edit = random() % 5;
-      if (edit == 0) bytes[at] = static_cast<char>(random());
-      if (edit == 1) bytes.erase(at, n);
-      if (edit == 2) bytes.insert(at, token);
-      if (edit == 3) bytes.replace(at, n, token);
-      if (edit == 4) bytes.insert(random() % bytes.size(), bytes.substr(at, 8 * n));
-    }
-    accepted += read_bytes(bytes).code == 0;
-  }
-  EXPECT_GT(accepted, 1000U);
 }
 
 TEST_F(stl, the_exact_pass_ends_at_100000_triangles) {
@@ -412,34 +301,7 @@ TEST_F(stl, heights_are_those_of_the_reference_and_the_short_cut_is_safe) {
   EXPECT_GT(skipped, 100000U);
 }
 
-TEST_F(stl, written_files_are_byte_for_byte_those_of_printf_and_fwrite) {
-  std::vector<double> hostile;
-  for (const string& number : split(
-           "0 -0 1 -1 1e300 -1e300 1e-300 5e-324 -5e-324 1e-45 1e39 inf -inf nan -nan 0.1 0.333333333333333315 "
-           "123456.75 "
-           "1234567.5 9.9999995 9.99999949999 1e5 1e100 1.000000001 3.4028235677973366e38 1.1754943508222875e-38 7e-46 "
-           "16777217",
-           ' ')) {
-    hostile.push_back(std::strtod(number.c_str(), nullptr));
-  }
-  std::mt19937_64 random(11);
-  for (unsigned run = 0; run < 300; ++run) {
-    const unsigned rows = run % 3 == 0 ? 2 : 3, nodes = 1 + run % 20;
-    dense2D<double> coords(rows, nodes);
-    dense2D<unsigned> triangles(3, run % 40);
-    for (unsigned k = 0; k < rows * nodes; ++k) {
-      const int exponent = static_cast<int>(random() % 24) - (run % 5 == 4 ? 90 : 16);
-      const double plain = std::ldexp(static_cast<double>(random() % 20001) - 10000, exponent);
-      coords(k % rows, k / rows) = run % 2 == 0 && random() % 3 == 0 ? hostile[random() % hostile.size()] : plain;
-    }
-    for (unsigned k = 0; k < triangles.size(); ++k) triangles(k % 3, k / 3) = unsigned(random() % nodes);
-    write_twice(coords, triangles, "run " + std::to_string(run));
-  }
-  const dense2D<double> points(3, 5, {0, 0, 0, 4, 0, 0, 0, 3, 0, 1, 1, 1, 2, 2, 2});
-  write_twice(points, dense2D<unsigned>(3, 4, {0, 1, 2, 0, 0, 1, 3, 3, 3, 0, 3, 4}), "degenerate");
-  write_twice(points.sub_matrix(0, 1, 2, 3), dense2D<unsigned>(4, 2, 2).sub_matrix(1, 0, 3, 2), "views");
-  write_twice(dense2D<double>(3, 0), dense2D<unsigned>(), "empty");
-
+TEST_F(stl, a_written_file) {
   EXPECT_EQ(gw::STL_output(path().c_str(), dense2D<double>(2, 3, {0, 0, 2, 0, 0, 4}),
                            dense2D<unsigned>(3, 1, {0, 1, 2}), true),
             0);
@@ -519,10 +381,10 @@ TEST_F(stl, sample_files_read_and_round_trip) {
     const bool bad = name.find("-bad-") != string::npos && name != "stl-bin-cube-bad-utf8-header.stl";
     EXPECT_EQ(m.code == 0, !bad) << name;
     if (m.code != 0) continue;
-    write_twice(m.coords, m.triangles, name);
-    read_twice(path("ours.stl"), name + " rewritten");
-    ASSERT_EQ(gw::STL_output(path().c_str(), m.coords, m.triangles, true), 0);
-    read_twice(path(), name + " rewritten as text");
+    for (const bool text : {false, true}) {
+      ASSERT_EQ(gw::STL_output(path().c_str(), m.coords, m.triangles, text), 0);
+      read_twice(path(), name + " rewritten");
+    }
   }
   std::istringstream counted(
       "txt-cube-pro2stl-crlf 8 12 txt-moon-utf8-name 60 116 txt-star 36 68 bin-star-zero-header 36 68 bin-empty 0 0 "
@@ -557,6 +419,39 @@ TEST_F(stl, files_do_not_depend_on_the_locale) {
   EXPECT_EQ(comma.code, -3);
   EXPECT_EQ(stl_reference::STL_output(path().c_str(), plain.coords, plain.triangles, true), 0);
   EXPECT_EQ(read_file(path("comma.stl")), read_file(path()));
+}
+
+TEST(line_reader, cuts_lines_as_fgets_does) {
+  string text;
+  std::mt19937 random(3);
+  while (text.size() < 1500000) {  // several blocks
+    const unsigned n = random() % 3 == 0 ? 240 + random() % 30 : random() % 600;
+    for (unsigned k = 0; k < n; ++k) text += random() % 500 == 0 ? '\0' : static_cast<char>(' ' + random() % 90);
+    text += random() % 20 == 0 ? "\n\n" : "\r\n";
+  }
+  for (const unsigned cut : {0U, 1U, 2U, 700U, 1000000U, unsigned(text.size())}) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), std::fclose);
+    ASSERT_TRUE(file);
+    std::fwrite(text.data(), 1, text.size() - cut, file.get());
+    std::vector<string> expected;
+    std::rewind(file.get());
+    for (char line[256]; std::fgets(line, sizeof line, file.get()) != nullptr;) expected.push_back(line);
+    std::rewind(file.get());
+    gw::io::block_reader blocks(file.get());
+    ASSERT_TRUE(blocks.prepare());
+    gw::io::line_reader lines(blocks);
+    std::size_t count = 0;
+    for (const char* line; (line = lines.next()) != nullptr; ++count) {
+      ASSERT_LT(count, expected.size());
+      const string& wanted = expected[count];
+      const std::size_t length = std::strcspn(wanted.c_str(), "\n");
+      ASSERT_TRUE(std::memcmp(line, wanted.data(), length) == 0 && (line[length] == '\0' || line[length] == '\n'))
+          << count;
+      ASSERT_TRUE(wanted[length] != '\n' || line[length] == '\n') << count;
+    }
+    EXPECT_EQ(count, expected.size());
+    EXPECT_EQ(blocks.position(), text.size() - cut);
+  }
 }
 
 }  // namespace

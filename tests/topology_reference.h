@@ -114,18 +114,6 @@ inline dense2D<unsigned> grid(element_type type, unsigned cells, random_meshes::
   return to_matrix(elements, nbr_nodes(type));
 }
 
-/// Elements on n nodes from `first` on, with the shapes of the type.
-inline dense2D<unsigned> random_elements(element_type type, unsigned cols, unsigned first, unsigned n,
-                                         random_meshes::generator& random) {
-  dense2D<unsigned> m(nbr_nodes(type), cols, none);
-  const std::vector<element_type> choice = members(type);
-  for (unsigned j = 0; j < cols; ++j) {
-    const unsigned rows = nbr_nodes(choice[below(random, choice.size())]);
-    for (unsigned i = 0; i < rows; ++i) m(i, j) = first + below(random, n);
-  }
-  return m;
-}
-
 /// 1 for boundaries that are the same, -1 for the opposite direction, 0 for others.
 inline int compare(id_list f, id_list g) {
   if (f.size() != g.size()) return 0;

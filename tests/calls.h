@@ -1,54 +1,56 @@
-// Calls of the library in which a request for memory fails, and what has to hold afterwards.
-#ifndef QEL_TESTS_TRIAL_H
-#define QEL_TESTS_TRIAL_H
+// Calls of the library, which may be disturbed: what they return, and what has to hold when memory runs out.
+#ifndef QEL_TESTS_CALLS_H
+#define QEL_TESTS_CALLS_H
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <initializer_list>
+#include <iterator>
+#include <memory>
 #include <new>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "faults.h"
 #include "qel/gridwork.h"
+#include "random_meshes.h"
 
 /// A number that tells values apart.
 class digest {
  public:
   std::uint64_t value = 14695981039346656037U;
 
-  void add(const void* data, std::uint64_t bytes) {
-    for (const auto* p = static_cast<const unsigned char*>(data); bytes-- != 0; ++p) {
-      value = (value ^ *p) * 1099511628211;
+  /// Every NaN counts as the same one.
+  template <class T>
+  void add(const T& x) {
+    if constexpr (std::is_same_v<T, double>) {
+      std::uint64_t bits = 1;
+      if (x == x) std::memcpy(&bits, &x, sizeof bits);
+      add(bits);
+    } else if constexpr (std::is_arithmetic_v<T>) {
+      for (unsigned k = 0; k < sizeof x; ++k) {
+        value = (value ^ (static_cast<std::uint64_t>(x) >> (8 * k) & 255)) * 1099511628211U;
+      }
+    } else if constexpr (std::is_same_v<T, digest>) {
+      add(x.value);
+    } else if constexpr (std::is_same_v<T, memory_file>) {
+      add(x.content());
+    } else if constexpr (std::is_same_v<T, qel::gridwork::node_detector>) {
+      qel::dense1D<unsigned> found;
+      x.find_in_box({-1e300, -1e300, -1e300}, qel::vector_fixed<double, 3>{1e300, 1e300, 1e300}, found);
+      add(found), add(x.size());
+    } else if constexpr (std::is_same_v<T, qel::misc::histogram>) {
+      add(x.count()), add(x.mean()), add(x.min()), add(x.max()), add(x.bins());
+    } else if constexpr (requires { x.ld(); }) {
+      add(x.rows()), add(x.cols());
+      for (std::uint64_t k = 0; k < x.size(); ++k) add(x(k % x.rows(), k / x.rows()));
+    } else {
+      for (const auto& entry : x) add(entry);
+      add(std::size(x));
     }
-  }
-  void add(std::uint64_t x) { add(&x, sizeof x); }
-  void add(const std::string& text) { add(text.data(), text.size()); }
-  void add(const faults::memory_file& file) { add(file.content()); }
-  template <class T>
-  void add(const qel::dense1D<T>& a) {
-    add(a.data(), a.size() * sizeof(T));
-    add(a.size());
-  }
-  template <class T>
-  void add(const qel::dense2D<T>& m) {
-    for (std::uint64_t j = 0; j < m.cols(); ++j) add(m.column(j), m.rows() * sizeof(T));
-    add(m.rows() * 7919 + m.cols());
-  }
-  template <class T, unsigned N>
-  void add(const qel::vector_fixed<T, N>& v) {
-    add(v.data(), sizeof v);
-  }
-  void add(const qel::gridwork::node_detector& d) {
-    qel::dense1D<unsigned> found;
-    d.find_in_box({-1e300, -1e300, -1e300}, qel::vector_fixed<double, 3>{1e300, 1e300, 1e300}, found);
-    add(found);
-    add(d.size());
-  }
-  void add(const qel::misc::histogram& h) {
-    const double figures[] = {double(h.count()), h.mean(), h.min(), h.max(), double(h.bins())};
-    add(figures, sizeof figures);
   }
 };
 
@@ -162,5 +164,31 @@ class trial {
 };
 
 #define CALL(expression, ...) t.run(#expression, [&] { return static_cast<int>(expression); }, {__VA_ARGS__})
+
+struct inputs {
+  using matrix = qel::dense2D<unsigned>;
+  using nodes = qel::dense2D<double>;
+
+  unsigned dim;
+  qel::gridwork::element_type type;
+  bool gaps;  ///< matrices are views inside larger ones
+  nodes coords, tensors, frames, tensors2d, chain_coords;
+  matrix mesh, other, near, sparse, neighbors, boundaries, edges;
+  matrix both[2];
+  qel::dense1D<int> types;
+  qel::dense1D<unsigned> list, more, ancestors;
+  qel::dense1D<double> sizes;
+  qel::gridwork::node_detector tree, chain;  ///< the chain is so deep that queries need memory
+
+  template <class T>
+  qel::dense2D<T> own(const qel::dense2D<T>& m) const {
+    return gaps ? random_meshes::with_gaps(m, T(1)) : random_meshes::deep_copy(m);
+  }
+};
+
+std::unique_ptr<inputs> make_inputs(qel::gridwork::element_type type, unsigned dim, unsigned count);
+
+/// Each makes the one of its calls whose turn it is.
+extern const std::vector<void (*)(trial&, const inputs&)> all_calls;
 
 #endif
