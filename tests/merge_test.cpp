@@ -11,8 +11,6 @@ namespace {
 using namespace random_meshes;
 using namespace reference;
 
-constexpr double largest = std::numeric_limits<double>::max();
-
 using matrices = std::vector<dense2D<unsigned>>;
 
 // The three groups of overloads with every fault; a fault is reported before those behind it.
