@@ -2,6 +2,7 @@
 #ifndef QEL_GRIDWORK_CORE_COLUMNS_H
 #define QEL_GRIDWORK_CORE_COLUMNS_H
 
+#include <algorithm>
 #include <cstdint>
 
 #include "qel/dense.h"
@@ -39,6 +40,17 @@ void change_each_run(dense2D<T>& matrix, Action action) {
     return;
   }
   for (std::uint64_t j = 0; j < matrix.cols(); ++j) action(matrix.begin_column(j), matrix.end_column(j));
+}
+
+/// Largest index of a run + 1, which is 0 for `none`.
+inline unsigned index_bound(const unsigned* begin, const unsigned* end) noexcept {
+  constexpr int lanes = 8;  // maxima that do not wait for each other
+  unsigned bound[lanes] = {};
+  for (; end - begin >= lanes; begin += lanes) {
+    for (int k = 0; k < lanes; ++k) bound[k] = std::max(bound[k], begin[k] + 1);
+  }
+  for (; begin != end; ++begin) bound[0] = std::max(bound[0], *begin + 1);
+  return *std::max_element(bound, bound + lanes);
 }
 
 }  // namespace qel::gridwork

@@ -11,22 +11,18 @@ namespace {
 template <class Array>
 unsigned largest_ID(const Array& ids) {
   if (ids.empty()) return none;
-  unsigned largest_plus_one = 0;  // `none` wraps to 0 and so never counts
-  for_each_run(ids, [&](const unsigned* begin, const unsigned* end) {
-    for (const unsigned* p = begin; p != end; ++p) largest_plus_one = std::max(largest_plus_one, *p + 1);
+  unsigned bound = 0;
+  for_each_run(ids, [&bound](const unsigned* begin, const unsigned* end) {
+    bound = std::max(bound, index_bound(begin, end));
     return true;
   });
-  return largest_plus_one == 0 ? 0 : largest_plus_one - 1;
+  return bound == 0 ? 0 : bound - 1;
 }
 
 template <class Array>
 bool all_none_or_below(const Array& ids, unsigned n) {
   if (n == none) return true;
-  return for_each_run(ids, [n](const unsigned* begin, const unsigned* end) {
-    unsigned largest_plus_one = 0;
-    for (const unsigned* p = begin; p != end; ++p) largest_plus_one = std::max(largest_plus_one, *p + 1);
-    return largest_plus_one <= n;
-  });
+  return for_each_run(ids, [n](const unsigned* begin, const unsigned* end) { return index_bound(begin, end) <= n; });
 }
 
 template <class Array>

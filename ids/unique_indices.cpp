@@ -33,9 +33,7 @@ struct index_statistics {
 
   explicit index_statistics(const index_source& source) {
     source.for_each_run([this](const unsigned* begin, const unsigned* end) {
-      unsigned largest_plus_one = bound;
-      for (const unsigned* p = begin; p != end; ++p) largest_plus_one = std::max(largest_plus_one, *p + 1);
-      bound = largest_plus_one;
+      bound = std::max(bound, index_bound(begin, end));
       count += static_cast<std::uint64_t>(end - begin);
     });
   }
@@ -64,9 +62,7 @@ class unique_appender {
   template <class Set>
   static std::uint64_t append_chunk(const unsigned* begin, const unsigned* end, Set& seen, unsigned* out) {
     unsigned* next = out;
-    for (const unsigned* p = begin; p != end; ++p) {
-      if (*p != none && seen.insert(*p)) *next++ = *p;
-    }
+    seen.insert_run(begin, end, [&next](unsigned id) { *next++ = id; });
     return static_cast<std::uint64_t>(next - out);
   }
 
@@ -128,9 +124,7 @@ int count_unique_indices(const dense2D<unsigned>* first, const dense2D<unsigned>
   int count = 0;
   const bool done = with_index_set(statistics, 0, [&](auto& seen) {
     source.for_each_run([&](const unsigned* begin, const unsigned* end) {
-      for (const unsigned* p = begin; p != end; ++p) {
-        if (*p != none && seen.insert(*p)) ++count;
-      }
+      seen.insert_run(begin, end, [&count](unsigned) { ++count; });
     });
   });
   return done ? count : out_of_memory;

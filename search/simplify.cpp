@@ -56,9 +56,7 @@ class repetition_test {
 
 void mark_used(const dense2D<unsigned>& connectivity, index_flags& used) {
   for_each_run(connectivity, [&](const unsigned* begin, const unsigned* end) {
-    for (const unsigned* p = begin; p != end; ++p) {
-      if (*p != none) used.insert(*p);
-    }
+    used.insert_run(begin, end, [](unsigned) {});
     return true;
   });
 }
