@@ -1,9 +1,5 @@
 #include "io/stl_geometry.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
 namespace qel::gridwork::io {
 namespace {
 
@@ -27,26 +23,6 @@ double smallest_squared_height(const triangle& t) noexcept {
     if (height < smallest) smallest = height;
   }
   return smallest;
-}
-
-vector3 facet_normal(const triangle& t) noexcept {
-  const vector3& a = t.corners[0];
-  const vector3& b = t.corners[1];
-  const vector3& c = t.corners[2];
-  const vector3 ab = b - a;
-  const vector3 cb = b - c;
-  const vector3 ca = a - c;
-  const bool avoid_ab = dot(ab, ab) > std::min(dot(cb, cb), dot(ca, ca));
-  vector3 normal = avoid_ab ? cross(ca, cb) : cross(ca, ab);
-  const double length = std::sqrt(dot(normal, normal));
-  if (length != 0 && !std::isnan(length)) {
-    const double scale = 1 / length;
-    for (double& component : normal) component *= scale;
-  }
-  for (double& component : normal) {  // processors and compilers do not agree on the sign of a NaN
-    if (std::isnan(component)) component = std::numeric_limits<double>::quiet_NaN();
-  }
-  return normal;
 }
 
 }  // namespace qel::gridwork::io

@@ -3,6 +3,8 @@
 #define QEL_GRIDWORK_IO_STL_GEOMETRY_H
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "qel/fixed.h"
 
@@ -40,8 +42,27 @@ inline bool is_surely_higher(const triangle& t, double bound) noexcept {
   return square > 1e-8 * (longest * longest) && square > bound * longest * (1 + 1e-6) && square > 1e-280;
 }
 
-/// The unit normal; of a degenerate triangle, what is left of it.
-vector3 facet_normal(const triangle& t) noexcept;
+/// The normal before it is scaled: the cross product of two edges, ab not among them when another one is shorter.
+inline vector3 facet_direction(const triangle& t) noexcept {
+  const vector3 ab = t.corners[1] - t.corners[0];
+  const vector3 cb = t.corners[1] - t.corners[2];
+  const vector3 ca = t.corners[0] - t.corners[2];
+  const bool avoid_ab = dot(ab, ab) > std::min(dot(cb, cb), dot(ca, ca));
+  return avoid_ab ? cross(ca, cb) : cross(ca, ab);
+}
+
+/// The unit normal; of a degenerate triangle, what is left of it. Inline, so that the corners stay in registers.
+inline vector3 facet_normal(const triangle& t) noexcept {
+  vector3 normal = facet_direction(t);
+  const double length = std::sqrt(dot(normal, normal));
+  const double scale = length > 0 ? 1 / length : 1;
+  for (double& component : normal) component *= scale;
+  if (length < std::numeric_limits<double>::infinity()) return normal;
+  for (double& component : normal) {  // processors and compilers do not agree on the sign of a NaN
+    if (std::isnan(component)) component = std::numeric_limits<double>::quiet_NaN();
+  }
+  return normal;
+}
 
 }  // namespace qel::gridwork::io
 
