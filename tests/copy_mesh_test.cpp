@@ -125,6 +125,7 @@ TEST(copy_mesh, refuses_or_ignores) {
   EXPECT_EQ(copy_sym_mesh(coords, out, space{1, 0}, space{0, 1e-200, 0}, triangle), -4);
   EXPECT_EQ(coords, dense2D<double>(2, 4, 5.0));
   EXPECT_EQ(out, elements(3, 1, 7U));
+  EXPECT_EQ(copy_sym_mesh(coords, out, plane{1, 0}, plane{0, random_meshes::not_a_number}, triangle), 0);
 }
 
 }  // namespace

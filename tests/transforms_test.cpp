@@ -92,7 +92,7 @@ TEST(transforms, agree_with_their_formulas) {
 }
 
 TEST(transforms, tiny_rotations_keep_their_digits) {
-  for (double size = 3; size > 1e-300; size *= size > 0.05 ? 0.97 : 1e-3) {
+  for (double size = 3; size > 1e-300; size *= size > 0.005 ? 0.97 : 1e-3) {
     const space w = {0.3 * size, -0.5 * size, 0.8 * size};
     dense2D<double> units(3, 3, {1, 0, 0, 0, 1, 0, 0, 0, 1});
     const exact_point exact[] = {turned(w, {1, 0, 0}), turned(w, {0, 1, 0}), turned(w, {0, 0, 1})};
@@ -111,6 +111,12 @@ TEST(transforms, rows_are_added_to_one_view_and_nodes_move_in_all) {
   EXPECT_EQ(whole, dense2D<double>(3, 4, 5.0));
   EXPECT_EQ(translate(second, space{1, 1, 1}), 4);
   EXPECT_EQ(whole, dense2D<double>(3, 4, 6.0));
+
+  double callers[] = {1, 2, 9, 9, 3, 4, 9};
+  dense2D<double> lent(2, 2, 4, callers);  // its gap would hold the third row
+  EXPECT_EQ(translate(lent, space{1, 0, 1}), 2);
+  EXPECT_EQ(lent, dense2D<double>(3, 2, {2, 2, 1, 4, 4, 1}));
+  EXPECT_EQ(dense2D<double>(7, 1, callers), dense2D<double>(7, 1, {1, 2, 9, 9, 3, 4, 9}));
 }
 
 template <class Box>

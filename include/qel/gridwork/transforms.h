@@ -73,8 +73,7 @@ QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 
 
 /// Turns nodes in space about the axis through `center` along `rotation`, right-handed: p <- center + R (p - center).
 ///
-/// R comes from Rodrigues' formula; the displacement R - I keeps its full relative accuracy down to the smallest
-/// angles.
+/// R comes from Rodrigues' formula; its entries keep their full relative accuracy however small the angle is.
 ///
 /// @param coords    any row count x n; overwritten, as by translate()
 /// @param center    stays where it is
