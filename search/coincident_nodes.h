@@ -69,7 +69,8 @@ class coincident_nodes {
   /// `with_second`: whether seconds() will be asked for.
   [[nodiscard]] bool build(const ranked_positions<Dim>& positions, bool with_second) {
     const std::uint64_t count = positions.count();
-    if (count >= none || !table_.reset(count / 8) || !leaders_.resize(count)) return false;
+    // A soup of triangles holds every node about six times. Where there are more positions, the table grows.
+    if (count >= none || !table_.reset(count / 5) || !leaders_.resize(count)) return false;
     if (with_second && !seconds_.resize(count, none)) return false;
     unsigned* leaders = leaders_.data();
     std::uint64_t hashes[ahead] = {};
