@@ -10,37 +10,10 @@
 namespace qel::gridwork {
 namespace {
 
-/// The axis along which the points are spread farthest.
-template <unsigned Dim, class Item>
-unsigned widest_axis(const Item* begin, const Item* end) noexcept {
-  unsigned widest = 0;
-  double largest = -1;
-  for (unsigned a = 0; a < Dim; ++a) {
-    double low = begin->p[a];
-    double high = low;
-    for (const Item* it = begin; it != end; ++it) {
-      low = std::min(low, it->p[a]);
-      high = std::max(high, it->p[a]);
-    }
-    if (high - low > largest) {
-      largest = high - low;
-      widest = a;
-    }
-  }
-  return widest;
-}
-
-/// The value that parts items[0 .. half) from the rest along an axis, after parting them.
-template <class Item>
-double part_along(Item* begin, Item* half, Item* end, unsigned axis) noexcept {
-  std::nth_element(begin, half, end, [axis](const Item& a, const Item& b) { return a.p[axis] < b.p[axis]; });
-  return half->p[axis];
-}
-
 /// A subtree beyond a split, and how far off it is at least: one square for each axis.
-template <unsigned Dim, class Range>
+template <unsigned Dim>
 struct far_range {
-  Range range;
+  subtree range;
   double squares[Dim];
 
   double bound() const noexcept {
@@ -84,7 +57,7 @@ struct leaf_tree<Dim>::closest_two {
 template <unsigned Dim>
 bool leaf_tree<Dim>::build(const dense1D<tree_node<Dim>>& nodes) {
   const std::uint64_t count = nodes.size();
-  while (first_leaf_ * std::uint64_t{leaf_size} < count) first_leaf_ *= 2;
+  first_leaf_ = first_leaf_of(count, leaf_size);
   dense1D<item> items;
   if (!items.resize(count) || !splits_.resize(first_leaf_) || !leaves_.resize(first_leaf_)) return false;
   count_ = static_cast<unsigned>(count);
@@ -99,11 +72,11 @@ bool leaf_tree<Dim>::build(const dense1D<tree_node<Dim>>& nodes) {
 
 /// The recursion is as deep as the tree, which is balanced.
 template <unsigned Dim>
-void leaf_tree<Dim>::part(item* items, const range& r) noexcept {
-  item* begin = items + r.begin;
+void leaf_tree<Dim>::part(item* items, const subtree& r) noexcept {
+  const item* begin = items + r.begin;
   if (is_leaf(r)) return fill(leaves_[r.number - first_leaf_], begin, r.count);
   const unsigned axis = widest_axis<Dim>(begin, begin + r.count);
-  splits_[r.number] = {part_along(begin, begin + r.count / 2, begin + r.count, axis), axis};
+  splits_[r.number] = {part_along(items, r, axis), axis};
   part(items, r.left());
   part(items, r.right());
 }
@@ -152,7 +125,7 @@ bool leaf_tree<Dim>::is_clear(const closest_two& closest, const point& p) noexce
 
 /// Asks for a leaf that comes next while another one is read.
 template <unsigned Dim>
-[[gnu::always_inline]] inline void leaf_tree<Dim>::call_for(const range& next) const noexcept {
+[[gnu::always_inline]] inline void leaf_tree<Dim>::call_for(const subtree& next) const noexcept {
   constexpr std::size_t line = 64;
   if (!is_leaf(next)) return;
   for (std::size_t i = 0; i < sizeof(leaf); i += line) prefetch(reinterpret_cast<const char*>(&leaf_of(next)) + i);
@@ -167,8 +140,8 @@ unsigned leaf_tree<Dim>::find_clear_closest(const point& p, unsigned excluded) c
 template <unsigned Dim>
 typename leaf_tree<Dim>::closest_two leaf_tree<Dim>::find_closest_two(const point& p,
                                                                       unsigned excluded) const noexcept {
-  using pending = far_range<Dim, range>;
-  pending stack[deepest];
+  using pending = far_range<Dim>;
+  pending stack[deepest_split];
   unsigned waiting = 0;
   closest_two closest;
   pending current{root(), {}};
@@ -197,10 +170,10 @@ typename leaf_tree<Dim>::closest_two leaf_tree<Dim>::find_closest_two(const poin
 template <unsigned Dim>
 unsigned leaf_tree<Dim>::find_in_box(const point& lower, const point& upper, node_in_order* nodes,
                                      unsigned most) const noexcept {
-  range stack[deepest];
+  subtree stack[deepest_split];
   unsigned waiting = 0;
   unsigned found = 0;
-  range current = root();
+  subtree current = root();
   for (;;) {
     while (!is_leaf(current)) {
       const split s = splits_[current.number];

@@ -8,6 +8,7 @@
 
 #include "qel/dense.h"
 #include "qel/fixed.h"
+#include "search/balanced_tree.h"
 #include "search/tree_builder.h"
 
 namespace qel::gridwork {
@@ -36,7 +37,6 @@ class leaf_tree {
 
  private:
   static constexpr unsigned leaf_size = 16;
-  static constexpr unsigned deepest = 32;  // levels of splits that 2^32 nodes need, with room to spare
 
   struct item {
     double p[Dim];
@@ -55,24 +55,16 @@ class leaf_tree {
     unsigned places[leaf_size];
   };
 
-  /// A subtree: its number in the heap of splits (children of k: 2k and 2k + 1) and its range of points.
-  struct range {
-    unsigned number, begin, count;
-
-    range left() const noexcept { return {2 * number, begin, count / 2}; }
-    range right() const noexcept { return {2 * number + 1, begin + count / 2, count - count / 2}; }
-  };
-
   /// The nearest node so far, and how near the nearest one besides it is.
   struct closest_two;
 
-  range root() const noexcept { return {1, 0, count_}; }
-  bool is_leaf(const range& r) const noexcept { return r.number >= first_leaf_; }
-  const leaf& leaf_of(const range& r) const noexcept { return leaves_[r.number - first_leaf_]; }
-  void part(item* items, const range& r) noexcept;
+  subtree root() const noexcept { return {1, 0, count_}; }
+  bool is_leaf(const subtree& r) const noexcept { return r.number >= first_leaf_; }
+  const leaf& leaf_of(const subtree& r) const noexcept { return leaves_[r.number - first_leaf_]; }
+  void part(item* items, const subtree& r) noexcept;
   static void fill(leaf& stored, const item* items, unsigned count) noexcept;
   closest_two find_closest_two(const point& p, unsigned excluded) const noexcept;
-  void call_for(const range& next) const noexcept;
+  void call_for(const subtree& next) const noexcept;
   static void scan_leaf(const leaf& scanned, const point& p, unsigned excluded, closest_two& closest) noexcept;
   static bool is_clear(const closest_two& closest, const point& p) noexcept;
 

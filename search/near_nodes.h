@@ -9,12 +9,14 @@
 #include <utility>
 
 #include "search/coincident_nodes.h"
+#include "search/crowd_tree.h"
 
 namespace qel::gridwork {
 
 /// A hashed grid over nodes. A node lies in one cell; a query looks into the cells that its box touches, nearly always
 /// one. The nodes of a cell form a chain in the order of their ranks, so the first hit is the answer. All cell numbers
-/// come from one monotonic function, so rounding cannot hide a node.
+/// come from one monotonic function, so rounding cannot hide a node. Where nodes crowd in cells of any size, a tree
+/// takes their place.
 template <unsigned Dim>
 class near_nodes {
  public:
@@ -27,9 +29,10 @@ class near_nodes {
   /// is_crowded() holds, and build() is to be called. The square of `tol` must be finite.
   [[nodiscard]] bool build_of_all() {
     constexpr double most_steps_per_node = 1.5;
-    set_cell_size(large_cell);
+    set_cell_size(cell_choices[0].cell_in_tols);
     if (!prepare(positions_.count())) return false;
-    is_crowded_ = enter_all([](std::uint64_t) { return true; }, most_steps_per_node) > most_steps_per_node;
+    const auto is_entered = [&](std::uint64_t rank) { return is_finite<Dim>(positions_[rank]); };
+    is_crowded_ = enter_all(is_entered, most_steps_per_node) > most_steps_per_node;
     return true;
   }
 
@@ -37,25 +40,25 @@ class near_nodes {
 
   /// Enters the leaders of `groups` that have finite positions. The square of `tol` must be finite.
   [[nodiscard]] bool build(const coincident_nodes<Dim>& groups) {
-    constexpr double many_steps_per_node = 4;
-    const auto is_leader = [&](std::uint64_t rank) { return groups.leader(rank) == rank; };
-    // Large cells spare queries at their borders, but where they hold many nodes small ones serve better. In cells as
-    // small as the last choice, many nodes mean many close pairs.
-    for (const double cell_in_tols : {large_cell, small_cell}) {
-      set_cell_size(cell_in_tols);
+    const auto is_entered = [&](std::uint64_t rank) {
+      return groups.leader(rank) == rank && is_finite<Dim>(positions_[rank]);
+    };
+    for (const cell_choice& choice : cell_choices) {
+      set_cell_size(choice.cell_in_tols);
       if (!prepare(groups.leader_count())) return false;
-      if (enter_all(is_leader, std::numeric_limits<double>::max()) <= many_steps_per_node) break;
+      if (enter_all(is_entered, choice.most_steps_per_node) <= choice.most_steps_per_node) return true;
     }
-    return true;
+    return crowd_.build(positions_, is_entered);
   }
 
   /// False when a node that was entered certainly has no other one within the tolerance: it is alone in its cell and
   /// its box does not reach into another one.
-  bool may_have_company(std::uint64_t rank) const noexcept { return lonely_[rank] == 0; }
+  bool may_have_company(std::uint64_t rank) const noexcept { return !crowd_.empty() || lonely_[rank] == 0; }
 
   /// The first node within the tolerance of the finite `p` among those that were entered, other than `self`; `none`
   /// when there is none.
   unsigned first_near(const double* p, unsigned self) const {
+    if (!crowd_.empty()) return crowd_.first_near(p, tol_, self);
     constexpr double largest = std::numeric_limits<double>::max();
     double lower[Dim];
     double upper[Dim];
@@ -145,7 +148,7 @@ class near_nodes {
     for (std::uint64_t rank = count; rank-- > 0;) {
       const location here = locations[rank % ahead];
       if (rank >= ahead) call_for(rank - ahead);
-      if (!belongs(rank) || !is_finite<Dim>(positions_[rank])) continue;
+      if (!belongs(rank)) continue;
       steps += enter(static_cast<unsigned>(rank), here);
       if (++entered % sample == 0 && mean() > most) break;
     }
@@ -198,8 +201,14 @@ class near_nodes {
   }
 
   static constexpr std::uint64_t ahead = 16;
-  static constexpr double large_cell = 128;  // in tolerances
-  static constexpr double small_cell = 8;
+  /// The steps of all queries come to about the number of nodes times their mean place in a chain.
+  struct cell_choice {
+    double cell_in_tols, most_steps_per_node;
+  };
+
+  /// Large cells spare queries at their borders, but where they hold many nodes small ones serve better. In cells as
+  /// small as the last choice, many nodes mean many close pairs.
+  static constexpr cell_choice cell_choices[] = {{128, 4}, {8, 32}};
 
   const ranked_positions<Dim>& positions_;
   double tol_;
@@ -207,6 +216,7 @@ class near_nodes {
   position_table heads_;
   dense1D<chain_link> chains_;
   dense1D<unsigned char> lonely_;
+  crowd_tree<Dim> crowd_;  // when it holds nodes, it answers instead of the grid
   bool is_crowded_ = false;
 };
 

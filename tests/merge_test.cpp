@@ -181,6 +181,29 @@ TEST(merge, many_nodes) {
   }
 }
 
+// More nodes within the tolerance of one another than cells can part: about two points, and all over a small cube.
+TEST(merge, crowds) {
+  constexpr unsigned n = 3000;
+  generator random(5);
+  for (const unsigned dim : {2U, 3U}) {
+    for (const double spread : {0.01, 2.0}) {
+      dense2D<double> coords(dim, n);
+      for (std::uint64_t i = 0; i < coords.size(); ++i) coords.data()[i] = spread * real(random);
+      for (unsigned j = 0; j < n; j += 2) coords(0, j) += 1.9;
+      for (unsigned j = 0; j < n; j += 100) coords(j % dim, j) = j % 3 == 0 ? infinity : not_a_number;
+      id_list order = identity(n);
+      std::shuffle(order.begin(), order.end(), random);
+      const id_list half(order.begin(), order.begin() + n / 2);
+      for (const id_list& moving : {order, half}) {
+        const merge_result expected = merge_near(coords, moving, order, 1.0);
+        dense1D<unsigned> map;
+        EXPECT_EQ(merge(coords, to_array(moving), to_array(order), map, 1.0), expected.count);
+        EXPECT_TRUE(to_list(map) == expected.new_ids) << dim << " " << spread << " " << moving.size();
+      }
+    }
+  }
+}
+
 TEST(merge, a_million_coincident_nodes) {
   constexpr unsigned n = 999999;
   dense2D<unsigned> triangles(3, n / 3);
