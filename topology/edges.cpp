@@ -1,5 +1,6 @@
 // Unique edges: collected by their lower node, then sorted in short lists.
 #include <algorithm>
+#include <numeric>
 
 #include "core/append_columns.h"
 #include "core/distribute.h"
@@ -49,39 +50,42 @@ struct typed_range {
   }
 };
 
+/// Calls visit(shape, nodes) for each element whose type has edges.
+template <class Visit>
+void visit_elements(const typed_range& range, Visit visit) {
+  for (const dense2D<unsigned>* matrix = range.first; matrix != range.last; ++matrix) {
+    if (matrix->empty()) continue;
+    visit_shape(types_of_edges[range.type(matrix)], 0, [&](auto columns) {
+      for (std::uint64_t e = 0; e < matrix->cols(); ++e) {
+        const unsigned* nodes = matrix->column(e);
+        visit(columns.of(nodes), nodes);
+      }
+      return 0;
+    });
+  }
+}
+
 /// Calls visit(lower, higher) for each edge of each element.
-template <class Columns, class Visit>
-void visit_edges(const dense2D<unsigned>& connectivity, Columns columns, Visit& visit) {
-  for (std::uint64_t e = 0; e < connectivity.cols(); ++e) {
-    const unsigned* nodes = connectivity.column(e);
-    const shape& s = columns.of(nodes);
+template <class Visit>
+void visit_edges(const typed_range& range, Visit visit) {
+  visit_elements(range, [&](const shape& s, const unsigned* nodes) {
     for (unsigned k = 0; k < s.edges; ++k) {
       const unsigned a = nodes[s.edge[k][0]];
       const unsigned b = nodes[s.edge[k][1]];
       visit(std::min(a, b), std::max(a, b));
     }
-  }
-}
-
-template <class Visit>
-void visit_edges(const typed_range& range, Visit visit) {
-  for (const dense2D<unsigned>* matrix = range.first; matrix != range.last; ++matrix) {
-    if (matrix->empty()) continue;
-    visit_shape(types_of_edges[range.type(matrix)], 0, [&](auto columns) {
-      visit_edges(*matrix, columns, visit);
-      return 0;
-    });
-  }
+  });
 }
 
 struct edge_statistics {
   std::uint64_t count = 0;
   unsigned largest = 0;
 
+  /// Every node of a linear shape has an edge.
   explicit edge_statistics(const typed_range& range) {
-    visit_edges(range, [this](unsigned, unsigned higher) {
-      ++count;
-      largest = std::max(largest, higher);
+    visit_elements(range, [this](const shape& s, const unsigned* nodes) {
+      count += s.edges;
+      largest = std::accumulate(nodes, nodes + s.nodes, largest, [](unsigned a, unsigned b) { return std::max(a, b); });
     });
   }
 };
