@@ -1,5 +1,6 @@
 // Elements of nodes and nodes of nodes, in compressed rows.
 #include <algorithm>
+#include <type_traits>
 
 #include "core/columns.h"
 #include "core/distribute.h"
@@ -14,20 +15,40 @@ namespace {
 std::uint64_t node_bound(const dense2D<unsigned>& connectivity) {
   unsigned bound = 0;  // `none` wraps to 0
   for_each_run(connectivity, [&](const unsigned* begin, const unsigned* end) {
-    for (const unsigned* p = begin; p != end; ++p) bound = std::max(bound, *p + 1);
+    bound = std::max(bound, index_bound(begin, end));
     return true;
   });
   return bound;
 }
 
+/// Calls action(rows), with a constant for the most frequent numbers of rows: short loops over a column are unrolled.
+template <class Action>
+auto with_rows(std::uint64_t rows, Action action) {
+  switch (rows) {
+    case 3:
+      return action(std::integral_constant<std::uint64_t, 3>());
+    case 4:
+      return action(std::integral_constant<std::uint64_t, 4>());
+    case 8:
+      return action(std::integral_constant<std::uint64_t, 8>());
+    default:
+      return action(rows);
+  }
+}
+
 template <class Visit>
 void visit_corners(const dense2D<unsigned>& connectivity, Visit visit) {
+  const unsigned* first = connectivity.data();
+  const std::uint64_t ld = connectivity.ld();
   const auto count = static_cast<unsigned>(connectivity.cols());
-  for (unsigned e = 0; e < count; ++e) {
-    for (const unsigned* p = connectivity.begin_column(e); p != connectivity.end_column(e); ++p) {
-      if (*p != none) visit(*p, e);
+  with_rows(connectivity.rows(), [=](auto rows) {
+    for (unsigned e = 0; e < count; ++e) {
+      const unsigned* nodes = first + e * ld;
+      for (std::uint64_t i = 0; i < rows; ++i) {
+        if (nodes[i] != none) visit(nodes[i], e);
+      }
     }
-  }
+  });
 }
 
 bool list_elements(const dense2D<unsigned>& connectivity, dense1D<unsigned>& offsets, dense1D<unsigned>& elements) {
@@ -43,12 +64,13 @@ bool list_elements(const dense2D<unsigned>& connectivity, dense1D<unsigned>& off
 }
 
 /// Writes the rows of the node graph.
+template <class Rows>
 class row_writer {
  public:
-  row_writer(const dense2D<unsigned>& connectivity, const dense1D<unsigned>& elements,
+  row_writer(const dense2D<unsigned>& connectivity, Rows rows, const dense1D<unsigned>& elements,
              dense1D<unsigned>& marks) noexcept
       : nodes_(connectivity.data()),
-        rows_(connectivity.rows()),
+        rows_(rows),
         ld_(connectivity.ld()),
         end_of_elements_(elements.end()),
         marks_(marks.data()) {}
@@ -59,10 +81,11 @@ class row_writer {
     marks_[node] = node;
     for (const unsigned* element = begin; element != end; ++element) {
       prefetch(column(end_of_elements_ - element > ahead ? element[ahead] : *element));
-      for (const unsigned* p = column(*element); p != column(*element) + rows_; ++p) {
-        if (*p == none || marks_[*p] == node) continue;
-        marks_[*p] = node;
-        *out++ = *p;
+      const unsigned* nodes = column(*element);
+      for (std::uint64_t i = 0; i < rows_; ++i) {
+        if (nodes[i] == none || marks_[nodes[i]] == node) continue;
+        marks_[nodes[i]] = node;
+        *out++ = nodes[i];
       }
     }
     return out;
@@ -72,7 +95,8 @@ class row_writer {
   const unsigned* column(unsigned element) const noexcept { return nodes_ + element * ld_; }
 
   const unsigned* nodes_;
-  std::uint64_t rows_, ld_;
+  Rows rows_;
+  std::uint64_t ld_;
   const unsigned* end_of_elements_;
   unsigned* marks_;  // the node that saw a node last
 };
@@ -83,7 +107,9 @@ void trim(dense1D<unsigned>& list) {
   if (list.capacity() > 2 * list.size() && fitting.copy(list)) list.shallow_copy(fitting);
 }
 
-bool list_nodes(const dense2D<unsigned>& connectivity, dense1D<unsigned>& offsets, dense1D<unsigned>& adjacency) {
+template <class Rows>
+bool list_nodes(const dense2D<unsigned>& connectivity, Rows rows, dense1D<unsigned>& offsets,
+                dense1D<unsigned>& adjacency) {
   dense1D<unsigned> first;
   dense1D<unsigned> elements;
   dense1D<unsigned> marks;
@@ -92,12 +118,12 @@ bool list_nodes(const dense2D<unsigned>& connectivity, dense1D<unsigned>& offset
   offsets.clear();
   adjacency.clear();
   if (!offsets.resize(nodes + 1, 0) || !marks.resize(nodes, none) || !adjacency.reserve(elements.size())) return false;
-  const row_writer writer(connectivity, elements, marks);
+  const row_writer writer(connectivity, rows, elements, marks);
   std::uint64_t size = 0;
   const unsigned* element = elements.data();
   for (unsigned node = 0; node < nodes; ++node) {
     const unsigned* last_element = elements.data() + first[node + std::uint64_t{1}];
-    const std::uint64_t most = size + static_cast<std::uint64_t>(last_element - element) * connectivity.rows();
+    const std::uint64_t most = size + static_cast<std::uint64_t>(last_element - element) * rows;
     if (most > adjacency.capacity() && (!adjacency.resize(size) || !adjacency.reserve(most, 2))) return false;
     size = static_cast<std::uint64_t>(writer.write(node, element, last_element, adjacency.data() + size) -
                                       adjacency.data());
@@ -137,7 +163,8 @@ int get_connected_elements(const dense2D<unsigned>& connectivity, dense1D<unsign
 }
 
 int get_node_graph(const dense2D<unsigned>& connectivity, dense1D<unsigned>& offsets, dense1D<unsigned>& adjacency) {
-  return list_nodes(connectivity, offsets, adjacency) ? 0 : fail(offsets, adjacency);
+  const auto list = [&](auto rows) { return list_nodes(connectivity, rows, offsets, adjacency); };
+  return with_rows(connectivity.rows(), list) ? 0 : fail(offsets, adjacency);
 }
 
 }  // namespace qel::gridwork
