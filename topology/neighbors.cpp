@@ -102,36 +102,50 @@ class boundary_matcher {
 
  private:
   static constexpr unsigned boundaries = Columns::largest.boundaries;
+  static constexpr std::ptrdiff_t chunk = 64;  // slots whose keys are read at once; nodes are prefetched so far ahead
 
   boundary_key<Columns> key(unsigned slot) const noexcept {
     const unsigned* nodes = nodes_ + ld_ * (slot / boundaries);
     return key_of<Columns>(boundary_of<Columns>(Columns::of(nodes), nodes, slot % boundaries));
   }
 
-  void prefetch_slot(unsigned slot) const noexcept {
-    prefetch(nodes_ + ld_ * (slot / boundaries));
-    prefetch(neighbors_ + slot);
-  }
+  void prefetch_nodes(unsigned slot) const noexcept { prefetch(nodes_ + ld_ * (slot / boundaries)); }
 
   /// One round. Slots whose group finds no room are moved to the front, and the end of these is returned.
   unsigned* match_some(unsigned* begin, unsigned* end) noexcept {
-    constexpr std::ptrdiff_t ahead = 24;
     groups_.reset(static_cast<std::uint64_t>(end - begin));
     unsigned* left = begin;
-    for (const unsigned* it = begin; it != end; ++it) {
-      prefetch_slot(end - it > ahead ? it[ahead] : *it);
-      auto* group = groups_.find_or_begin(key(*it), *it);
-      if (group == nullptr) {
-        *left++ = *it;
-        continue;
+    for (const unsigned* it = begin; it != end;) {
+      const unsigned* chunk_end = end - it > chunk ? it + chunk : end;
+      read_keys(it, chunk_end);
+      for (const auto* next_key = keys_; it != chunk_end; ++it, ++next_key) {
+        prefetch_nodes(end - it > chunk ? it[chunk] : *it);
+        if (!join_group(*next_key, *it)) *left++ = *it;
       }
-      if (group->first != group->last) leave_second(*group);
-      group->last = *it;
     }
     for (const auto& group : groups_) {
       if (group.first != group.last && group.first != none) link(group.first, group.last);
     }
     return left;
+  }
+
+  /// Keys are read before any of their groups is searched for: a search often goes another way than the processor
+  /// predicts, and then throws away whatever work was still on its way.
+  void read_keys(const unsigned* begin, const unsigned* end) noexcept {
+    auto* next_key = keys_;
+    for (const unsigned* it = begin; it != end; ++it) {
+      prefetch(neighbors_ + *it);
+      *next_key++ = key(*it);
+    }
+  }
+
+  /// False if there is no room for the group of a slot.
+  bool join_group(const boundary_key<Columns>& boundary, unsigned slot) noexcept {
+    auto* group = groups_.find_or_begin(boundary, slot);
+    if (group == nullptr) return false;
+    if (group->first != group->last) leave_second(*group);
+    group->last = slot;
+    return true;
   }
 
   /// A third slot is to take the place of the second one of a group.
@@ -154,14 +168,17 @@ class boundary_matcher {
   bool pair_non_manifold_;
   dense1D<unsigned> list_;
   slot_groups<Columns> groups_;
+  boundary_key<Columns> keys_[chunk];
 };
 
 template <class Columns>
 void distribute_slots(const dense2D<unsigned>& connectivity, std::uint64_t ranges, slot_lists& lists) {
   const boundary_ranges<Columns> range_of(connectivity, ranges);
+  const unsigned* first = connectivity.data();
+  const std::uint64_t ld = connectivity.ld(), count = connectivity.cols();
   unsigned first_slot = 0;
-  for (std::uint64_t e = 0; e < connectivity.cols(); ++e, first_slot += Columns::largest.boundaries) {
-    visit_boundaries<Columns>(connectivity.column(e), [&](const boundary_nodes& boundary, unsigned k) {
+  for (std::uint64_t e = 0; e < count; ++e, first_slot += Columns::largest.boundaries) {
+    visit_boundaries<Columns>(first + e * ld, [&](const boundary_nodes& boundary, unsigned k) {
       lists.push_back(range_of(boundary), first_slot + k);
     });
   }
