@@ -147,6 +147,17 @@ TEST(topology, fans_and_copies) {
   }
 }
 
+// Ranges of nodes that reach so far put all boundaries into one list, which takes several rounds of matching.
+TEST(topology, a_node_far_from_all_others) {
+  generator random(1);
+  dense2D<unsigned> m(3, 6000, 4000000000U), neighbors;
+  for (unsigned i = 3; i < m.size(); ++i) m.data()[i] = below(random, 200);
+  for (const bool pair : {false, true}) {
+    ASSERT_EQ(get_neighbors(m, ELT_TRIA3, pair, neighbors), 0);
+    EXPECT_TRUE(columns(neighbors) == mesh_model(m, ELT_TRIA3).neighbors(pair));
+  }
+}
+
 TEST(topology, slot_codes_beyond_32_bits) {
   unsigned nodes[3] = {0, 1, 2}, B;
   const dense2D<unsigned> m(3, 1U << 31, 0, nodes);  // every column is the first one
