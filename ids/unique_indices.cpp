@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "core/columns.h"
-#include "core/index_set.h"
 #include "core/result.h"
+#include "ids/growing_index_set.h"
 #include "qel/gridwork/ids.h"
 
 namespace qel::gridwork {
@@ -15,85 +15,48 @@ struct index_source {
   const dense2D<unsigned>* first = nullptr;
   const dense2D<unsigned>* last = nullptr;
 
+  std::uint64_t count() const noexcept {
+    std::uint64_t sum = list != nullptr ? list->size() : 0;
+    for (const dense2D<unsigned>* matrix = first; matrix != last; ++matrix) sum += matrix->size();
+    return sum;
+  }
+
+  /// Calls action(begin, end) for runs of entries as long as it returns true. False when it did not.
   template <class Action>
-  void for_each_run(Action action) const {
-    const auto run = [&](const unsigned* begin, const unsigned* end) {
-      action(begin, end);
-      return true;
-    };
-    if (list != nullptr) gridwork::for_each_run(*list, run);
-    for (const dense2D<unsigned>* matrix = first; matrix != last; ++matrix) gridwork::for_each_run(*matrix, run);
+  bool for_each_run(Action action) const {
+    if (list != nullptr && !gridwork::for_each_run(*list, action)) return false;
+    return std::all_of(first, last,
+                       [action](const dense2D<unsigned>& matrix) { return gridwork::for_each_run(matrix, action); });
   }
 };
 
-/// Upper bounds that decide which kind of set serves.
-struct index_statistics {
-  std::uint64_t count = 0;
-  unsigned bound = 0;  // largest index + 1; `none` wraps to 0
-
-  explicit index_statistics(const index_source& source) {
-    source.for_each_run([this](const unsigned* begin, const unsigned* end) {
-      bound = std::max(bound, index_bound(begin, end));
-      count += static_cast<std::uint64_t>(end - begin);
-    });
+/// Appends the entries of a run that are not in the set yet, growing the list by doubling. Where it cannot grow, they
+/// are dropped. False when the set could not grow.
+bool append_new(dense1D<unsigned>& ids, const unsigned* begin, const unsigned* end, growing_index_set& seen) {
+  constexpr std::ptrdiff_t chunk = 4096;
+  while (begin != end) {
+    const unsigned* stop = end - begin > chunk ? begin + chunk : end;
+    const std::uint64_t size = ids.size();
+    if (!ids.reserve(size + static_cast<std::uint64_t>(stop - begin), 2)) return true;
+    unsigned* next = ids.data() + size;
+    if (!seen.insert_run(begin, stop, [&next](unsigned id) { *next++ = id; })) return false;
+    if (!ids.resize(static_cast<std::uint64_t>(next - ids.data()))) return true;
+    begin = stop;
   }
-};
-
-/// Appends entries that a set has not held yet, growing the list by doubling.
-class unique_appender {
- public:
-  explicit unique_appender(dense1D<unsigned>& ids) : ids_(ids) {}
-
-  template <class Set>
-  void append(const unsigned* begin, const unsigned* end, Set& seen) {
-    constexpr std::ptrdiff_t chunk = 4096;
-    while (begin != end) {
-      const unsigned* stop = end - begin > chunk ? begin + chunk : end;
-      const std::uint64_t size = ids_.size();
-      const auto most = static_cast<std::uint64_t>(stop - begin);
-      if (!ids_.reserve(size + most, 2)) return;
-      const std::uint64_t added = append_chunk(begin, stop, seen, ids_.data() + size);
-      if (!ids_.resize(size + added)) return;
-      begin = stop;
-    }
-  }
-
- private:
-  template <class Set>
-  static std::uint64_t append_chunk(const unsigned* begin, const unsigned* end, Set& seen, unsigned* out) {
-    unsigned* next = out;
-    seen.insert_run(begin, end, [&next](unsigned id) { *next++ = id; });
-    return static_cast<std::uint64_t>(next - out);
-  }
-
-  dense1D<unsigned>& ids_;
-};
-
-/// Calls action(set) with an empty set of the kind that suits the input. False when memory ran out.
-template <class Action>
-bool with_index_set(const index_statistics& statistics, std::uint64_t extra, Action action) {
-  if (flags_are_few(statistics.bound, statistics.count)) {
-    index_flags set;
-    if (!set.reset(statistics.bound)) return false;
-    action(set);
-    return true;
-  }
-  index_hash_set set;
-  if (!set.reset(statistics.count + extra)) return false;
-  action(set);
   return true;
 }
 
 int append_unique(dense1D<unsigned>& ids, const index_source& source, const dense1D<unsigned>& excluded) {
-  const index_statistics statistics(source);
-  const bool done = with_index_set(statistics, excluded.size(), [&](auto& seen) {
-    for (const unsigned id : excluded) {
-      if (id < statistics.bound) seen.insert(id);
-    }
-    unique_appender appender(ids);
-    source.for_each_run([&](const unsigned* begin, const unsigned* end) { appender.append(begin, end, seen); });
-  });
-  return done ? 0 : out_of_memory;
+  const std::uint64_t old_size = ids.size();
+  growing_index_set seen;
+  if (!seen.prepare(source.count() + excluded.size())) return out_of_memory;
+  if (!seen.insert_run(excluded.begin(), excluded.end(), [](unsigned) {})) return out_of_memory;
+  if (source.for_each_run(
+          [&](const unsigned* begin, const unsigned* end) { return append_new(ids, begin, end, seen); })) {
+    return 0;
+  }
+  static_cast<void>(ids.resize(old_size));  // shrinking cannot fail
+  return out_of_memory;
 }
 
 }  // namespace
@@ -120,13 +83,12 @@ int count_unique_indices(const dense2D<unsigned>& connectivity) {
 int count_unique_indices(const dense2D<unsigned>* first, const dense2D<unsigned>* last) {
   if (last < first) return -2;
   const index_source source{nullptr, first, last};
-  const index_statistics statistics(source);
+  growing_index_set seen;
   int count = 0;
-  const bool done = with_index_set(statistics, 0, [&](auto& seen) {
-    source.for_each_run([&](const unsigned* begin, const unsigned* end) {
-      seen.insert_run(begin, end, [&count](unsigned) { ++count; });
-    });
-  });
+  const bool done =
+      seen.prepare(source.count()) && source.for_each_run([&](const unsigned* begin, const unsigned* end) {
+        return seen.insert_run(begin, end, [&count](unsigned) { ++count; });
+      });
   return done ? count : out_of_memory;
 }
 

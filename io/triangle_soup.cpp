@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/index_set.h"
+#include "core/index_flags.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "search/proximity_merge.h"

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "core/index_set.h"
+#include "core/index_flags.h"
 #include "core/result.h"
 #include "search/coincident_nodes.h"
 #include "search/near_nodes.h"

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "core/columns.h"
-#include "core/index_set.h"
+#include "core/index_flags.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/search.h"
@@ -56,7 +56,7 @@ class repetition_test {
 
 void mark_used(const dense2D<unsigned>& connectivity, index_flags& used) {
   for_each_run(connectivity, [&](const unsigned* begin, const unsigned* end) {
-    used.insert_run(begin, end, [](unsigned) {});
+    for (; begin != end; ++begin) used.insert(*begin);
     return true;
   });
 }

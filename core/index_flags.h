@@ -1,0 +1,40 @@
+// Set of indices below a bound.
+#ifndef QEL_GRIDWORK_CORE_INDEX_FLAGS_H
+#define QEL_GRIDWORK_CORE_INDEX_FLAGS_H
+
+#include <cstdint>
+
+#include "core/result.h"
+#include "qel/dense.h"
+
+namespace qel::gridwork {
+
+/// Set of the indices below a bound, and `none`, which is always in it. A byte each: bits would make every insertion wait
+/// for the one before it.
+class index_flags {
+ public:
+  [[nodiscard]] bool reset(std::uint64_t bound) noexcept {
+    flags_.clear();
+    if (!flags_.resize(bound + 1, 0)) return false;
+    flag(none) = 1;
+    return true;
+  }
+
+  bool contains(unsigned index) const noexcept { return flags_.data()[index + 1U] != 0; }
+
+  /// True when `index` was not in the set.
+  bool insert(unsigned index) noexcept {
+    if (flag(index) != 0) return false;
+    flag(index) = 1;
+    return true;
+  }
+
+ private:
+  unsigned char& flag(unsigned index) noexcept { return flags_.data()[index + 1U]; }  // that of `none` comes first
+
+  dense1D<unsigned char> flags_;
+};
+
+}  // namespace qel::gridwork
+
+#endif
