@@ -11,20 +11,20 @@ namespace qel::gridwork {
 /// Sorts items into buckets.
 ///
 /// `walk(visit)` calls visit(bucket, item) for every item, in the same order each time; there are less than 2^32 of
-/// them. `prepare(total)` makes room for all items, `place(position, item)` puts one away. `offsets` becomes the
-/// compressed rows: bucket b has the positions from offsets[b] up to offsets[b + 1]. False when memory ran out.
-template <class Walk, class Prepare, class Place>
-[[nodiscard]] bool distribute(std::uint64_t buckets, dense1D<unsigned>& offsets, Walk walk, Prepare prepare,
-                              Place place) {
+/// them. `items` and `offsets` become the compressed rows: bucket b has the items from offsets[b] up to offsets[b + 1].
+/// False when memory ran out.
+template <class Walk>
+[[nodiscard]] bool distribute(std::uint64_t buckets, Walk walk, dense1D<unsigned>& items, dense1D<unsigned>& offsets) {
   // Counts go two places on, so that after the sums next[b] is where bucket b is to be written. When all items are
   // placed, it is where bucket b + 1 begins.
   offsets.clear();
   if (!offsets.resize(buckets + 2, 0)) return false;
   unsigned* next = offsets.data() + 1;
-  walk([next](std::uint64_t bucket, const auto&) { ++next[bucket + 1]; });
+  walk([next](std::uint64_t bucket, unsigned) { ++next[bucket + 1]; });
   for (std::uint64_t b = 2; b <= buckets; ++b) next[b] += next[b - 1];
-  if (!prepare(next[buckets])) return false;
-  walk([next, &place](std::uint64_t bucket, const auto& item) { place(next[bucket]++, item); });
+  if (!items.resize(next[buckets])) return false;
+  unsigned* out = items.data();
+  walk([next, out](std::uint64_t bucket, unsigned item) { out[next[bucket]++] = item; });
   return offsets.resize(buckets + 1);
 }
 

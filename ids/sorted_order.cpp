@@ -15,9 +15,7 @@ bool sort_positions(const dense1D<unsigned>& values, dense1D<unsigned>& order, d
       if (value[i] != none) visit(value[i], i);
     }
   };
-  return distribute(
-      std::uint64_t{max} + 1, offsets, walk, [&](unsigned total) { return order.resize(total); },
-      [&](unsigned position, unsigned i) { order.data()[position] = i; });
+  return distribute(std::uint64_t{max} + 1, walk, order, offsets);
 }
 
 }  // namespace

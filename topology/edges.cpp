@@ -96,10 +96,7 @@ class edges_by_lower_node {
   [[nodiscard]] bool build(const typed_range& range, const edge_statistics& statistics) {
     const std::uint64_t nodes = std::uint64_t{statistics.largest} + 1;
     const auto walk = [&](auto visit) { visit_edges(range, visit); };
-    const bool collected = distribute(
-        nodes, offsets_, walk, [this](unsigned total) { return higher_.resize(total); },
-        [this](unsigned position, unsigned higher) { higher_.data()[position] = higher; });
-    return collected && marks_.resize(nodes, none) && make_unique();
+    return distribute(nodes, walk, higher_, offsets_) && marks_.resize(nodes, none) && make_unique();
   }
 
   std::uint64_t count() const noexcept { return count_; }

@@ -58,9 +58,7 @@ bool list_elements(const dense2D<unsigned>& connectivity, dense1D<unsigned>& off
   if (nodes == 0) return offsets.resize(1, 0);
   if (connectivity.size() >= none || connectivity.cols() >= none) return false;
   return distribute(
-      nodes, offsets, [&](auto visit) { visit_corners(connectivity, visit); },
-      [&](unsigned total) { return elements.resize(total); },
-      [&](unsigned position, unsigned e) { elements.data()[position] = e; });
+      nodes, [&](auto visit) { visit_corners(connectivity, visit); }, elements, offsets);
 }
 
 /// Writes the rows of the node graph.
