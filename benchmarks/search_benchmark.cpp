@@ -1,5 +1,4 @@
 // node_detector and merge, beside nanoflann and meshoptimizer.
-#include <limits>
 #include <memory>
 #include <vector>
 

@@ -1,6 +1,5 @@
 // Neighbours, boundaries, node lists and edges, beside the standard containers, VTK and CGAL.
 #include <array>
-#include <cstdlib>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>

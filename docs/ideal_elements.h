@@ -3,8 +3,7 @@
 #define QEL_GRIDWORK_DOCS_IDEAL_ELEMENTS_H
 
 #include <cmath>
-#include <initializer_list>
-#include <string>
+#include <stdexcept>
 #include <vector>
 
 #include "core/shapes.h"

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "metrics/tensors.h"
 #include "qel/gridwork/metrics.h"
 

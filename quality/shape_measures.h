@@ -2,8 +2,6 @@
 #ifndef QEL_GRIDWORK_QUALITY_SHAPE_MEASURES_H
 #define QEL_GRIDWORK_QUALITY_SHAPE_MEASURES_H
 
-#include <cmath>
-
 #include "core/shapes.h"
 #include "quality/corners.h"
 #include "quality/faces.h"

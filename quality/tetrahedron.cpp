@@ -1,5 +1,7 @@
 #include "quality/tetrahedron.h"
 
+#include <cmath>
+
 namespace qel::gridwork {
 namespace {
 

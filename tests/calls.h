@@ -10,7 +10,6 @@
 #include <iterator>
 #include <memory>
 #include <new>
-#include <string>
 #include <type_traits>
 #include <vector>
 

@@ -9,7 +9,6 @@
 #include <limits>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "qel/dense.h"
