@@ -36,17 +36,6 @@ dense2D<double> lattice_nodes(unsigned cells) {
   return coords;
 }
 
-dense2D<unsigned> hexahedra(unsigned cells) {
-  const unsigned n = cells + 1;
-  dense2D<unsigned> connectivity(8, std::uint64_t{cells} * cells * cells);
-  for (std::uint64_t e = 0; e < connectivity.cols(); ++e) {
-    const auto corner = static_cast<unsigned>(e % cells + n * (e / cells % cells) + n * n * (e / cells / cells));
-    const unsigned nodes[8] = {0, 1, n + 1, n, n * n, n * n + 1, n * n + n + 1, n * n + n};
-    for (unsigned i = 0; i < 8; ++i) connectivity(i, e) = corner + nodes[i];
-  }
-  return connectivity;
-}
-
 #ifdef QEL_HAVE_VERDICT
 vtkSmartPointer<vtkUnstructuredGrid> to_vtk(const mesh& m) {
   auto grid = vtkSmartPointer<vtkUnstructuredGrid>::New();
@@ -142,7 +131,7 @@ int main(int argc, char** argv) {
   inputs::surface(1000, surface.coords, surface.connectivity);
   const mesh tetrahedra{"1 M tetrahedra", lattice_nodes(55), inputs::tetrahedra(55, false), ELT_TETRA4};
   const mesh shuffled{"1 M tetrahedra, shuffled", lattice_nodes(55), inputs::tetrahedra(55, true), ELT_TETRA4};
-  const mesh blocks{"1 M hexahedra", lattice_nodes(100), hexahedra(100), ELT_HEXA8};
+  const mesh blocks{"1 M hexahedra", lattice_nodes(100), inputs::hexahedra(100, false), ELT_HEXA8};
   for (const mesh& m : {surface, tetrahedra, shuffled, blocks}) add_shapes(m);
   add_edges(tetrahedra);
   return run_benchmarks(argc, argv);

@@ -10,8 +10,7 @@
 namespace qel::gridwork {
 
 /// Adds `count` columns, not initialised, to a matrix that is empty or has so many rows; repeated calls grow it by
-/// doubling.
-/// False, with the matrix as it was, when memory ran out.
+/// doubling. False, with the matrix as it was, when memory ran out.
 template <class T>
 [[nodiscard]] bool append_columns(dense2D<T>& m, std::uint64_t rows, std::uint64_t count) {
   const std::uint64_t old_count = m.empty() ? 0 : m.cols();

@@ -9,8 +9,8 @@
 
 namespace qel::gridwork {
 
-/// Calls action(first, last) on runs of consecutive entries that together make up the array, in storage order, as long
-/// as it returns true. False when an action did.
+/// Calls action(first, last) on runs of consecutive entries that together make up the array, in storage order, up to
+/// the first that returns false. True when none did.
 template <class T, unsigned Align, class Action>
 bool for_each_run(const dense1D<T, Align>& values, Action action) {
   return action(values.begin(), values.end());

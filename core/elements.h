@@ -8,6 +8,9 @@
 
 namespace qel::gridwork {
 
+/// True when a number, as lists of types hold them, is an enumerator.
+constexpr bool is_element_type(int code) noexcept { return code >= ELT_UNKNOWN && code <= ELT_HEXA27; }
+
 /// The type that a connectivity of `rows` rows really holds: a short mixed matrix is its pure type.
 element_type resolve_type(element_type type, std::uint64_t rows) noexcept;
 

@@ -24,8 +24,6 @@ struct matrix_range {
   }
 };
 
-constexpr bool is_element_type(int code) noexcept { return code >= ELT_UNKNOWN && code <= ELT_HEXA27; }
-
 /// 0, or the code that the writers share: -4, -5 for a range that does not fit its codes, -3 for a matrix that does not
 /// fit its type or holds nodes from n on.
 inline int check_matrices(const matrix_range& range, unsigned n) noexcept {
@@ -53,10 +51,6 @@ constexpr bool may_hold(element_type type, element_type plain) noexcept {
   if (type == ELT_FACE_MIX) return plain == ELT_TRIA3 || plain == ELT_QUAD4;
   if (type != ELT_SOLID_MIX) return type == plain;
   return plain == ELT_TETRA4 || plain == ELT_PYRAMID5 || plain == ELT_WEDGE6 || plain == ELT_HEXA8;
-}
-
-inline bool in_plane_or_space(const dense2D<double>& coords) noexcept {
-  return coords.rows() == 2 || coords.rows() == 3;
 }
 
 inline bool has_1_to_3_rows(const dense2D<double>& coords) noexcept { return coords.rows() >= 1 && coords.rows() <= 3; }

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "core/coordinates.h"
+#include "core/elements.h"
 #include "core/result.h"
 #include "io/file.h"
 #include "io/matrix_range.h"
@@ -67,7 +69,7 @@ struct block {
 };
 
 bool is_valid(const block& b) {
-  if (!io::is_element_type(b.type)) return false;
+  if (!is_element_type(b.type)) return false;
   const auto type = static_cast<element_type>(b.type);
   if (b.first == b.last || nbr_nodes(type) == 0) return true;
   // Faces may be part of a higher matrix, mixed solids not.
@@ -169,7 +171,7 @@ bool valid_offsets(const dense1D<unsigned>& offsets, std::uint64_t columns) noex
 int write_matrices(const char* filename, const dense2D<double>& coords, const block* blocks, std::uint64_t count) {
   io::file output(filename, "w");
   if (!output.is_open()) return -1;
-  if (!io::in_plane_or_space(coords)) return -2;
+  if (!in_plane_or_space(coords)) return -2;
   return write_deck(output, coords, count, [=](std::uint64_t k) { return blocks[k]; });
 }
 
@@ -199,7 +201,7 @@ int NASTRAN_output(const char* filename, const dense2D<double>& coords, const de
   if (connectivity.empty()) return 0;
   io::file output(filename, "w");
   if (!output.is_open()) return -1;
-  if (!io::in_plane_or_space(coords)) return -2;
+  if (!in_plane_or_space(coords)) return -2;
   if (block_offsets.size() != block_types.size() + 1) return -5;
   if (!valid_offsets(block_offsets, connectivity.cols())) return -5;
   if (property_IDs.size() != connectivity.cols()) return -6;

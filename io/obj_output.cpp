@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "core/coordinates.h"
 #include "core/elements.h"
 #include "core/result.h"
 #include "io/file.h"
@@ -39,7 +40,7 @@ bool empty_or(std::uint64_t rows, const dense2D<double>& values, const dense2D<d
 }
 
 int check(const obj_mesh& mesh) noexcept {
-  if (!io::in_plane_or_space(mesh.coords)) return -2;
+  if (!in_plane_or_space(mesh.coords)) return -2;
   if (!empty_or(3, mesh.normals, mesh.coords)) return -3;
   if (!empty_or(2, mesh.uvs, mesh.coords)) return -4;
   if (!valid_faces(mesh.triangles, ELT_TRIA3)) return -5;

@@ -2,10 +2,12 @@
 #include <algorithm>
 #include <string_view>
 
+#include "core/coordinates.h"
 #include "core/result.h"
 #include "io/block_writer.h"
 #include "io/file.h"
 #include "io/little_endian.h"
+#include "io/matrix_range.h"
 #include "io/number_format.h"
 #include "io/stl_binary.h"
 #include "io/stl_geometry.h"
@@ -71,16 +73,11 @@ char* append_binary(char* out, const triangle& t) noexcept {
   return std::fill_n(out, io::stl_attribute_bytes, '\0');
 }
 
-/// A matrix without rows is empty, however many columns it has.
-std::uint64_t triangle_count(const dense2D<unsigned>& connectivity) noexcept {
-  return connectivity.empty() ? 0 : connectivity.cols();
-}
-
 /// Writes every triangle by `append_triangle`, which takes up to `most` bytes each.
 template <class AppendTriangle>
 bool write_triangles(io::block_writer& writer, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                      std::uint64_t most, AppendTriangle append_triangle) {
-  const std::uint64_t count = triangle_count(connectivity);
+  const std::uint64_t count = io::element_count(connectivity);
   for (std::uint64_t j = 0; j < count; ++j) {
     char* out = writer.room(most);
     if (out == nullptr) return false;
@@ -97,7 +94,7 @@ bool write_text(io::block_writer& writer, const dense2D<double>& coords, const d
 bool write_binary(io::block_writer& writer, const dense2D<double>& coords, const dense2D<unsigned>& connectivity) {
   char header[io::stl_header_bytes + io::stl_count_bytes] = {};
   append(header, binary_header);
-  io::store_uint32(header + io::stl_header_bytes, static_cast<std::uint32_t>(triangle_count(connectivity)));
+  io::store_uint32(header + io::stl_header_bytes, static_cast<std::uint32_t>(io::element_count(connectivity)));
   return writer.put({header, sizeof header}) &&
          write_triangles(writer, coords, connectivity, io::stl_triangle_bytes, append_binary) && writer.flush();
 }
@@ -107,8 +104,8 @@ bool write_binary(io::block_writer& writer, const dense2D<double>& coords, const
 int STL_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity, bool ascii) {
   io::file output(filename, ascii ? "wt" : "wb");
   if (!output.is_open()) return -1;
-  if (coords.rows() != 2 && coords.rows() != 3) return -2;
-  if (!check_IDs(connectivity, ELT_TRIA3, static_cast<unsigned>(coords.cols()))) return -3;
+  if (!in_plane_or_space(coords)) return -2;
+  if (!check_IDs(connectivity, ELT_TRIA3, node_bound(coords))) return -3;
   io::block_writer writer(output.stream());
   if (!writer.prepare()) return out_of_memory;
   const bool written = ascii ? write_text(writer, coords, connectivity) : write_binary(writer, coords, connectivity);

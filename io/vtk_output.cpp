@@ -4,6 +4,8 @@
 #include <limits>
 #include <utility>
 
+#include "core/coordinates.h"
+#include "core/elements.h"
 #include "core/result.h"
 #include "io/file.h"
 #include "io/matrix_range.h"
@@ -183,7 +185,7 @@ constexpr bool accepted(element_type type) noexcept { return io::is_mixed(type) 
 int write_file(const char* filename, const dense2D<double>& coords, const matrix_range& range) {
   io::file output(filename, "w");
   if (!output.is_open()) return -1;
-  if (!io::in_plane_or_space(coords)) return -2;
+  if (!in_plane_or_space(coords)) return -2;
   const int result = io::check_matrices(range, static_cast<unsigned>(coords.cols()));
   if (result != 0) return result;
   for (std::uint64_t i = 0; i < range.size(); ++i) {
@@ -223,7 +225,7 @@ int vtk_convert(const dense2D<unsigned>& connectivity, element_type type, unsign
 int vtk_output(std::FILE* stream, const dense2D<double>& coords, unsigned nbr_cells, const dense1D<unsigned>& cells,
                const dense1D<unsigned>& cell_types) {
   if (stream == nullptr) return -1;
-  if (!io::in_plane_or_space(coords)) return -2;
+  if (!in_plane_or_space(coords)) return -2;
   text_writer writer(stream);
   if (!writer.prepare()) return out_of_memory;
   write_points(writer, coords);

@@ -2,6 +2,8 @@
 #include <cmath>
 #include <iterator>
 
+#include "core/coordinates.h"
+#include "core/elements.h"
 #include "core/result.h"
 #include "core/scaling.h"
 #include "qel/gridwork/ids.h"
@@ -155,18 +157,17 @@ int feed_edges(const dense2D<unsigned>& edges, const dense2D<unsigned>& excluded
 using meshes = const dense2D<unsigned>*;
 
 bool fits(const dense2D<unsigned>& connectivity, int type, unsigned nodes) {
-  return type >= ELT_UNKNOWN && type <= ELT_HEXA27 && check_IDs(connectivity, static_cast<element_type>(type), nodes);
+  return is_element_type(type) && check_IDs(connectivity, static_cast<element_type>(type), nodes);
 }
 
 int check_arguments(const dense2D<double>& coords, meshes first, meshes last, const dense1D<int>& types,
                     const dense2D<unsigned>& excluded) {
-  if (coords.rows() != 2 && coords.rows() != 3) return -1;
+  if (!in_plane_or_space(coords)) return -1;
   if (types.size() != static_cast<std::uint64_t>(std::distance(first, last))) return -4;
-  const auto nodes = static_cast<unsigned>(std::min<std::uint64_t>(coords.cols(), none - 1));
   for (std::uint64_t i = 0; i < types.size(); ++i) {
-    if (!fits(first[i], types[i], nodes)) return -2;
+    if (!fits(first[i], types[i], node_bound(coords))) return -2;
   }
-  return check_IDs(excluded, ELT_EDGE2, nodes) ? 0 : -7;
+  return check_IDs(excluded, ELT_EDGE2, node_bound(coords)) ? 0 : -7;
 }
 
 /// `Field<Dim>` is made of the coordinates and `prescribed`.

@@ -2,10 +2,10 @@
 #ifndef QEL_GRIDWORK_QUALITY_MEASURE_ELEMENTS_H
 #define QEL_GRIDWORK_QUALITY_MEASURE_ELEMENTS_H
 
-#include <algorithm>
 #include <cmath>
 #include <type_traits>
 
+#include "core/coordinates.h"
 #include "core/elements.h"
 #include "core/position_table.h"
 #include "core/result.h"
@@ -184,9 +184,8 @@ int measure_elements(const dense2D<double>& coords, const dense2D<unsigned>& con
 
 /// 0, or the code of the first of the two that is invalid.
 inline int check_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type) {
-  if (coords.rows() != 2 && coords.rows() != 3) return -1;
-  const auto nodes = static_cast<unsigned>(std::min<std::uint64_t>(coords.cols(), none - 1));
-  return check_IDs(connectivity, type, nodes) ? 0 : -2;
+  if (!in_plane_or_space(coords)) return -1;
+  return check_IDs(connectivity, type, node_bound(coords)) ? 0 : -2;
 }
 
 /// Writes the measure of every element to `values`, which is empty on a negative result.
