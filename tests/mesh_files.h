@@ -45,57 +45,39 @@ inline int write_to_stream(const char* path, const mesh& m) {
 struct writer {
   const char* name;
   int (*write)(const char* path, const mesh& m);
-  bool reports = false;  ///< what the stream does not take
+  bool reports;  ///< what the stream does not take
+
+  writer(const char* call, int (*f)(const char*, const mesh&), bool does_report = false)
+      : name(call), write(f), reports(does_report) {}
 };
 
+#define WRITER(call, ...) writer(#call, [](const char* path, const mesh& m) { return call; } __VA_OPT__(, ) __VA_ARGS__)
+
 inline const writer writers[] = {
-    {"STL_output, text", [](const char* p, const mesh& m) { return STL_output(p, m.coords, m.triangles, true); }, true},
-    {"STL_output", [](const char* p, const mesh& m) { return STL_output(p, m.coords, m.triangles, false); }, true},
-    {"WavefrontOBJ_output, all",
-     [](const char* p, const mesh& m) { return WavefrontOBJ_output(p, m.coords, m.coords, {}, m.triangles, m.quads); }},
-    {"WavefrontOBJ_output",
-     [](const char* p, const mesh& m) { return WavefrontOBJ_output(p, m.coords, m.triangles, ELT_TRIA3); }},
-    {"WavefrontOBJ_output, two",
-     [](const char* p, const mesh& m) {
-       return WavefrontOBJ_output(p, m.coords, m.quads, m.triangles, ELT_QUAD4, ELT_TRIA3);
-     }},
-    {"vtk_output, stream", write_to_stream},
-    {"vtk_output", [](const char* p, const mesh& m) { return vtk_output(p, m.coords, m.triangles, ELT_TRIA3); }},
-    {"vtk_output, two",
-     [](const char* p, const mesh& m) { return vtk_output(p, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4); }},
-    {"vtk_output, range",
-     [](const char* p, const mesh& m) { return vtk_output(p, m.coords, m.both, m.both + 2, m.codes); }},
-    {"medit_output", [](const char* p, const mesh& m) { return medit_output(p, m.coords, m.triangles, ELT_TRIA3); }},
-    {"medit_output, two",
-     [](const char* p, const mesh& m) {
-       return medit_output(p, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4);
-     }},
-    {"medit_output, range",
-     [](const char* p, const mesh& m) { return medit_output(p, m.coords, m.both, m.both + 2, m.codes); }},
-    {"medit_output, references",
-     [](const char* p, const mesh& m) { return medit_output(p, m.coords, m.quads, ELT_QUAD4, m.references); }},
-    {"medit_scalar", [](const char* p, const mesh& m) { return medit_scalar(p, 3, m.sizes); }},
-    {"medit_vector", [](const char* p, const mesh& m) { return medit_vector(p, 3, m.coords); }},
-    {"medit_tensor", [](const char* p, const mesh& m) { return medit_tensor(p, m.coords); }},
-    {"NASTRAN_output",
-     [](const char* p, const mesh& m) { return NASTRAN_output(p, m.coords, m.triangles, ELT_TRIA3); }},
-    {"NASTRAN_output, two",
-     [](const char* p, const mesh& m) {
-       return NASTRAN_output(p, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4);
-     }},
-    {"NASTRAN_output, blocks",
-     [](const char* p, const mesh& m) {
-       return NASTRAN_output(p, m.coords, m.triangles, m.offsets, m.codes.sub_vector(0, 1), m.references);
-     }},
-    {"ensight_output",
-     [](const char* p, const mesh& m) { return ensight_output(p, m.coords, m.triangles, ELT_TRIA3); }},
-    {"ensight_output, two",
-     [](const char* p, const mesh& m) {
-       return ensight_output(p, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4);
-     }},
-    {"ensight_output, range",
-     [](const char* p, const mesh& m) { return ensight_output(p, m.coords, m.both, m.both + 2, m.codes); }},
-};
+    WRITER(STL_output(path, m.coords, m.triangles, true), true),
+    WRITER(STL_output(path, m.coords, m.triangles, false), true),
+    WRITER(WavefrontOBJ_output(path, m.coords, m.coords, {}, m.triangles, m.quads)),
+    WRITER(WavefrontOBJ_output(path, m.coords, m.triangles, ELT_TRIA3)),
+    WRITER(WavefrontOBJ_output(path, m.coords, m.quads, m.triangles, ELT_QUAD4, ELT_TRIA3)),
+    WRITER(write_to_stream(path, m)),
+    WRITER(vtk_output(path, m.coords, m.triangles, ELT_TRIA3)),
+    WRITER(vtk_output(path, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4)),
+    WRITER(vtk_output(path, m.coords, m.both, m.both + 2, m.codes)),
+    WRITER(medit_output(path, m.coords, m.triangles, ELT_TRIA3)),
+    WRITER(medit_output(path, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4)),
+    WRITER(medit_output(path, m.coords, m.both, m.both + 2, m.codes)),
+    WRITER(medit_output(path, m.coords, m.quads, ELT_QUAD4, m.references)),
+    WRITER(medit_scalar(path, 3, m.sizes)),
+    WRITER(medit_vector(path, 3, m.coords)),
+    WRITER(medit_tensor(path, m.coords)),
+    WRITER(NASTRAN_output(path, m.coords, m.triangles, ELT_TRIA3)),
+    WRITER(NASTRAN_output(path, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4)),
+    WRITER(NASTRAN_output(path, m.coords, m.triangles, m.offsets, m.codes.sub_vector(0, 1), m.references)),
+    WRITER(ensight_output(path, m.coords, m.triangles, ELT_TRIA3)),
+    WRITER(ensight_output(path, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4)),
+    WRITER(ensight_output(path, m.coords, m.both, m.both + 2, m.codes))};
+
+#undef WRITER
 
 /// The file that a writer makes.
 inline std::string written(const writer& w, const mesh& m) {
