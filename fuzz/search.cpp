@@ -146,10 +146,12 @@ void merge_elements(input& in, const nodes& given) {
   const auto expect = [&](const matrices& some, auto door) {
     matrices expected = random_meshes::deep_copies(some), views = some, copies = random_meshes::deep_copies(some);
     for (auto& view : views) view = random_meshes::with_gaps(view, 1U);
+    const matrices other_views = views;
     const auto result = reference::merge(coords, expected, tol, mode);
     dense1D<unsigned> map{1};
     CHECK(door(views, map) == result.count && door(copies) == result.count);
     CHECK(to_list(map) == result.new_ids && views == expected && copies == expected);
+    CHECK(other_views == expected);  // in place
   };
   expect(m, [&](auto& x, auto&... map) { return merge(coords, x.data(), x.data() + 3, map..., tol, mode); });
   expect({m[0], m[2]}, [&](auto& x, auto&... map) { return merge(coords, x[0], x[1], map..., tol, mode); });

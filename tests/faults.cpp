@@ -2,6 +2,7 @@
 #include "faults.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -16,9 +17,10 @@
 namespace faults {
 namespace {
 
-plan current;
-bool armed = false;
-std::uint64_t calls = 0, blocks = 0, streams = 0;
+thread_local plan current;
+thread_local bool armed = false;
+thread_local std::uint64_t calls = 0;
+std::atomic<std::uint64_t> blocks{0}, streams{0};
 
 bool fails(operation what) {
   if (!armed || what != current.what) return false;

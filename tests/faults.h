@@ -18,7 +18,7 @@ namespace faults {
 
 enum class operation { allocate, open, read, write, close, seek };
 
-/// The at-th call (1, 2, ...) of an operation fails, and with `onwards` all that follow; none for 0.
+/// The at-th call (1, 2, ...) of an operation in this thread fails, and with `onwards` all that follow; none for 0.
 struct plan {
   operation what = operation::allocate;
   std::uint64_t at = 0;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <numeric>
 
 #include "tests/random_meshes.h"
@@ -14,135 +15,95 @@ using namespace reference;
 using matrices = std::vector<dense2D<unsigned>>;
 
 // The three groups of overloads with every fault; a fault is reported before those behind it.
-const dense2D<double> plane(2, 2, {0, 0, 1, 1}), empty(2, 0), line(1, 2), four(4, 2);
+const dense2D<double> plane(2, 2, {0, 0, 1, 1}), no_nodes(2, 0), line(1, 2), four(4, 2);
+
+// What the forms without a map, too, return; the map is empty but where something is done.
+void expect_code(int code, const dense1D<unsigned>& map, bool done, std::initializer_list<int> others = {}) {
+  EXPECT_EQ(map.size(), done ? 2U : 0U);
+  for (const int other : others) EXPECT_EQ(other, code);
+}
 
 TEST(merge_result_codes, all_nodes) {
-  dense1D<unsigned> map;
-  const auto moving = [&](const dense2D<double>& c, double tol) {
-    dense2D<double> work = deep_copy(c);
-    map = dense1D<unsigned>{7};
-    const int result = merge(work, map, tol);
-    EXPECT_EQ(merge(work, tol), result);
-    EXPECT_EQ(map.size(), result == 0 && !c.empty() ? 2U : 0U);
-    EXPECT_EQ(work, c);
-    return result;
-  };
-  EXPECT_EQ(moving(empty, -1), 0);
-  EXPECT_EQ(moving(dense2D<double>(), -1), 0);
-  EXPECT_EQ(moving(line, -1), -1);
-  EXPECT_EQ(moving(four, -1), -1);
-  for (const double tol : {-1.0, -infinity, not_a_number, -5e-324}) EXPECT_EQ(moving(plane, tol), -3);
-  EXPECT_EQ(moving(plane, -0.0), 0);
+  const struct {
+    const dense2D<double>& coords;
+    double tol;
+    int code;
+  } cases[] = {
+      {no_nodes, -1, 0},      {dense2D<double>(), -1, 0}, {line, -1, -1},       {four, -1, -1},  {plane, -1, -3},
+      {plane, -infinity, -3}, {plane, not_a_number, -3},  {plane, -5e-324, -3}, {plane, -0.0, 0}};
+  for (const auto& c : cases) {
+    dense2D<double> work = deep_copy(c.coords);
+    dense1D<unsigned> map{7};
+    EXPECT_EQ(merge(work, map, c.tol), c.code);
+    expect_code(c.code, map, c.code == 0 && !c.coords.empty(), {merge(work, c.tol)});
+    EXPECT_EQ(work, c.coords);
+  }
 }
 
 TEST(merge_result_codes, lists) {
-  const dense1D<unsigned> good{0, 1, none}, bad{0, 2}, nothing;
-  dense1D<unsigned> map;
-  const auto lists = [&](const dense2D<double>& c, const dense1D<unsigned>& a, const dense1D<unsigned>& b, double tol) {
-    map = dense1D<unsigned>{7};
-    const int result = merge(c, a, b, map, tol);
-    EXPECT_EQ(map.size(), result == 0 && !c.empty() && !a.empty() && !b.empty() ? 2U : 0U);
-    if (a == b) {
-      EXPECT_EQ(merge(c, a, map, tol), result);
-    }
-    return result;
-  };
-  EXPECT_EQ(lists(empty, bad, bad, -1), 0);
-  EXPECT_EQ(lists(line, bad, bad, -1), -1);
-  EXPECT_EQ(lists(four, good, good, 0), -1);
-  EXPECT_EQ(lists(plane, bad, bad, -1), -2);
-  EXPECT_EQ(lists(plane, nothing, bad, -1), -3);
-  EXPECT_EQ(lists(plane, good, nothing, -1), -4);
-  EXPECT_EQ(lists(plane, good, good, not_a_number), -4);
-  EXPECT_EQ(lists(plane, good, nothing, 0), 0);
-  EXPECT_EQ(lists(plane, nothing, good, 0), 0);
-  EXPECT_EQ(lists(plane, nothing, nothing, 0), 0);
-  EXPECT_EQ(lists(plane, dense1D<unsigned>{none}, good, 9), 0);
-  EXPECT_EQ(lists(plane, good, dense1D<unsigned>{none}, 9), 0);
-  EXPECT_EQ(lists(plane, good, good, 0), 0);
+  const dense1D<unsigned> good{0, 1, none}, bad{0, 2}, nothing, no_node{none};
+  const struct {
+    const dense2D<double>& coords;
+    const dense1D<unsigned>&a, &b;
+    double tol;
+    int code;
+  } cases[] = {{no_nodes, bad, bad, -1, 0},
+               {line, bad, bad, -1, -1},
+               {four, good, good, 0, -1},
+               {plane, bad, bad, -1, -2},
+               {plane, nothing, bad, -1, -3},
+               {plane, good, nothing, -1, -4},
+               {plane, good, good, not_a_number, -4},
+               {plane, good, nothing, 0, 0},
+               {plane, nothing, good, 0, 0},
+               {plane, no_node, good, 9, 0},
+               {plane, good, no_node, 9, 0},
+               {plane, good, good, 0, 0}};
+  for (const auto& c : cases) {
+    dense1D<unsigned> map{7}, same;
+    EXPECT_EQ(merge(c.coords, c.a, c.b, map, c.tol), c.code);
+    const bool one_list = c.a == c.b;
+    expect_code(c.code, map, c.code == 0 && !c.coords.empty() && !c.a.empty() && !c.b.empty(),
+                {one_list ? merge(c.coords, c.a, same, c.tol) : c.code});
+  }
 }
 
 TEST(merge_result_codes, connectivities) {
-  const dense2D<unsigned> good_edge(2, 1, {0, 1}), bad_edge(2, 1, {2, 0}), no_node(2, 2, none);
-  dense1D<unsigned> map;
-  const auto elements = [&](const dense2D<double>& c, const dense2D<unsigned>& e, double tol, unsigned mode) {
-    matrices work = deep_copies<unsigned>({e, e});
-    map = dense1D<unsigned>{7};
-    const int result = merge(c, work[0], map, tol, mode);
-    EXPECT_EQ(map.size(), result == 0 && !c.empty() && e == good_edge ? 2U : 0U);
-    EXPECT_EQ(merge(c, work[0], tol, mode), result);
-    EXPECT_EQ(merge(c, work[0], work[1], map, tol, mode), result);
-    EXPECT_EQ(merge(c, work[0], work[1], tol, mode), result);
-    EXPECT_EQ(merge(c, work.data(), work.data() + 2, map, tol, mode), result);
-    EXPECT_EQ(merge(c, work.data(), work.data() + 2, tol, mode), result);
-    EXPECT_EQ(work, (matrices{e, e}));
-    return result;
-  };
-  EXPECT_EQ(elements(empty, bad_edge, -1, 9), 0);
-  EXPECT_EQ(elements(line, bad_edge, -1, 9), -1);
-  EXPECT_EQ(elements(four, bad_edge, -1, 9), -1);
-  EXPECT_EQ(elements(plane, bad_edge, -1, 9), -5);
-  EXPECT_EQ(elements(plane, bad_edge, not_a_number, 9), -5);
-  EXPECT_EQ(elements(plane, bad_edge, 0, 3), -6);
-  EXPECT_EQ(elements(plane, dense2D<unsigned>(), 0, none), -6);
-  for (unsigned mode = 0; mode <= 2; ++mode) {
-    EXPECT_EQ(elements(plane, bad_edge, 9, mode), -2);
-    EXPECT_EQ(elements(plane, no_node, 9, mode), 0);
-    EXPECT_EQ(elements(plane, dense2D<unsigned>(3, 0), 9, mode), 0);
-    EXPECT_EQ(elements(plane, good_edge, 0, mode), 0);
-  }
-  matrices range = deep_copies<unsigned>({bad_edge, bad_edge});
-  for (const auto* c : {&line, &empty, &plane}) {
-    const int reversed = c == &empty ? 0 : c == &line ? -1 : -3;
-    EXPECT_EQ(merge(*c, range.data() + 1, range.data(), map, -1, 9), reversed);
-    EXPECT_EQ(merge(*c, range.data() + 1, range.data(), -1, 9), reversed);
-    EXPECT_EQ(merge(*c, range.data(), range.data(), map, -1, 9), 0);
-    EXPECT_TRUE(map.empty());
-  }
-}
-
-TEST(merge, survivors_by_list_order) {
-  dense2D<double> coords(2, 6);
-  for (unsigned j = 0; j < 6; ++j) coords(0, j) = j == 5 ? 3 : j;
-  dense1D<unsigned> map;
-  EXPECT_EQ(merge(coords, dense1D<unsigned>{3, 5}, map, 0), 1);
-  EXPECT_EQ(to_list(map), id_list({0, 1, 2, 3, 4, 3}));
-  EXPECT_EQ(merge(coords, dense1D<unsigned>{5, none, 3, 5}, map, 0), 1);
-  EXPECT_EQ(to_list(map), id_list({0, 1, 2, 5, 4, 5}));
-  EXPECT_EQ(merge(coords, dense1D<unsigned>{3}, dense1D<unsigned>{4, 2}, map, 1), 1);
-  EXPECT_EQ(to_list(map), id_list({0, 1, 2, 4, 4, 5}));
-  dense2D<double> same(3, 3, 0.5);
-  EXPECT_EQ(merge(same, map, 0), 2);
-  EXPECT_EQ(to_list(map), id_list({0, 0, 0}));
-}
-
-// Merged matrices stay where they are, and every view of their storage sees the new numbers.
-TEST(merge, two_matrices_keep_their_storage) {
-  const dense2D<double> coords(2, 4, {0, 0, 1, 0, 0, 0, 1, 0});
-  for (const double tol : {0.0, 1e-9}) {
-    for (unsigned mode = 0; mode <= 2; ++mode) {
-      for (const bool without_map : {false, true}) {
-        dense2D<unsigned> whole(2, 4, {0, 1, 2, 3, 3, 2, 2, 0});
-        dense2D<unsigned> m1 = whole.sub_matrix(0, 0, 2, 2), m2 = whole.sub_matrix(0, 2, 2, 2);
-        dense1D<unsigned> map;
-        const int count = without_map ? merge(coords, m1, m2, tol, mode) : merge(coords, m1, m2, map, tol, mode);
-        EXPECT_EQ(count, mode == 0 ? 2 : 1);
-        EXPECT_EQ(columns(whole), mode == 0 ? (std::vector<id_list>{{0, 1}, {0, 1}, {1, 0}, {0, 0}})
-                                            : (std::vector<id_list>{{0, 1}, {0, 3}, {3, 0}, {0, 0}}));
-        EXPECT_TRUE(m1.data() == whole.data() && m2.data() == whole.column(2));
-      }
-    }
-  }
-}
-
-// The first pass merges nodes 0 and 1; only then has node 2 an element in common with a node that is left.
-TEST(merge, element_passes_repeat) {
-  const dense2D<double> coords(2, 4, {0, 0, 0, 0, 0.5, 0, 0.5, 0});
-  for (unsigned mode = 0; mode <= 2; ++mode) {
-    dense2D<unsigned> edges(2, 2, {0, 1, 1, 2});
-    dense1D<unsigned> map;
-    EXPECT_EQ(merge(coords, edges, map, 0.5, mode), mode == 1 ? 1 : 2);
-    EXPECT_EQ(to_list(map), mode == 1 ? id_list({0, 0, 2, 3}) : id_list({0, 0, 0, 3}));
+  const dense2D<unsigned> good(2, 1, {0, 1}), bad(2, 1, {2, 0}), no_node(2, 2, none), empty;
+  const struct {
+    const dense2D<double>& coords;
+    const dense2D<unsigned>& elements;
+    double tol;
+    unsigned mode;
+    int code;
+  } cases[] = {{no_nodes, bad, -1, 9, 0},
+               {line, bad, -1, 9, -1},
+               {four, bad, -1, 9, -1},
+               {plane, bad, -1, 9, -5},
+               {plane, bad, not_a_number, 9, -5},
+               {plane, bad, 0, 3, -6},
+               {plane, empty, 0, none, -6},
+               {plane, bad, 9, 0, -2},
+               {plane, bad, 9, 2, -2},
+               {plane, no_node, 9, 0, 0},
+               {plane, no_node, 9, 1, 0},
+               {plane, empty, 9, 2, 0},
+               {plane, good, 0, 0, 0},
+               {plane, good, 0, 1, 0},
+               {plane, good, 0, 2, 0}};
+  for (const auto& [c, e, tol, mode, code] : cases) {
+    matrices m = deep_copies<unsigned>({e, e});
+    dense1D<unsigned> map{7}, other;
+    EXPECT_EQ(merge(c, m[0], map, tol, mode), code);
+    expect_code(code, map, code == 0 && e == good,
+                {merge(c, m[0], tol, mode), merge(c, m[0], m[1], other, tol, mode), merge(c, m[0], m[1], tol, mode),
+                 merge(c, m.data(), m.data() + 2, other, tol, mode), merge(c, m.data(), m.data() + 2, tol, mode)});
+    EXPECT_EQ(m, (matrices{e, e}));
+    const int reversed = c.empty() ? 0 : c.rows() == 2 ? -3 : -1;
+    EXPECT_EQ(merge(c, m.data() + 1, m.data(), other, -1, 9), reversed);
+    EXPECT_EQ(merge(c, m.data() + 1, m.data(), -1, 9), reversed);
+    EXPECT_EQ(merge(c, m.data(), m.data(), other, -1, 9), 0);
+    EXPECT_TRUE(other.empty());
   }
 }
 

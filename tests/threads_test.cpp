@@ -1,17 +1,12 @@
 // What may be done from several threads at once. Most telling under ThreadSanitizer.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <filesystem>
-#include <functional>
 #include <random>
-#include <string>
 #include <thread>
 #include <vector>
 
-#include "digest.h"
-#include "qel/gridwork.h"
+#include "calls.h"
 
 namespace {
 
@@ -124,81 +119,26 @@ void check_queries() {
 TEST(threads, queries_of_one_detector_in_the_plane) { check_queries<2>(); }
 TEST(threads, queries_of_one_detector_in_space) { check_queries<3>(); }
 
-/// Each function with outputs of its own; what it returns and leaves there, as one number.
-TEST(threads, functions_on_shared_inputs) {
-  const dense2D<double> points = random_points(3, 600, 5), plane = random_points(2, 600, 9),
-                        frames = random_points(6, 600, 6);
-  dense2D<unsigned> whole(8, 400);
-  for (unsigned k = 0; k < whole.size(); ++k) whole.data()[k] = (5 * k + k / 7) % 600;
-  const dense2D<unsigned> solids = whole, faces = whole.sub_matrix(1, 0, 4, 400);  // views of one block
-  const dense1D<unsigned> ids = whole.sub_matrix(0, 0, 8, 50).as_vector();
-  const dense1D<double> sizes = points.sub_matrix(0, 0, 3, 200).as_vector();
-  const auto merged = [&](unsigned mode) {
-    dense2D<double> coords;
-    dense2D<unsigned> m;
-    dense1D<unsigned> map, removed;
-    EXPECT_TRUE(coords.copy(plane) && m.copy(faces));
-    const int merged_nodes = gw::merge(plane, m, map, 8.0, mode), degenerate = gw::remove_degenerated(m, removed, true);
-    EXPECT_GT(merged_nodes, 0);
-    return digest_of(degenerate, gw::simplify(coords, m, 0), coords, m, map, removed);
-  };
-  const auto file = [](unsigned t) {
-    return (std::filesystem::temp_directory_path() / ("gridwork_threads_" + std::to_string(::getpid() * 8 + t)))
-        .string();
-  };
-  dense2D<unsigned> adjacent;
-  ASSERT_EQ(gw::get_neighbors(solids, gw::ELT_HEXA8, true, adjacent), 0);
-  const std::vector<std::function<std::uint64_t(unsigned)>> calls = {
-      [&](unsigned) { return merged(0); },
-      [&](unsigned) { return merged(1); },
-      [&](unsigned) { return merged(2); },
-      [&](unsigned) {
-        dense2D<unsigned> neighbors, boundaries;
-        const int code = gw::get_neighbors(solids, gw::ELT_HEXA8, true, neighbors);
-        return digest_of(code, gw::get_mesh_boundaries(solids, adjacent, gw::ELT_HEXA8, boundaries), neighbors,
-                         boundaries);
-      },
-      [&](unsigned) {
-        dense2D<unsigned> edges;
-        return digest_of(gw::copy_edges(faces, gw::ELT_QUAD4, edges), edges);
-      },
-      [&](unsigned) {
-        dense1D<unsigned> offsets, graph;
-        return digest_of(gw::get_node_graph(faces, offsets, graph), offsets, graph);
-      },
-      [&](unsigned) {
-        dense1D<unsigned> distinct;
-        return digest_of(gw::unique_indices(distinct, faces, ids), distinct);
-      },
-      [&](unsigned) {
-        dense1D<double> quality;
-        return digest_of(gw::shape_qualities(points, solids, gw::ELT_HEXA8, quality), quality);
-      },
-      [&](unsigned) {
-        dense2D<double> tensors(3, 600);
-        return digest_of(gw::metrics_iso_to_aniso2d(sizes, frames, tensors), tensors);
-      },
-      [&](unsigned) {
-        dense2D<double> coords = points;
-        dense2D<unsigned> copies;
-        const int code = gw::copy_mesh(coords, copies, {1, 2, 3}, {0, 0, 0}, {0.1, 0.2, 0.3}, 2, faces);
-        return digest_of(code, coords, copies);
-      },
-      [&](unsigned t) {
-        dense2D<double> coords;
-        dense2D<unsigned> triangles;
-        const int code = gw::STL_output(file(t).c_str(), points, faces.sub_matrix(0, 0, 3, 400), t % 2 == 0);
-        return digest_of(code, gw::STL_input(file(t).c_str(), coords, triangles), coords, triangles);
-      }};
-  std::vector<std::uint64_t> expected;
-  for (const auto& call : calls) expected.push_back(call(0));
-  in_threads([&](unsigned t) {
-    for (std::size_t k = 0; k < 3 * calls.size(); ++k) {
-      const std::size_t which = (k + t / 2) % calls.size();  // in pairs
-      EXPECT_EQ(calls[which](t), expected[which]) << which;
-    }
-  });
-  for (unsigned t = 0; t < thread_count; ++t) std::filesystem::remove(file(t));
+TEST(threads, every_call_on_shared_inputs) {
+  for (const auto type : {gw::ELT_TRIA3, gw::ELT_SOLID_MIX}) {
+    const auto in = make_inputs(type, gw::element_dim(type), 60);
+    const auto make_all = [&](auto check) {
+      for (const auto body : all_calls) {
+        for (unsigned turn = 0;; ++turn) {
+          trial t(turn, {}, nullptr);
+          body(t, *in);
+          if (t.name == nullptr) break;
+          check(t);
+        }
+      }
+    };
+    std::vector<outcome> expected;
+    make_all([&](const trial& t) { expected.push_back(t.result); });
+    in_threads([&](unsigned) {
+      std::size_t k = 0;
+      make_all([&](const trial& t) { EXPECT_TRUE(t.result == expected[k++]) << t.name; });
+    });
+  }
 }
 
 }  // namespace
