@@ -93,35 +93,18 @@ TEST(dense1D, constructors) {
   EXPECT_EQ(values_of(view), (ids{6, 2, 8, 8, 7}));
 }
 
-TEST(dense1D, views_share_copies_do_not) {
-  dense1D<unsigned> a{0, 1, 2, 3, 4, 5}, copy, other;
+// What views share, and when they leave, is held against a model by fuzz/containers.cpp; here what that does not do.
+TEST(dense1D, parts_moves_and_growth_factors) {
+  dense1D<unsigned> a{0, 1, 2, 3, 4, 5};
   const dense1D<unsigned> same(a);
-  dense1D<unsigned> part = a.sub_vector(2, 3).sub_vector(1, 2), head = a.sub_vector(0, 2);
-  ASSERT_TRUE(part.offset() == 3 && copy.copy(part));
-  part(0) = 30;
-  EXPECT_TRUE(same == dense1D<unsigned>({0, 1, 2, 30, 4, 5}) && same.sub_vector(3, 1) == dense1D<unsigned>{30});
-  EXPECT_TRUE(copy == dense1D<unsigned>({3, 4}) && a != copy);
+  dense1D<unsigned> part = a.sub_vector(2, 3).sub_vector(1, 2), second = same.sub_vector(4, 2);
+  EXPECT_TRUE(part.offset() == 3 && same.sub_vector(3, 1) == dense1D<unsigned>{3});
   EXPECT_EQ(part = 8U, 8U);
-  EXPECT_TRUE(a == dense1D<unsigned>({0, 1, 2, 8, 8, 5}) && a != dense1D<unsigned>({0, 1, 2, 8, 8}));
-
-  // A view that must grow leaves; one with room writes behind its end, as documented.
-  ASSERT_TRUE(part.push_back_n(9, 4) && head.push_back(6));
-  part[0] = 77;
-  EXPECT_EQ(values_of(part), (ids{77, 8, 9, 9, 9, 9}));
-  EXPECT_EQ(values_of(same), (ids{0, 1, 6, 8, 8, 5}));
-
-  other.shallow_copy(a);
-  a.clear_hard();
-  EXPECT_TRUE(a.empty() && a.data() == nullptr && a.capacity() == 0 && other.data() == same.data());
-  const dense1D<unsigned> moved(std::move(other));
-  EXPECT_TRUE(other.empty() && other.data() == nullptr && moved == same);
-  other = dense1D<unsigned>{1, 2};
-  dense1D<unsigned> target{5}, second = moved.sub_vector(4, 2);
-  target = std::move(other);
-  EXPECT_TRUE(other.empty() && other.data() == nullptr && target.size() == 2);
-  target = target.sub_vector(1, 1);
-  ASSERT_TRUE(target.copy(target) && second.reserve(3, 5));
-  EXPECT_TRUE(target == dense1D<unsigned>{2} && second == dense1D<unsigned>({8, 5}) && second.capacity() >= 10);
+  EXPECT_TRUE(same == dense1D<unsigned>({0, 1, 2, 8, 8, 5}) && same != dense1D<unsigned>({0, 1, 2, 8, 8}));
+  const dense1D<unsigned> moved(std::move(a));
+  EXPECT_TRUE(a.empty() && a.data() == nullptr && moved.data() == same.data());
+  ASSERT_TRUE(second.reserve(3, 5));
+  EXPECT_TRUE(second == dense1D<unsigned>({8, 5}) && second.capacity() >= 10);
 }
 
 TEST(dense1D, appending_is_amortised_constant) {
@@ -165,10 +148,7 @@ TEST(dense2D, sub_matrix_and_as_vector_share_the_entries) {
   dense2D<unsigned> a(3, 4, {0, 10, 20, 1, 11, 21, 2, 12, 22, 3, 13, 23});
   const dense2D<unsigned>& fixed = a;
   dense2D<unsigned> part = a.sub_matrix(1, 1, 2, 3);
-  EXPECT_TRUE(has_shape(part, 2, 3, 3) && has_shape(fixed.sub_matrix(2, 3, 1, 1), 1, 1, 3));
-  EXPECT_EQ(values_of(part), (ids{11, 21, 12, 22, 13, 23}));
-  EXPECT_EQ(values_of(part.sub_matrix(1, 1, 1, 2)), (ids{22, 23}));
-  EXPECT_EQ(part.column(2), &a(1, 3));
+  EXPECT_TRUE(has_shape(fixed.sub_matrix(2, 3, 1, 1), 1, 1, 3) && part.column(2) == &a(1, 3));
   part(1, 2) = 99;
   EXPECT_TRUE(fixed(2, 3) == 99 && fixed.as_vector()[11] == 99);
   const dense2D<unsigned> columns = fixed.sub_matrix(0, 2, 3, 2);
@@ -178,15 +158,10 @@ TEST(dense2D, sub_matrix_and_as_vector_share_the_entries) {
   EXPECT_TRUE(behind.empty() && behind.capacity() == 0 && behind.resize(1, 2, 7));
   EXPECT_EQ(values_of(behind), (ids{7, 7}));
 
-  dense2D<unsigned> copy(2, 3, {11, 21, 12, 22, 13, 99});
-  EXPECT_TRUE(copy == part && copy != a && dense2D<unsigned>(2, 3, 1) != dense2D<unsigned>(3, 2, 1));
-  copy(1, 2) = 5;
-  EXPECT_TRUE(copy != part);
-
+  const dense2D<unsigned> equal(2, 3, {11, 21, 12, 22, 13, 99});
+  EXPECT_TRUE(equal == part && equal != a && dense2D<unsigned>(2, 3, 1) != dense2D<unsigned>(3, 2, 1));
   const dense2D<unsigned> moved(std::move(part));
-  EXPECT_TRUE(has_shape(part, 0, 0, 0) && part.data() == nullptr && moved.cols() == 3);
-  part = std::move(copy);
-  EXPECT_TRUE(has_shape(copy, 0, 0, 0) && copy.data() == nullptr && has_shape(part, 2, 3, 2));
+  EXPECT_TRUE(has_shape(part, 0, 0, 0) && part.data() == nullptr && has_shape(moved, 2, 3, 3));
 }
 
 TEST(dense2D, refused_sizes_change_nothing) {
@@ -219,12 +194,10 @@ TEST(dense2D, a_matrix_without_columns_takes_rows_and_fill_values) {
   EXPECT_EQ(values_of(a), ids(4, 7));
   ASSERT_TRUE(a.resize(2, 0) && a.push_back_column({1, 2, 3}) && a.push_back_column({4, 5, 6}));
   EXPECT_TRUE(has_shape(a, 3, 2, 3) && values_of(a) == (ids{1, 2, 3, 4, 5, 6}));
-  for (unsigned j = 0; j < 2000; ++j) ASSERT_TRUE(a.push_back_column(a.column(j)));  // own columns, while growing
-  for (unsigned j = 0; j < 2002; ++j) ASSERT_EQ(a(1, j), j % 2 == 0 ? 2U : 5U);
   ASSERT_TRUE(a.reserve(3, 5000));
   const unsigned* const data = a.data();
-  for (unsigned j = 0; j < 2998; ++j) ASSERT_TRUE(a.push_back_column(a.column(j)));
-  EXPECT_TRUE(a.data() == data && has_shape(a, 3, 5000, 3));
+  for (unsigned j = 0; j < 4998; ++j) ASSERT_TRUE(a.push_back_column(a.column(j)));  // own columns
+  EXPECT_TRUE(a.data() == data && has_shape(a, 3, 5000, 3) && a(1, 4999) == 5);
 }
 
 }  // namespace

@@ -80,39 +80,30 @@ TEST(io_faults, places_that_take_no_file) {
 
 TEST(result_codes, overloads_that_other_tests_do_not_refuse) {
   const mesh m(3);
-  const dense2D<double> four(4, 5);
+  const dense2D<double>&c = m.coords, four(4, 5);
+  const matrix &t = m.triangles, &q = m.quads;
   const memory_file file;
   const char *p = file.path(), *nowhere = "/nonexistent/file";
-  const dense1D<int> one_code{ELT_TRIA3};
+  const dense1D<int> one{ELT_TRIA3};
   histogram H;
-  const auto blocks = [&](const char* path, const dense2D<double>& coords) {
-    return NASTRAN_output(path, coords, m.triangles, m.offsets, one_code, m.references);
-  };
-  const auto two = [&](auto write, const dense2D<double>& coords, element_type second) {
-    return write(p, coords, m.triangles, m.quads, ELT_TRIA3, second);
-  };
-  const auto vtk = [](const auto&... a) { return vtk_output(a...); };
-  const auto medit = [](const auto&... a) { return medit_output(a...); };
-  const auto ensight = [](const auto&... a) { return ensight_output(a...); };
-  const auto nastran = [](const auto&... a) { return NASTRAN_output(a...); };
   const struct {
     int expected, code;
-  } cases[] = {{-1, edge_qualities(four, m.triangles, ELT_TRIA3, m.sizes, H, {})},
-               {-1, edge_qualities(four, m.triangles, ELT_TRIA3, four, H, {})},
-               {-4, edge_qualities(m.coords, m.both, m.both + 2, one_code, four, H, {})},
-               {-2, medit_output(p, four, m.triangles, ELT_TRIA3, m.references)},
-               {-1, medit_output(nowhere, m.coords, m.triangles, ELT_TRIA3, m.references)},
-               {-1, blocks(nowhere, m.coords)},
-               {-2, blocks(p, four)},
-               {-2, two(vtk, four, ELT_QUAD4)},
-               {-3, two(vtk, m.coords, ELT_TRIA6)},
-               {-2, two(medit, four, ELT_QUAD4)},
-               {-3, two(medit, m.coords, ELT_TRIA6)},
-               {-2, two(ensight, four, ELT_QUAD4)},
-               {-3, two(ensight, m.coords, ELT_TRIA6)},
-               {-2, two(nastran, four, ELT_QUAD4)},
-               {-3, two(nastran, m.coords, ELT_TRIA6)}};
-  for (const auto& c : cases) EXPECT_EQ(c.code, c.expected) << "case " << &c - cases;
+  } cases[] = {{-1, edge_qualities(four, t, ELT_TRIA3, m.sizes, H, {})},
+               {-1, edge_qualities(four, t, ELT_TRIA3, four, H, {})},
+               {-4, edge_qualities(c, m.both, m.both + 2, one, four, H, {})},
+               {-2, medit_output(p, four, t, ELT_TRIA3, m.references)},
+               {-1, medit_output(nowhere, c, t, ELT_TRIA3, m.references)},
+               {-1, NASTRAN_output(nowhere, c, t, m.offsets, one, m.references)},
+               {-2, NASTRAN_output(p, four, t, m.offsets, one, m.references)},
+               {-2, vtk_output(p, four, t, q, ELT_TRIA3, ELT_QUAD4)},
+               {-3, vtk_output(p, c, t, q, ELT_TRIA3, ELT_TRIA6)},
+               {-2, medit_output(p, four, t, q, ELT_TRIA3, ELT_QUAD4)},
+               {-3, medit_output(p, c, t, q, ELT_TRIA3, ELT_TRIA6)},
+               {-2, ensight_output(p, four, t, q, ELT_TRIA3, ELT_QUAD4)},
+               {-3, ensight_output(p, c, t, q, ELT_TRIA3, ELT_TRIA6)},
+               {-2, NASTRAN_output(p, four, t, q, ELT_TRIA3, ELT_QUAD4)},
+               {-3, NASTRAN_output(p, c, t, q, ELT_TRIA3, ELT_TRIA6)}};
+  for (const auto& refused : cases) EXPECT_EQ(refused.code, refused.expected) << "case " << &refused - cases;
 }
 
 // --- Readers -------------------------------------------------------------------------------------------------------
