@@ -5,7 +5,6 @@ usage: clients.py WRITE_SAMPLES [FOLDER]
 
 Uses meshio (without it, nothing is tested: exit code 77), and VTK and gmsh where they are installed.
 """
-import json
 import pathlib
 import shutil
 import subprocess
@@ -29,10 +28,12 @@ EDGE, TRIA, QUAD, TETRA, PYRAMID, WEDGE, HEXA = "line", "triangle", "quad", "tet
 PLAIN = {3: EDGE, 6: TRIA, 7: QUAD, 8: TRIA, 9: QUAD, 12: TETRA, 13: TETRA, 14: PYRAMID, 17: WEDGE, 18: WEDGE,
          20: HEXA, 21: HEXA}
 VERTICES = {EDGE: 2, TRIA: 3, QUAD: 4, TETRA: 4, PYRAMID: 5, WEDGE: 6, HEXA: 8}
-FACES = {4: TRIA, 5: QUAD}
 MIXED = {5: {3: TRIA, 4: QUAD}, 11: {4: TETRA, 5: PYRAMID, 6: WEDGE, 8: HEXA}}
-NONE = 2**32 - 1
 
+# The nodes of the elements of each sample, which take turns.
+SIZES = {3: [2], 5: [3, 4], 6: [3], 7: [4], 8: [6], 9: [8], 11: [8, 4, 6, 5], 12: [4], 13: [10], 14: [5], 17: [6],
+         18: [15], 20: [8], 21: [20]}
+ELEMENTS = 12
 QUADRATIC = {8, 9, 13, 18, 21}
 ALL = set(range(23))
 
@@ -48,15 +49,15 @@ UNWRITTEN = {".vtk": {18}, ".mesh": {18}, ".geo": {5, 11, 14, 18}, ".obj": ALL -
 
 
 class Sample:
-    def __init__(self, path):
-        data = json.loads(path.read_text())
-        self.name, self.stem, self.type = path.stem, path.with_suffix(""), data["type"]
-        self.coords = numpy.array(data["coords"])
-        self.cells = []
-        for column in data["elements"]:
-            nodes = [n for n in column if n != NONE]
-            shape = MIXED[self.type][len(nodes)] if self.type in MIXED else PLAIN[self.type]
-            self.cells.append((shape, nodes))
+    """What write_samples.cpp makes of a type: elements with nodes of their own."""
+
+    def __init__(self, folder, type_code):
+        self.stem, self.type, self.cells, first = folder / f"type_{type_code}", type_code, [], 0
+        for size in SIZES[type_code] * (ELEMENTS // len(SIZES[type_code])):
+            shape = MIXED[type_code][size] if type_code in MIXED else PLAIN[type_code]
+            self.cells.append((shape, list(range(first, first + size))))
+            first += size
+        self.coords = 3 * numpy.sin(numpy.arange(3.0 * first)).reshape(first, 3)
 
     def file(self, suffix):
         return self.stem.with_name(self.stem.name + suffix)
@@ -157,14 +158,14 @@ def check(client, reader, sample, suffix):
         numbers = sample.node_numbers(points, 1e-5 if suffix == ".geo" else 1e-6)
         # gmsh leaves out nodes that no cell uses.
         if client != "gmsh" and sorted(numbers) != list(range(len(sample.coords))):
-            return f"{client} {sample.name}{suffix}: other nodes"
+            return f"{client} {sample.stem.name}{suffix}: other nodes"
         found = Counter((shape, tuple(int(n) for n in numbers[nodes])) for shape, nodes in cells)
         wanted = expected(sample.cells, suffix, (client, suffix) in TURNS_WEDGES)
         if found != wanted:
             other, right = (next(iter(some), None) for some in (found - wanted, wanted - found))
-            return f"{client} {sample.name}{suffix}: {other}, not {right}"
+            return f"{client} {sample.stem.name}{suffix}: {other}, not {right}"
     except (Exception, SystemExit) as problem:  # a client that gives up
-        return f"{client} {sample.name}{suffix}: {type(problem).__name__}: {problem}"
+        return f"{client} {sample.stem.name}{suffix}: {type(problem).__name__}: {problem}"
     return None
 
 
@@ -187,8 +188,7 @@ def main():
         subprocess.run([sys.argv[1], str(folder)], check=True)
         problems, count = [], 0
         for name, reader, suffixes in clients():
-            for path in sorted(folder.glob("*.json")):
-                sample = Sample(path)
+            for sample in (Sample(folder, type_code) for type_code in SIZES):
                 for suffix in sorted(suffixes):
                     skipped = UNWRITTEN.get(suffix, set()) | UNREADABLE.get((name, suffix), set())
                     if sample.type not in skipped:

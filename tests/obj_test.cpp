@@ -48,11 +48,7 @@ obj read(const string& path) {
 
 class obj_files : public ::testing::Test, protected written_file {
  protected:
-  obj read_text(const string& text) const {
-    std::filesystem::remove(path());
-    std::ofstream(path(), std::ios::binary) << text;
-    return read(path());
-  }
+  obj read_text(const string& text) const { return read(hold(text)); }
 };
 
 TEST_F(obj_files, lines_of_every_kind) {

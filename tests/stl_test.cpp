@@ -2,11 +2,9 @@
 // stl_reference.h.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <clocale>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -14,6 +12,7 @@
 #include "io/stl_geometry.h"
 #include "random_meshes.h"
 #include "stl_reference.h"
+#include "written_file.h"
 
 namespace {
 
@@ -65,25 +64,8 @@ string binary(std::uint32_t count, const std::vector<corners>& triangles, const 
 
 string binary(const std::vector<corners>& triangles) { return binary(unsigned(triangles.size()), triangles); }
 
-class stl : public ::testing::Test {
+class stl : public ::testing::Test, protected written_file {
  protected:
-  void SetUp() override { fs::create_directory(folder_); }
-  void TearDown() override { fs::remove_all(folder_); }
-
-  string path(const string& name = "a.stl") const { return (folder_ / name).string(); }
-
-  /// A fresh file: some file systems flush one that is truncated and written again.
-  string write_file(const string& bytes) const {
-    fs::remove(path());
-    std::ofstream(path(), std::ios::binary) << bytes;
-    return path();
-  }
-
-  static string read_file(const string& name) {
-    std::ifstream file(name, std::ios::binary);
-    return string(std::istreambuf_iterator<char>(file), {});
-  }
-
   /// Reads into outputs that hold something already.
   static mesh read(const string& name) {
     mesh m{dense2D<double>(2, 5, 7.0), dense2D<unsigned>(4, 9, 3)};
@@ -101,7 +83,7 @@ class stl : public ::testing::Test {
     return m;
   }
 
-  mesh read_bytes(const string& bytes) const { return read_twice(write_file(bytes), shown(bytes)); }
+  mesh read_bytes(const string& bytes) const { return read_twice(hold(bytes), shown(bytes)); }
 
   template <std::size_t N>
   void expect_all(const file_case (&cases)[N]) const {
@@ -112,9 +94,6 @@ class stl : public ::testing::Test {
       EXPECT_TRUE(c.nodes == 0 || (m.coords.rows() == 3 && m.triangles.rows() == 3)) << shown(c.bytes);
     }
   }
-
- private:
-  fs::path folder_ = fs::temp_directory_path() / ("gridwork_stl_" + std::to_string(::getpid()));
 };
 
 TEST_F(stl, text_grammar) {
@@ -195,7 +174,7 @@ TEST_F(stl, binary_counts_and_lengths) {
   expect_all(cases);
   const string impossible = binary(0x7fffffffU, two_triangles).append(16, '\0');
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(read(write_file(impossible)).code, -3);
+  EXPECT_EQ(read(hold(impossible)).code, -3);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 
@@ -224,7 +203,7 @@ TEST_F(stl, the_exact_pass_ends_at_100000_triangles) {
       triangles[at] = {x, y, 0, x + 1, y, z, x, y + 1, z};
     }
   }
-  const mesh m = read_twice(write_file(binary(triangles)), "border");
+  const mesh m = read_twice(hold(binary(triangles)), "border");
   const auto has = [&](double x, double y) {
     bool found = false;
     for (unsigned j = 0; j < m.coords.cols(); ++j) {
@@ -243,13 +222,13 @@ TEST_F(stl, blocks_of_degenerate_triangles_come_first) {
     const float x = static_cast<float>(k * 7 % 1000), y = static_cast<float>(k * 11 % 1000);
     triangles.push_back({x, 0, 0, y, 0, 0, x, 0, 0});
   }
-  mesh m = read_twice(write_file(binary(triangles)), "degenerate");
+  mesh m = read_twice(hold(binary(triangles)), "degenerate");
   EXPECT_TRUE(m.coords.cols() == 3 * triangles.size() && m.triangles.cols() == triangles.size()) << "unmerged";
   for (unsigned k = 0; k < 500; ++k) {
     const float x = static_cast<float>(k);
     triangles.push_back({x, 0, 0, x + 1, 0, 0, x, 1, 0});
   }
-  m = read_twice(write_file(binary(triangles)), "degenerate, then others");
+  m = read_twice(hold(binary(triangles)), "degenerate, then others");
   EXPECT_TRUE(m.coords.cols() == 1001 && m.triangles.cols() == 500);
 }
 
@@ -297,9 +276,9 @@ TEST_F(stl, output_codes) {
                      {3, dense2D<unsigned>(0, 9), 0}};
   for (const bool ascii : {true, false}) {
     for (const auto& c : cases) {
-      write_file("old contents");
-      EXPECT_EQ(gw::STL_output(path().c_str(), dense2D<double>(c.rows, 3, 1.0), c.triangles, ascii), c.code);
-      EXPECT_EQ(read_file(path()).empty(), c.code != 0);
+      hold("old contents");
+      EXPECT_EQ(gw::STL_output(path(), dense2D<double>(c.rows, 3, 1.0), c.triangles, ascii), c.code);
+      EXPECT_EQ(content().empty(), c.code != 0);
     }
   }
 }
@@ -308,12 +287,12 @@ TEST_F(stl, streams_that_are_no_plain_files) {
   if (fs::exists("/dev/zero")) {
     EXPECT_EQ(read_twice("/dev/zero", "endless").code, 0);
   }
-  const string pipe = path("pipe");
-  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  fs::remove(path());
+  ASSERT_EQ(::mkfifo(path(), 0600), 0);
   string facets;
   for (unsigned k = 0; k < 2000; ++k) facets += facet("0 0 0", "1 0 0", "0 1 " + std::to_string(k));
-  std::thread writer([&] { std::ofstream(pipe) << solid(facets); });
-  const mesh m = read(pipe);
+  std::thread writer([&] { std::ofstream(path()) << solid(facets); });
+  const mesh m = read(path());
   writer.join();
   EXPECT_EQ(m.code, 0);
   EXPECT_EQ(m.coords.cols(), 2002U);
@@ -330,7 +309,7 @@ TEST_F(stl, sample_files_read_and_round_trip) {
     EXPECT_EQ(m.code == 0, !bad) << name;
     if (m.code != 0) continue;
     for (const bool text : {false, true}) {
-      ASSERT_EQ(gw::STL_output(path().c_str(), m.coords, m.triangles, text), 0);
+      ASSERT_EQ(gw::STL_output(path(), m.coords, m.triangles, text), 0);
       read_twice(path(), name + " rewritten");
     }
   }
@@ -360,13 +339,12 @@ TEST_F(stl, files_do_not_depend_on_the_locale) {
       found = name;
   }
   if (found == nullptr) GTEST_SKIP() << "no locale with a decimal comma on this machine";
-  const mesh m = read(write_file(good)), comma = read(write_file(text));
-  EXPECT_EQ(gw::STL_output(path("comma.stl").c_str(), plain.coords, plain.triangles, true), 0);
+  const mesh m = read(hold(good)), comma = read(hold(text));
+  EXPECT_EQ(gw::STL_output(path(), plain.coords, plain.triangles, true), 0);
   std::setlocale(LC_ALL, "C");
-  EXPECT_TRUE(m.code == 0 && same_bits(m.coords, plain.coords));
-  EXPECT_EQ(comma.code, -3);
-  EXPECT_EQ(stl_reference::STL_output(path().c_str(), plain.coords, plain.triangles, true), 0);
-  EXPECT_EQ(read_file(path("comma.stl")), read_file(path()));
+  const string ours = content();
+  EXPECT_TRUE(m.code == 0 && same_bits(m.coords, plain.coords) && comma.code == -3);
+  expect(ours, 0, [&] { return stl_reference::STL_output(path(), plain.coords, plain.triangles, true); });
 }
 
 /// Lines of all lengths against the blocks in which a file is read, and against the 255 characters of a piece.

@@ -42,6 +42,13 @@ class written_file {
     return file ? std::string(std::istreambuf_iterator<char>(file), {}) : absent;
   }
 
+  /// A fresh file: some file systems flush one that is truncated and written again.
+  const char* hold(const std::string& bytes) const {
+    std::filesystem::remove(path_);
+    std::ofstream(path_, std::ios::binary) << bytes;
+    return path();
+  }
+
   /// Calls write(), which should return `code` and leave this content.
   template <class Write>
   void expect(const std::string& expected, int code, Write write) const {
