@@ -19,12 +19,10 @@ using nodes = dense2D<double>;
 
 unsigned long points = 0, absorbed = 0;
 
-/// Lets the n-th request of one call fail, once and from then on, for all n. False when there is no such call.
-bool sweep(void (*body)(trial&, const inputs&), unsigned turn, const inputs& in) {
-  trial clean(turn, {}, nullptr);
-  body(clean, in);
+/// Lets the n-th request of one call fail, once and from then on, for all n.
+void sweep(const trial& clean, call_body body, unsigned turn, const inputs& in) {
   for (const bool onwards : {false, true}) {
-    for (std::uint64_t n = 1; clean.name != nullptr; ++n) {
+    for (std::uint64_t n = 1;; ++n) {
       const std::uint64_t blocks = faults::live_blocks(), streams = faults::live_streams();
       trial faulty(turn, {faults::operation::allocate, n, onwards}, &clean.result);
       body(faulty, in);
@@ -39,7 +37,6 @@ bool sweep(void (*body)(trial&, const inputs&), unsigned turn, const inputs& in)
       absorbed += faulty.result == clean.result ? 1 : 0;
     }
   }
-  return clean.name != nullptr;
 }
 
 TEST(allocation, every_request_may_fail) {
@@ -50,10 +47,7 @@ TEST(allocation, every_request_may_fail) {
     const auto in = make_inputs(element_type(type), dim, 1 + 3 * type + (type / 2 % 2 == 0 ? 40 : 0));
     const auto constants = [&] { return digest_of(in->mesh, in->other, in->near, in->sparse); };
     const std::uint64_t before = constants();
-    for (const auto body : all_calls) {
-      for (unsigned turn = 0; sweep(body, turn, *in); ++turn) {
-      }
-    }
+    for_each_call(*in, [&](const trial& t, call_body body, unsigned turn) { sweep(t, body, turn, *in); });
     EXPECT_EQ(before, constants());
   }
   std::cout << points << " points, of which " << absorbed << " did not show\n";

@@ -382,5 +382,5 @@ std::unique_ptr<inputs> make_inputs(element_type type, unsigned dim, unsigned co
   return made;
 }
 
-const std::vector<void (*)(trial&, const inputs&)> all_calls = {
-    arrays, index_tools, transforms, detector, merging, topology, quality_and_metrics, formulas, files};
+const std::vector<call_body> all_calls = {arrays,   index_tools,         transforms, detector, merging,
+                                          topology, quality_and_metrics, formulas,   files};

@@ -142,6 +142,20 @@ struct inputs {
 std::unique_ptr<inputs> make_inputs(qel::gridwork::element_type type, unsigned dim, unsigned count);
 
 /// Each makes the one of its calls whose turn it is.
-extern const std::vector<void (*)(trial&, const inputs&)> all_calls;
+using call_body = void (*)(trial&, const inputs&);
+extern const std::vector<call_body> all_calls;
+
+/// Makes every call, undisturbed, and calls visit(trial, body, turn) after each.
+template <class Visit>
+void for_each_call(const inputs& in, Visit visit) {
+  for (const call_body body : all_calls) {
+    for (unsigned turn = 0;; ++turn) {
+      trial t(turn, {}, nullptr);
+      body(t, in);
+      if (t.name == nullptr) break;
+      visit(t, body, turn);
+    }
+  }
+}
 
 #endif

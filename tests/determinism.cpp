@@ -10,15 +10,10 @@ int main() {
   for (unsigned run = 0; run < 2 * qel::gridwork::ELT_HEXA27; ++run) {
     const auto type = static_cast<qel::gridwork::element_type>(1 + run / 2);
     const auto in = make_inputs(type, 2 + run % 2, 70);
-    for (const auto call : all_calls) {
-      for (unsigned turn = 0;; ++turn) {
-        trial t(turn, {}, nullptr);
-        call(t, *in);
-        if (t.name == nullptr) break;
-        digest& d = results[t.name];
-        d.add(t.result.code), d.add(t.result.arguments);
-      }
-    }
+    for_each_call(*in, [&](const trial& t, call_body, unsigned) {
+      digest& d = results[t.name];
+      d.add(t.result.code), d.add(t.result.arguments);
+    });
   }
   for (const auto& [call, d] : results)
     std::printf("%016llx %s\n", static_cast<unsigned long long>(d.value), call.c_str());

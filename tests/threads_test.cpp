@@ -122,21 +122,11 @@ TEST(threads, queries_of_one_detector_in_space) { check_queries<3>(); }
 TEST(threads, every_call_on_shared_inputs) {
   for (const auto type : {gw::ELT_TRIA3, gw::ELT_SOLID_MIX}) {
     const auto in = make_inputs(type, gw::element_dim(type), 60);
-    const auto make_all = [&](auto check) {
-      for (const auto body : all_calls) {
-        for (unsigned turn = 0;; ++turn) {
-          trial t(turn, {}, nullptr);
-          body(t, *in);
-          if (t.name == nullptr) break;
-          check(t);
-        }
-      }
-    };
     std::vector<outcome> expected;
-    make_all([&](const trial& t) { expected.push_back(t.result); });
+    for_each_call(*in, [&](const trial& t, call_body, unsigned) { expected.push_back(t.result); });
     in_threads([&](unsigned) {
-      std::size_t k = 0;
-      make_all([&](const trial& t) { EXPECT_TRUE(t.result == expected[k++]) << t.name; });
+      auto next = expected.begin();
+      for_each_call(*in, [&](const trial& t, call_body, unsigned) { EXPECT_TRUE(t.result == *next++) << t.name; });
     });
   }
 }
