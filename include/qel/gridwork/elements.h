@@ -70,8 +70,8 @@ QEL_GRIDWORK_API unsigned nbr_boundaries(element_type type);
 /// @param type         type of all columns; a mixed type with the row count of a member is read as that member
 /// @param n            exclusive bound of the node indices, usually `coords.cols()`; `~0U` checks the shape alone
 ///
-/// In mixed matrices `~0U` is allowed where it marks the end of a column: row 3 of ELT_FACE_MIX; rows 4, 5 or 6 to 7 of
-/// ELT_SOLID_MIX. Other types allow it nowhere. Cost: linear in the entries.
+/// In mixed matrices `~0U` is allowed where it marks the end of a column: in row 3 of ELT_FACE_MIX; in all rows from 4, 5
+/// or 6 on of ELT_SOLID_MIX. Other types allow it nowhere. Cost: linear in the entries.
 QEL_GRIDWORK_API bool check_IDs(const dense2D<unsigned>& connectivity, element_type type, unsigned n);
 
 }  // namespace gridwork

@@ -177,9 +177,8 @@ QEL_GRIDWORK_API int merge(const dense2D<double>& coords, const dense1D<unsigned
 ///                    node at most once, the lower index survives. 2: element-wise passes until one merges nothing
 /// @return the number of merged nodes; -1 for a row count other than 2 or 3; -2 for an entry that is neither `~0U` nor
 ///         a column of `coords`; -3 when `last` lies before `first`; -5 for a negative or NaN `tol`; -6 for another
-///         `mode`;
-///         -199. On every negative result the matrices are unchanged, except that element-wise passes which were
-///         completed before memory ran out stay.
+///         `mode`; -199. On every negative result the matrices are unchanged, except that element-wise passes which
+///         were completed before memory ran out stay.
 ///
 /// Cost: expected linear in entries and nodes plus the number of close pairs (mode 2: for each pass).
 QEL_GRIDWORK_API int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,

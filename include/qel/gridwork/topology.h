@@ -109,8 +109,7 @@ QEL_GRIDWORK_API int get_mesh_bounding_elements(const dense2D<unsigned>& connect
 /// @param nbr_bound     overwritten: B; 0 without boundaries and on a failed check
 /// @return 0; -1 for a wrong row count of `boundaries`; -2 for one of `connectivity`; -3 for `neighbors` of another
 ///         size or with an invalid entry; -4 for an ancestor that is neither `~0U` nor below e; -5 for a type that is
-///         not accepted;
-///         -199, also when a code does not fit 32 bits. On a negative result `slots` is empty
+///         not accepted; -199, also when a code does not fit 32 bits. On a negative result `slots` is empty
 ///
 /// Cost: linear in the input and in the elements round the first node of each boundary.
 QEL_GRIDWORK_API int get_elements_on_boundaries(const dense2D<unsigned>& boundaries,
