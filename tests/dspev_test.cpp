@@ -1,28 +1,24 @@
 #include <gtest/gtest.h>
 
-#include "qel/gridwork.h"
-#include "tests/random_meshes.h"
+#include <vector>
+
+#include "qel/lapack.h"
 
 namespace qel {
 namespace {
 
-using namespace random_meshes;
-using numbers = std::vector<double>;
-
-/// The eigenvalues of a full symmetric matrix.
-numbers solve(const numbers& full, long n, long& info) {
-  numbers ap, w(full.size()), z(full.size()), work(3 * full.size());
-  for (long k = 0; k < n * n; ++k) {
-    if (k % n <= k / n) ap.push_back(full[std::size_t(k)]);
-  }
-  lapack::dspev('V', 'U', n, ap.data(), w.data(), z.data(), n, work.data(), info);
+/// The eigenvalues of a full matrix of order 3.
+std::vector<double> solve(const double (&m)[9]) {
+  double ap[] = {m[0], m[3], m[4], m[6], m[7], m[8]}, z[9], work[9];
+  std::vector<double> w(3);
+  long info = 0;
+  lapack::dspev('V', 'U', 3, ap, w.data(), z, 3, work, info);
   return w;
 }
 
 TEST(dspev, keeps_uncoupled_entries_and_small_eigenvalues_of_graded_matrices) {
-  long info;
-  EXPECT_EQ(solve({1e20, 0, 3e19, 0, 1e-20, 0, 3e19, 0, 2e20}, 3, info)[0], 1e-20);
-  const numbers w = solve({1e20, 1e9, 1e5, 1e9, 1, 1e-6, 1e5, 1e-6, 1e-9}, 3, info);
+  EXPECT_EQ(solve({1e20, 0, 3e19, 0, 1e-20, 0, 3e19, 0, 2e20})[0], 1e-20);
+  const auto w = solve({1e20, 1e9, 1e5, 1e9, 1, 1e-6, 1e5, 1e-6, 1e-9});
   EXPECT_NEAR(w[0], 9e-10, 1e-24);  // the Schur complement of the large entry is diagonal
   EXPECT_NEAR(w[1], 0.99, 1e-14);
 }

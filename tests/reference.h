@@ -17,6 +17,7 @@
 
 namespace reference {
 
+using namespace qel::gridwork;
 using qel::dense1D;
 using qel::dense2D;
 using id_list = std::vector<unsigned>;
@@ -308,14 +309,17 @@ inline std::pair<id_list, id_list> match_columns(const dense2D<unsigned>& A, con
   return result;
 }
 
+/// The type of a matrix of so many rows.
+inline element_type resolve(element_type type, std::uint64_t rows) {
+  if (type == ELT_FACE_MIX && rows == 3) return ELT_TRIA3;
+  if (type != ELT_SOLID_MIX) return type;
+  return rows == 4 ? ELT_TETRA4 : rows == 5 ? ELT_PYRAMID5 : rows == 6 ? ELT_WEDGE6 : type;
+}
+
 /// Whether a column is valid for an element type, entry by entry.
-inline bool check_column(const id_list& c, qel::gridwork::element_type type, unsigned n) {
-  using namespace qel::gridwork;
+inline bool check_column(const id_list& c, element_type type, unsigned n) {
   const std::size_t rows = c.size();
-  if (type == ELT_FACE_MIX && rows == 3) type = ELT_TRIA3;
-  if (type == ELT_SOLID_MIX && rows == 4) type = ELT_TETRA4;
-  if (type == ELT_SOLID_MIX && rows == 5) type = ELT_PYRAMID5;
-  if (type == ELT_SOLID_MIX && rows == 6) type = ELT_WEDGE6;
+  type = resolve(type, rows);
   if (rows != nbr_nodes(type)) return false;
   if (n == none) return true;
   for (std::size_t i = 0; i < rows; ++i) {

@@ -15,7 +15,6 @@
 namespace reference {
 
 using random_meshes::below;
-using namespace qel::gridwork;
 using id_lists = std::vector<id_list>;
 using part_table = std::map<element_type, id_lists>;
 
@@ -43,12 +42,6 @@ inline const std::map<element_type, element_type> linear_type = {
 
 // Nodes of a boundary, for each type.
 constexpr unsigned boundary_rows[] = {0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 3, 6, 4, 8, 9, 4, 8, 9, 4, 8, 9};
-
-inline element_type resolve(element_type type, std::uint64_t rows) {
-  if (type == ELT_FACE_MIX && rows == 3) return ELT_TRIA3;
-  if (type != ELT_SOLID_MIX) return type;
-  return rows == 4 ? ELT_TETRA4 : rows == 5 ? ELT_PYRAMID5 : rows == 6 ? ELT_WEDGE6 : type;
-}
 
 inline element_type shape_of(const id_list& c, element_type type) {
   if (type == ELT_FACE_MIX) return c[3] == none ? ELT_TRIA3 : ELT_QUAD4;
