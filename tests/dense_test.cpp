@@ -165,20 +165,10 @@ TEST(dense2D, sub_matrix_and_as_vector_share_the_entries) {
 }
 
 TEST(dense2D, refused_sizes_change_nothing) {
-  constexpr uint64_t half = uint64_t{1} << 32;
   dense2D<unsigned> a(2, 2, {1, 2, 3, 4});
-  dense2D<unsigned> b = a.sub_matrix(0, 0, 1, 2);
-  const uint64_t sizes[][2] = {{half, half}, {huge, 2}, {3, huge}, {half, half / 4}, {1, half << 28}, {half << 28, 1}};
-  for (const auto& [rows, cols] : sizes) {
-    for (dense2D<unsigned>* m : {&a, &b}) {
-      EXPECT_FALSE(m->resize(rows, cols));
-      EXPECT_FALSE(m->resize(rows, cols, 9));
-      EXPECT_FALSE(m->reserve(rows, cols));
-    }
-  }
+  EXPECT_FALSE(a.resize(uint64_t{1} << 32, uint64_t{1} << 32) || a.reserve(huge, 2) || a.push_back_column({1}) ||
+               a.push_back_column({1, 2, 3}));
   EXPECT_TRUE(has_shape(a, 2, 2, 2) && values_of(a) == (ids{1, 2, 3, 4}) && a.capacity() == 4);
-  EXPECT_TRUE(has_shape(b, 1, 2, 2) && b.data() == a.data() && values_of(b) == (ids{1, 3}));
-  EXPECT_FALSE(a.push_back_column({1}) || a.push_back_column({1, 2, 3}) || a.cols() != 2);
   ASSERT_TRUE(a.resize(huge, 0));
   EXPECT_TRUE(a.empty() && a.rows() == huge && a.cols() == 0);
 }

@@ -65,7 +65,7 @@ TEST(edge_qualities, every_edge_once_in_order) {
     EXPECT_EQ(single(sizes, ELT_QUAD4, nothing), -2);
     EXPECT_EQ(both(types, sizes, one, meshes[1]), -7);
     EXPECT_EQ(both({ELT_TRIA3}, sizes, one, meshes[1]), -4);
-    EXPECT_EQ(both({ELT_TRIA3, 99}, sizes, one, meshes[1]), -2);
+    EXPECT_EQ(both({ELT_TRIA3, -1}, sizes, one, meshes[1]), -2);
     EXPECT_EQ(edge_qualities(coords, meshes + 1, meshes, types, sizes, one, meshes[1]), -4);
     EXPECT_EQ(edge_qualities(dense2D<double>(4, 6), meshes, meshes + 2, types, sizes, one, excluded), -1);
     EXPECT_EQ(edge_qualities(dense2D<double>(), meshes, meshes, types, sizes, one, excluded), 0);

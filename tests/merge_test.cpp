@@ -131,14 +131,6 @@ TEST(merge, many_nodes) {
         EXPECT_TRUE(to_list(map) == expected) << dim << " " << shuffled << " " << tol;
       }
     }
-    for (const cloud& c : clouds(dim, 4000)) {
-      if (c.step < 1e-3 || c.step > 1) continue;
-      const id_list all = identity(4000);
-      const merge_result expected = merge_near(c.coords, all, all, 0.4 * c.step);
-      dense1D<unsigned> map;
-      EXPECT_EQ(merge(c.coords, to_array(all), map, 0.4 * c.step), expected.count);
-      EXPECT_TRUE(to_list(map) == expected.new_ids) << c.name;
-    }
   }
 }
 

@@ -69,14 +69,10 @@ TEST(metrics, validity) {
       6, 4, {1, 0, 1, 0, 0, 1e-200, 1, 1, 1, 0, 0, 1, 2, 1, 2, 1, 1, 2, 1, not_a_number, 1, 0, 0, 1});
   const dense1D<unsigned> good{2, 0}, bad{0, 2, 1, 0}, none{0, 4, 5, ~0U};
   dense1D<unsigned> ids{7};
-  EXPECT_EQ(first_invalid_metric(sizes), 3U);
-  EXPECT_EQ(first_invalid_metric(dense1D<double>{1, largest}), 1U);
-  EXPECT_EQ(first_invalid_metric(good, sizes), 2U);
-  EXPECT_EQ(first_invalid_metric(none, sizes), 2U);
-  EXPECT_EQ(first_invalid_metric(tensors), 1U);
-  EXPECT_EQ(first_invalid_metric(bad, tensors), 2U);
-  EXPECT_EQ(first_invalid_metric(none, tensors), 1U);
-  EXPECT_EQ(first_invalid_metric(dense2D<double>(4, 2, 1.0)), 0U);
+  EXPECT_TRUE(first_invalid_metric(sizes) == 3 && first_invalid_metric(dense1D<double>{1, largest}) == 1);
+  EXPECT_TRUE(first_invalid_metric(good, sizes) == 2 && first_invalid_metric(none, sizes) == 2);
+  EXPECT_TRUE(first_invalid_metric(tensors) == 1 && first_invalid_metric(dense2D<double>(4, 2, 1.0)) == 0);
+  EXPECT_TRUE(first_invalid_metric(bad, tensors) == 2 && first_invalid_metric(none, tensors) == 1);
   EXPECT_TRUE(are_valid_metrics(good, tensors) && are_valid_metrics(dense2D<double>()) &&
               are_valid_metrics(good, sizes));
   EXPECT_FALSE(are_valid_metrics(bad, tensors) || are_valid_metrics(dense2D<double>(4, 2, 1.0)) ||
