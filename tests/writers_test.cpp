@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <limits>
 #include <map>
 #include <random>
 #include <sstream>
@@ -13,6 +12,7 @@
 
 #include "io/reference_order.h"
 #include "qel/gridwork.h"
+#include "random_meshes.h"
 #include "written_file.h"
 
 namespace {
@@ -24,7 +24,6 @@ using std::string;
 using matrix = dense2D<unsigned>;
 
 constexpr unsigned none = ~0U;
-constexpr double inf = std::numeric_limits<double>::infinity();
 
 // --- The formats, literally ----------------------------------------------------------------------------------------
 
@@ -210,26 +209,29 @@ std::mt19937 random_bits(1);
 
 /// Random elements of a type on n nodes; a view whose columns lie apart.
 matrix some(int type, unsigned cols, unsigned n) {
-  const unsigned rows = nbr_nodes(static_cast<element_type>(type));
-  matrix all(rows + 3, cols, none);
+  constexpr unsigned face_nodes[] = {3, 4}, solid_nodes[] = {4, 5, 6, 8};
+  matrix m(nbr_nodes(static_cast<element_type>(type)), cols, none);
   for (unsigned j = 0; j < cols; ++j) {
-    unsigned used = rows;
-    if (type == ELT_FACE_MIX) used = 3 + random_bits() % 2;
-    if (type == ELT_SOLID_MIX) used = std::vector<unsigned>{4, 5, 6, 8}[random_bits() % 4];
-    for (unsigned i = 0; i < used; ++i) all(i + 1, j) = random_bits() % n;
+    const unsigned pick = random_bits() % 4;
+    const std::uint64_t used = type == ELT_FACE_MIX    ? face_nodes[pick % 2]
+                               : type == ELT_SOLID_MIX ? solid_nodes[pick]
+                                                       : m.rows();
+    for (unsigned i = 0; i < used; ++i) m(i, j) = random_bits() % n;
   }
-  return all.sub_matrix(1, 0, rows, cols);
+  return random_meshes::with_gaps(m, none);
 }
 
 dense2D<double> some_nodes(unsigned rows, unsigned n) {
-  constexpr double special[] = {0.0, -0.0, 1e300, -1e-300, 5e-324, -0.5, 123456.5, inf, -inf, 1e13, 2097152.5e-6};
+  constexpr double special[] = {
+      0.0,  -0.0,        1e300, -1e-300, 5e-324, -0.5, 123456.5, random_meshes::infinity, -random_meshes::infinity,
+      1e13, 2097152.5e-6};
   dense2D<double> all(rows + 2, n + 1);
   for (std::uint64_t k = 0; k < all.size(); ++k) {
     const unsigned pick = random_bits() % 40;
     all.data()[k] =
         pick < std::size(special) ? special[pick] : std::ldexp(random_bits() - 2e9, -static_cast<int>(pick));
   }
-  all(1, 0) = std::numeric_limits<double>::quiet_NaN();
+  all(1, 0) = random_meshes::not_a_number;
   return all.sub_matrix(1, 0, rows, n);
 }
 
