@@ -18,7 +18,7 @@ using matrices = std::vector<dense2D<unsigned>>;
 const dense2D<double> plane(2, 2, {0, 0, 1, 1}), no_nodes(2, 0), line(1, 2), four(4, 2);
 
 // What the forms without a map, too, return; the map is empty but where something is done.
-void expect_code(int code, const dense1D<unsigned>& map, bool done, std::initializer_list<int> others = {}) {
+void expect_code(int code, const dense1D<unsigned>& map, bool done, std::initializer_list<int> others) {
   EXPECT_EQ(map.size(), done ? 2U : 0U);
   for (const int other : others) EXPECT_EQ(other, code);
 }
