@@ -53,6 +53,17 @@ inline unsigned index_bound(const unsigned* begin, const unsigned* end) noexcept
   return *std::max_element(bound, bound + lanes);
 }
 
+/// Largest index of an array + 1; 0 without indices other than `none`.
+template <class Array>
+unsigned index_bound(const Array& ids) noexcept {
+  unsigned bound = 0;
+  for_each_run(ids, [&bound](const unsigned* begin, const unsigned* end) {
+    bound = std::max(bound, index_bound(begin, end));
+    return true;
+  });
+  return bound;
+}
+
 }  // namespace qel::gridwork
 
 #endif

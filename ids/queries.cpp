@@ -11,11 +11,7 @@ namespace {
 template <class Array>
 unsigned largest_ID(const Array& ids) {
   if (ids.empty()) return none;
-  unsigned bound = 0;
-  for_each_run(ids, [&bound](const unsigned* begin, const unsigned* end) {
-    bound = std::max(bound, index_bound(begin, end));
-    return true;
-  });
+  const unsigned bound = index_bound(ids);
   return bound == 0 ? 0 : bound - 1;
 }
 

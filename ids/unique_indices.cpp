@@ -1,5 +1,6 @@
 // Distinct indices in order of first appearance, and their number.
 #include <algorithm>
+#include <cstddef>
 
 #include "core/columns.h"
 #include "core/result.h"

@@ -4,8 +4,6 @@
 #ifndef QEL_GRIDWORK_SEARCH_LEAF_TREE_H
 #define QEL_GRIDWORK_SEARCH_LEAF_TREE_H
 
-#include <cstdint>
-
 #include "qel/dense.h"
 #include "qel/fixed.h"
 #include "search/balanced_tree.h"

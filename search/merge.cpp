@@ -1,4 +1,5 @@
 // The doors of the merge family: checks, the choice of the algorithm, and what is done with the map.
+#include "core/coordinates.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/search.h"
@@ -8,8 +9,6 @@
 
 namespace qel::gridwork {
 namespace {
-
-bool plane_or_space(const dense2D<double>& coords) noexcept { return coords.rows() == 2 || coords.rows() == 3; }
 
 /// Leaves `new_IDs` empty when the merge failed.
 int finish(int result, dense1D<unsigned>& new_IDs) noexcept {
@@ -63,7 +62,7 @@ int merge_connectivities(const dense2D<double>& coords, dense2D<unsigned>* first
 int merge(dense2D<double>& coords, dense1D<unsigned>& new_IDs, double tol) {
   new_IDs.clear();
   if (coords.cols() == 0) return 0;
-  if (!plane_or_space(coords)) return -1;
+  if (!in_plane_or_space(coords)) return -1;
   if (!(tol >= 0)) return -3;
   const int merged = proximity_merge(coords, node_list::all(coords.cols()), new_IDs, tol);
   if (merged > 0 && !move_merged_nodes(coords, new_IDs)) return finish(out_of_memory, new_IDs);
@@ -79,7 +78,7 @@ int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, const de
           dense1D<unsigned>& new_IDs, double tol) {
   new_IDs.clear();
   if (coords.cols() == 0) return 0;
-  if (!plane_or_space(coords)) return -1;
+  if (!in_plane_or_space(coords)) return -1;
   const auto node_count = static_cast<unsigned>(coords.cols());
   if (!check_IDs(IDs1, node_count)) return -2;
   if (&IDs1 != &IDs2 && !check_IDs(IDs2, node_count)) return -3;
@@ -96,7 +95,7 @@ int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsig
           double tol, unsigned mode) {
   new_IDs.clear();
   if (coords.cols() == 0 || first == last) return 0;
-  if (!plane_or_space(coords)) return -1;
+  if (!in_plane_or_space(coords)) return -1;
   if (last < first) return -3;
   if (!(tol >= 0)) return -5;
   if (mode > 2) return -6;

@@ -1,6 +1,7 @@
 // The doors of node_detector: checks, and the choice of the planar or the spatial tree.
 #include <new>
 
+#include "core/coordinates.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/search.h"
@@ -11,8 +12,6 @@ namespace qel::gridwork {
 namespace {
 
 using detail::node_tree;
-
-bool plane_or_space(const dense2D<double>& coords) noexcept { return coords.rows() == 2 || coords.rows() == 3; }
 
 /// A tree of the nodes in `ids`; null when memory ran out.
 template <unsigned Dim>
@@ -70,7 +69,7 @@ void node_detector::clear() {
 
 int node_detector::reinit(const dense2D<double>& coords) {
   clear();
-  if (!plane_or_space(coords)) return -1;
+  if (!in_plane_or_space(coords)) return -1;
   dense1D<unsigned> all;
   if (coords.cols() >= none || !all.resize(coords.cols())) return out_of_memory;
   for (unsigned i = 0; i < all.size(); ++i) all[i] = i;
@@ -78,7 +77,7 @@ int node_detector::reinit(const dense2D<double>& coords) {
 }
 
 int node_detector::reinit(const dense2D<double>& coords, const dense1D<unsigned>& IDs) {
-  if (!plane_or_space(coords)) return -1;
+  if (!in_plane_or_space(coords)) return -1;
   if (!check_IDs(IDs, static_cast<unsigned>(coords.cols()))) return -2;
   clear();
   if (coords.rows() == 2) {

@@ -6,7 +6,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 
 #include "topology/boundary_slots.h"
 

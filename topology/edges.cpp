@@ -176,7 +176,7 @@ int append_edges(const typed_range& range, dense2D<unsigned>& edges) {
 bool holds_no_pairs(const dense2D<unsigned>& edges) noexcept { return !edges.empty() && edges.rows() != 2; }
 
 bool fits(const dense2D<unsigned>& connectivity, int code) {
-  return code >= ELT_UNKNOWN && code <= ELT_HEXA27 && check_IDs(connectivity, static_cast<element_type>(code), none);
+  return is_element_type(code) && check_IDs(connectivity, static_cast<element_type>(code), none);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Elements across boundaries. Slots are parted into lists by their smallest nodes; each list is then matched in cache
 // memory.
 #include <algorithm>
+#include <cstddef>
 #include <numeric>
 
 #include "core/elements.h"

@@ -1,5 +1,6 @@
 // Elements of nodes and nodes of nodes, in compressed rows.
 #include <algorithm>
+#include <cstddef>
 #include <type_traits>
 
 #include "core/columns.h"
@@ -10,16 +11,6 @@
 
 namespace qel::gridwork {
 namespace {
-
-/// Largest node index plus one; 0 when there is no node.
-std::uint64_t node_bound(const dense2D<unsigned>& connectivity) {
-  unsigned bound = 0;  // `none` wraps to 0
-  for_each_run(connectivity, [&](const unsigned* begin, const unsigned* end) {
-    bound = std::max(bound, index_bound(begin, end));
-    return true;
-  });
-  return bound;
-}
 
 /// Calls action(rows), with a constant for the most frequent numbers of rows: short loops over a column are unrolled.
 template <class Action>
@@ -54,7 +45,7 @@ void visit_corners(const dense2D<unsigned>& connectivity, Visit visit) {
 bool list_elements(const dense2D<unsigned>& connectivity, dense1D<unsigned>& offsets, dense1D<unsigned>& elements) {
   offsets.clear();
   elements.clear();
-  const std::uint64_t nodes = node_bound(connectivity);
+  const std::uint64_t nodes = index_bound(connectivity);
   if (nodes == 0) return offsets.resize(1, 0);
   if (connectivity.size() >= none || connectivity.cols() >= none) return false;
   return distribute(
@@ -146,7 +137,7 @@ int get_ancestors(const dense2D<unsigned>& connectivity, dense1D<unsigned>& ance
   if (connectivity.empty()) return 0;
   if (connectivity.cols() >= none) return out_of_memory;
   // Without any node there is still one entry.
-  if (ancestors.empty() && !ancestors.resize(std::max<std::uint64_t>(node_bound(connectivity), 1), none)) {
+  if (ancestors.empty() && !ancestors.resize(std::max<std::uint64_t>(index_bound(connectivity), 1), none)) {
     return out_of_memory;
   }
   visit_corners(connectivity, [&](unsigned node, unsigned e) {
