@@ -23,6 +23,6 @@ gcovr -r . -a "$build/coverage.json" "$@"
 gcovr -r . -a "$build/coverage.json" --branches
 for subsystem in core ids transforms search topology quality metrics io include ""; do
   printf '%-12s' "${subsystem:-total}"
-  gcovr -r . -a "$build/coverage.json" -f "$subsystem.*" --print-summary -o /dev/null |
+  gcovr -r . -a "$build/coverage.json" -f "$subsystem.*" --print-summary -o "$build/report.txt" |
     sed -nE 's/^(lines|branches): ([0-9.]+%).*/\1 \2/p' | paste -sd' '
 done
