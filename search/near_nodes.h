@@ -25,14 +25,17 @@ class near_nodes {
   /// Uses the memory of a table that has served.
   void reuse(position_table&& table) noexcept { heads_ = std::move(table); }
 
-  /// Enters all nodes that have finite positions, coincident ones too. Gives up where they crowd in few cells: then
-  /// is_crowded() holds, and build() is to be called. The square of `tol` must be finite.
+  /// Enters all nodes that have finite positions, coincident ones too, in cells of a size that suits a sample of them.
+  /// Gives up where they crowd: then is_crowded() holds, and build() is to be called. The square of `tol` must be finite.
   [[nodiscard]] bool build_of_all() {
     constexpr double most_steps_per_node = 1.5;
-    set_cell_size(cell_choices[0].cell_in_tols);
-    if (!prepare(positions_.count())) return false;
     const auto is_entered = [&](std::uint64_t rank) { return is_finite<Dim>(positions_[rank]); };
-    is_crowded_ = enter_all(is_entered, most_steps_per_node) > most_steps_per_node;
+    for (const cell_choice& choice : cell_choices) {
+      set_cell_size(choice.cell_in_tols);
+      if (!enter_some(sample, is_entered, most_steps_per_node)) return false;
+      if (is_crowded_) continue;
+      return positions_.count() <= sample || enter_some(positions_.count(), is_entered, most_steps_per_node);
+    }
     return true;
   }
 
@@ -45,8 +48,8 @@ class near_nodes {
     };
     for (const cell_choice& choice : cell_choices) {
       set_cell_size(choice.cell_in_tols);
-      if (!prepare(groups.leader_count())) return false;
-      if (enter_all(is_entered, choice.most_steps_per_node) <= choice.most_steps_per_node) return true;
+      if (!enter_some(groups.leader_count(), is_entered, choice.most_steps_per_node)) return false;
+      if (!is_crowded_) return true;
     }
     return crowd_.build(positions_, is_entered);
   }
@@ -125,16 +128,20 @@ class near_nodes {
     return {hash_cell(c), keeps};
   }
 
-  [[nodiscard]] bool prepare(std::uint64_t count) {
-    return heads_.reset(count) && chains_.resize(positions_.count()) && lonely_.resize(positions_.count(), 0);
+  /// Enters up to `count` nodes for which belongs(rank) in an empty grid, until they are found to crowd. False when
+  /// memory ran out.
+  template <class Belongs>
+  [[nodiscard]] bool enter_some(std::uint64_t count, Belongs belongs, double most_steps_per_node) {
+    const std::uint64_t all = positions_.count();
+    if (!heads_.reset(std::min(count, all)) || !chains_.resize(all) || !lonely_.resize(all, 0)) return false;
+    is_crowded_ = enter_last(count, belongs, most_steps_per_node) > most_steps_per_node;
+    return true;
   }
 
-  /// Walks backwards and puts each node that belongs(rank) before the chain of its cell. Returns the mean of the places
-  /// in their chains, as soon as it is found to exceed `most`.
+  /// Walks backwards and puts each node that belongs(rank), up to `count`, before the chain of its cell. Returns the
+  /// mean of the places in their chains, as soon as it is found to exceed `most_steps_per_node`.
   template <class Belongs>
-  double enter_all(Belongs belongs, double most) {
-    constexpr std::uint64_t sample = 4096;
-    const std::uint64_t count = positions_.count();
+  double enter_last(std::uint64_t count, Belongs belongs, double most_steps_per_node) {
     std::uint64_t steps = 0;
     std::uint64_t entered = 0;
     const auto mean = [&] { return static_cast<double>(steps) / static_cast<double>(std::max(entered, sample)); };
@@ -144,13 +151,14 @@ class near_nodes {
       later = locate(positions_[rank]);
       heads_.prefetch(later.hash);
     };
-    for (std::uint64_t rank = count; rank-- > 0 && rank + ahead >= count;) call_for(rank);
-    for (std::uint64_t rank = count; rank-- > 0;) {
+    const std::uint64_t end = positions_.count();
+    for (std::uint64_t rank = end; rank-- > 0 && rank + ahead >= end;) call_for(rank);
+    for (std::uint64_t rank = end; rank-- > 0 && entered < count;) {
       const location here = locations[rank % ahead];
       if (rank >= ahead) call_for(rank - ahead);
       if (!belongs(rank)) continue;
       steps += enter(static_cast<unsigned>(rank), here);
-      if (++entered % sample == 0 && mean() > most) break;
+      if (++entered % sample == 0 && mean() > most_steps_per_node) break;
     }
     return mean();
   }
@@ -201,6 +209,8 @@ class near_nodes {
   }
 
   static constexpr std::uint64_t ahead = 16;
+  static constexpr std::uint64_t sample = 4096;
+
   /// The steps of all queries come to about the number of nodes times their mean place in a chain.
   struct cell_choice {
     double cell_in_tols, most_steps_per_node;
@@ -208,7 +218,7 @@ class near_nodes {
 
   /// Large cells spare queries at their borders, but where they hold many nodes small ones serve better. In cells as
   /// small as the last choice, many nodes mean many close pairs.
-  static constexpr cell_choice cell_choices[] = {{128, 4}, {8, 32}};
+  static constexpr cell_choice cell_choices[] = {{128, 4}, {32, 4}, {8, 32}};
 
   const ranked_positions<Dim>& positions_;
   double tol_;
