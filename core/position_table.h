@@ -16,10 +16,10 @@ constexpr std::uint64_t mix_bits(std::uint64_t x) noexcept {
   return x ^ (x >> 31);
 }
 
-// Inlined by force: GCC drops calls of a function that does nothing but this.
-[[gnu::always_inline]] inline void prefetch(const void* address) noexcept {
+inline void prefetch(const void* address) noexcept {
 #if defined(__GNUC__)
   __builtin_prefetch(address);
+  __asm__ volatile("");  // GCC drops calls of functions that do nothing but prefetch, having no effect
 #else
   (void)address;
 #endif

@@ -126,7 +126,7 @@ struct element_columns {
   const unsigned* operator[](std::uint64_t j) const noexcept { return first + j * ld; }
 
   /// Fetches the nodes of an element whose turn comes later.
-  [[gnu::always_inline]] void prefetch_after(std::uint64_t j) const noexcept {
+  void prefetch_after(std::uint64_t j) const noexcept {
     constexpr std::uint64_t ahead = 16;
     if (j + ahead >= count) return;
     const unsigned* nodes = (*this)[j + ahead];

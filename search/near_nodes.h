@@ -58,22 +58,40 @@ class near_nodes {
   /// its box does not reach into another one.
   bool may_have_company(std::uint64_t rank) const noexcept { return !crowd_.empty() || lonely_[rank] == 0; }
 
+  /// The cells that hold what may be near a position.
+  class surroundings {
+   private:
+    friend near_nodes;
+    std::uint64_t hashes[1U << Dim];
+    unsigned count = 0;
+  };
+
+  /// Calls for what first_near() is to look at.
+  surroundings approach(const double* p) const {
+    const surroundings around = cells_around(p);
+    for (unsigned i = 0; i < around.count; ++i) heads_.prefetch(around.hashes[i]);
+    return around;
+  }
+
   /// The first node within the tolerance of the finite `p` among those that were entered, other than `self`; `none`
   /// when there is none.
   unsigned first_near(const double* p, unsigned self) const {
     if (!crowd_.empty()) return crowd_.first_near(p, tol_, self);
-    constexpr double largest = std::numeric_limits<double>::max();
-    double lower[Dim];
-    double upper[Dim];
-    for (unsigned a = 0; a < Dim; ++a) {
-      lower[a] = std::max(p[a] - tol_, -largest);
-      upper[a] = std::min(p[a] + tol_, largest);
+    return first_near(cells_around(p), p, self);
+  }
+
+  /// As first_near() of `p`, which approach() was called for. The nodes must not be crowded.
+  ///
+  /// The chains of all cells are walked side by side, by rank: the walk of one chain up to its own first hit may be
+  /// long where only a corner of its cell is near.
+  unsigned first_near(const surroundings& around, const double* p, unsigned self) const {
+    unsigned chains[1U << Dim];
+    for (unsigned i = 0; i < around.count; ++i) chains[i] = heads_.find(around.hashes[i], any);
+    for (;;) {
+      unsigned* first = std::min_element(chains, chains + around.count);
+      if (*first == none || is_hit(*first, p, self)) return *first;
+      *first = chains_[*first].next;
     }
-    const cell low = cell_of(lower);
-    const cell high = cell_of(upper);
-    bool one_cell = true;
-    for (unsigned a = 0; a < Dim; ++a) one_cell &= low.k[a] == high.k[a];
-    return one_cell ? first_in_cell(low, p, self) : first_in_cells(low, high, p, self);
   }
 
  private:
@@ -179,33 +197,28 @@ class near_nodes {
     return rank != self && is_near<Dim>(p, positions_[rank], tol_);
   }
 
-  unsigned first_in_cell(const cell& c, const double* p, unsigned self) const {
-    unsigned rank = heads_.find(hash_cell(c), any);
-    while (rank != none && !is_hit(rank, p, self)) rank = chains_[rank].next;
-    return rank;
-  }
-
-  /// The chains of all cells are walked side by side, by rank: the walk of one chain up to its own first hit may be
-  /// long where only a corner of its cell is near. A cell is larger than the box, which thus touches two of an axis at
+  /// The cells that the box around `p` touches. A cell is larger than the box, which thus touches two of an axis at
   /// most.
-  unsigned first_in_cells(const cell& low, const cell& high, const double* p, unsigned self) const {
-    unsigned chains[1U << Dim];
-    unsigned count = 0;
+  surroundings cells_around(const double* p) const {
+    constexpr double largest = std::numeric_limits<double>::max();
+    double lower[Dim];
+    double upper[Dim];
+    for (unsigned a = 0; a < Dim; ++a) {
+      lower[a] = std::max(p[a] - tol_, -largest);
+      upper[a] = std::min(p[a] + tol_, largest);
+    }
+    const cell low = cell_of(lower);
+    const cell high = cell_of(upper);
+    unsigned split = 0;  // the axes of which there are two
+    for (unsigned a = 0; a < Dim; ++a) split |= low.k[a] != high.k[a] ? 1U << a : 0;
+    surroundings around;
     for (unsigned corner = 0; corner < 1U << Dim; ++corner) {
+      if ((corner & ~split) != 0) continue;
       cell c = low;
-      bool is_new = true;
-      for (unsigned a = 0; a < Dim; ++a) {
-        if ((corner >> a & 1U) == 0) continue;
-        is_new &= low.k[a] != high.k[a];
-        c.k[a] = high.k[a];
-      }
-      if (is_new) chains[count++] = heads_.find(hash_cell(c), any);
+      for (unsigned a = 0; a < Dim; ++a) c.k[a] = (corner >> a & 1U) != 0 ? high.k[a] : low.k[a];
+      around.hashes[around.count++] = hash_cell(c);
     }
-    for (;;) {
-      unsigned* first = std::min_element(chains, chains + count);
-      if (*first == none || is_hit(*first, p, self)) return *first;
-      *first = chains_[*first].next;
-    }
+    return around;
   }
 
   static constexpr std::uint64_t ahead = 16;

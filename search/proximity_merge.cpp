@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "core/index_flags.h"
@@ -134,13 +135,21 @@ class merger {
     return merged;
   }
 
-  /// One list, of which all nodes are in `near`.
+  /// One list, of which all nodes are in `near`, not crowded.
   int merge_each(const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) const {
+    typename near_nodes<Dim>::surroundings queue[16];
+    constexpr std::uint64_t ahead = std::size(queue);
+    const auto has_company = [&](std::uint64_t rank) {
+      return near.may_have_company(rank) && is_finite<Dim>(fixed_positions_[rank]);
+    };
     int merged = 0;
-    for (unsigned rank = 0; rank < fixed_.count; ++rank) {
-      const double* p = fixed_positions_[rank];
-      if (!near.may_have_company(rank) || !is_finite<Dim>(p)) continue;
-      merged += map_to(new_IDs, fixed_[rank], near.first_near(p, rank));
+    for (std::uint64_t next = 0; next < fixed_.count + ahead; ++next) {
+      auto& around = queue[next % ahead];
+      if (next >= ahead && has_company(next - ahead)) {
+        const auto rank = static_cast<unsigned>(next - ahead);
+        merged += map_to(new_IDs, fixed_[rank], near.first_near(around, fixed_positions_[rank], rank));
+      }
+      if (next < fixed_.count && has_company(next)) around = near.approach(fixed_positions_[next]);
     }
     return merged;
   }
