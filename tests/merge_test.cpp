@@ -2,6 +2,7 @@
 
 #include <initializer_list>
 #include <numeric>
+#include <utility>
 
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
@@ -134,24 +135,32 @@ TEST(merge, many_nodes) {
   }
 }
 
-// More nodes within the tolerance of one another than cells can part: about two points, and all over a small cube.
+// From more nodes within the tolerance of one another than cells can part to few that have company. The first nodes lie
+// closer than the others: in their own order, the last ones do not tell of them.
 TEST(merge, crowds) {
-  constexpr unsigned n = 3000;
+  constexpr unsigned n = 6000;
   generator random(5);
   for (const unsigned dim : {2U, 3U}) {
-    for (const double spread : {0.01, 2.0}) {
+    for (const double spread : {0.01, 2.0, 20.0, 100.0, 300.0}) {
       dense2D<double> coords(dim, n);
       for (std::uint64_t i = 0; i < coords.size(); ++i) coords.data()[i] = spread * real(random);
+      for (std::uint64_t i = 0; i < coords.size() / 4; ++i) coords.data()[i] *= 0.02;
       for (unsigned j = 0; j < n; j += 2) coords(0, j) += 1.9;
       for (unsigned j = 0; j < n; j += 100) coords(j % dim, j) = j % 3 == 0 ? infinity : not_a_number;
-      id_list order = identity(n);
-      std::shuffle(order.begin(), order.end(), random);
-      const id_list half(order.begin(), order.begin() + n / 2);
-      for (const id_list& moving : {order, half}) {
-        const merge_result expected = merge_near(coords, moving, order, 1.0);
+      const id_list ordered = identity(n);
+      id_list shuffled = ordered;
+      std::shuffle(shuffled.begin(), shuffled.end(), random);
+      const id_list half(shuffled.begin(), shuffled.begin() + n / 2);
+      const std::pair<id_list, id_list> lists[] = {{ordered, ordered}, {shuffled, shuffled}, {half, shuffled}};
+      for (const auto& [moving, fixed] : lists) {
+        const merge_result expected = merge_near(coords, moving, fixed, 1.0);
         dense1D<unsigned> map;
-        EXPECT_EQ(merge(coords, to_array(moving), to_array(order), map, 1.0), expected.count);
+        EXPECT_EQ(merge(coords, to_array(moving), to_array(fixed), map, 1.0), expected.count);
         EXPECT_TRUE(to_list(map) == expected.new_ids) << dim << " " << spread << " " << moving.size();
+        if (moving == fixed) {
+          EXPECT_EQ(merge(coords, to_array(fixed), map, 1.0), expected.count);
+          EXPECT_TRUE(to_list(map) == expected.new_ids) << dim << " " << spread;
+        }
       }
     }
   }
