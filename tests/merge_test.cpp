@@ -137,14 +137,14 @@ TEST(merge, many_nodes) {
 
 // From more nodes within the tolerance of one another than cells can part to few that have company. The first nodes lie
 // closer than the others: in their own order, the last ones do not tell of them.
-TEST(merge, crowds) {
+TEST(merge, dense_and_sparse) {
   constexpr unsigned n = 6000;
   generator random(5);
   for (const unsigned dim : {2U, 3U}) {
-    for (const double spread : {0.01, 2.0, 20.0, 100.0, 300.0}) {
+    for (const double spread : {0.01, 2.0, 20.0, 120.0, 450.0, 2000.0}) {
       dense2D<double> coords(dim, n);
       for (std::uint64_t i = 0; i < coords.size(); ++i) coords.data()[i] = spread * real(random);
-      for (std::uint64_t i = 0; i < coords.size() / 4; ++i) coords.data()[i] *= 0.02;
+      for (std::uint64_t i = 0; i < coords.size() / 4; ++i) coords.data()[i] *= 0.1;
       for (unsigned j = 0; j < n; j += 2) coords(0, j) += 1.9;
       for (unsigned j = 0; j < n; j += 100) coords(j % dim, j) = j % 3 == 0 ? infinity : not_a_number;
       const id_list ordered = identity(n);
