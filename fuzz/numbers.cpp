@@ -4,8 +4,8 @@
 #include <sstream>
 
 #include "fuzz/input.h"
-#include "io/number_format.h"
-#include "io/number_scan.h"
+#include "io/text/number_format.h"
+#include "io/text/number_scan.h"
 
 namespace {
 

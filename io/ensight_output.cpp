@@ -3,10 +3,10 @@
 #include <string_view>
 
 #include "core/result.h"
-#include "io/file.h"
 #include "io/matrix_range.h"
 #include "io/node_order.h"
-#include "io/text_writer.h"
+#include "io/text/file.h"
+#include "io/text/text_writer.h"
 #include "qel/gridwork/elements.h"
 #include "qel/gridwork/io.h"
 

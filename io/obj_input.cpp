@@ -4,11 +4,11 @@
 #include <limits>
 
 #include "core/result.h"
-#include "io/block_reader.h"
-#include "io/file.h"
-#include "io/number_scan.h"
 #include "io/obj_lines.h"
-#include "io/text.h"
+#include "io/text/block_reader.h"
+#include "io/text/file.h"
+#include "io/text/number_scan.h"
+#include "io/text/text.h"
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {

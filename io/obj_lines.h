@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "io/column_appender.h"
-#include "io/plain_number.h"
-#include "io/text.h"
+#include "io/text/plain_number.h"
+#include "io/text/text.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::io {

@@ -2,10 +2,10 @@
 #include <bit>
 
 #include "core/result.h"
-#include "io/block_reader.h"
 #include "io/little_endian.h"
 #include "io/stl_binary.h"
 #include "io/stl_input.h"
+#include "io/text/block_reader.h"
 #include "io/triangle_soup.h"
 
 namespace qel::gridwork::io {

@@ -2,7 +2,7 @@
 #ifndef QEL_GRIDWORK_IO_STL_INPUT_H
 #define QEL_GRIDWORK_IO_STL_INPUT_H
 
-#include "io/file.h"
+#include "io/text/file.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::io {

@@ -4,14 +4,14 @@
 
 #include "core/coordinates.h"
 #include "core/result.h"
-#include "io/block_writer.h"
-#include "io/file.h"
 #include "io/little_endian.h"
 #include "io/matrix_range.h"
-#include "io/number_format.h"
 #include "io/stl_binary.h"
 #include "io/stl_geometry.h"
-#include "io/text.h"
+#include "io/text/block_writer.h"
+#include "io/text/file.h"
+#include "io/text/number_format.h"
+#include "io/text/text.h"
 #include "qel/gridwork/elements.h"
 #include "qel/gridwork/io.h"
 

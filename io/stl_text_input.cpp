@@ -2,10 +2,10 @@
 #include <cstddef>
 
 #include "core/result.h"
-#include "io/line_reader.h"
-#include "io/number_scan.h"
 #include "io/stl_input.h"
-#include "io/text.h"
+#include "io/text/line_reader.h"
+#include "io/text/number_scan.h"
+#include "io/text/text.h"
 #include "io/triangle_soup.h"
 
 namespace qel::gridwork::io {

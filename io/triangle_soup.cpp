@@ -6,7 +6,7 @@
 #include "core/index_flags.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
-#include "search/proximity_merge.h"
+#include "search/merging/proximity_merge.h"
 
 namespace qel::gridwork::io {
 namespace {

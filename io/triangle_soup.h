@@ -7,7 +7,7 @@
 #include "core/position_table.h"
 #include "io/stl_geometry.h"
 #include "qel/dense.h"
-#include "search/coincident_nodes.h"
+#include "search/merging/coincident_nodes.h"
 
 namespace qel::gridwork::io {
 

@@ -7,9 +7,9 @@
 #include "core/coordinates.h"
 #include "core/elements.h"
 #include "core/result.h"
-#include "io/file.h"
 #include "io/matrix_range.h"
-#include "io/text_writer.h"
+#include "io/text/file.h"
+#include "io/text/text_writer.h"
 #include "qel/gridwork/elements.h"
 #include "qel/gridwork/io.h"
 

@@ -3,9 +3,9 @@
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/search.h"
-#include "search/element_merge.h"
+#include "search/merging/element_merge.h"
+#include "search/merging/proximity_merge.h"
 #include "search/node_list.h"
-#include "search/proximity_merge.h"
 
 namespace qel::gridwork {
 namespace {

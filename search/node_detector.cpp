@@ -6,7 +6,7 @@
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/search.h"
 #include "search/node_list.h"
-#include "search/node_tree.h"
+#include "search/tree/node_tree.h"
 
 namespace qel::gridwork {
 namespace {

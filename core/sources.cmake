@@ -1,0 +1,6 @@
+target_sources(qel_gridwork_objects PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/dspev.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/elements.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/histogram.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/memory.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/symmetric3.cpp)

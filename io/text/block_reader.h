@@ -1,0 +1,70 @@
+// Reads a stream in whole blocks and hands out its bytes in small pieces.
+#ifndef QEL_GRIDWORK_IO_TEXT_BLOCK_READER_H
+#define QEL_GRIDWORK_IO_TEXT_BLOCK_READER_H
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+#include "io/text/text.h"
+#include "qel/dense.h"
+
+namespace qel::gridwork::io {
+
+class block_reader {
+ public:
+  explicit block_reader(std::FILE* stream) noexcept : stream_(stream) {}
+
+  /// Takes the memory for a block; before anything else.
+  [[nodiscard]] bool prepare() noexcept {
+    if (!block_.resize(block_size + 1 + scan_margin)) return false;
+    begin_ = end_ = block_.data();
+    end_text();
+    return true;
+  }
+
+  /// The bytes that are there, followed by a NUL and scan_margin more. fill() may move them.
+  const char* begin() const noexcept { return begin_; }
+  const char* end() const noexcept { return end_; }
+  std::uint64_t available() const noexcept { return static_cast<std::uint64_t>(end_ - begin_); }
+
+  /// Bytes consumed so far.
+  std::uint64_t position() const noexcept { return read_ - available(); }
+
+  /// Makes `count` bytes, at most a block, available if the stream has them. True when they are.
+  bool fill(std::uint64_t count) noexcept {
+    if (available() >= count) return true;
+    if (ended_) return false;
+    const std::uint64_t left = available();
+    std::memmove(block_.data(), begin_, left);
+    begin_ = block_.data();
+    end_ = begin_ + left;
+    while (available() < count) {
+      const std::size_t got = std::fread(end_, 1, block_size - available(), stream_);
+      ended_ = got == 0;
+      if (ended_) break;
+      end_ += got;
+      read_ += got;
+    }
+    end_text();
+    return available() >= count;
+  }
+
+  void consume(std::uint64_t count) noexcept { begin_ += count; }
+
+ private:
+  void end_text() noexcept { std::memset(end_, 0, 1 + scan_margin); }
+
+  static constexpr std::uint64_t block_size = std::uint64_t{1} << 18;  // fits the second-level cache
+
+  std::FILE* stream_;
+  dense1D<char> block_;
+  char* begin_ = nullptr;
+  char* end_ = nullptr;
+  std::uint64_t read_ = 0;
+  bool ended_ = false;
+};
+
+}  // namespace qel::gridwork::io
+
+#endif

@@ -1,0 +1,54 @@
+// Collects output in a block and writes it when the block is full.
+#ifndef QEL_GRIDWORK_IO_TEXT_BLOCK_WRITER_H
+#define QEL_GRIDWORK_IO_TEXT_BLOCK_WRITER_H
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "qel/dense.h"
+
+namespace qel::gridwork::io {
+
+class block_writer {
+ public:
+  explicit block_writer(std::FILE* stream) noexcept : stream_(stream) {}
+
+  /// Takes the memory for the block; before anything else.
+  [[nodiscard]] bool prepare() noexcept { return block_.resize(block_size); }
+
+  /// A place for up to `most` bytes, which commit() then counts; null when earlier output could not be written.
+  char* room(std::uint64_t most) noexcept {
+    if (used_ + most > block_size && !flush()) return nullptr;
+    return block_.data() + used_;
+  }
+
+  void commit(const char* end) noexcept { used_ = static_cast<std::uint64_t>(end - block_.data()); }
+
+  [[nodiscard]] bool put(std::string_view text) noexcept {
+    char* out = room(text.size());
+    if (out == nullptr) return false;
+    std::memcpy(out, text.data(), text.size());
+    commit(out + text.size());
+    return true;
+  }
+
+  /// Hands over what was collected; false when it could not be written in full.
+  [[nodiscard]] bool flush() noexcept {
+    const std::uint64_t count = used_;
+    used_ = 0;
+    return std::fwrite(block_.data(), 1, count, stream_) == count;
+  }
+
+ private:
+  static constexpr std::uint64_t block_size = std::uint64_t{1} << 18;
+
+  std::FILE* stream_;
+  dense1D<char> block_;
+  std::uint64_t used_ = 0;
+};
+
+}  // namespace qel::gridwork::io
+
+#endif

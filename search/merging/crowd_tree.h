@@ -1,0 +1,145 @@
+// The first of many crowded nodes that lies within a tolerance of a point.
+#ifndef QEL_GRIDWORK_SEARCH_MERGING_CROWD_TREE_H
+#define QEL_GRIDWORK_SEARCH_MERGING_CROWD_TREE_H
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+#include "core/result.h"
+#include "qel/dense.h"
+#include "search/geometry.h"
+#include "search/merging/coincident_nodes.h"
+#include "search/tree/balanced_tree.h"
+
+namespace qel::gridwork {
+
+/// A balanced k-d tree of which each subtree knows the box around its nodes and the lowest of their ranks. Subtrees that
+/// lie within the tolerance are answered by that rank alone, and those beyond it are passed by, so that a query looks at
+/// the nodes near the surface of the ball only, however many there are. Distances are computed by monotonic steps:
+/// rounding cannot put a node on the other side of what its box says.
+template <unsigned Dim>
+class crowd_tree {
+ public:
+  /// Holds the nodes for which belongs(rank); their positions are finite.
+  template <class Belongs>
+  [[nodiscard]] bool build(const ranked_positions<Dim>& positions, Belongs belongs) {
+    const std::uint64_t count = positions.count();
+    std::uint64_t held = 0;
+    for (std::uint64_t rank = 0; rank < count; ++rank) held += belongs(rank) ? 1 : 0;
+    if (!items_.resize(held)) return false;
+    item* next = items_.data();
+    for (std::uint64_t rank = 0; rank < count; ++rank) {
+      if (!belongs(rank)) continue;
+      std::copy_n(positions[rank], Dim, next->p);
+      next++->rank = static_cast<unsigned>(rank);
+    }
+    first_leaf_ = first_leaf_of(held, leaf_size);
+    if (!bounds_.resize(2 * std::uint64_t{first_leaf_})) return false;
+    if (held != 0) part(root());
+    return true;
+  }
+
+  bool empty() const noexcept { return items_.empty(); }
+
+  /// The lowest rank of a node within the tolerance of `p`, other than `self`; `none` when there is none. The square of
+  /// `tol` must be finite.
+  unsigned first_near(const double* p, double tol, unsigned self) const noexcept {
+    subtree stack[deepest_split];
+    unsigned waiting = 0;
+    unsigned first = none;
+    stack[waiting++] = root();
+    while (waiting != 0) {
+      const subtree visited = stack[--waiting];
+      const bounds& b = bounds_[visited.number];
+      if (b.lowest_rank >= first || !may_reach(b, p, tol)) continue;
+      if (b.lowest_rank != self && is_within(b, p, tol)) {
+        first = b.lowest_rank;
+      } else if (is_leaf(visited)) {
+        first = std::min(first, first_in_leaf(visited, p, tol, self));
+      } else {
+        subtree sooner = visited.left();
+        subtree later = visited.right();
+        if (bounds_[later.number].lowest_rank < bounds_[sooner.number].lowest_rank) std::swap(sooner, later);
+        stack[waiting++] = later;
+        stack[waiting++] = sooner;
+      }
+    }
+    return first;
+  }
+
+ private:
+  static constexpr unsigned leaf_size = 8;
+
+  struct item {
+    double p[Dim];
+    unsigned rank;
+  };
+
+  struct bounds {
+    double lower[Dim], upper[Dim];
+    unsigned lowest_rank;
+  };
+
+  subtree root() const noexcept { return {1, 0, static_cast<unsigned>(items_.size())}; }
+  bool is_leaf(const subtree& s) const noexcept { return s.number >= first_leaf_; }
+
+  /// The recursion is as deep as the tree, which is balanced.
+  void part(const subtree& parted) noexcept {
+    const item* begin = items_.data() + parted.begin;
+    const item* end = begin + parted.count;
+    bounds_[parted.number] = bounds_of(begin, end);
+    if (is_leaf(parted)) return;
+    part_along(items_.data(), parted, widest_axis<Dim>(begin, end));
+    part(parted.left());
+    part(parted.right());
+  }
+
+  static bounds bounds_of(const item* begin, const item* end) noexcept {
+    bounds b;
+    std::copy_n(begin->p, Dim, b.lower);
+    std::copy_n(begin->p, Dim, b.upper);
+    b.lowest_rank = begin->rank;
+    for (const item* it = begin; it != end; ++it) {
+      b.lowest_rank = std::min(b.lowest_rank, it->rank);
+      for (unsigned a = 0; a < Dim; ++a) {
+        b.lower[a] = std::min(b.lower[a], it->p[a]);
+        b.upper[a] = std::max(b.upper[a], it->p[a]);
+      }
+    }
+    return b;
+  }
+
+  /// False when no place in the box is near: its place closest to `p` is not.
+  static bool may_reach(const bounds& b, const double* p, double tol) noexcept {
+    double closest[Dim];
+    for (unsigned a = 0; a < Dim; ++a) closest[a] = std::clamp(p[a], b.lower[a], b.upper[a]);
+    return is_near<Dim>(p, closest, tol);
+  }
+
+  /// True when all places in the box are near: its corners and the place farthest from `p` are.
+  static bool is_within(const bounds& b, const double* p, double tol) noexcept {
+    double farthest[Dim];
+    for (unsigned a = 0; a < Dim; ++a) {
+      farthest[a] = p[a] - b.lower[a] > b.upper[a] - p[a] ? b.lower[a] : b.upper[a];
+    }
+    return in_box_around<Dim>(p, b.lower, tol) && in_box_around<Dim>(p, b.upper, tol) && is_near<Dim>(p, farthest, tol);
+  }
+
+  unsigned first_in_leaf(const subtree& leaf, const double* p, double tol, unsigned self) const noexcept {
+    unsigned first = none;
+    for (std::uint64_t i = leaf.begin; i < std::uint64_t{leaf.begin} + leaf.count; ++i) {
+      const item& candidate = items_[i];
+      if (candidate.rank < first && candidate.rank != self && is_near<Dim>(p, candidate.p, tol)) first = candidate.rank;
+    }
+    return first;
+  }
+
+  unsigned first_leaf_ = 1;
+  dense1D<item> items_;
+  dense1D<bounds> bounds_;
+};
+
+}  // namespace qel::gridwork
+
+#endif

@@ -1,0 +1,116 @@
+#include "search/merging/element_merge.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/result.h"
+#include "qel/gridwork/ids.h"
+#include "search/merging/coincident_nodes.h"
+
+namespace qel::gridwork {
+namespace {
+
+/// Two near nodes of one element. Recorded from both ends, so that of equally close records the lower node leads.
+struct near_pair {
+  double distance;
+  unsigned first, second;
+};
+
+bool operator<(const near_pair& a, const near_pair& b) noexcept {
+  if (a.distance != b.distance) return a.distance < b.distance;
+  return a.first != b.first ? a.first < b.first : a.second < b.second;
+}
+
+template <unsigned Dim>
+class element_merger {
+ public:
+  element_merger(const dense2D<double>& coords, double tol, dense1D<unsigned>& new_IDs) noexcept
+      : positions_(coords), tol_(tol), new_IDs_(new_IDs) {}
+
+  /// Collects the near pairs of one matrix.
+  [[nodiscard]] bool add_pairs(const dense2D<unsigned>& connectivity) {
+    for (std::uint64_t j = 0; j < connectivity.cols(); ++j) {
+      const unsigned* begin = connectivity.begin_column(j);
+      const unsigned* end = connectivity.end_column(j);
+      for (const unsigned* a = begin; a != end; ++a) {
+        if (*a == none || is_merged(*a)) continue;
+        for (const unsigned* b = begin; b != end; ++b) {
+          if (*b == none || *b == *a || is_merged(*b)) continue;
+          if (!add_pair_if_near(*a, *b)) return false;
+        }
+      }
+    }
+    return true;
+  }
+
+  /// Merges the closest pairs first, each node at most once. Returns the number of merged nodes.
+  int merge_pairs() {
+    std::sort(pairs_.begin(), pairs_.end());
+    int merged = 0;
+    for (const near_pair& pair : pairs_) {
+      if (is_merged(pair.first) || is_merged(pair.second)) continue;
+      new_IDs_[pair.second] = pair.first;
+      ++merged;
+    }
+    pairs_.clear();
+    return merged;
+  }
+
+ private:
+  bool is_merged(unsigned node) const noexcept { return new_IDs_[node] != node; }
+
+  [[nodiscard]] bool add_pair_if_near(unsigned a, unsigned b) {
+    const double* p = positions_[a];
+    const double* q = positions_[b];
+    if (!in_box_around<Dim>(p, q, tol_)) return true;
+    const double distance = std::sqrt(squared_distance<Dim>(p, q));
+    return !(distance <= tol_) || pairs_.push_back({distance, a, b});
+  }
+
+  ranked_positions<Dim> positions_;
+  double tol_;
+  dense1D<unsigned>& new_IDs_;
+  dense1D<near_pair> pairs_;
+};
+
+/// Lets every node on the way from `node` to its survivor point at the survivor.
+void compress(dense1D<unsigned>& new_IDs, unsigned node) noexcept {
+  unsigned survivor = node;
+  while (new_IDs[survivor] != survivor) survivor = new_IDs[survivor];
+  while (node != survivor) {
+    const unsigned next = new_IDs[node];
+    new_IDs[node] = survivor;
+    node = next;
+  }
+}
+
+template <unsigned Dim>
+int merge_elements(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
+                   const dense1D<unsigned>& nodes, dense1D<unsigned>& new_IDs, double tol, bool repeat) {
+  element_merger<Dim> merger(coords, tol, new_IDs);
+  int total = 0;
+  for (;;) {
+    for (const dense2D<unsigned>* matrix = first; matrix != last; ++matrix) {
+      if (!merger.add_pairs(*matrix)) return out_of_memory;
+    }
+    const int merged = merger.merge_pairs();
+    for (const unsigned node : nodes) {
+      if (node != none) compress(new_IDs, node);
+    }
+    for (dense2D<unsigned>* matrix = first; matrix != last; ++matrix) change_indices(*matrix, new_IDs);
+    total += merged;
+    if (merged == 0 || !repeat) return total;
+  }
+}
+
+}  // namespace
+
+int element_merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
+                  const dense1D<unsigned>& nodes, dense1D<unsigned>& new_IDs, double tol, bool repeat) {
+  if (coords.cols() >= none || !new_IDs.resize(coords.cols())) return out_of_memory;
+  for (unsigned i = 0; i < new_IDs.size(); ++i) new_IDs[i] = i;
+  return coords.rows() == 2 ? merge_elements<2>(coords, first, last, nodes, new_IDs, tol, repeat)
+                            : merge_elements<3>(coords, first, last, nodes, new_IDs, tol, repeat);
+}
+
+}  // namespace qel::gridwork

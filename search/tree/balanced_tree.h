@@ -1,0 +1,59 @@
+// What balanced k-d trees have in common: numbered subtrees and the split at the median.
+#ifndef QEL_GRIDWORK_SEARCH_TREE_BALANCED_TREE_H
+#define QEL_GRIDWORK_SEARCH_TREE_BALANCED_TREE_H
+
+#include <algorithm>
+#include <cstdint>
+
+namespace qel::gridwork {
+
+/// Levels of splits that 2^32 nodes need, with room to spare.
+constexpr unsigned deepest_split = 32;
+
+/// A subtree: its number in the heap of subtrees (children of k: 2k and 2k + 1) and its range of nodes.
+struct subtree {
+  unsigned number, begin, count;
+
+  subtree left() const noexcept { return {2 * number, begin, count / 2}; }
+  subtree right() const noexcept { return {2 * number + 1, begin + count / 2, count - count / 2}; }
+};
+
+/// The number of the first leaf, and of leaves, when each holds up to `leaf_size` nodes.
+constexpr unsigned first_leaf_of(std::uint64_t count, unsigned leaf_size) noexcept {
+  unsigned first = 1;
+  while (first * std::uint64_t{leaf_size} < count) first *= 2;
+  return first;
+}
+
+/// The axis along which the items, which have positions `p`, are spread farthest.
+template <unsigned Dim, class Item>
+unsigned widest_axis(const Item* begin, const Item* end) noexcept {
+  unsigned widest = 0;
+  double largest = -1;
+  for (unsigned a = 0; a < Dim; ++a) {
+    double low = begin->p[a];
+    double high = low;
+    for (const Item* it = begin; it != end; ++it) {
+      low = std::min(low, it->p[a]);
+      high = std::max(high, it->p[a]);
+    }
+    if (high - low > largest) {
+      largest = high - low;
+      widest = a;
+    }
+  }
+  return widest;
+}
+
+/// Parts the items of a subtree between its children along an axis. Returns the value between them.
+template <class Item>
+double part_along(Item* items, const subtree& parted, unsigned axis) noexcept {
+  Item* half = items + parted.right().begin;
+  std::nth_element(items + parted.begin, half, items + parted.begin + parted.count,
+                   [axis](const Item& a, const Item& b) { return a.p[axis] < b.p[axis]; });
+  return half->p[axis];
+}
+
+}  // namespace qel::gridwork
+
+#endif

@@ -1,0 +1,77 @@
+// A balanced k-d tree for fast queries: splits in one small array, points in leaves of up to 16.
+//
+// It answers in an order of its own; whoever asks puts the order right.
+#ifndef QEL_GRIDWORK_SEARCH_TREE_LEAF_TREE_H
+#define QEL_GRIDWORK_SEARCH_TREE_LEAF_TREE_H
+
+#include "qel/dense.h"
+#include "qel/fixed.h"
+#include "search/tree/balanced_tree.h"
+#include "search/tree/tree_builder.h"
+
+namespace qel::gridwork {
+
+/// A node and its place in the order that answers keep.
+struct node_in_order {
+  unsigned place, id;
+
+  friend bool operator<(const node_in_order& a, const node_in_order& b) noexcept { return a.place < b.place; }
+};
+
+template <unsigned Dim>
+class leaf_tree {
+ public:
+  using point = vector_fixed<double, Dim>;
+
+  /// Holds the positions of the nodes, none of them NaN, under their ids and places.
+  [[nodiscard]] bool build(const dense1D<tree_node<Dim>>& nodes);
+
+  /// The node closest to `p`, nodes with the id `excluded` left out, if any search that keeps strictly nearer nodes
+  /// must end with it, in whatever order it visits nodes and however distances are rounded. Else `none`.
+  unsigned find_clear_closest(const point& p, unsigned excluded) const noexcept;
+
+  /// Writes the nodes in the closed box. Returns their number, or `most` when there are as many or more.
+  unsigned find_in_box(const point& lower, const point& upper, node_in_order* nodes, unsigned most) const noexcept;
+
+ private:
+  static constexpr unsigned leaf_size = 16;
+
+  struct item {
+    double p[Dim];
+    unsigned id, place;
+  };
+
+  struct split {
+    double value;
+    unsigned axis;
+  };
+
+  /// Positions by axis, so that they are compared side by side; NaN, which is nowhere, where there are fewer nodes.
+  struct leaf {
+    double x[Dim][leaf_size];
+    unsigned ids[leaf_size];
+    unsigned places[leaf_size];
+  };
+
+  /// The nearest node so far, and how near the nearest one besides it is.
+  struct closest_two;
+
+  subtree root() const noexcept { return {1, 0, count_}; }
+  bool is_leaf(const subtree& r) const noexcept { return r.number >= first_leaf_; }
+  const leaf& leaf_of(const subtree& r) const noexcept { return leaves_[r.number - first_leaf_]; }
+  void part(item* items, const subtree& r) noexcept;
+  static void fill(leaf& stored, const item* items, unsigned count) noexcept;
+  closest_two find_closest_two(const point& p, unsigned excluded) const noexcept;
+  void call_for(const subtree& next) const noexcept;
+  static void scan_leaf(const leaf& scanned, const point& p, unsigned excluded, closest_two& closest) noexcept;
+  static bool is_clear(const closest_two& closest, const point& p) noexcept;
+
+  unsigned count_ = 0;
+  unsigned first_leaf_ = 1;
+  dense1D<split> splits_;
+  dense1D<leaf> leaves_;
+};
+
+}  // namespace qel::gridwork
+
+#endif

@@ -1,0 +1,153 @@
+// Insertion: in bulk, or one by one below the tree that is there.
+#include "search/tree/node_tree.h"
+
+#include <algorithm>
+#include <new>
+
+#include "core/position_table.h"
+#include "core/result.h"
+#include "search/tree/shuffle.h"
+
+namespace qel::gridwork::detail {
+
+template <unsigned Dim>
+bool node_tree<Dim>::copy(const node_tree& other) noexcept {
+  drop_leaves();
+  if (!nodes_.copy(other.nodes_) || !ordinals_.copy(other.ordinals_)) return false;
+  coords_ = other.coords_;
+  built_ = other.built_;
+  descended_ = other.descended_;
+  has_nan_ = other.has_nan_;
+  return true;
+}
+
+/// The balanced tree, or null as long as it does not pay. Its construction costs about as much as plain walks for one
+/// query in 64 nodes, so it waits for as many queries.
+template <unsigned Dim>
+const leaf_tree<Dim>* node_tree<Dim>::leaves_for_query() const {
+  if (has_nan_) return nullptr;
+  if (const leaf_tree<Dim>* leaves = leaves_.load(std::memory_order_acquire)) return leaves;
+  const std::uint64_t enough = nodes_.size() / 64 + 16;
+  if (queries_without_leaves_.fetch_add(1, std::memory_order_relaxed) < enough) return nullptr;
+  queries_without_leaves_.store(0, std::memory_order_relaxed);
+
+  auto* fresh = new (std::nothrow) leaf_tree<Dim>;
+  if (fresh == nullptr || !fresh->build(nodes_)) {
+    delete fresh;
+    return nullptr;
+  }
+  const leaf_tree<Dim>* present = nullptr;
+  if (leaves_.compare_exchange_strong(present, fresh, std::memory_order_acq_rel)) return fresh;
+  delete fresh;
+  return present;
+}
+
+template <unsigned Dim>
+void node_tree<Dim>::drop_leaves() noexcept {
+  delete leaves_.exchange(nullptr, std::memory_order_acq_rel);
+  queries_without_leaves_.store(0, std::memory_order_relaxed);
+}
+
+template <unsigned Dim>
+bool node_tree<Dim>::insert(const dense1D<unsigned>& ids) {
+  if (coords_->rows() < Dim) return true;
+  const std::uint64_t bound = coords_->cols();
+  dense1D<unsigned> shuffled;
+  if (!shuffled.copy(ids)) return false;
+  shuffle(shuffled.data(), shuffled.size());
+  unsigned* kept = shuffled.data();
+  for (const unsigned id : shuffled) {
+    if (id < bound) *kept++ = id;
+  }
+  if (!shuffled.resize(static_cast<std::uint64_t>(kept - shuffled.data()))) return false;
+  if (nodes_.size() + shuffled.size() >= none) return false;
+  drop_leaves();
+
+  // Building anew costs in proportion to all nodes, so it waits until the tree has grown by a fraction of its size.
+  const std::uint64_t added_since = nodes_.size() - built_ + shuffled.size();
+  if (added_since > built_ / 4 + 16) return build_anew(shuffled);
+  return insert_one_by_one(shuffled);
+}
+
+template <unsigned Dim>
+typename node_tree<Dim>::item node_tree<Dim>::read_item(unsigned id, unsigned ordinal) const noexcept {
+  item read;
+  std::copy_n(coords_->column(id), Dim, read.p);
+  read.id = id;
+  read.ordinal = ordinal;
+  return read;
+}
+
+/// Where the tree is one long chain, descending for each node of a long list would be quadratic: past a number of steps
+/// in proportion to the tree's size, what is left of the list is built in. Without memory for that, descending goes on.
+template <unsigned Dim>
+bool node_tree<Dim>::insert_one_by_one(const dense1D<unsigned>& ids) {
+  if (!nodes_.reserve(nodes_.size() + ids.size(), 2) || !ordinals_.reserve(nodes_.size() + ids.size(), 2)) return false;
+  for (std::uint64_t k = 0; k < ids.size(); ++k) {
+    if (descended_ > 16 * nodes_.size() + 1024 && build_anew(ids.sub_vector(k, ids.size() - k))) return true;
+    descend(read_item(ids[k], size()));
+  }
+  return true;
+}
+
+template <unsigned Dim>
+void node_tree<Dim>::descend(const item& added) {
+  const unsigned place = size();
+  unsigned* link = nullptr;
+  unsigned axis = 0;
+  for (unsigned at = place == 0 ? none : 0; at != none; at = *link) {
+    node& parent = nodes_[at];
+    parent.run = 0;
+    link = added.p[axis] >= parent.p[axis] ? &parent.right : &parent.left;
+    axis = next_axis<Dim>(axis);
+    ++descended_;
+  }
+  if (link != nullptr) *link = place;
+
+  node fresh;
+  std::copy_n(added.p, Dim, fresh.p);
+  fresh.id = added.id;
+  fresh.left = fresh.right = none;
+  fresh.run = 0;
+  for (const double x : added.p) has_nan_ |= x != x;
+  (void)nodes_.push_back(fresh);  // room was made before
+  (void)ordinals_.push_back(added.ordinal);
+}
+
+template <unsigned Dim>
+bool node_tree<Dim>::build_anew(const dense1D<unsigned>& ids) {
+  const std::uint64_t old_count = nodes_.size();
+  const std::uint64_t count = old_count + ids.size();
+  dense1D<item> items;
+  dense1D<item> spare;
+  dense1D<node> nodes;
+  dense1D<unsigned> ordinals;
+  if (!items.resize(count) || !spare.resize(count) || !nodes.resize(count) || !ordinals.resize(count)) return false;
+
+  for (std::uint64_t place = 0; place < old_count; ++place) {
+    item& it = items[ordinals_[place]];
+    std::copy_n(nodes_[place].p, Dim, it.p);
+    it.id = nodes_[place].id;
+    it.ordinal = ordinals_[place];
+  }
+  constexpr std::uint64_t ahead = 16;
+  bool has_nan = has_nan_;
+  for (std::uint64_t k = 0; k < ids.size(); ++k) {
+    if (k + ahead < ids.size()) prefetch(coords_->column(ids[k + ahead]));
+    const item it = read_item(ids[k], static_cast<unsigned>(old_count + k));
+    for (const double x : it.p) has_nan |= x != x;
+    items[old_count + k] = it;
+  }
+  tree_builder<Dim>(nodes.data(), ordinals.data()).build(items.data(), spare.data(), static_cast<unsigned>(count));
+  nodes_.shallow_copy(nodes);
+  ordinals_.shallow_copy(ordinals);
+  built_ = count;
+  descended_ = 0;
+  has_nan_ = has_nan;
+  return true;
+}
+
+template class node_tree<2>;
+template class node_tree<3>;
+
+}  // namespace qel::gridwork::detail

@@ -1,0 +1,43 @@
+// Stack of a tree walk: small ones need no allocation, deep trees do not overflow it.
+#ifndef QEL_GRIDWORK_SEARCH_TREE_QUERY_STACK_H
+#define QEL_GRIDWORK_SEARCH_TREE_QUERY_STACK_H
+
+#include <new>
+
+#include "qel/dense.h"
+
+namespace qel::gridwork {
+
+template <class T>
+class query_stack {
+ public:
+  bool empty() const noexcept { return count_ == 0; }
+
+  void push(const T& entry) {
+    if (count_ < capacity) {
+      inline_[count_] = entry;
+    } else if (!overflow_.push_back(entry)) {
+      throw std::bad_alloc();
+    }
+    ++count_;
+  }
+
+  T pop() noexcept {
+    --count_;
+    if (count_ < capacity) return inline_[count_];
+    const T entry = overflow_[overflow_.size() - 1];
+    (void)overflow_.resize(overflow_.size() - 1);  // shrinking cannot fail
+    return entry;
+  }
+
+ private:
+  static constexpr unsigned capacity = 64;
+
+  T inline_[capacity];
+  dense1D<T> overflow_;
+  std::uint64_t count_ = 0;
+};
+
+}  // namespace qel::gridwork
+
+#endif

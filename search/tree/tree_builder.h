@@ -1,0 +1,197 @@
+// Builds in bulk the k-d tree that inserting a list of nodes one by one would give.
+//
+// The first node of a list becomes the root; those that go left of it and those that go right keep their order, because
+// a node reaches its subtree when its turn in the list comes. So partitioning the list stably by its first node, again
+// and again, gives the same tree, and gives it in pre-order.
+#ifndef QEL_GRIDWORK_SEARCH_TREE_TREE_BUILDER_H
+#define QEL_GRIDWORK_SEARCH_TREE_TREE_BUILDER_H
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+#include "core/result.h"
+
+namespace qel::gridwork {
+
+/// A node to insert; `ordinal` is its place in the order of insertion.
+template <unsigned Dim>
+struct tree_item {
+  double p[Dim];
+  unsigned id, ordinal;
+};
+
+/// A node of the tree. `run` is 0 or the size of the subtree, when that is small, free of NaN, and lies in consecutive
+/// places from here on.
+template <unsigned Dim>
+struct tree_node {
+  double p[Dim];
+  unsigned id, left, right, run;
+};
+
+/// Subtrees of up to this size are searched by a plain loop over their places.
+constexpr unsigned longest_run = 16;
+
+template <unsigned Dim>
+constexpr unsigned next_axis(unsigned axis) noexcept {
+  return axis + 1 == Dim ? 0 : axis + 1;
+}
+
+template <unsigned Dim>
+class tree_builder {
+ public:
+  using item = tree_item<Dim>;
+  using node = tree_node<Dim>;
+
+  tree_builder(node* nodes, unsigned* ordinals) noexcept : nodes_(nodes), ordinals_(ordinals) {}
+
+  /// Builds the tree of items[0 .. count); `spare` has room for as many. Both are overwritten.
+  void build(item* items, item* spare, unsigned count) noexcept {
+    part pending[40];  // the smaller part is always done first, so 32 would do
+    unsigned waiting = 0;
+    part current{items, spare, count, 0, 0};
+    for (;;) {
+      if (current.count <= longest_run) {
+        build_small(current);
+        if (waiting == 0) return;
+        current = pending[--waiting];
+        continue;
+      }
+      part other = split(current);
+      if (other.count == 0) {
+        skip_chain(current);
+        continue;
+      }
+      if (other.count < current.count) std::swap(other, current);
+      pending[waiting++] = other;
+    }
+  }
+
+ private:
+  /// A list in insertion order, the memory for parting it, and the place of its root.
+  struct part {
+    item* items;
+    item* spare;
+    unsigned count, place, axis;
+  };
+
+  /// Makes the first item a node. `current` becomes one of the two parts of the others and the result the second one,
+  /// which is empty when all of them lie on one side.
+  part split(part& current) noexcept {
+    const item root = current.items[0];
+    const double pivot = root.p[current.axis];
+    item* left = current.items + 1;
+    item* right = current.spare;
+    for (const item* it = current.items + 1; it != current.items + current.count; ++it) {
+      const item moved = *it;
+      const bool goes_right = moved.p[current.axis] >= pivot;
+      *left = moved;  // written to both sides: no branch on a coin toss
+      *right = moved;
+      left += goes_right ? 0 : 1;
+      right += goes_right ? 1 : 0;
+    }
+    const auto left_count = static_cast<unsigned>(left - current.items - 1);
+    const auto right_count = static_cast<unsigned>(right - current.spare);
+    const unsigned axis = next_axis<Dim>(current.axis);
+    const unsigned place = current.place + 1;
+    emit(current.place, root, left_count, right_count);
+
+    // The left list stayed where it was, the right one lies at the start of the spare memory.
+    const part left_part{current.items + 1, current.spare + right_count, left_count, place, axis};
+    const part right_part{current.spare, left, right_count, place + left_count, axis};
+    current = left_count != 0 ? left_part : right_part;
+    return left_count != 0 ? right_part : part{};
+  }
+
+  /// Coincident nodes give long chains in which no node parts the rest. Makes nodes of the items up to the first one
+  /// that does, at the cost of a single pass.
+  void skip_chain(part& current) noexcept {
+    if (current.count <= longest_run) return;
+    const unsigned length = std::min(chain_length(current), current.count - longest_run);
+    for (unsigned k = 0; k < length; ++k) {
+      const item& it = current.items[k];
+      const bool right = current.items[k + 1].p[current.axis] >= it.p[current.axis];
+      emit(current.place, it, right ? 0 : 1, right ? 1 : 0);
+      ++current.place;
+      current.axis = next_axis<Dim>(current.axis);
+    }
+    current.items += length;
+    current.count -= length;
+  }
+
+  /// Number of items before the first one whose successors do not all lie on one side of it.
+  static unsigned chain_length(const part& current) noexcept {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    struct {
+      double min = infinity, max = -infinity;
+      bool has_number = false, has_nan = false;
+    } later[Dim];
+    unsigned length = current.count;
+    unsigned axis = (current.axis + current.count - 1) % Dim;
+    for (unsigned k = current.count; k-- > 0;) {
+      const item& it = current.items[k];
+      const double s = it.p[axis];
+      const bool all_right = !later[axis].has_nan && later[axis].min >= s;
+      const bool all_left = !(later[axis].has_number && later[axis].max >= s);
+      if (!all_right && !all_left) length = k;
+      for (unsigned a = 0; a < Dim; ++a) {
+        later[a].min = it.p[a] < later[a].min ? it.p[a] : later[a].min;
+        later[a].max = it.p[a] > later[a].max ? it.p[a] : later[a].max;
+        later[a].has_nan |= it.p[a] != it.p[a];
+        later[a].has_number |= it.p[a] == it.p[a];
+      }
+      axis = axis == 0 ? Dim - 1 : axis - 1;
+    }
+    return length;
+  }
+
+  void emit(unsigned place, const item& it, unsigned left_count, unsigned right_count) noexcept {
+    node& out = nodes_[place];
+    std::copy(it.p, it.p + Dim, out.p);
+    out.id = it.id;
+    out.left = left_count != 0 ? place + 1 : none;
+    out.right = right_count != 0 ? place + 1 + left_count : none;
+    out.run = 0;
+    ordinals_[place] = it.ordinal;
+  }
+
+  /// Subtrees of a run: their depth is bounded, so plain recursion serves.
+  void build_small(part current) noexcept {
+    if (current.count == 0) return;
+    const bool is_run = !has_nan(current);
+    build_recursively(current);
+    if (is_run) nodes_[current.place].run = current.count;
+  }
+
+  void build_recursively(part current) noexcept {
+    if (current.count == 1) {
+      emit(current.place, current.items[0], 0, 0);
+      return;
+    }
+    if (current.count == 2) {
+      const bool right = current.items[1].p[current.axis] >= current.items[0].p[current.axis];
+      emit(current.place, current.items[0], right ? 0 : 1, right ? 1 : 0);
+      emit(current.place + 1, current.items[1], 0, 0);
+      return;
+    }
+    const part other = split(current);
+    build_recursively(current);
+    if (other.count != 0) build_recursively(other);
+  }
+
+  static bool has_nan(const part& current) noexcept {
+    bool found = false;
+    for (unsigned k = 0; k < current.count; ++k) {
+      for (unsigned a = 0; a < Dim; ++a) found |= current.items[k].p[a] != current.items[k].p[a];
+    }
+    return found;
+  }
+
+  node* nodes_;
+  unsigned* ordinals_;
+};
+
+}  // namespace qel::gridwork
+
+#endif
