@@ -7,7 +7,7 @@
 
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Adds `count` columns, not initialised, to a matrix that is empty or has so many rows; repeated calls grow it by
 /// doubling. False, with the matrix as it was, when memory ran out.
@@ -19,6 +19,6 @@ template <class T>
   return m.resize(rows, new_count);
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -7,7 +7,7 @@
 
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Calls action(first, last) on runs of consecutive entries that together make up the array, in storage order, up to
 /// the first that returns false. True when none did.
@@ -64,6 +64,6 @@ unsigned index_bound(const Array& ids) noexcept {
   return bound;
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

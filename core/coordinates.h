@@ -8,7 +8,7 @@
 #include "core/result.h"
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 inline bool in_plane_or_space(const dense2D<double>& coords) noexcept {
   return coords.rows() == 2 || coords.rows() == 3;
@@ -19,6 +19,6 @@ inline unsigned node_bound(const dense2D<double>& coords) noexcept {
   return static_cast<unsigned>(std::min<std::uint64_t>(coords.cols(), none - 1));
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Sorts items into buckets.
 ///
@@ -28,6 +28,6 @@ template <class Walk>
   return offsets.resize(buckets + 1);
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

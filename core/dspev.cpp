@@ -34,7 +34,7 @@ void add_multiple(double factor, const double* x, double* y, long n) noexcept {
 
 /// The length of x, also where squares underflow.
 double length(const double* x, long n) noexcept {
-  const double largest = gridwork::largest_magnitude(x, x + n);
+  const double largest = gridwork::detail::largest_magnitude(x, x + n);
   if (largest == 0) return 0;
   double sum = 0;
   for (long k = 0; k < n; ++k) sum += (x[k] / largest) * (x[k] / largest);
@@ -202,20 +202,20 @@ long solve_any_order(long n, double* ap, double* w, const vectors& z, double* wo
     z.set_identity();
     return n - 1;
   }
-  const int exponent = gridwork::scale_exponent(gridwork::largest_magnitude(ap, ap + count));
-  gridwork::scale(ap, ap + count, exponent);
+  const int exponent = gridwork::detail::scale_exponent(gridwork::detail::largest_magnitude(ap, ap + count));
+  gridwork::detail::scale(ap, ap + count, exponent);
   const packed_problem a = {n, ap, w, work, work + n, work + 2 * n};
   make_tridiagonal(a);
   multiply_reflections(a, z);
   const long left = diagonalise(a.d, a.e, n, z);
   if (left == 0) sort_pairs(w, n, z);
-  gridwork::scale(w, w + n, -exponent);
+  gridwork::detail::scale(w, w + n, -exponent);
   return left;
 }
 
 long solve_order_3(const double* ap, double* w, const vectors& z) noexcept {
   double v[9];
-  const bool solved = z.z != nullptr ? gridwork::eigen_pairs3(ap, w, v) : gridwork::eigenvalues3(ap, w);
+  const bool solved = z.z != nullptr ? gridwork::detail::eigen_pairs3(ap, w, v) : gridwork::detail::eigenvalues3(ap, w);
   for (long j = 0; z.z != nullptr && j < 3; ++j) std::copy_n(v + 3 * j, 3, z.column(j));
   return solved ? 0 : 2;
 }

@@ -3,6 +3,9 @@
 #include "core/result.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 struct element_facts {
@@ -74,7 +77,7 @@ unsigned nbr_base_nodes(element_type type) { return catalogue[type].base_nodes; 
 unsigned element_dim(element_type type) { return catalogue[type].dim; }
 unsigned nbr_boundaries(element_type type) { return catalogue[type].boundaries; }
 
-element_type resolve_type(element_type type, std::uint64_t rows) noexcept {
+element_type detail::resolve_type(element_type type, std::uint64_t rows) noexcept {
   if (type == ELT_FACE_MIX && rows == 3) return ELT_TRIA3;
   if (type == ELT_SOLID_MIX) {
     if (rows == 4) return ELT_TETRA4;

@@ -6,7 +6,7 @@
 
 #include "qel/gridwork/elements.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// True when a number, as lists of types hold them, is an enumerator.
 constexpr bool is_element_type(int code) noexcept { return code >= ELT_UNKNOWN && code <= ELT_HEXA27; }
@@ -14,6 +14,6 @@ constexpr bool is_element_type(int code) noexcept { return code >= ELT_UNKNOWN &
 /// The type that a connectivity of `rows` rows really holds: a short mixed matrix is its pure type.
 element_type resolve_type(element_type type, std::uint64_t rows) noexcept;
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -7,7 +7,7 @@
 #include "core/result.h"
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Set of the indices below a bound, and `none`, which is always in it. A byte each: bits would make every insertion wait
 /// for the one before it.
@@ -35,6 +35,6 @@ class index_flags {
   dense1D<unsigned char> flags_;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -7,7 +7,7 @@
 #include "core/result.h"
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Mixes all bits of `x` into all bits of the result (the finaliser of SplitMix64; Steele, Lea, Flood 2014).
 constexpr std::uint64_t mix_bits(std::uint64_t x) noexcept {
@@ -50,7 +50,7 @@ class position_table {
   /// Positions in the table.
   std::uint64_t used() const noexcept { return used_; }
 
-  void prefetch(std::uint64_t hash) const noexcept { gridwork::prefetch(slots_.data() + (tag_of(hash) & mask_)); }
+  void prefetch(std::uint64_t hash) const noexcept { detail::prefetch(slots_.data() + (tag_of(hash) & mask_)); }
 
   /// The position with this hash for which same(position) holds, or `none`.
   template <class Same>
@@ -114,6 +114,6 @@ class position_table {
   std::uint64_t used_ = 0;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

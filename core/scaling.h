@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// The exponent e for which 2^e x, x >= 0, is of the order of 1. 0, for no scaling, where x is near enough to 1 for
 /// products of a dozen factors, and where x is 0 or not finite.
@@ -26,6 +26,6 @@ inline double largest_magnitude(const double* begin, const double* end) noexcept
   return largest;
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -5,7 +5,7 @@
 #include "core/result.h"
 #include "qel/gridwork/elements.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 constexpr unsigned most_boundaries = 6;
 constexpr unsigned most_boundary_nodes = 4;
@@ -166,6 +166,6 @@ constexpr Result visit_shape(element_type type, Result otherwise, Action action)
   }
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -7,7 +7,7 @@
 
 #include "core/scaling.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 namespace {
 
 /// A symmetric matrix as its diagonal and its off-diagonal entries, of which o[k] lies in the plane across axis k, with
@@ -196,4 +196,4 @@ bool eigenvalues3(const double* packed, double* w) noexcept { return solve<false
 
 bool eigen_pairs3(const double* packed, double* w, double* v) noexcept { return solve<true>(packed, w, v); }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail

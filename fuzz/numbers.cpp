@@ -11,7 +11,7 @@ namespace {
 
 using namespace fuzz;
 using std::string;
-namespace io = qel::gridwork::io;
+namespace io = qel::gridwork::detail::io;
 
 // --- Printing ------------------------------------------------------------------------------------------------------
 

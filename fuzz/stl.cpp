@@ -38,10 +38,10 @@ void check_written(const dense2D<double>& coords, const dense2D<unsigned>& trian
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const memory_file file;
   file.write(std::string(reinterpret_cast<const char*>(data), size));
-  for (const auto read : {io::read_stl_text, io::read_stl_binary}) {
+  for (const auto read : {detail::io::read_stl_text, detail::io::read_stl_binary}) {
     dense2D<double> coords;
     dense2D<unsigned> triangles;
-    const int code = read(io::file(file.path(), "rb"), coords, triangles);
+    const int code = read(detail::io::file(file.path(), "rb"), coords, triangles);
     CHECK(code != 0 || check_IDs(triangles, ELT_TRIA3, static_cast<unsigned>(coords.cols())));
   }
   dense2D<double> coords(2, 2), expected_coords;

@@ -9,7 +9,7 @@
 #include "core/result.h"
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Open addressing, at most half full. `none` marks empty slots.
 class index_hash_set {
@@ -119,6 +119,6 @@ class growing_index_set {
   index_hash_set sparse_;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -6,6 +6,9 @@
 #include "qel/gridwork/ids.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// A list as a matrix of one row, in which `none` matches nothing.

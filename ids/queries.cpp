@@ -6,6 +6,9 @@
 #include "qel/gridwork/ids.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 template <class Array>

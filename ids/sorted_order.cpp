@@ -3,6 +3,9 @@
 #include "qel/gridwork/ids.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 bool sort_positions(const dense1D<unsigned>& values, dense1D<unsigned>& order, dense1D<unsigned>& offsets) {

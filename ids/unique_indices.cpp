@@ -8,6 +8,9 @@
 #include "qel/gridwork/ids.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// The input of all overloads: a list, or an array of matrices.
@@ -25,9 +28,9 @@ struct index_source {
   /// Calls action(begin, end) for runs of entries as long as it returns true. False when it did not.
   template <class Action>
   bool for_each_run(Action action) const {
-    if (list != nullptr && !gridwork::for_each_run(*list, action)) return false;
+    if (list != nullptr && !detail::for_each_run(*list, action)) return false;
     return std::all_of(first, last,
-                       [action](const dense2D<unsigned>& matrix) { return gridwork::for_each_run(matrix, action); });
+                       [action](const dense2D<unsigned>& matrix) { return detail::for_each_run(matrix, action); });
   }
 };
 

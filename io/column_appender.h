@@ -7,7 +7,7 @@
 
 #include "qel/dense.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// How far a file has been read; a size of 0 is not known.
 struct file_progress {
@@ -77,6 +77,6 @@ class column_appender {
   T* end_ = nullptr;
 };
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

@@ -11,6 +11,9 @@
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 using io::in_order;

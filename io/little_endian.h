@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 constexpr std::uint32_t in_file_order(std::uint32_t x) noexcept {
   if constexpr (std::endian::native == std::endian::big) {
@@ -40,6 +40,6 @@ inline char* store_uint32(char* bytes, std::uint32_t x) noexcept {
 
 inline char* store_float(char* bytes, float x) noexcept { return store_uint32(bytes, std::bit_cast<std::uint32_t>(x)); }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

@@ -8,7 +8,7 @@
 #include "core/result.h"
 #include "qel/gridwork/elements.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 struct matrix_range {
   const dense2D<unsigned>* first;
@@ -89,6 +89,6 @@ void for_each_plain_type(Action action) {
   }
 }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

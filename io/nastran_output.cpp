@@ -14,6 +14,9 @@
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 using io::in_order;

@@ -2,7 +2,7 @@
 #ifndef QEL_GRIDWORK_IO_NODE_ORDER_H
 #define QEL_GRIDWORK_IO_NODE_ORDER_H
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 struct node_order {
   unsigned count;
@@ -23,6 +23,6 @@ inline constexpr node_order tria6_order = {6, {0, 1, 2, 5, 3, 4}};
 inline constexpr node_order tetra4_order = {4, {0, 2, 1, 3}};
 inline constexpr node_order tetra10_order = {10, {0, 2, 1, 3, 5, 4, 6, 7, 9, 8}};
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

@@ -12,6 +12,9 @@
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 using io::block_reader;

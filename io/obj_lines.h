@@ -9,7 +9,7 @@
 #include "io/text/text.h"
 #include "qel/dense.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// What is read from an OBJ file.
 struct obj_records {
@@ -108,6 +108,6 @@ class obj_lines {
   obj_records& out_;
 };
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

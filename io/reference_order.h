@@ -9,7 +9,7 @@
 #include "core/result.h"
 #include "qel/dense.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// The order of elements by reference, those of one reference as they come; the reference `none` is left out.
 ///
@@ -91,6 +91,6 @@ class reference_order {
   key* end_ = nullptr;
 };
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

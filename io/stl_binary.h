@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 constexpr std::uint64_t stl_header_bytes = 80;
 constexpr std::uint64_t stl_count_bytes = 4;
@@ -12,6 +12,6 @@ constexpr std::uint64_t stl_vector_bytes = 12;
 constexpr std::uint64_t stl_attribute_bytes = 2;
 constexpr std::uint64_t stl_triangle_bytes = 4 * stl_vector_bytes + stl_attribute_bytes;  // normal and three corners
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

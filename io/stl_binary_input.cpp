@@ -8,7 +8,7 @@
 #include "io/text/block_reader.h"
 #include "io/triangle_soup.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 namespace {
 
 constexpr int no_header = -2;
@@ -52,4 +52,4 @@ int read_stl_binary(const file& input, dense2D<double>& coords, dense2D<unsigned
   return soup.finish();
 }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io

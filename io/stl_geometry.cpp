@@ -1,6 +1,6 @@
 #include "io/stl_geometry.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 namespace {
 
 /// Squared distance of `p` from the line through `a` and `b`, measured from the nearer one for the sake of rounding.
@@ -25,4 +25,4 @@ double smallest_squared_height(const triangle& t) noexcept {
   return smallest;
 }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io

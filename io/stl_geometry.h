@@ -8,7 +8,7 @@
 
 #include "qel/fixed.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 using vector3 = vector_fixed<double, 3>;
 
@@ -64,6 +64,6 @@ inline vector3 facet_normal(const triangle& t) noexcept {
   return normal;
 }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

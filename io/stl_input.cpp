@@ -5,6 +5,9 @@
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 using stl_reader = int (*)(const io::file&, dense2D<double>&, dense2D<unsigned>&);

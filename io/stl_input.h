@@ -5,7 +5,7 @@
 #include "io/text/file.h"
 #include "qel/dense.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// Read an open file into empty outputs. Results as those of STL_input(); on a negative one the outputs hold anything.
 /// @{
@@ -13,6 +13,6 @@ int read_stl_text(const file& input, dense2D<double>& coords, dense2D<unsigned>&
 int read_stl_binary(const file& input, dense2D<double>& coords, dense2D<unsigned>& connectivity);
 /// @}
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

@@ -16,6 +16,9 @@
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 using io::append;

@@ -8,7 +8,7 @@
 #include "io/text/text.h"
 #include "io/triangle_soup.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 namespace {
 
 constexpr int bad_header = -2;
@@ -117,4 +117,4 @@ int read_stl_text(const file& input, dense2D<double>& coords, dense2D<unsigned>&
   return result < 0 ? result : soup.finish();
 }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io

@@ -8,7 +8,7 @@
 #include "qel/gridwork/ids.h"
 #include "search/merging/proximity_merge.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 namespace {
 
 /// Gives back capacity that is no longer needed. Without memory for the smaller copy, the array stays as it is.
@@ -152,4 +152,4 @@ int triangle_soup::finish() {
   return result;
 }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io

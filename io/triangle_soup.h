@@ -9,7 +9,7 @@
 #include "qel/dense.h"
 #include "search/merging/coincident_nodes.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// Takes triangles one by one and merges their coincident corners as they come, each block of triangles for itself, so
 /// that only distinct corners are ever kept. finish() then merges near nodes.
@@ -80,6 +80,6 @@ class triangle_soup {
   unsigned in_queue_ = 0;
 };
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

@@ -6,6 +6,9 @@
 #include "qel/gridwork/metrics.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 constexpr double no_bound = std::numeric_limits<double>::max();

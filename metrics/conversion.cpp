@@ -4,6 +4,9 @@
 #include "qel/gridwork/metrics.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 using frame = matrix_fixed<double, 3, 2>;

@@ -2,6 +2,9 @@
 #include "qel/gridwork/metrics.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 template <unsigned N, class... Tensors>

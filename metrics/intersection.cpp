@@ -5,6 +5,9 @@
 #include "qel/gridwork/metrics.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 matrix_fixed<double, 2, 2> inverse(const matrix_fixed<double, 2, 2>& P) noexcept {

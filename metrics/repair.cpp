@@ -4,6 +4,9 @@
 #include "qel/gridwork/metrics.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// Replaces the invalid columns of the first `count` by default_of(j), where that is valid.

@@ -5,7 +5,7 @@
 
 #include "core/scaling.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 namespace {
 
 /// A tensor whose entries may be multiplied with one another.
@@ -187,4 +187,4 @@ bool decompose(const tensor<3>& M1, const tensor<3>& M2, spectrum<3>& result) no
   return decompose_pair(M1, M2, result);
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail

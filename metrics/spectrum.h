@@ -5,7 +5,7 @@
 #include "core/symmetric3.h"
 #include "metrics/tensors.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Ascending eigenvalues; vectors in columns.
 template <unsigned N>
@@ -31,6 +31,6 @@ struct spectrum {
 [[nodiscard]] bool decompose(const tensor<3>& M1, const tensor<3>& M2, spectrum<3>& result) noexcept;
 /// @}
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

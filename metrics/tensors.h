@@ -9,7 +9,7 @@
 #include "qel/dense.h"
 #include "qel/fixed.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 template <unsigned N>
 using tensor = symmetric_fixed<double, N>;
@@ -55,6 +55,6 @@ tensor<N> weighted_squares(const vector_fixed<double, N>& weights, Component com
   return M;
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -4,6 +4,9 @@
 #include "qel/gridwork/metrics.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 bool is_valid_size(double h) noexcept { return h > 0 && h < std::numeric_limits<double>::max(); }

@@ -9,7 +9,7 @@
 #include "quality/tetrahedron.h"
 #include "quality/vectors.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Corner i is node i. Its neighbours come in the order that makes the triple product positive in a sound element: base
 /// counter-clockwise seen from the top or the apex (see the drawings of the shapes).
@@ -55,6 +55,6 @@ double smallest_corner_tetrahedron(const point<3>* p) noexcept {
   return smallest;
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

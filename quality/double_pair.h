@@ -11,7 +11,7 @@
 #include <emmintrin.h>
 #endif
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 #if defined(QEL_GRIDWORK_SSE2)
 
@@ -95,6 +95,6 @@ T clamped(T q) noexcept {
   return smaller(larger(q, T(-1.0)), T(1.0));
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

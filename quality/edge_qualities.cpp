@@ -12,6 +12,9 @@
 #include "qel/gridwork/topology.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// The logarithmic mean of two sizes greater than 0. Nearly equal sizes take its series, where nothing cancels.

@@ -4,7 +4,7 @@
 
 #include "quality/vectors.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// A quality, and something of the order of the squared size of the element.
 template <class T>
@@ -142,6 +142,6 @@ T flatness(const point<3, T>& p0, const point<3, T>& p1, const point<3, T>& p2, 
   return larger(smallest, T(0.0));
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -13,7 +13,7 @@
 #include "core/shapes.h"
 #include "quality/vectors.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Solids have three coordinates, the last one 0 on 2-row coordinates.
 template <const shape& Shape, unsigned Rows>
@@ -204,6 +204,6 @@ int measure_all(const dense2D<double>& coords, const dense2D<unsigned>& connecti
   return result;
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -6,7 +6,7 @@
 #include "quality/corners.h"
 #include "quality/faces.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// The smallest corner Jacobian over the 3/2 power of the sum of the squared edge lengths.
 template <const shape& Shape, class T>
@@ -149,6 +149,6 @@ struct jacobian_measure {
   }
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -4,6 +4,8 @@
 
 namespace qel::gridwork {
 
+using namespace detail;
+
 int shape_qualities(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                     dense1D<double>& Q) {
   return measure_all<quality_measure>(coords, connectivity, type, Q);

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 namespace {
 
 /// The even permutations other than the identity.
@@ -24,4 +24,4 @@ double settle_tetrahedron(const point<3>* const* nodes, double first) noexcept {
   return kept;
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail

@@ -6,7 +6,7 @@
 
 #include "quality/vectors.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Qualities up to here are as good as 0.
 constexpr double flat_quality = 1e-12;
@@ -89,6 +89,6 @@ inline double tetrahedron_quality(const point<3>& p0, const point<3>& p1, const 
   return settle_tetrahedron(nodes, q);
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -5,7 +5,7 @@
 #include "qel/fixed.h"
 #include "quality/double_pair.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// T is double, or double_pair for two elements side by side.
 template <unsigned Dim, class T = double>
@@ -52,6 +52,6 @@ T triple(const point<3, T>& x, const point<3, T>& y, const point<3, T>& z) noexc
   return dot(x, cross(y, z));
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

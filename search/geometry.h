@@ -2,7 +2,7 @@
 #ifndef QEL_GRIDWORK_SEARCH_GEOMETRY_H
 #define QEL_GRIDWORK_SEARCH_GEOMETRY_H
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 template <unsigned Dim>
 bool is_finite(const double* p) noexcept {
@@ -43,6 +43,6 @@ bool is_near(const double* p, const double* q, double tol) noexcept {
   return in_box_around<Dim>(p, q, tol) && squared_distance<Dim>(p, q) <= tol * tol;
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -8,6 +8,9 @@
 #include "search/node_list.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// Leaves `new_IDs` empty when the merge failed.

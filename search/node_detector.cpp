@@ -9,9 +9,10 @@
 #include "search/tree/node_tree.h"
 
 namespace qel::gridwork {
-namespace {
 
-using detail::node_tree;
+using namespace detail;
+
+namespace {
 
 /// A tree of the nodes in `ids`; null when memory ran out.
 template <unsigned Dim>

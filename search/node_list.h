@@ -8,7 +8,7 @@
 #include "qel/dense.h"
 #include "qel/gridwork/ids.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// A list of distinct nodes: the given ones or, without an array, 0 .. count - 1.
 struct node_list {
@@ -37,6 +37,6 @@ inline int collect_nodes(const dense2D<unsigned>* first, const dense2D<unsigned>
   return nodes.reserve(entries) ? unique_indices(nodes, first, last) : out_of_memory;
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

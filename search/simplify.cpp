@@ -8,6 +8,9 @@
 #include "qel/gridwork/search.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// Tells degenerate elements from sound ones.

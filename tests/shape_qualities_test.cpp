@@ -7,6 +7,7 @@
 namespace qel::gridwork {
 namespace {
 
+using namespace detail;
 using namespace random_meshes;
 using real_type = long double;
 using vec = std::array<real_type, 3>;

@@ -217,7 +217,7 @@ TEST_F(stl, heights_are_those_of_the_reference_and_the_short_cut_is_safe) {
   std::mt19937_64 random(17);
   unsigned skipped = 0;
   for (unsigned run = 0; run < 200000 && !HasFailure(); ++run) {
-    gw::io::triangle t;
+    gw::detail::io::triangle t;
     stl_reference::vec3 p[3];
     const int exponent = run % 4 == 0 ? static_cast<int>(random() % 1100) - 550 : 0,
               flat = static_cast<int>(random() % 30);
@@ -230,10 +230,10 @@ TEST_F(stl, heights_are_those_of_the_reference_and_the_short_cut_is_safe) {
               std::ldexp(x[2], run % 3 == 0 ? -exponent : exponent)};
       t.corners[k] = {p[k].x, p[k].y, p[k].z};
     }
-    const double height = stl_reference::smallest_square_height(p), ours = gw::io::smallest_squared_height(t);
+    const double height = stl_reference::smallest_square_height(p), ours = gw::detail::io::smallest_squared_height(t);
     EXPECT_TRUE(ours == height || (ours != ours && height != height)) << run << ": " << ours << ' ' << height;
     for (const double bound : {height, height * (1 + 1e-15), height * (1 - 1e-9), height * .99, 1e-320, height * 1.1}) {
-      const bool higher = bound > 0 && gw::io::is_surely_higher(t, bound);
+      const bool higher = bound > 0 && gw::detail::io::is_surely_higher(t, bound);
       skipped += higher;
       EXPECT_TRUE(!higher || height >= bound) << run << ": " << height << " for " << bound;
     }

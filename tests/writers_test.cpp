@@ -327,7 +327,7 @@ TEST(reference_order, windows_give_the_sorted_order) {
     std::stable_sort(expected.begin(), expected.end(),
                      [&](unsigned a, unsigned b) { return references[a] < references[b]; });
     const auto values = array(references);
-    io::reference_order order(values, window);
+    detail::io::reference_order order(values, window);
     ASSERT_TRUE(order.prepare());
     order.for_each(wanted, [&](std::uint64_t j, unsigned) { found.push_back(static_cast<unsigned>(j)); });
     EXPECT_EQ(found, expected) << window;

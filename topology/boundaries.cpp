@@ -9,6 +9,9 @@
 #include "topology/boundary_slots.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// Calls visit(nodes, shape, local boundary) for every boundary of every element for which wanted(k, e) is true.

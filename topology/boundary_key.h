@@ -9,7 +9,7 @@
 
 #include "topology/boundary_slots.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Orders two nodes by one conditional move: where nodes are numbered at random, every second branch is mispredicted.
 inline void order(unsigned& a, unsigned& b) noexcept {
@@ -75,6 +75,6 @@ std::uint64_t hash_of(const std::array<unsigned, Words>& key) noexcept {
   return sum;
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

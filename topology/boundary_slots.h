@@ -8,7 +8,7 @@
 #include "core/shapes.h"
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// The nodes of a boundary, in the direction that its element gives it.
 struct boundary_nodes {
@@ -68,6 +68,6 @@ inline bool fits_elements(const dense2D<unsigned>& neighbors, element_type type,
   return neighbors.cols() == elements && neighbors.rows() == nbr_boundaries(type);
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

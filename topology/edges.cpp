@@ -9,6 +9,9 @@
 #include "qel/gridwork/topology.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// The linear type whose edges a type has; ELT_UNKNOWN for types without edges.

@@ -8,6 +8,9 @@
 #include "topology/boundary_slots.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// Gathers the elements round a node, breadth first, across boundaries that hold the node.

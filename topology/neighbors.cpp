@@ -13,6 +13,9 @@
 #include "topology/slot_lists.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 template <class Columns, class Visit>

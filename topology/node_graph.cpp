@@ -10,6 +10,9 @@
 #include "qel/gridwork/topology.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// Calls action(rows), with a constant for the most frequent numbers of rows: short loops over a column are unrolled.

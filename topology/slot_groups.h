@@ -8,7 +8,7 @@
 
 #include "topology/boundary_key.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Groups of slots with equal keys, found by hashing with linear probing.
 ///
@@ -71,6 +71,6 @@ class slot_groups {
   std::uint64_t mask_ = 0, shift_ = 0, next_ = 1, most_ = 0;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

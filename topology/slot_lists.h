@@ -8,7 +8,7 @@
 #include "core/result.h"
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// A list is a chain of blocks that are cut from one array.
 class slot_lists {
@@ -73,6 +73,6 @@ class slot_lists {
   std::uint64_t used_ = 0;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -5,6 +5,9 @@
 #include "transforms/selection.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 template <unsigned Dim>
@@ -64,14 +67,14 @@ int rotate(dense2D<double>& coords, const vector_fixed<double, 2>& center, doubl
   return move_nodes(coords, rotation<2>(center, angle), every_node{});
 }
 int rotate(dense2D<double>& coords, const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation) {
-  return move_nodes(coords, gridwork::rotation<3>(center, rotation), every_node{});
+  return move_nodes(coords, detail::rotation<3>(center, rotation), every_node{});
 }
 int rotate(dense2D<double>& coords, const vector_fixed<double, 2>& center, double angle, const dense1D<unsigned>& ids) {
   return move_nodes(coords, rotation<2>(center, angle), listed_nodes{ids});
 }
 int rotate(dense2D<double>& coords, const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
            const dense1D<unsigned>& ids) {
-  return move_nodes(coords, gridwork::rotation<3>(center, rotation), listed_nodes{ids});
+  return move_nodes(coords, detail::rotation<3>(center, rotation), listed_nodes{ids});
 }
 int rotate(dense2D<double>& coords, const vector_fixed<double, 2>& center, double angle,
            const dense2D<unsigned>& connectivity) {
@@ -79,7 +82,7 @@ int rotate(dense2D<double>& coords, const vector_fixed<double, 2>& center, doubl
 }
 int rotate(dense2D<double>& coords, const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
            const dense2D<unsigned>& connectivity) {
-  return move_used_nodes<listed_nodes>(coords, gridwork::rotation<3>(center, rotation), connectivity);
+  return move_used_nodes<listed_nodes>(coords, detail::rotation<3>(center, rotation), connectivity);
 }
 
 int zoom(dense2D<double>& coords, const vector_fixed<double, 2>& center, double factor) {

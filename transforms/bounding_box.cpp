@@ -4,6 +4,9 @@
 #include "transforms/selection.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// The comparisons are not symmetric: a NaN gets into the lower corner and gives way to the next node, but never gets

@@ -11,6 +11,9 @@
 #include "transforms/selection.h"
 
 namespace qel::gridwork {
+
+using namespace detail;
+
 namespace {
 
 /// True when `copies` copies of `count` nodes behind the first `first` ones have indices below `none`.

@@ -8,7 +8,7 @@
 
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Makes room for rows x cols entries, not fewer than there are, in a block that is the matrix's own: growing there
 /// disturbs no other view, not even one that lies behind the last column or in gaps between columns. Shape and values
@@ -35,6 +35,6 @@ template <class T>
   return make_room(matrix, rows, cols) && matrix.resize(rows, matrix.cols(), fill) && matrix.resize(rows, cols);
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

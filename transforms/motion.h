@@ -6,7 +6,7 @@
 
 #include "qel/fixed.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// The test for "does not move": there, NaN counts as 0.
 inline bool is_zero(double x) noexcept { return !(x < 0 || x > 0); }
@@ -109,6 +109,6 @@ class rotation<3> {
   bool is_identity_;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -7,7 +7,7 @@
 #include "qel/dense.h"
 #include "qel/gridwork/ids.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// All nodes, in order.
 struct every_node {
@@ -60,6 +60,6 @@ struct trusted_nodes {
   return nodes.reserve(connectivity.size()) && unique_indices(nodes, connectivity) == 0;
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

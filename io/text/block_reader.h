@@ -9,7 +9,7 @@
 #include "io/text/text.h"
 #include "qel/dense.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 class block_reader {
  public:
@@ -65,6 +65,6 @@ class block_reader {
   bool ended_ = false;
 };
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

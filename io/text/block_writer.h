@@ -9,7 +9,7 @@
 
 #include "qel/dense.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 class block_writer {
  public:
@@ -49,6 +49,6 @@ class block_writer {
   std::uint64_t used_ = 0;
 };
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <utility>
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 class file {
  public:
@@ -36,6 +36,6 @@ class file {
   std::FILE* stream_;
 };
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

@@ -10,7 +10,7 @@
 #include "io/text/block_reader.h"
 #include "io/text/text.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// Cuts a stream into lines as fgets with a buffer of 256 bytes does: a longer line comes in pieces of 255.
 ///
@@ -58,6 +58,6 @@ class line_reader {
   char piece_[longest + 1 + scan_margin] = {};
 };
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

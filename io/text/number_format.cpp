@@ -14,7 +14,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 namespace {
 
 /// floor(log2(10^n)), for |n| < 1000.
@@ -277,4 +277,4 @@ char* format_scientific(char* out, double value, unsigned digits) noexcept {
   return format_parts(out, number, digits, exponent);
 }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io

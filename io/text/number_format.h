@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// The most bytes that format_scientific() writes with up to 17 digits, format_fixed(), and format_integer().
 constexpr unsigned longest_scientific = 32;
@@ -33,6 +33,6 @@ char* format_fixed(char* out, double value) noexcept;
 /// The same for "%<width>d".
 char* format_integer(char* out, std::int64_t value, unsigned width = 0) noexcept;
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

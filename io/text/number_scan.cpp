@@ -7,7 +7,7 @@
 #include "io/text/plain_number.h"
 #include "io/text/text.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 namespace {
 
 constexpr bool is_hex_digit(char c) noexcept {
@@ -133,4 +133,4 @@ const char* scan_double(const char* text, double& value) noexcept {
 
 const char* skip_double(const char* text) noexcept { return scan_unsigned(skip_sign(skip_blanks(text)), nullptr); }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io

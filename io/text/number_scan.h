@@ -4,7 +4,7 @@
 
 #include "io/text/plain_number.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// Skips blanks and scans a number: decimal, hexadecimal, infinity or NaN. Returns the position behind it, or null when
 /// there is none. The text ends with a NUL or a newline.
@@ -28,6 +28,6 @@ inline const char* skip_number(const char* text) noexcept {
   return end != nullptr ? end : skip_double(text);
 }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

@@ -9,7 +9,7 @@
 #include "io/little_endian.h"
 #include "io/text/text.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// mantissa * 10^exponent, from so many digits.
 struct decimal {
@@ -103,6 +103,6 @@ inline const char* scan_plain_double(const char* text, double& value) noexcept {
   return end;
 }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// Bytes in memory behind the end of a text that is scanned several characters at a time.
 constexpr std::uint64_t scan_margin = 15;
@@ -53,6 +53,6 @@ constexpr bool contains_keyword(const char* line, const char* keyword) noexcept 
 /// Copies `text` to `out` and returns the position behind it.
 inline char* append(char* out, std::string_view text) noexcept { return out + text.copy(out, text.size()); }
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

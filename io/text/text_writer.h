@@ -10,7 +10,7 @@
 #include "io/text/number_format.h"
 #include "io/text/text.h"
 
-namespace qel::gridwork::io {
+namespace qel::gridwork::detail::io {
 
 /// What "%<width>d" prints for an index, which is an unsigned number.
 inline char* append_id(char* out, unsigned id, unsigned width = 0) noexcept {
@@ -49,6 +49,6 @@ class text_writer {
   block_writer blocks_;
 };
 
-}  // namespace qel::gridwork::io
+}  // namespace qel::gridwork::detail::io
 
 #endif

@@ -13,7 +13,7 @@
 #include "search/geometry.h"
 #include "search/node_list.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Positions of the nodes of a list, one after another; a node is named by its rank, its place in the list.
 template <unsigned Dim>
@@ -125,6 +125,6 @@ class coincident_nodes {
   dense1D<unsigned> seconds_;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

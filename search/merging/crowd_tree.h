@@ -12,7 +12,7 @@
 #include "search/merging/coincident_nodes.h"
 #include "search/tree/balanced_tree.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// A balanced k-d tree of which each subtree knows the box around its nodes and the lowest of their ranks. Subtrees that
 /// lie within the tolerance are answered by that rank alone, and those beyond it are passed by, so that a query looks at
@@ -140,6 +140,6 @@ class crowd_tree {
   dense1D<bounds> bounds_;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -7,7 +7,7 @@
 #include "qel/gridwork/ids.h"
 #include "search/merging/coincident_nodes.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 namespace {
 
 /// Two near nodes of one element. Recorded from both ends, so that of equally close records the lower node leads.
@@ -113,4 +113,4 @@ int element_merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense
                             : merge_elements<3>(coords, first, last, nodes, new_IDs, tol, repeat);
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail

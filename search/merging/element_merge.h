@@ -4,7 +4,7 @@
 
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Merges and renumbers the nodes of [first, last) in one pass or, if `repeat`, in passes until one merges nothing.
 ///
@@ -13,6 +13,6 @@ namespace qel::gridwork {
 int element_merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
                   const dense1D<unsigned>& nodes, dense1D<unsigned>& new_IDs, double tol, bool repeat);
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -11,7 +11,7 @@
 #include "search/merging/coincident_nodes.h"
 #include "search/merging/crowd_tree.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// A hashed grid over nodes. A node lies in one cell; a query looks into the cells that its box touches, nearly always
 /// one. The nodes of a cell form a chain in the order of their ranks, so the first hit is the answer. All cell numbers
@@ -243,6 +243,6 @@ class near_nodes {
   bool is_crowded_ = false;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -10,7 +10,7 @@
 #include "search/merging/coincident_nodes.h"
 #include "search/merging/near_nodes.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 namespace {
 
 [[nodiscard]] bool set_identity(dense1D<unsigned>& map, std::uint64_t count) {
@@ -216,4 +216,4 @@ int proximity_merge(const dense2D<double>& coords, node_list moving, node_list f
                             : merger<3>(coords, moving, fixed, tol).merge(new_IDs);
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail

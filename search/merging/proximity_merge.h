@@ -5,7 +5,7 @@
 #include "qel/dense.h"
 #include "search/node_list.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Merges the nodes of `list` among themselves. `coords` has 2 or 3 rows, `tol` is not negative.
 ///
@@ -16,6 +16,6 @@ int proximity_merge(const dense2D<double>& coords, node_list list, dense1D<unsig
 int proximity_merge(const dense2D<double>& coords, node_list moving, node_list fixed, dense1D<unsigned>& new_IDs,
                     double tol);
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Levels of splits that 2^32 nodes need, with room to spare.
 constexpr unsigned deepest_split = 32;
@@ -54,6 +54,6 @@ double part_along(Item* items, const subtree& parted, unsigned axis) noexcept {
   return half->p[axis];
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

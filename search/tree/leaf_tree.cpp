@@ -7,7 +7,7 @@
 #include "core/position_table.h"
 #include "core/result.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 namespace {
 
 /// A subtree beyond a split, and how far off it is at least: one square for each axis.
@@ -200,4 +200,4 @@ unsigned leaf_tree<Dim>::find_in_box(const point& lower, const point& upper, nod
 template class leaf_tree<2>;
 template class leaf_tree<3>;
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail

@@ -9,7 +9,7 @@
 #include "search/tree/balanced_tree.h"
 #include "search/tree/tree_builder.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// A node and its place in the order that answers keep.
 struct node_in_order {
@@ -72,6 +72,6 @@ class leaf_tree {
   dense1D<leaf> leaves_;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

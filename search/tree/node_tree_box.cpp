@@ -44,7 +44,7 @@ bool inside(const double* p, const vector_fixed<double, Dim>& lower, const vecto
   return is_inside;
 }
 
-struct subtree {
+struct waiting_subtree {
   unsigned place, axis;
 };
 
@@ -72,11 +72,11 @@ template <unsigned Dim>
 void node_tree<Dim>::find_in_box_in_order(const point& lower, const point& upper, dense1D<unsigned>& ids) const {
   const node* nodes = nodes_.data();
   list_appender found(ids);
-  query_stack<subtree> right_subtrees;
-  subtree current{0, 0};
+  query_stack<waiting_subtree> right_subtrees;
+  waiting_subtree current{0, 0};
   for (;;) {
     const node& at = nodes[current.place];
-    subtree next{none, next_axis<Dim>(current.axis)};
+    waiting_subtree next{none, next_axis<Dim>(current.axis)};
     if (at.run != 0) {
       for (const node* it = &at; it != &at + at.run; ++it) {
         if (inside<Dim>(it->p, lower, upper)) found.append(it->id);

@@ -6,7 +6,7 @@
 
 #include "qel/dense.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 template <class T>
 class query_stack {
@@ -38,6 +38,6 @@ class query_stack {
   std::uint64_t count_ = 0;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

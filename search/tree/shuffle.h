@@ -6,7 +6,7 @@
 #include <random>
 #include <utility>
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// Shuffles the list with a generator seeded with 1 at every call, so that equal lists always give equal trees.
 inline void shuffle(unsigned* list, std::uint64_t count) {
@@ -17,6 +17,6 @@ inline void shuffle(unsigned* list, std::uint64_t count) {
   }
 }
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif

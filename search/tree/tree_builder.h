@@ -13,7 +13,7 @@
 
 #include "core/result.h"
 
-namespace qel::gridwork {
+namespace qel::gridwork::detail {
 
 /// A node to insert; `ordinal` is its place in the order of insertion.
 template <unsigned Dim>
@@ -192,6 +192,6 @@ class tree_builder {
   unsigned* ordinals_;
 };
 
-}  // namespace qel::gridwork
+}  // namespace qel::gridwork::detail
 
 #endif
