@@ -34,7 +34,7 @@ void draw_nodes(picture& p, const element& e) {
 
 void draw_type(gw::element_type type, const std::string& path) {
   const element e = ideal_element(type);
-  const gw::shape& s = linear_shape(type);
+  const gw::detail::shape& s = linear_shape(type);
   const std::vector<point> vertices(e.nodes.begin(), e.nodes.begin() + s.nodes);
   const bool line = s.type == gw::ELT_EDGE2;
   const double height = line ? size / 3 : 1.15 * size;
@@ -47,7 +47,7 @@ void draw_type(gw::element_type type, const std::string& path) {
 }
 
 // The edges with their numbers, from their first node to the second.
-void draw_edge_numbers(const gw::shape& s, const std::string& path) {
+void draw_edge_numbers(const gw::detail::shape& s, const std::string& path) {
   const element e = ideal_element(s.type);
   const point centre = mean(e.nodes);
   const double height = s.edges == 1 ? size / 3 : 1.4 * size;
@@ -71,7 +71,7 @@ std::vector<point> shrunk(const std::vector<point>& corners, double factor) {
 }
 
 // A boundary apart from the element, with its number and an arrow through its nodes in their order.
-void draw_boundary(picture& p, const gw::shape& s, unsigned boundary, const std::vector<point>& vertices) {
+void draw_boundary(picture& p, const gw::detail::shape& s, unsigned boundary, const std::vector<point>& vertices) {
   std::vector<point> face = corners(s, boundary, vertices);
   const point away = 1.1 * (mean(face) - mean(vertices));
   for (point& corner : face) corner = corner + away;
@@ -89,7 +89,7 @@ void draw_boundary(picture& p, const gw::shape& s, unsigned boundary, const std:
   p.text(mean(face) - aside, std::to_string(boundary), "face");
 }
 
-void draw_boundaries(const gw::shape& s, const std::string& path) {
+void draw_boundaries(const gw::detail::shape& s, const std::string& path) {
   const std::vector<point> vertices = ideal_element(s.type).nodes;
   const view v = view_of(s);
   const double height = s.type == gw::ELT_EDGE2 ? size / 3 : 1.8 * size;
@@ -125,7 +125,7 @@ std::string node_list(const unsigned char* nodes, unsigned count) {
   return text + ")";
 }
 
-void write_boundaries(std::ofstream& out, const gw::shape& s) {
+void write_boundaries(std::ofstream& out, const gw::detail::shape& s) {
   const std::vector<point> vertices = ideal_element(s.type).nodes;
   const bool solid = gw::element_dim(s.type) == 3;
   out << "| boundary | nodes |" << (solid ? " normal |" : "") << "\n|---|---|" << (solid ? "---|" : "") << "\n";
@@ -139,7 +139,7 @@ void write_boundaries(std::ofstream& out, const gw::shape& s) {
   out << "\n\n";
 }
 
-void write_family(std::ofstream& out, const std::string& folder, const gw::shape& s) {
+void write_family(std::ofstream& out, const std::string& folder, const gw::detail::shape& s) {
   out << "## " << type_names[s.type] << " and its relatives\n\n@htmlonly <div class='drawings'> @endhtmlonly\n";
   for (unsigned t = 0; t < types; ++t) {
     const auto type = static_cast<gw::element_type>(t);
@@ -161,7 +161,7 @@ void write_family(std::ofstream& out, const std::string& folder, const gw::shape
 void write_all(const std::string& folder) {
   std::ofstream out(folder + "/element_drawings.md");
   write_catalogue(out);
-  for (const gw::shape* s : linear_shapes) write_family(out, folder, *s);
+  for (const gw::detail::shape* s : linear_shapes) write_family(out, folder, *s);
   if (!out.flush()) throw std::runtime_error("element_drawings.md cannot be written");
 }
 

@@ -16,7 +16,7 @@
 namespace docs {
 namespace {
 
-double quality(const gw::shape& s, const std::vector<point>& nodes) {
+double quality(const gw::detail::shape& s, const std::vector<point>& nodes) {
   const bool plane = gw::element_dim(s.type) == 2;
   qel::dense2D<double> coords(plane ? 2 : 3, s.nodes);
   qel::dense2D<unsigned> connectivity(s.nodes, 1);
@@ -46,7 +46,7 @@ struct deformation {
 constexpr deformation deformations[] = {
     {"ideal", 1, 0}, {"half as high", 0.5, 0}, {"sheared", 1, 0.6}, {"flat", 0.12, 0}, {"turned inside out", -0.6, 0}};
 
-std::vector<point> deformed(const gw::shape& s, const deformation& d) {
+std::vector<point> deformed(const gw::detail::shape& s, const deformation& d) {
   std::vector<point> nodes = ideal_vertices(s);
   const unsigned axis = gw::element_dim(s.type) == 2 ? 1 : 2;
   for (point& p : nodes) {
@@ -56,7 +56,7 @@ std::vector<point> deformed(const gw::shape& s, const deformation& d) {
   return nodes;
 }
 
-void draw_row(const gw::shape& s, const std::string& path) {
+void draw_row(const gw::detail::shape& s, const std::string& path) {
   constexpr double width = 165, height = 190;
   picture p(width * std::size(deformations), height);
   double left = 0;
@@ -87,7 +87,7 @@ struct box {
 };
 
 // The last node of the ideal face goes everywhere in the box.
-void draw_map(const gw::shape& s, const box& b, const std::string& path) {
+void draw_map(const gw::detail::shape& s, const box& b, const std::string& path) {
   constexpr double scale = 150, cell = 5;
   const double width = scale * (b.right - b.left), height = scale * (b.top - b.bottom);
   picture p(width, height);
@@ -123,14 +123,14 @@ void draw_scale(const std::string& path) {
 }
 
 void draw_all(const std::string& folder) {
-  for (const gw::shape* s : linear_shapes) {
+  for (const gw::detail::shape* s : linear_shapes) {
     const double ideal = quality(*s, ideal_vertices(*s));
     if (std::abs(ideal - 1) > 1e-12)
       throw std::logic_error("the ideal element has the quality " + words("%.17g", ideal));
     if (gw::element_dim(s->type) > 1) draw_row(*s, folder + "/quality_" + std::to_string(s->type) + ".svg");
   }
-  draw_map(gw::triangle_shape, {-1, 2, -1, 1.5}, folder + "/quality_map_triangle.svg");
-  draw_map(gw::quadrangle_shape, {-1, 2, -0.5, 2}, folder + "/quality_map_quadrangle.svg");
+  draw_map(gw::detail::triangle_shape, {-1, 2, -1, 1.5}, folder + "/quality_map_triangle.svg");
+  draw_map(gw::detail::quadrangle_shape, {-1, 2, -0.5, 2}, folder + "/quality_map_quadrangle.svg");
   draw_scale(folder + "/quality_scale.svg");
 }
 

@@ -13,18 +13,19 @@ namespace docs {
 
 namespace gw = qel::gridwork;
 
-inline const gw::shape* const linear_shapes[] = {&gw::edge_shape,        &gw::triangle_shape, &gw::quadrangle_shape,
-                                                 &gw::tetrahedron_shape, &gw::pyramid_shape,  &gw::wedge_shape,
-                                                 &gw::hexahedron_shape};
+inline const gw::detail::shape* const linear_shapes[] = {&gw::detail::edge_shape,       &gw::detail::triangle_shape,
+                                                         &gw::detail::quadrangle_shape, &gw::detail::tetrahedron_shape,
+                                                         &gw::detail::pyramid_shape,    &gw::detail::wedge_shape,
+                                                         &gw::detail::hexahedron_shape};
 
-inline const gw::shape& linear_shape(gw::element_type type) {
-  for (const gw::shape* s : linear_shapes) {
+inline const gw::detail::shape& linear_shape(gw::element_type type) {
+  for (const gw::detail::shape* s : linear_shapes) {
     if (gw::nbr_base_nodes(type) == s->nodes && gw::element_dim(type) == gw::element_dim(s->type)) return *s;
   }
   throw std::logic_error("a type without a shape");
 }
 
-inline std::vector<point> ideal_vertices(const gw::shape& s) {
+inline std::vector<point> ideal_vertices(const gw::detail::shape& s) {
   const double h = std::sqrt(3.0) / 2;
   switch (s.type) {
     case gw::ELT_EDGE2:
@@ -72,18 +73,18 @@ struct element {
   }
 };
 
-inline void add_middles(const gw::shape& s, element& e) {
+inline void add_middles(const gw::detail::shape& s, element& e) {
   const auto& edges = s.type == gw::ELT_WEDGE6 ? wedge_middles : s.edge;
   for (unsigned k = 0; k < s.edges; ++k) e.add(0.5 * (e.nodes[edges[k][0]] + e.nodes[edges[k][1]]), "middle");
 }
 
-inline std::vector<point> corners(const gw::shape& s, unsigned boundary, const std::vector<point>& nodes) {
+inline std::vector<point> corners(const gw::detail::shape& s, unsigned boundary, const std::vector<point>& nodes) {
   std::vector<point> result;
   for (unsigned i = 0; i < s.boundary_sizes[boundary]; ++i) result.push_back(nodes[s.boundary[boundary][i]]);
   return result;
 }
 
-inline void add_quadrangle_middles(const gw::shape& s, element& e) {
+inline void add_quadrangle_middles(const gw::detail::shape& s, element& e) {
   for (unsigned k = 0; k < s.boundaries; ++k) {
     if (s.boundary_sizes[k] == 4) e.add(mean(corners(s, k, e.nodes)), "centre");
   }
@@ -91,7 +92,7 @@ inline void add_quadrangle_middles(const gw::shape& s, element& e) {
 
 // The nodes of one element of a type that has a shape.
 inline element ideal_element(gw::element_type type) {
-  const gw::shape& s = linear_shape(type);
+  const gw::detail::shape& s = linear_shape(type);
   element e;
   for (const point& p : ideal_vertices(s)) e.add(p, "vertex");
   for (const higher_nodes& row : higher) {
@@ -110,21 +111,22 @@ inline bool points_outwards(const std::vector<point>& face, const std::vector<po
 }
 
 // A view in which no two nodes of the largest type of a shape lie behind one another.
-inline view view_of(const gw::shape& s) {
+inline view view_of(const gw::detail::shape& s) {
   if (gw::element_dim(s.type) < 3) return view::of_plane();
   if (s.type == gw::ELT_PYRAMID5) return view::of_space(0.42);
   return view::of_space(s.type == gw::ELT_HEXA8 ? 0.30 : 0.16);
 }
 
 // True when the viewer sees the outside of a boundary of a solid.
-inline bool faces_viewer(const gw::shape& s, unsigned boundary, const std::vector<point>& vertices, const view& v) {
+inline bool faces_viewer(const gw::detail::shape& s, unsigned boundary, const std::vector<point>& vertices,
+                         const view& v) {
   const std::vector<point> face = corners(s, boundary, vertices);
   const point normal = cross(face[1] - face[0], face[2] - face[0]);
   return dot(points_outwards(face, vertices) ? normal : -1.0 * normal, v.towards) > 1e-9;
 }
 
 // An edge is hidden when the viewer sees the outside of no face that holds it.
-inline bool is_hidden(const gw::shape& s, unsigned edge, const std::vector<point>& vertices, const view& v) {
+inline bool is_hidden(const gw::detail::shape& s, unsigned edge, const std::vector<point>& vertices, const view& v) {
   if (gw::element_dim(s.type) < 3) return false;
   for (unsigned k = 0; k < s.boundaries; ++k) {
     unsigned held = 0;
@@ -136,7 +138,7 @@ inline bool is_hidden(const gw::shape& s, unsigned edge, const std::vector<point
   return true;
 }
 
-inline void draw_edges(picture& p, const gw::shape& s, const std::vector<point>& vertices) {
+inline void draw_edges(picture& p, const gw::detail::shape& s, const std::vector<point>& vertices) {
   for (const bool hidden : {true, false}) {
     for (unsigned k = 0; k < s.edges; ++k) {
       if (is_hidden(s, k, vertices, view_of(s)) != hidden) continue;
