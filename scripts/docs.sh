@@ -6,10 +6,10 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
-need_packages g++ cmake ninja-build doxygen
+need_packages g++ cmake ninja-build doxygen doxygen-awesome-css
 
 build=build/release
-export DOCS_OUT=$PWD/build/docs
+export DOCS_OUT=$PWD/build/docs DOCS_THEME=/usr/share/doxygen-awesome-css
 rm -rf "$DOCS_OUT"
 mkdir -p "$DOCS_OUT/pictures" "$DOCS_OUT/pages" "$DOCS_OUT/programs"
 
@@ -41,5 +41,11 @@ sed -n '/^| operation/,/^$/p' README.md | while read -r row; do
 done
 
 echo "== doxygen"
+# Doxygen's own page header, with the scripts of the theme.
+doxygen -w html "$DOCS_OUT/header.html" "$DOCS_OUT/footer.html" "$DOCS_OUT/style.css" 2> /dev/null
+sed -i '/<\/head>/i\
+<script src="$relpath^doxygen-awesome-darkmode-toggle.js"></script>\
+<script src="$relpath^doxygen-awesome-fragment-copy-button.js"></script>\
+<script>DoxygenAwesomeDarkModeToggle.init(); DoxygenAwesomeFragmentCopyButton.init();</script>' "$DOCS_OUT/header.html"
 DOCS_VERSION=$(sed -n 's/^  VERSION //p' CMakeLists.txt) doxygen docs/Doxyfile
 echo "built: build/docs/html/index.html"
