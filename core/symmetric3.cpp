@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/scaling.h"
+#include "core/vectors.h"
 
 namespace qel::gridwork::detail {
 namespace {
@@ -87,8 +88,6 @@ void longest_adjugate_column(const framed_matrix& m, double shift, double* u) no
   u[next(k)] = across[previous(k)];
   u[previous(k)] = across[next(k)];
 }
-
-double dot(const double* x, const double* y) noexcept { return x[0] * y[0] + x[1] * y[1] + x[2] * y[2]; }
 
 /// Makes `axes` a right-handed orthonormal frame whose first axis has the direction of u.
 void complete_frame(const double* u, double* axes) noexcept {

@@ -5,10 +5,10 @@ namespace {
 
 /// Squared distance of `p` from the line through `a` and `b`, measured from the nearer one for the sake of rounding.
 double squared_height(const vector3& p, const vector3& a, const vector3& b) noexcept {
-  const vector3 from_a = p - a;
-  const vector3 from_b = p - b;
+  const vector3 from_a = difference(p, a);
+  const vector3 from_b = difference(p, b);
   const bool a_is_nearer = dot(from_a, from_a) <= dot(from_b, from_b);
-  const vector3 along = a_is_nearer ? b - a : a - b;
+  const vector3 along = a_is_nearer ? difference(b, a) : difference(a, b);
   const vector3 area = cross(a_is_nearer ? from_a : from_b, along);
   const double length = dot(along, along);
   return length == 0 ? dot(area, area) : dot(area, area) / length;

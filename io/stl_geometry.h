@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-#include "qel/fixed.h"
+#include "core/vectors.h"
 
 namespace qel::gridwork::detail::io {
 
@@ -16,16 +16,6 @@ struct triangle {
   vector3 corners[3];
 };
 
-inline vector3 operator-(const vector3& a, const vector3& b) noexcept {
-  return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
-inline double dot(const vector3& a, const vector3& b) noexcept { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
-inline vector3 cross(const vector3& a, const vector3& b) noexcept {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
 /// The smallest squared distance of a corner from the line through the other two.
 double smallest_squared_height(const triangle& t) noexcept;
 
@@ -33,9 +23,9 @@ double smallest_squared_height(const triangle& t) noexcept;
 inline bool is_surely_higher(const triangle& t, double bound) noexcept {
   // Where the height is more than 1e-4 of the longest edge, the relative error of every evaluation of it is below
   // 1e-10.
-  const vector3 ab = t.corners[1] - t.corners[0];
-  const vector3 ac = t.corners[2] - t.corners[0];
-  const vector3 bc = t.corners[2] - t.corners[1];
+  const vector3 ab = difference(t.corners[1], t.corners[0]);
+  const vector3 ac = difference(t.corners[2], t.corners[0]);
+  const vector3 bc = difference(t.corners[2], t.corners[1]);
   const vector3 area = cross(ab, ac);
   const double square = dot(area, area);
   const double longest = std::max({dot(ab, ab), dot(ac, ac), dot(bc, bc)});
@@ -44,9 +34,9 @@ inline bool is_surely_higher(const triangle& t, double bound) noexcept {
 
 /// The normal before it is scaled: the cross product of two edges, ab not among them when another one is shorter.
 inline vector3 facet_direction(const triangle& t) noexcept {
-  const vector3 ab = t.corners[1] - t.corners[0];
-  const vector3 cb = t.corners[1] - t.corners[2];
-  const vector3 ca = t.corners[0] - t.corners[2];
+  const vector3 ab = difference(t.corners[1], t.corners[0]);
+  const vector3 cb = difference(t.corners[1], t.corners[2]);
+  const vector3 ca = difference(t.corners[0], t.corners[2]);
   const bool avoid_ab = dot(ab, ab) > std::min(dot(cb, cb), dot(ca, ca));
   return avoid_ab ? cross(ca, cb) : cross(ca, ab);
 }

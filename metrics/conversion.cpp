@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "core/vectors.h"
 #include "metrics/tensors.h"
 #include "qel/gridwork/metrics.h"
 
@@ -22,16 +23,10 @@ tensor<N> isotropic_tensor(double h) noexcept {
   return M;
 }
 
-/// Scalar product of a column of F with another vector in space.
-double dot_column(const frame& F, unsigned j, const double* x) noexcept {
-  return F(0, j) * x[0] + F(1, j) * x[1] + F(2, j) * x[2];
-}
-
 tensor<2> isotropic_in_plane(double h, const frame& F) noexcept {
   if (!(h > 0)) return {};
   const double lambda = eigenvalue_of_size(h);
-  return {lambda * dot_column(F, 0, &F(0, 0)), lambda * dot_column(F, 0, &F(0, 1)),
-          lambda * dot_column(F, 1, &F(0, 1))};
+  return {lambda * dot(&F(0, 0), &F(0, 0)), lambda * dot(&F(0, 0), &F(0, 1)), lambda * dot(&F(0, 1), &F(0, 1))};
 }
 
 tensor<2> restricted_to_plane(const tensor<3>& M, const frame& F) noexcept {
@@ -39,7 +34,7 @@ tensor<2> restricted_to_plane(const tensor<3>& M, const frame& F) noexcept {
   for (unsigned j = 0; j < 2; ++j) {
     for (unsigned k = 0; k < 3; ++k) images[j][k] = M(k, 0) * F(0, j) + M(k, 1) * F(1, j) + M(k, 2) * F(2, j);
   }
-  return {dot_column(F, 0, images[0]), dot_column(F, 0, images[1]), dot_column(F, 1, images[1])};
+  return {dot(&F(0, 0), images[0]), dot(&F(0, 0), images[1]), dot(&F(0, 1), images[1])};
 }
 
 frame frame_at(const dense2D<double>& frames, std::uint64_t j) noexcept {
