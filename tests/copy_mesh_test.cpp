@@ -114,6 +114,17 @@ TEST(copy_mesh, other_views_are_not_disturbed) {
   EXPECT_EQ(self, elements(2, 3, {10, 11, 12, 13, 14, 15}));
 }
 
+TEST(copy_mesh, mirrors_across_normals_of_every_length) {
+  for (const double length : {1e-161, 1e-160, 3e-154, 1.0, 2e154, 1e200, 1.7e308}) {
+    dense2D<double> plain(2, 1, {1, 2}), solid(3, 1, {1, 2, 3});
+    elements out, node(1, 1, {0});
+    EXPECT_EQ(copy_sym_mesh(plain, out, plane{}, plane{length, length}, node), 0);
+    EXPECT_EQ(copy_sym_mesh(solid, out, space{}, space{0, length, -length}, node), 0);
+    for (unsigned k = 0; k < 2; ++k) EXPECT_NEAR(plain(k, 1), k == 0 ? -2 : -1, 1e-15) << length;
+    for (unsigned k = 0; k < 3; ++k) EXPECT_NEAR(solid(k, 1), k == 0 ? 1 : k == 1 ? 3 : 2, 1e-15) << length;
+  }
+}
+
 TEST(copy_mesh, refuses_or_ignores) {
   dense2D<double> coords(2, 4, 5.0), no_nodes(2, 0);
   elements out(3, 1, 7U), all_none(8, 1 << 20, none), triangle(3, 1, {0, 1, 2});

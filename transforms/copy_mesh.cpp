@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "core/result.h"
+#include "core/scaling.h"
+#include "core/vectors.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/transforms.h"
 #include "transforms/growth.h"
@@ -132,34 +134,38 @@ int copy_in_pattern(dense2D<double>& coords, dense2D<unsigned>& out, const patte
   return 0;
 }
 
-template <unsigned Dim>
-double dot(const vector_fixed<double, Dim>& a, const vector_fixed<double, Dim>& b) noexcept {
-  double sum = a[0] * b[0];
-  for (unsigned k = 1; k < Dim; ++k) sum += a[k] * b[k];
-  return sum;
-}
-
 /// Reflection in the line or plane through `point` across `normal`.
 template <unsigned Dim>
-struct reflection {
-  vector_fixed<double, Dim> point;
-  vector_fixed<double, Dim> normal;
-  double square = dot(normal, normal);
+class reflection {
+ public:
+  using vector = vector_fixed<double, Dim>;
+
+  /// Scaling the normal does not change the reflection, and keeps its square in range.
+  reflection(const vector& point, const vector& normal) noexcept : point_(point), normal_(normal) {
+    scale(normal_.begin(), normal_.end(), scale_exponent(largest_magnitude(normal.begin(), normal.end())));
+    square_ = dot(normal_, normal_);
+  }
 
   void operator()(double* p) const noexcept {
-    vector_fixed<double, Dim> offset;
-    for (unsigned k = 0; k < Dim; ++k) offset[k] = p[k] - point[k];
-    const double factor = 2 * (dot(offset, normal) / square);
-    for (unsigned k = 0; k < Dim; ++k) p[k] -= factor * normal[k];
+    vector place;
+    std::copy_n(p, Dim, place.begin());
+    const double factor = 2 * (dot(difference(place, point_), normal_) / square_);
+    for (unsigned k = 0; k < Dim; ++k) p[k] -= factor * normal_[k];
   }
+
+ private:
+  vector point_;
+  vector normal_;
+  double square_;
 };
 
 template <unsigned Dim>
-int copy_mirrored(dense2D<double>& coords, dense2D<unsigned>& out, const reflection<Dim>& mirror,
-                  const dense2D<unsigned>& connectivity) {
+int copy_mirrored(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, Dim>& point,
+                  const vector_fixed<double, Dim>& normal, const dense2D<unsigned>& connectivity) {
   if (coords.empty()) return 0;
-  if (mirror.square == 0) return -4;
-  return copy_once(coords, out, std::max<std::uint64_t>(coords.rows(), Dim), connectivity, mirror);
+  if (dot(normal, normal) == 0) return -4;
+  const std::uint64_t rows = std::max<std::uint64_t>(coords.rows(), Dim);
+  return copy_once(coords, out, rows, connectivity, reflection<Dim>(point, normal));
 }
 
 }  // namespace
@@ -181,12 +187,12 @@ int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixe
 
 int copy_sym_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 2>& point,
                   const vector_fixed<double, 2>& normal, const dense2D<unsigned>& connectivity) {
-  return copy_mirrored(coords, out, reflection<2>{point, normal}, connectivity);
+  return copy_mirrored(coords, out, point, normal, connectivity);
 }
 
 int copy_sym_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 3>& point,
                   const vector_fixed<double, 3>& normal, const dense2D<unsigned>& connectivity) {
-  return copy_mirrored(coords, out, reflection<3>{point, normal}, connectivity);
+  return copy_mirrored(coords, out, point, normal, connectivity);
 }
 
 }  // namespace qel::gridwork

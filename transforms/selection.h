@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/coordinates.h"
 #include "qel/dense.h"
 #include "qel/gridwork/ids.h"
 
@@ -27,7 +28,7 @@ struct listed_nodes {
   const dense1D<unsigned>& ids;
 
   bool empty() const noexcept { return ids.empty(); }
-  bool exist_in(const dense2D<double>& coords) const { return check_IDs(ids, static_cast<unsigned>(coords.cols())); }
+  bool exist_in(const dense2D<double>& coords) const { return check_IDs(ids, node_bound(coords)); }
 
   template <class Action>
   int visit(std::uint64_t node_count, Action action) const {
