@@ -2,6 +2,7 @@
 #ifndef QEL_GRIDWORK_QUALITY_MEASURE_ELEMENTS_H
 #define QEL_GRIDWORK_QUALITY_MEASURE_ELEMENTS_H
 
+#include <algorithm>
 #include <cmath>
 #include <type_traits>
 
@@ -55,6 +56,16 @@ struct element_points {
   void scale_by(int exponent) noexcept {
     for (point<dim>& node : p) scale(node.begin(), node.end(), exponent);
   }
+
+  /// Makes a coordinate 0 that all nodes share. What differs at all is not far from the size of the element in
+  /// magnitude: both can be scaled together. What is shared may be any number.
+  void drop_shared_coordinates() noexcept {
+    for (unsigned a = 0; a < dim; ++a) {
+      const double shared = p[0][a];
+      if (std::any_of(p, p + Shape.nodes, [=](const point<dim>& node) { return node[a] != shared; })) continue;
+      for (point<dim>& node : p) node[a] = 0;
+    }
+  }
 };
 
 /// Elements whose size would make powers of lengths leave the range of numbers are measured at another scale. Points
@@ -68,6 +79,7 @@ double measure_extreme(element_points<Shape, Rows> element) noexcept {
     for (auto& node : element.p) node = 0.0;
   }
   const int exponent = scale_exponent(extent);
+  element.drop_shared_coordinates();
   element.scale_by(exponent);
   const double value = Measure::template of<Shape>(element.p);
   return std::ldexp(value, -(exponent + room_for_sums) * Measure::template power_of_length<Shape>);

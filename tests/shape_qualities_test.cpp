@@ -153,6 +153,14 @@ TEST(shapes, ideal_scaled_distant_collapsed_and_broken_elements) {
       EXPECT_TRUE(jacobian(p) == expected || std::abs(jacobian(p) / expected - 1) < 1e-14) << scale;
     }
     EXPECT_NEAR(quality(changed(s.ideal, [](real_type x) { return x + 1e8L; })), 1, 1e-7);
+    for (const double far : {-1e290, 1e308}) {  // in a distant plane
+      points small = changed(s.ideal, [](real_type x) { return 1e-20L * x; }), here = small;
+      for (auto& node : small) node[2] = far;
+      for (auto& node : here) node[2] = 0;
+      EXPECT_EQ(quality(small), quality(here));
+      EXPECT_EQ(jacobian(small), jacobian(here));
+      EXPECT_EQ(quality(small) > 0.9 && jacobian(small) > 0, s.s.boundary_nodes < 3);
+    }
     for (const double value : {0.0, 1e-320, 1e300, infinity, not_a_number}) {  // all nodes at one place, or nowhere
       EXPECT_EQ(quality(changed(s.ideal, [&](real_type) { return value; })), edge) << value;
       points one_bad = s.ideal;
