@@ -143,7 +143,22 @@ int for_each_kept_edge(const dense2D<unsigned>& edges, const dense2D<unsigned>& 
   return kept;
 }
 
-/// The number of edges, or -5 when one of them was skipped.
+/// Results below 0, as the forms for a range of meshes number them: by argument.
+enum range_code : int {
+  invalid_coordinates = -1,
+  invalid_connectivity = -2,
+  invalid_types = -4,
+  skipped_edge = -5,
+  invalid_exclusion = -7
+};
+
+/// The same for one mesh, whose type is no list that could have a wrong size, and which takes one argument less.
+int code_of_one_mesh(int result) noexcept {
+  if (result == skipped_edge) return -4;
+  return result == invalid_exclusion ? -6 : result;
+}
+
+/// The number of edges, or a code when one of them was skipped.
 template <class Field>
 int feed_edges(const dense2D<unsigned>& edges, const dense2D<unsigned>& excluded, const Field& field, histogram& H) {
   bool faulty = false;
@@ -154,7 +169,7 @@ int feed_edges(const dense2D<unsigned>& edges, const dense2D<unsigned>& excluded
       faulty = true;
     }
   });
-  return faulty ? -5 : kept;
+  return faulty ? skipped_edge : kept;
 }
 
 using meshes = const dense2D<unsigned>*;
@@ -163,14 +178,15 @@ bool fits(const dense2D<unsigned>& connectivity, int type, unsigned nodes) {
   return is_element_type(type) && check_IDs(connectivity, static_cast<element_type>(type), nodes);
 }
 
+/// 0, or the code of the first argument that is invalid.
 int check_arguments(const dense2D<double>& coords, meshes first, meshes last, const dense1D<int>& types,
                     const dense2D<unsigned>& excluded) {
-  if (!in_plane_or_space(coords)) return -1;
-  if (types.size() != static_cast<std::uint64_t>(std::distance(first, last))) return -4;
+  if (!in_plane_or_space(coords)) return invalid_coordinates;
+  if (types.size() != static_cast<std::uint64_t>(std::distance(first, last))) return invalid_types;
   for (std::uint64_t i = 0; i < types.size(); ++i) {
-    if (!fits(first[i], types[i], node_bound(coords))) return -2;
+    if (!fits(first[i], types[i], node_bound(coords))) return invalid_connectivity;
   }
-  return check_IDs(excluded, ELT_EDGE2, node_bound(coords)) ? 0 : -7;
+  return check_IDs(excluded, ELT_EDGE2, node_bound(coords)) ? 0 : invalid_exclusion;
 }
 
 /// `Field<Dim>` is made of the coordinates and `prescribed`.
@@ -188,14 +204,14 @@ int measure_edges(const dense2D<double>& coords, meshes first, meshes last, cons
                             : feed_edges(edges, excluded, Field<3>(coords, prescribed), H);
 }
 
-/// One mesh as a range. Without the list of types among the arguments, the codes behind it move up.
+/// One mesh as a range.
 template <class Prescribed>
 int measure_one(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                 const Prescribed& prescribed, histogram& H, const dense2D<unsigned>& excluded_edges) {
   const dense1D<int> types(1, type);
   if (types.empty()) return out_of_memory;
-  const int result = edge_qualities(coords, &connectivity, &connectivity + 1, types, prescribed, H, excluded_edges);
-  return result < -3 && result != out_of_memory ? result + 1 : result;
+  return code_of_one_mesh(
+      edge_qualities(coords, &connectivity, &connectivity + 1, types, prescribed, H, excluded_edges));
 }
 
 }  // namespace
