@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/limits.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail {
@@ -44,7 +45,7 @@ void change_each_run(dense2D<T>& matrix, Action action) {
 
 /// Largest index of a run + 1, which is 0 for `none`.
 inline unsigned index_bound(const unsigned* begin, const unsigned* end) noexcept {
-  constexpr int lanes = 8;  // maxima that do not wait for each other
+  constexpr int lanes = limits::bound_lanes;
   unsigned bound[lanes] = {};
   for (; end - begin >= lanes; begin += lanes) {
     for (int k = 0; k < lanes; ++k) bound[k] = std::max(bound[k], begin[k] + 1);

@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "core/limits.h"
 #include "qel/dense.h"
 
 #if defined(__linux__)
@@ -12,8 +13,7 @@ namespace qel {
 namespace {
 
 #if defined(__linux__)
-// A fault on a fresh 4 KiB page costs more than filling it; blocks of a huge page and more ask for huge pages.
-constexpr std::size_t huge_page = std::size_t{1} << 21;
+using gridwork::detail::limits::huge_page;
 
 void* allocate_in_huge_pages(std::size_t bytes) noexcept {
   void* raw = nullptr;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/limits.h"
 #include "core/result.h"
 #include "qel/dense.h"
 
@@ -31,7 +32,7 @@ class position_table {
  public:
   /// Empties the table and makes room for `count` positions.
   [[nodiscard]] bool reset(std::uint64_t count) noexcept {
-    std::uint64_t slots = 16;
+    std::uint64_t slots = limits::fewest_slots;
     while (room_in(slots) < count) slots *= 2;
     used_ = 0;
     mask_ = slots - 1;

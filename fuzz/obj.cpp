@@ -1,11 +1,13 @@
 // The bytes are an OBJ file, read by the library and by a literal reader of one line, token and number after the other.
 #include <sstream>
 
+#include "core/limits.h"
 #include "fuzz/input.h"
 
 namespace {
 
 using namespace fuzz;
+namespace limits = qel::gridwork::detail::limits;
 using words = std::vector<std::string>;
 template <class T>
 using columns = std::vector<std::vector<T>>;
@@ -24,7 +26,7 @@ words split(const std::string& text, const char* separators, bool keep_empty) {
 
 std::vector<double> numbers(const words& line) {
   std::vector<double> values;
-  for (std::size_t i = 1; i < line.size() && line[i].size() <= 4095; ++i) {
+  for (std::size_t i = 1; i < line.size() && line[i].size() < limits::obj_token; ++i) {
     double value;
     int length = 0;
     if (std::sscanf(line[i].c_str(), "%lg%n", &value, &length) != 1 ||
@@ -53,7 +55,7 @@ struct literal_reader {
     for (std::size_t i = 1; i < line.size(); ++i) {
       const words parts = split(line[i], "/", true);
       long long vertex, ignored;
-      if (line[i].size() > 4095 || parts.size() > 3 || !index(parts[0], vertex)) return false;
+      if (line[i].size() >= limits::obj_token || parts.size() > 3 || !index(parts[0], vertex)) return false;
       for (std::size_t k = 1; k < parts.size(); ++k) {
         if (!index(parts[k], ignored) || (!parts[k].empty() && !(k == 1 ? any_uv : !normals.empty()))) return false;
       }

@@ -3,8 +3,10 @@
 #define QEL_GRIDWORK_IDS_GROWING_INDEX_SET_H
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 
+#include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "qel/dense.h"
@@ -37,7 +39,7 @@ class index_hash_set {
 
   [[nodiscard]] bool grow() noexcept {
     dense1D<unsigned> larger;
-    if (!larger.resize(std::max<std::uint64_t>(16, 2 * keys_.size()), none)) return false;
+    if (!larger.resize(std::max(limits::fewest_keys, 2 * keys_.size()), none)) return false;
     for (const unsigned key : keys_) {
       if (key != none) *slot_of(larger, key) = key;
     }
@@ -54,8 +56,8 @@ class growing_index_set {
  public:
   /// For up to `count` insertions; no more flags are kept than that number suggests. Before anything else.
   [[nodiscard]] bool prepare(std::uint64_t count) noexcept {
-    most_flags_ = 16 * count + fewest_flags;
-    if (!flags_.resize(fewest_flags, 0)) return false;
+    most_flags_ = std::bit_ceil(limits::flags_per_insertion * count + limits::fewest_flags);
+    if (!flags_.resize(limits::fewest_flags, 0)) return false;
     flags_[0] = 1;
     return true;
   }
@@ -71,8 +73,6 @@ class growing_index_set {
   }
 
  private:
-  static constexpr std::uint64_t fewest_flags = 4096;
-
   /// Place of a flag; that of `none` comes first.
   static unsigned place_of(unsigned index) noexcept { return index + 1; }
 
@@ -115,7 +115,7 @@ class growing_index_set {
   }
 
   dense1D<unsigned char> flags_;
-  std::uint64_t most_flags_ = 0;
+  std::uint64_t most_flags_ = 0;  // a power of two, which doubling meets: what is in the hash table never gets a flag
   index_hash_set sparse_;
 };
 

@@ -1,8 +1,8 @@
 // Distinct indices in order of first appearance, and their number.
 #include <algorithm>
-#include <cstddef>
 
 #include "core/columns.h"
+#include "core/limits.h"
 #include "core/result.h"
 #include "ids/growing_index_set.h"
 #include "qel/gridwork/ids.h"
@@ -34,14 +34,15 @@ struct index_source {
   }
 };
 
-/// Appends the entries of a run that are not in the set yet, growing the list by doubling. Where it cannot grow, they
-/// are dropped. False when the set could not grow.
+/// Appends the entries of a run that are not in the set yet, growing the list by doubling. Where it cannot grow, those
+/// that have no room are dropped. False when the set could not grow.
 bool append_new(dense1D<unsigned>& ids, const unsigned* begin, const unsigned* end, growing_index_set& seen) {
-  constexpr std::ptrdiff_t chunk = 4096;
   while (begin != end) {
-    const unsigned* stop = end - begin > chunk ? begin + chunk : end;
     const std::uint64_t size = ids.size();
-    if (!ids.reserve(size + static_cast<std::uint64_t>(stop - begin), 2)) return true;
+    std::uint64_t portion = std::min(static_cast<std::uint64_t>(end - begin), limits::unique_portion);
+    if (!ids.reserve(size + portion, 2)) portion = std::min(portion, ids.capacity() - size);
+    if (portion == 0) return true;
+    const unsigned* stop = begin + portion;
     unsigned* next = ids.data() + size;
     if (!seen.insert_run(begin, stop, [&next](unsigned id) { *next++ = id; })) return false;
     if (!ids.resize(static_cast<std::uint64_t>(next - ids.data()))) return true;

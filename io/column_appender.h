@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/limits.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail::io {
@@ -59,9 +60,8 @@ class column_appender {
   }
 
   std::uint64_t likely_columns(std::uint64_t old_count, const file_progress& file) const noexcept {
-    constexpr std::uint64_t first_columns = 1024;
     constexpr std::uint64_t shortest_line = 4;
-    const std::uint64_t many = std::max(old_count, first_columns);
+    const std::uint64_t many = std::max(old_count, limits::first_columns);
     if (file.size <= file.position) return many;
     const std::uint64_t left = file.size - file.position;
     const std::uint64_t most = left / shortest_line + 1;

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <limits>
 
+#include "core/limits.h"
 #include "core/result.h"
 #include "io/obj_lines.h"
 #include "io/text/block_reader.h"
@@ -26,13 +27,10 @@ class token_reader {
  public:
   explicit token_reader(block_reader& blocks) noexcept : blocks_(blocks) {}
 
-  /// Bytes of a token that are certain to be at hand; no number is that long.
-  static constexpr std::uint64_t longest = 4096;
-
   /// Skips blanks. True when a token of this line follows, which then starts at text().
   bool at_token() noexcept {
     const char* p = io::skip_blanks(text());
-    if (static_cast<std::uint64_t>(blocks_.end() - p) < longest) return fetch_token();
+    if (static_cast<std::uint64_t>(blocks_.end() - p) < limits::obj_token) return fetch_token();
     pass(p);
     return *p != '\n';
   }
@@ -44,7 +42,7 @@ class token_reader {
 
   /// True when a token ends at `p`, so far from its start that it was at hand.
   bool ends_token(const char* p) const noexcept {
-    return is_end(p) && static_cast<std::uint64_t>(p - text()) < longest;
+    return is_end(p) && static_cast<std::uint64_t>(p - text()) < limits::obj_token;
   }
 
   /// Goes on behind `p`.
@@ -77,7 +75,7 @@ class token_reader {
     while (blocks_.fill(1)) {
       pass(io::skip_blanks(text()));
       if (blocks_.available() == 0) continue;
-      blocks_.fill(longest);
+      blocks_.fill(limits::obj_token);
       return *text() != '\n';
     }
     return false;

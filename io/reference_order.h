@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <tuple>
 
+#include "core/limits.h"
 #include "core/result.h"
 #include "qel/dense.h"
 
@@ -18,9 +19,8 @@ namespace qel::gridwork::detail::io {
 /// are at most 1 + 2 min(references, elements / (window / 2)) passes.
 class reference_order {
  public:
-  static constexpr std::uint64_t largest_window = std::uint64_t{1} << 16;  // 1 MiB
-
-  explicit reference_order(const dense1D<unsigned>& references, std::uint64_t window = largest_window) noexcept
+  explicit reference_order(const dense1D<unsigned>& references,
+                           std::uint64_t window = limits::reference_window) noexcept
       : references_(references), capacity_(std::min(references.size(), window)) {}
 
   /// Takes the memory for the window; before anything else.

@@ -1,6 +1,7 @@
 // The text form of STL.
 #include <cstddef>
 
+#include "core/limits.h"
 #include "core/result.h"
 #include "io/stl_input.h"
 #include "io/text/line_reader.h"
@@ -81,7 +82,8 @@ class text_parser {
     }
     if (!expect_keyword("endloop") || !expect_keyword("endfacet")) return bad_facet;
     if (!soup_.add(t)) return out_of_memory;
-    if (++facets_ == facets_to_measure) soup_.expect(facets_to_measure * file_size_ / blocks_.position());
+    if (++facets_ == limits::facets_to_measure)
+      soup_.expect(limits::facets_to_measure * file_size_ / blocks_.position());
     return 0;
   }
 
@@ -96,8 +98,6 @@ class text_parser {
     const char* line = lines_.next();
     return line != nullptr && scan_vertex(line, corner) != nullptr;
   }
-
-  static constexpr std::uint64_t facets_to_measure = 1000;
 
   block_reader& blocks_;
   line_reader lines_;

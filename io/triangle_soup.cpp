@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/index_flags.h"
+#include "core/limits.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "search/merging/proximity_merge.h"
@@ -78,8 +79,8 @@ bool triangle_soup::merge_raw() {
 
 /// Room for the queue's triangles and their corners, in the outputs and in the table.
 bool triangle_soup::make_room() {
-  constexpr std::uint64_t at_least = 256;
-  static_assert(at_least >= 3 * queue_size && block_size % queue_size == 0);
+  constexpr std::uint64_t at_least = limits::fewest_triangles;
+  static_assert(block_size % queue_size == 0);
   if (triangle_count_ + queue_size > connectivity_.cols() &&
       !widen(connectivity_, triangle_count_ + at_least, expected_ + queue_size))
     return false;

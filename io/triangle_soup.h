@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/limits.h"
 #include "core/position_table.h"
 #include "io/stl_geometry.h"
 #include "qel/dense.h"
@@ -40,7 +41,7 @@ class triangle_soup {
   };
 
   static constexpr std::uint64_t block_size = 100000;
-  static constexpr unsigned queue_size = 16;  // long enough to hide the way to memory
+  static constexpr unsigned queue_size = limits::triangle_queue;
 
   void note_height(const triangle& t) noexcept {
     if (smallest_height_ > 0 && is_surely_higher(t, smallest_height_)) return;

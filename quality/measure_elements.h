@@ -8,6 +8,7 @@
 
 #include "core/coordinates.h"
 #include "core/elements.h"
+#include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "core/scaling.h"
@@ -139,7 +140,7 @@ struct element_columns {
 
   /// Fetches the nodes of an element whose turn comes later.
   void prefetch_after(std::uint64_t j) const noexcept {
-    constexpr std::uint64_t ahead = 16;
+    constexpr std::uint64_t ahead = limits::elements_ahead;
     if (j + ahead >= count) return;
     const unsigned* nodes = (*this)[j + ahead];
     for (unsigned i = 0; i < Columns::of(nodes).nodes; ++i) prefetch(coords[nodes[i]]);

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Everything that has to hold before a change goes in: formatting, clang-tidy, a build without warnings, all tests, with
 # g++ and with clang, which must give the same results, the reference, the Debian packages, the thread tests under the
-# thread sanitizer, all tests under the address and undefined-behaviour sanitizers, and the fuzzers for a short while.
+# thread sanitizer, all tests under the address and undefined-behaviour sanitizers, also with small limits, and the
+# fuzzers for a short while, with both sets of limits.
 # Needs Debian 12 and root, or sudo, for the packages that are missing.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -59,8 +60,11 @@ cmake --build --preset tsan --target threads_test
 
 echo "== fuzzers"
 scripts/fuzz.sh all 20
+scripts/fuzz.sh --small all 20
 
-echo "== tests, under the address and undefined-behaviour sanitizers"
-cmake --preset asan > /dev/null
-cmake --build --preset asan
-ctest --preset asan
+for build in asan small; do
+  echo "== tests, under the address and undefined-behaviour sanitizers: $build"
+  cmake --preset "$build" > /dev/null
+  cmake --build --preset "$build"
+  ctest --preset "$build"
+done

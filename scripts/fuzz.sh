@@ -1,17 +1,24 @@
 #!/usr/bin/env bash
 # Builds the fuzzers (with clang, in build/fuzz) and runs them from their seeds and from what they found before, which is
-# kept in build/fuzz/found. Stops at the first input that fails, and says how to run it again.
-# Usage: scripts/fuzz.sh [TARGET|all [SECONDS]]   all of them, two at a time, and 60 seconds each if not told otherwise
+# kept in build/fuzz/found. Stops at the first input that fails, and says how to run it again. With --small, the limits
+# of core/limits.h are small, and everything lies in build/fuzz_small.
+# Usage: scripts/fuzz.sh [--small] [TARGET|all [SECONDS]]
+# All of them, two at a time, and 60 seconds each if not told otherwise.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 need_packages clang libclang-rt-14-dev cmake ninja-build libgtest-dev
-cmake --preset fuzz > /dev/null
-cmake --build --preset fuzz --target fuzzers
+export preset=fuzz
+if [[ ${1:-} == --small ]]; then
+  preset=fuzz_small
+  shift
+fi
+cmake --preset "$preset" > /dev/null
+cmake --build --preset "$preset" --target fuzzers
 
 run() {
-  local program=build/fuzz/fuzz/fuzz_$1 found=build/fuzz/found/$1 options=()
+  local program=build/$preset/fuzz/fuzz_$1 found=build/$preset/found/$1 options=()
   mkdir -p "$found"
   if [[ -f fuzz/$1.dict ]]; then options+=("-dict=fuzz/$1.dict"); fi
   if [[ -d fuzz/seeds/$1 ]]; then options+=("fuzz/seeds/$1"); fi

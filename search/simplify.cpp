@@ -3,6 +3,7 @@
 
 #include "core/columns.h"
 #include "core/index_flags.h"
+#include "core/limits.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/search.h"
@@ -19,7 +20,7 @@ class repetition_test {
   [[nodiscard]] bool prepare(std::uint64_t rows, bool strict) {
     rows_ = rows;
     strict_ = strict;
-    return rows <= most_for_pairs || sorted_.resize(rows);
+    return rows <= limits::most_rows_for_pairs || sorted_.resize(rows);
   }
 
   bool operator()(const unsigned* nodes) noexcept {
@@ -27,12 +28,10 @@ class repetition_test {
       return (nodes[0] == nodes[1] && counts(nodes[0])) || (nodes[1] == nodes[2] && counts(nodes[1])) ||
              (nodes[2] == nodes[0] && counts(nodes[2]));
     }
-    return rows_ <= most_for_pairs ? repeats_in_pairs(nodes) : repeats_when_sorted(nodes);
+    return rows_ <= limits::most_rows_for_pairs ? repeats_in_pairs(nodes) : repeats_when_sorted(nodes);
   }
 
  private:
-  static constexpr std::uint64_t most_for_pairs = 27;
-
   /// Repeated unused rows are the normal filling of mixed elements.
   bool counts(unsigned node) const noexcept { return strict_ || node != none; }
 

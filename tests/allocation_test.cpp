@@ -54,6 +54,29 @@ TEST(allocation, every_request_may_fail) {
   EXPECT_GE(points, 50000U);
 }
 
+/// Requests from the n-th on fail, for all n: the list keeps what it has room for. Returns how often the call failed.
+int refusals_of_unique_indices(const ids& excluded) {
+  ids values(40), whole;
+  for (unsigned i = 0; i < 40; ++i) values[i] = 7 * (i % 30);
+  EXPECT_EQ(unique_indices(whole, values, excluded), 0);
+  for (int n = 1, refusals = 0;; ++n) {
+    ids list;
+    EXPECT_TRUE(list.reserve(10));
+    faults::arm({faults::operation::allocate, std::uint64_t(n), true});
+    const int code = unique_indices(list, values, excluded);
+    if (!faults::disarm()) return refusals;
+    refusals += code == -199 ? 1 : 0;
+    EXPECT_TRUE(code == -199 ? list.empty() : list.size() >= 10) << n;
+    EXPECT_TRUE(std::equal(list.begin(), list.end(), whole.begin())) << n;
+  }
+}
+
+TEST(allocation, unique_indices_fills_the_room_there_is) {
+  const int refusals = refusals_of_unique_indices({});
+  EXPECT_GT(refusals, 0);
+  EXPECT_GT(refusals_of_unique_indices({1, 1000000}), refusals) << "the excluded indices need memory, too";
+}
+
 #ifndef QEL_SANITIZED  // sanitizers need the address space themselves
 /// How a process with little memory ends in which f() is called: 99 for -199, 0 for success, negative for a signal.
 template <class Function>

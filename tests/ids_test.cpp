@@ -170,6 +170,42 @@ TEST(unique_indices, random_values) {
   }
 }
 
+// Indices to either side of where flags end and the hash table begins, which depends on how many indices there are: one
+// that went into the table must be looked for there when the flags have grown.
+TEST(unique_indices, at_the_end_of_the_flags) {
+  generator random(9);
+  EXPECT_EQ(count_unique_indices(dense2D<unsigned>(3, 1, {5000, 4100, 5000})), 2);
+  for (unsigned round = 0; round < 3000; ++round) {
+    const unsigned size = 1 + below(random, 30), border = round % 2 == 0 ? 16 * size + 4096 : 1U << below(random, 15);
+    id_list values(size);
+    for (unsigned& v : values) v = below(random, 3) != 0 ? border + below(random, 12) - 6 : below(random, 4 * border);
+    dense1D<unsigned> ids;
+    ASSERT_EQ(unique_indices(ids, to_array(values)), 0);
+    ASSERT_EQ(to_list(ids), reference::unique(values)) << "border " << border;
+  }
+}
+
+// What takes the nodes of a few elements of a large mesh takes each of them once, in falling order too.
+TEST(unique_indices, few_elements_of_a_large_mesh) {
+  dense2D<unsigned> mesh(4, 3, {5999, 5998, 5997, 5996, 4203, 4202, 4201, 4200, 5999, 5998, 5997, 5996});
+  dense2D<double> coords(2, 6000, 0.0), grown;
+  for (unsigned i = 0; i < 6000; ++i) coords(0, i) = i < 5996 ? i : i - 1796;  // the last four lie on the others
+  ASSERT_TRUE(grown.copy(coords));
+  EXPECT_EQ(count_unique_indices(mesh), 8);
+  EXPECT_EQ(translate(grown, vector_fixed<double, 2>{0, 1}, mesh), 8);
+  EXPECT_TRUE(grown(1, 5999) == 1 && grown(1, 4200) == 1 && grown(1, 4204) == 0);
+  dense2D<unsigned> elements;
+  ASSERT_TRUE(elements.copy(mesh));
+  EXPECT_EQ(copy_mesh(grown, elements, elements), 0);
+  EXPECT_EQ(grown.cols(), 6008U);
+  const node_detector detector(coords, mesh);
+  dense1D<unsigned> found;
+  detector.find_in_box(vector_fixed<double, 2>{0, 0}, vector_fixed<double, 2>{6000, 0}, found);
+  EXPECT_EQ(detector.size(), 8U);
+  EXPECT_TRUE(to_list(found) == reference::unique(to_list(found)) && found.size() == 8) << "a node twice";
+  EXPECT_EQ(merge(coords, mesh, 0.1, 0), 4);
+}
+
 TEST(get_sorted_order, is_stable) {
   generator random(8);
   dense1D<unsigned> order{9}, offsets;

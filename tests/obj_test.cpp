@@ -5,6 +5,7 @@
 #include <fstream>
 #include <string>
 
+#include "core/limits.h"
 #include "qel/gridwork.h"
 #include "written_file.h"
 
@@ -14,6 +15,7 @@ using namespace qel::gridwork;
 using qel::dense2D;
 using std::string;
 using namespace std::string_literals;
+namespace limits = qel::gridwork::detail::limits;
 using matrix = dense2D<unsigned>;
 
 template <class T>
@@ -73,8 +75,8 @@ TEST_F(obj_files, lines_of_every_kind) {
       {"f 1 2 3 4 5//1", "-2\n"},
       {"f 1 2 3.0", "-2\n"},
       {"vt 0\nvn 0 0 0\nf 1/1/1/1 2 3", "-2\nn (0 0 0)\nt (0)\n"},
-      {"v " + string(4094, '0') + "1 2 3", "0\nv (1 2 3)\n"},
-      {"v " + string(4095, '0') + "1 2 3", "-2\n"},
+      {"v " + string(limits::obj_token - 2, '0') + "1 2 3", "0\nv (1 2 3)\n"},
+      {"v " + string(limits::obj_token - 1, '0') + "1 2 3", "-2\n"},
       {"f 1 2 " + string(5000, '0') + "3", "-2\n"},
       {string("v 1 2 3\0\nv 4 5 6", 16), "-2\n"},
   };
@@ -93,7 +95,7 @@ TEST_F(obj_files, every_place_for_the_border_of_a_block) {
     const string expected = read_text(text).text();
     EXPECT_EQ(expected.substr(0, 2), text == lines ? "0\n" : "-2");
     for (std::size_t cut = 0; cut <= text.size(); ++cut) {
-      for (const std::size_t border : {262144U - 4096U, 262144U, 2 * 262144U}) {
+      for (const auto border : {limits::read_block - limits::obj_token, limits::read_block, 2 * limits::read_block}) {
         const string shifted = "#" + string(border - cut - 2, ' ') + "\n" + text;
         EXPECT_EQ(read_text(shifted).text(), expected) << border << ' ' << cut;
       }

@@ -5,6 +5,7 @@
 #include "core/append_columns.h"
 #include "core/distribute.h"
 #include "core/elements.h"
+#include "core/limits.h"
 #include "core/shapes.h"
 #include "qel/gridwork/topology.h"
 
@@ -170,8 +171,9 @@ int append_by_sorting(const typed_range& range, const edge_statistics& statistic
 int append_edges(const typed_range& range, dense2D<unsigned>& edges) {
   const edge_statistics statistics(range);
   if (statistics.count == 0) return 0;
-  const bool tables_are_small =
-      statistics.largest != none && statistics.largest / 2 <= statistics.count && statistics.count < none;
+  const bool tables_are_small = statistics.largest != none &&
+                                statistics.largest / limits::nodes_per_edge <= statistics.count &&
+                                statistics.count < none;
   return tables_are_small ? append_by_lower_node(range, statistics, edges)
                           : append_by_sorting(range, statistics, edges);
 }

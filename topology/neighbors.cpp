@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "core/elements.h"
+#include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
@@ -28,8 +29,6 @@ void visit_boundaries(const unsigned* nodes, Visit visit) {
 template <class Columns>
 class boundary_ranges {
  public:
-  static constexpr std::uint64_t most = 4096;
-
   boundary_ranges(const dense2D<unsigned>& connectivity, std::uint64_t ranges) : last_(ranges - 1) {
     find_width(connectivity);
     if (!is_lopsided(connectivity)) return;
@@ -51,7 +50,7 @@ class boundary_ranges {
   /// Some elements tell enough: what lies outside of their bounds belongs to the last range.
   template <class Visit>
   static void visit_samples(const dense2D<unsigned>& connectivity, Visit visit) {
-    const std::uint64_t step = connectivity.cols() / 4096 + 1;
+    const std::uint64_t step = connectivity.cols() / limits::range_sample + 1;
     for (std::uint64_t e = 0; e < connectivity.cols(); e += step) {
       visit_boundaries<Columns>(connectivity.column(e), [&](const boundary_nodes& b, unsigned) { visit(b); });
     }
@@ -68,13 +67,13 @@ class boundary_ranges {
   }
 
   bool is_lopsided(const dense2D<unsigned>& connectivity) const {
-    unsigned counts[most] = {};
+    unsigned counts[limits::most_ranges] = {};
     unsigned all = 0;
     visit_samples(connectivity, [&](const boundary_nodes& boundary) {
       ++counts[(*this)(boundary)];
       ++all;
     });
-    return *std::max_element(counts, counts + last_ + 1) > 32 * (all / (last_ + 1) + 1);
+    return *std::max_element(counts, counts + last_ + 1) > limits::lopsided * (all / (last_ + 1) + 1);
   }
 
   std::uint64_t first_ = 0, last_, shift_ = 0;
@@ -94,7 +93,8 @@ class boundary_matcher {
   /// Room for lists of up to `most` slots out of `all`. The groups of a very long list must not take more memory than
   /// the slots themselves, so such a list is matched in several rounds.
   [[nodiscard]] bool prepare(std::uint64_t most, std::uint64_t all) {
-    return list_.resize(most) && groups_.prepare(std::min(most, std::max<std::uint64_t>(all / 16, 4096)));
+    return list_.resize(most) &&
+           groups_.prepare(std::min(most, std::max(all / limits::slots_per_group, limits::fewest_groups)));
   }
 
   /// Matches the slots of a list, which come in increasing order.
@@ -106,7 +106,7 @@ class boundary_matcher {
 
  private:
   static constexpr unsigned boundaries = Columns::largest.boundaries;
-  static constexpr std::ptrdiff_t chunk = 64;  // slots whose keys are read at once; nodes are prefetched so far ahead
+  static constexpr std::ptrdiff_t chunk = limits::slot_chunk;
 
   boundary_key<Columns> key(unsigned slot) const noexcept {
     const unsigned* nodes = nodes_ + ld_ * (slot / boundaries);
@@ -194,8 +194,7 @@ int find_neighbors(const dense2D<unsigned>& connectivity, bool pair_non_manifold
   if (!neighbors.resize(boundaries, connectivity.cols(), none)) return out_of_memory;
   if (!slot_codes_fit(connectivity.cols(), boundaries)) return out_of_memory;
   const std::uint64_t slots = neighbors.size();
-  // 1024 slots are matched in the first cache.
-  const auto ranges = std::clamp<std::uint64_t>(slots / 1024, 1, boundary_ranges<Columns>::most);
+  const auto ranges = std::clamp<std::uint64_t>(slots / limits::slots_per_range, 1, limits::most_ranges);
   slot_lists lists;
   if (!lists.prepare(ranges, slots)) return out_of_memory;
   distribute_slots<Columns>(connectivity, ranges, lists);

@@ -5,6 +5,7 @@
 
 #include "core/columns.h"
 #include "core/distribute.h"
+#include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "qel/gridwork/topology.h"
@@ -69,7 +70,7 @@ class row_writer {
 
   /// Writes the nodes of some of the elements, the ones round `node`, each once and without `node`; returns the end.
   unsigned* write(unsigned node, const unsigned* begin, const unsigned* end, unsigned* out) const noexcept {
-    constexpr std::ptrdiff_t ahead = 16;
+    constexpr std::ptrdiff_t ahead = limits::elements_ahead;
     marks_[node] = node;
     for (const unsigned* element = begin; element != end; ++element) {
       prefetch(column(end_of_elements_ - element > ahead ? element[ahead] : *element));

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/limits.h"
 #include "core/result.h"
 #include "qel/dense.h"
 
@@ -47,7 +48,7 @@ class slot_lists {
   }
 
  private:
-  static constexpr std::uint64_t block = 128;
+  static constexpr std::uint64_t block = limits::slot_block;
 
   /// Begins the block that follows the one ending at `end`; 0 stands for a list without blocks.
   std::uint64_t begin_block(std::uint64_t end) noexcept {

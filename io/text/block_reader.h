@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/limits.h"
 #include "io/text/text.h"
 #include "qel/dense.h"
 
@@ -17,7 +18,7 @@ class block_reader {
 
   /// Takes the memory for a block; before anything else.
   [[nodiscard]] bool prepare() noexcept {
-    if (!block_.resize(block_size + 1 + scan_margin)) return false;
+    if (!block_.resize(limits::read_block + 1 + scan_margin)) return false;
     begin_ = end_ = block_.data();
     end_text();
     return true;
@@ -40,7 +41,7 @@ class block_reader {
     begin_ = block_.data();
     end_ = begin_ + left;
     while (available() < count) {
-      const std::size_t got = std::fread(end_, 1, block_size - available(), stream_);
+      const std::size_t got = std::fread(end_, 1, limits::read_block - available(), stream_);
       ended_ = got == 0;
       if (ended_) break;
       end_ += got;
@@ -54,8 +55,6 @@ class block_reader {
 
  private:
   void end_text() noexcept { std::memset(end_, 0, 1 + scan_margin); }
-
-  static constexpr std::uint64_t block_size = std::uint64_t{1} << 18;  // fits the second-level cache
 
   std::FILE* stream_;
   dense1D<char> block_;

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "core/limits.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail::io {
@@ -16,11 +17,11 @@ class block_writer {
   explicit block_writer(std::FILE* stream) noexcept : stream_(stream) {}
 
   /// Takes the memory for the block; before anything else.
-  [[nodiscard]] bool prepare() noexcept { return block_.resize(block_size); }
+  [[nodiscard]] bool prepare() noexcept { return block_.resize(limits::write_block); }
 
   /// A place for up to `most` bytes, which commit() then counts; null when earlier output could not be written.
   char* room(std::uint64_t most) noexcept {
-    if (used_ + most > block_size && !flush()) return nullptr;
+    if (used_ + most > limits::write_block && !flush()) return nullptr;
     return block_.data() + used_;
   }
 
@@ -42,8 +43,6 @@ class block_writer {
   }
 
  private:
-  static constexpr std::uint64_t block_size = std::uint64_t{1} << 18;
-
   std::FILE* stream_;
   dense1D<char> block_;
   std::uint64_t used_ = 0;

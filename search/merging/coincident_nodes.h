@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "qel/dense.h"
@@ -44,7 +45,7 @@ class ranked_positions {
   const double* operator[](std::uint64_t rank) const noexcept { return first_ + ld_ * rank; }
 
  private:
-  static constexpr std::uint64_t ahead = 16;
+  static constexpr std::uint64_t ahead = limits::nodes_ahead;
 
   const double* first_ = nullptr;
   std::uint64_t ld_ = 0;
@@ -105,7 +106,7 @@ class coincident_nodes {
   }
 
  private:
-  static constexpr std::uint64_t ahead = 32;
+  static constexpr std::uint64_t ahead = limits::slots_ahead;
 
   unsigned enter(const ranked_positions<Dim>& positions, std::uint64_t hash, unsigned rank) {
     const double* p = positions[rank];

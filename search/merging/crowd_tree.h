@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "core/limits.h"
 #include "core/result.h"
 #include "qel/dense.h"
 #include "search/geometry.h"
@@ -69,7 +70,7 @@ class crowd_tree {
   }
 
  private:
-  static constexpr unsigned leaf_size = 8;
+  static constexpr unsigned leaf_size = limits::crowd_leaf;
 
   struct item {
     double p[Dim];

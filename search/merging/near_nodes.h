@@ -8,6 +8,7 @@
 #include <limits>
 #include <utility>
 
+#include "core/limits.h"
 #include "search/merging/coincident_nodes.h"
 #include "search/merging/crowd_tree.h"
 
@@ -28,9 +29,9 @@ class near_nodes {
   /// Enters all nodes that have finite positions, coincident ones too, in cells of a size that suits a sample of them.
   /// Gives up where they crowd: then is_crowded() holds, and build() is to be called. The square of `tol` must be finite.
   [[nodiscard]] bool build_of_all() {
-    constexpr double most_steps_per_node = 1.5;
+    constexpr double most_steps_per_node = limits::most_steps_with_coincident;
     const auto is_entered = [&](std::uint64_t rank) { return is_finite<Dim>(positions_[rank]); };
-    for (const cell_choice& choice : cell_choices) {
+    for (const limits::cell_choice& choice : limits::cell_choices) {
       set_cell_size(choice.cell_in_tols);
       if (!enter_some(sample, is_entered, most_steps_per_node)) return false;
       if (is_crowded_) continue;
@@ -46,7 +47,7 @@ class near_nodes {
     const auto is_entered = [&](std::uint64_t rank) {
       return groups.leader(rank) == rank && is_finite<Dim>(positions_[rank]);
     };
-    for (const cell_choice& choice : cell_choices) {
+    for (const limits::cell_choice& choice : limits::cell_choices) {
       set_cell_size(choice.cell_in_tols);
       if (!enter_some(groups.leader_count(), is_entered, choice.most_steps_per_node)) return false;
       if (!is_crowded_) return true;
@@ -117,7 +118,7 @@ class near_nodes {
 
   /// std::floor as inline code where a 64-bit integer holds the number.
   static double floor_of(double x) noexcept {
-    if (!(x > -1e15 && x < 1e15)) return std::floor(x);
+    if (!(x > -limits::inline_floor && x < limits::inline_floor)) return std::floor(x);
     const auto truncated = static_cast<double>(static_cast<std::int64_t>(x));
     return truncated > x ? truncated - 1 : truncated;
   }
@@ -135,7 +136,7 @@ class near_nodes {
   };
 
   location locate(const double* p) const noexcept {
-    constexpr double moderate = 1 << 30;
+    constexpr double moderate = limits::moderate_cell;
     const double margin = tol_ * cells_per_length_ + 1e-6;
     const cell c = cell_of(p);
     bool keeps = true;
@@ -221,17 +222,8 @@ class near_nodes {
     return around;
   }
 
-  static constexpr std::uint64_t ahead = 16;
-  static constexpr std::uint64_t sample = 4096;
-
-  /// The steps of all queries come to about the number of nodes times their mean place in a chain.
-  struct cell_choice {
-    double cell_in_tols, most_steps_per_node;
-  };
-
-  /// Large cells spare queries at their borders, but where they hold many nodes small ones serve better. In cells as
-  /// small as the last choice, many nodes mean many close pairs.
-  static constexpr cell_choice cell_choices[] = {{128, 4}, {32, 4}, {8, 32}};
+  static constexpr std::uint64_t ahead = limits::nodes_ahead;
+  static constexpr std::uint64_t sample = limits::crowding_sample;
 
   const ranked_positions<Dim>& positions_;
   double tol_;

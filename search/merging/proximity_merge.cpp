@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <utility>
 
 #include "core/index_flags.h"
+#include "core/limits.h"
 #include "core/result.h"
 #include "search/merging/coincident_nodes.h"
 #include "search/merging/near_nodes.h"
@@ -137,8 +137,8 @@ class merger {
 
   /// One list, of which all nodes are in `near`, not crowded.
   int merge_each(const near_nodes<Dim>& near, dense1D<unsigned>& new_IDs) const {
-    typename near_nodes<Dim>::surroundings queue[16];
-    constexpr std::uint64_t ahead = std::size(queue);
+    constexpr std::uint64_t ahead = limits::nodes_ahead;
+    typename near_nodes<Dim>::surroundings queue[ahead];
     const auto has_company = [&](std::uint64_t rank) {
       return near.may_have_company(rank) && is_finite<Dim>(fixed_positions_[rank]);
     };

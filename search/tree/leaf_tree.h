@@ -1,9 +1,10 @@
-// A balanced k-d tree for fast queries: splits in one small array, points in leaves of up to 16.
+// A balanced k-d tree for fast queries: splits in one small array, points in small leaves.
 //
 // It answers in an order of its own; whoever asks puts the order right.
 #ifndef QEL_GRIDWORK_SEARCH_TREE_LEAF_TREE_H
 #define QEL_GRIDWORK_SEARCH_TREE_LEAF_TREE_H
 
+#include "core/limits.h"
 #include "qel/dense.h"
 #include "qel/fixed.h"
 #include "search/tree/balanced_tree.h"
@@ -34,7 +35,7 @@ class leaf_tree {
   unsigned find_in_box(const point& lower, const point& upper, node_in_order* nodes, unsigned most) const noexcept;
 
  private:
-  static constexpr unsigned leaf_size = 16;
+  static constexpr unsigned leaf_size = limits::tree_leaf;
 
   struct item {
     double p[Dim];

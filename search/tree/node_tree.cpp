@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <new>
 
+#include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "search/tree/shuffle.h"
@@ -21,13 +22,13 @@ bool node_tree<Dim>::copy(const node_tree& other) noexcept {
   return true;
 }
 
-/// The balanced tree, or null as long as it does not pay. Its construction costs about as much as plain walks for one
-/// query in 64 nodes, so it waits for as many queries.
+/// The balanced tree, or null as long as it does not pay. Its construction costs about as much as plain walks for some
+/// queries, so it waits for as many.
 template <unsigned Dim>
 const leaf_tree<Dim>* node_tree<Dim>::leaves_for_query() const {
   if (has_nan_) return nullptr;
   if (const leaf_tree<Dim>* leaves = leaves_.load(std::memory_order_acquire)) return leaves;
-  const std::uint64_t enough = nodes_.size() / 64 + 16;
+  const std::uint64_t enough = nodes_.size() / limits::nodes_per_query_before_leaves + limits::queries_before_leaves;
   if (queries_without_leaves_.fetch_add(1, std::memory_order_relaxed) < enough) return nullptr;
   queries_without_leaves_.store(0, std::memory_order_relaxed);
 
@@ -65,7 +66,8 @@ bool node_tree<Dim>::insert(const dense1D<unsigned>& ids) {
 
   // Building anew costs in proportion to all nodes, so it waits until the tree has grown by a fraction of its size.
   const std::uint64_t added_since = nodes_.size() - built_ + shuffled.size();
-  if (added_since > built_ / 4 + 16) return build_anew(shuffled);
+  if (added_since > built_ / limits::nodes_per_node_before_rebuild + limits::nodes_before_rebuild)
+    return build_anew(shuffled);
   return insert_one_by_one(shuffled);
 }
 
@@ -84,7 +86,8 @@ template <unsigned Dim>
 bool node_tree<Dim>::insert_one_by_one(const dense1D<unsigned>& ids) {
   if (!nodes_.reserve(nodes_.size() + ids.size(), 2) || !ordinals_.reserve(nodes_.size() + ids.size(), 2)) return false;
   for (std::uint64_t k = 0; k < ids.size(); ++k) {
-    if (descended_ > 16 * nodes_.size() + 1024 && build_anew(ids.sub_vector(k, ids.size() - k))) return true;
+    const std::uint64_t most = limits::steps_per_node_before_rebuild * nodes_.size() + limits::steps_before_rebuild;
+    if (descended_ > most && build_anew(ids.sub_vector(k, ids.size() - k))) return true;
     descend(read_item(ids[k], size()));
   }
   return true;
@@ -130,7 +133,7 @@ bool node_tree<Dim>::build_anew(const dense1D<unsigned>& ids) {
     it.id = nodes_[place].id;
     it.ordinal = ordinals_[place];
   }
-  constexpr std::uint64_t ahead = 16;
+  constexpr std::uint64_t ahead = limits::nodes_ahead;
   bool has_nan = has_nan_;
   for (std::uint64_t k = 0; k < ids.size(); ++k) {
     if (k + ahead < ids.size()) prefetch(coords_->column(ids[k + ahead]));

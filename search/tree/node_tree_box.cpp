@@ -1,6 +1,7 @@
 // Nodes in a box.
 #include <algorithm>
 
+#include "core/limits.h"
 #include "core/result.h"
 #include "search/tree/node_tree.h"
 #include "search/tree/query_stack.h"
@@ -22,7 +23,7 @@ class list_appender {
   }
 
  private:
-  static constexpr unsigned capacity = 128;
+  static constexpr unsigned capacity = limits::box_portion;
 
   void flush() noexcept {
     const std::uint64_t size = list_.size();
@@ -55,7 +56,7 @@ struct waiting_subtree {
 template <unsigned Dim>
 void node_tree<Dim>::find_in_box(const point& lower, const point& upper, dense1D<unsigned>& ids) const {
   if (nodes_.empty()) return;
-  constexpr unsigned most = 64;
+  constexpr unsigned most = limits::most_in_sorted_box;
   node_in_order nodes[most];
   const leaf_tree<Dim>* leaves = built_ == nodes_.size() ? leaves_for_query() : nullptr;
   const unsigned found = leaves != nullptr ? leaves->find_in_box(lower, upper, nodes, most) : most;

@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include "core/limits.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail {
@@ -31,7 +32,7 @@ class query_stack {
   }
 
  private:
-  static constexpr unsigned capacity = 64;
+  static constexpr unsigned capacity = limits::query_stack;
 
   T inline_[capacity];
   dense1D<T> overflow_;

@@ -11,6 +11,7 @@
 #include <limits>
 #include <utility>
 
+#include "core/limits.h"
 #include "core/result.h"
 
 namespace qel::gridwork::detail {
@@ -29,9 +30,6 @@ struct tree_node {
   double p[Dim];
   unsigned id, left, right, run;
 };
-
-/// Subtrees of up to this size are searched by a plain loop over their places.
-constexpr unsigned longest_run = 16;
 
 template <unsigned Dim>
 constexpr unsigned next_axis(unsigned axis) noexcept {
@@ -52,7 +50,7 @@ class tree_builder {
     unsigned waiting = 0;
     part current{items, spare, count, 0, 0};
     for (;;) {
-      if (current.count <= longest_run) {
+      if (current.count <= limits::longest_run) {
         build_small(current);
         if (waiting == 0) return;
         current = pending[--waiting];
@@ -107,8 +105,8 @@ class tree_builder {
   /// Coincident nodes give long chains in which no node parts the rest. Makes nodes of the items up to the first one
   /// that does, at the cost of a single pass.
   void skip_chain(part& current) noexcept {
-    if (current.count <= longest_run) return;
-    const unsigned length = std::min(chain_length(current), current.count - longest_run);
+    if (current.count <= limits::longest_run) return;
+    const unsigned length = std::min(chain_length(current), current.count - limits::longest_run);
     for (unsigned k = 0; k < length; ++k) {
       const item& it = current.items[k];
       const bool right = current.items[k + 1].p[current.axis] >= it.p[current.axis];

@@ -1,0 +1,185 @@
+// Every number at which one way hands over to another, a block ends, a sample is taken or a table stops to grow.
+//
+// None of them may show in a result: that is what they are here for, together, each with the reason for its size. A
+// build with QEL_GRIDWORK_SMALL_LIMITS makes them so small that inputs of a dozen elements cross every one; all tests
+// run in it as well.
+#ifndef QEL_GRIDWORK_CORE_LIMITS_H
+#define QEL_GRIDWORK_CORE_LIMITS_H
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+namespace qel::gridwork::detail::limits {
+
+#ifdef QEL_GRIDWORK_SMALL_LIMITS
+constexpr bool are_small = true;
+#else
+constexpr bool are_small = false;
+#endif
+
+/// `usual`, or `small` in the build that crosses every limit.
+template <class T>
+constexpr T limit(T usual, T small) noexcept {
+  return are_small ? small : usual;
+}
+
+// --- core ----------------------------------------------------------------------------------------------------------
+
+/// Blocks of so many bytes and more ask for huge pages, and are aligned to one: a fault on a fresh 4 KiB page costs more
+/// than filling it. The size of a huge page of x86-64.
+constexpr std::size_t huge_page = limit<std::size_t>(1 << 21, 1 << 16);
+
+/// Maxima that are taken side by side, so that they do not wait for each other: two registers of four.
+constexpr int bound_lanes = limit(8, 2);
+
+/// Slots of the smallest table of positions; a power of two, as all tables.
+constexpr std::uint64_t fewest_slots = limit<std::uint64_t>(16, 4);
+static_assert(std::has_single_bit(fewest_slots) && fewest_slots >= 4);
+
+// --- ids -----------------------------------------------------------------------------------------------------------
+
+/// A set of indices keeps flags for those below a bound, which grows with the number of insertions: so many for each,
+/// and at least the fewest. Indices beyond go into a hash table, which takes 8 to 16 bytes for
+/// each.
+constexpr std::uint64_t flags_per_insertion = limit<std::uint64_t>(16, 1);
+constexpr std::uint64_t fewest_flags = limit<std::uint64_t>(4096, 4);
+static_assert(std::has_single_bit(fewest_flags));
+
+/// Keys of the smallest hash table of indices; a power of two.
+constexpr std::uint64_t fewest_keys = limit<std::uint64_t>(16, 4);
+static_assert(std::has_single_bit(fewest_keys) && fewest_keys >= 2);
+
+/// Entries for which unique_indices() makes room at once in its output: a portion stays in the first cache.
+constexpr std::uint64_t unique_portion = limit<std::uint64_t>(4096, 3);
+
+// --- search --------------------------------------------------------------------------------------------------------
+
+/// Subtrees of node_detector of up to this size are searched by a plain loop over their places.
+constexpr unsigned longest_run = limit(16U, 2U);
+static_assert(longest_run >= 2);
+
+/// Points in a leaf of the balanced tree: two cache lines for each axis.
+constexpr unsigned tree_leaf = limit(16U, 2U);
+
+/// Nodes in a leaf of the tree of crowds.
+constexpr unsigned crowd_leaf = limit(8U, 2U);
+
+/// Subtrees that a query has waiting without an allocation; only trees of long chains have more.
+constexpr unsigned query_stack = limit(64U, 2U);
+
+/// The balanced tree is built once there were so many queries, and one in so many nodes more: its construction costs
+/// about as much as plain walks for these.
+constexpr std::uint64_t queries_before_leaves = limit<std::uint64_t>(16, 2);
+constexpr std::uint64_t nodes_per_query_before_leaves = limit<std::uint64_t>(64, 8);
+
+/// Nodes in a box up to which the balanced tree answers; they have to be sorted. More are cheaper to walk in order.
+constexpr unsigned most_in_sorted_box = limit(64U, 4U);
+
+/// Nodes that are found in a box before they are appended to the caller's list.
+constexpr unsigned box_portion = limit(128U, 3U);
+
+/// Nodes that are inserted are appended below the tree until there are so many, and one in so many nodes of the tree
+/// more; then it is built anew, at a cost in proportion to all nodes.
+constexpr std::uint64_t nodes_before_rebuild = limit<std::uint64_t>(16, 2);
+constexpr std::uint64_t nodes_per_node_before_rebuild = limit<std::uint64_t>(4, 4);
+
+/// Steps that appended nodes take down the tree, for each node and besides, before it is built anew: where it is one
+/// long chain, descending would be quadratic.
+constexpr std::uint64_t steps_per_node_before_rebuild = limit<std::uint64_t>(16, 1);
+constexpr std::uint64_t steps_before_rebuild = limit<std::uint64_t>(1024, 4);
+
+/// Turns ahead of which positions are called for, here and in the next: long enough to hide the way to memory.
+constexpr std::uint64_t nodes_ahead = limit<std::uint64_t>(16, 2);
+constexpr std::uint64_t slots_ahead = limit<std::uint64_t>(32, 3);
+
+/// Nodes that are entered before their crowding is looked at, and after each time so many.
+constexpr std::uint64_t crowding_sample = limit<std::uint64_t>(4096, 4);
+
+/// Mean places of nodes in the chains of their cells above which cells are found too large when all nodes are entered,
+/// coincident ones too. (The steps of all queries come to about the number of nodes times this.)
+constexpr double most_steps_with_coincident = limit(1.5, 1.5);
+
+/// The sizes of cells, in tolerances, that are tried in turn, and the mean place from which on the next one is. Large
+/// cells spare queries at their borders, but where they hold many nodes small ones serve better. In cells as small as
+/// the last choice, many nodes mean many close pairs: a tree takes over. Each is larger than a box, which is two
+/// tolerances wide.
+struct cell_choice {
+  double cell_in_tols, most_steps_per_node;
+};
+constexpr cell_choice cell_choices[] = {
+    limit<cell_choice>({128, 4}, {16, 1.25}),
+    limit<cell_choice>({32, 4}, {8, 1.25}),
+    limit<cell_choice>({8, 32}, {4, 2}),
+};
+
+/// Cell numbers up to which the rounding of a place in its cell is known to be small.
+constexpr double moderate_cell = limit<double>(1 << 30, 4);
+
+/// Numbers below which std::floor is inline code, by a 64-bit integer.
+constexpr double inline_floor = limit(1e15, 4.0);
+
+/// Rows up to which repeated nodes of an element are found by comparing pairs; taller columns are sorted. All element
+/// types have fewer.
+constexpr std::uint64_t most_rows_for_pairs = limit<std::uint64_t>(27, 4);
+
+// --- topology ------------------------------------------------------------------------------------------------------
+
+/// Slots of a range of boundaries, which are matched in the first cache, and ranges at most, as many lists as
+/// are written to at a time.
+constexpr std::uint64_t slots_per_range = limit<std::uint64_t>(1024, 4);
+constexpr std::uint64_t most_ranges = limit<std::uint64_t>(4096, 8);
+
+/// Elements of which the bounds of the ranges are taken.
+constexpr std::uint64_t range_sample = limit<std::uint64_t>(4096, 4);
+
+/// Ranges are parted otherwise when one of them holds more than so many times its share of the sample: a fan, where one
+/// node is the smallest of very many boundaries.
+constexpr unsigned lopsided = limit(32U, 2U);
+
+/// Slots in a block of a range's list.
+constexpr std::uint64_t slot_block = limit<std::uint64_t>(128, 2);
+
+/// Groups of equal boundaries that have room at once: one for so many slots of the mesh, and at least the fewest. So
+/// they do not take more memory than the slots themselves; a longer list is matched in several rounds.
+constexpr std::uint64_t slots_per_group = 16;
+constexpr std::uint64_t fewest_groups = limit<std::uint64_t>(4096, 3);
+
+/// Slots whose keys are read at once; nodes are called for so far ahead.
+constexpr std::ptrdiff_t slot_chunk = limit<std::ptrdiff_t>(64, 2);
+
+/// Elements whose nodes are called for ahead of their turn, in topology and quality.
+constexpr std::uint64_t elements_ahead = limit<std::uint64_t>(16, 2);
+
+/// Edges are collected by their lower node where indices are at most so many times the edges, which they are in every
+/// whole mesh; beyond, tables by node would cost more than sorting the pairs.
+constexpr unsigned nodes_per_edge = 2;
+
+// --- io ------------------------------------------------------------------------------------------------------------
+
+/// Bytes that are read and written at once: they fit the second cache.
+constexpr std::uint64_t read_block = limit<std::uint64_t>(1 << 18, 256);
+constexpr std::uint64_t write_block = limit<std::uint64_t>(1 << 18, 1024);
+
+/// Bytes of an OBJ token that are certain to be at hand; a longer one is no number.
+constexpr std::uint64_t obj_token = limit<std::uint64_t>(4096, 64);
+static_assert(obj_token <= read_block);
+
+/// Columns for which there is room before a file has told how long its lines are.
+constexpr std::uint64_t first_columns = limit<std::uint64_t>(1024, 2);
+
+/// Elements whose references are sorted at once: a window of 1 MiB.
+constexpr std::uint64_t reference_window = limit<std::uint64_t>(1 << 16, 4);
+
+/// Triangles of an STL file between the call for the table's slots of their corners and its search, as many as hide the
+/// way to memory, and those for which there is room at least.
+constexpr unsigned triangle_queue = limit(16U, 2U);
+constexpr std::uint64_t fewest_triangles = limit<std::uint64_t>(256, 6);
+static_assert(fewest_triangles >= 3 * triangle_queue);
+
+/// Facets of an STL text after which the file's length tells how many there are.
+constexpr std::uint64_t facets_to_measure = limit<std::uint64_t>(1000, 2);
+
+}  // namespace qel::gridwork::detail::limits
+
+#endif
