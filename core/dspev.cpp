@@ -3,11 +3,15 @@
 #include <limits>
 #include <utility>
 
+#include "core/elementary.h"
 #include "core/scaling.h"
 #include "core/symmetric3.h"
 #include "qel/lapack.h"
 
 namespace qel::lapack {
+
+using namespace gridwork::detail;
+
 namespace {
 
 /// A matrix in upper packed storage, with what its reduction to tridiagonal form needs; d and e are that form.
@@ -34,7 +38,7 @@ void add_multiple(double factor, const double* x, double* y, long n) noexcept {
 
 /// The length of x, also where squares underflow.
 double length(const double* x, long n) noexcept {
-  const double largest = gridwork::detail::largest_magnitude(x, x + n);
+  const double largest = largest_magnitude(x, x + n);
   if (largest == 0) return 0;
   double sum = 0;
   for (long k = 0; k < n; ++k) sum += (x[k] / largest) * (x[k] / largest);
@@ -53,7 +57,7 @@ double make_reflection(double* x, long last, double& tau) noexcept {
   tau = 0;
   x[last] = 1;
   if (rest <= negligible) return alpha;
-  const double beta = -std::copysign(std::hypot(alpha, rest), alpha);
+  const double beta = -std::copysign(hypotenuse(alpha, rest), alpha);
   tau = (beta - alpha) / beta;
   for (long k = 0; k < last; ++k) x[k] /= alpha - beta;
   return beta;
@@ -144,14 +148,14 @@ long block_end(const double* d, const double* e, long first, long n) noexcept {
 /// One implicit QL step with Wilkinson's shift on the rows first..last.
 void ql_step(double* d, double* e, long first, long last, const vectors& z) noexcept {
   const double half = (d[first + 1] - d[first]) / (2 * e[first]);
-  double g = d[last] - d[first] + e[first] / (half + std::copysign(std::hypot(half, 1.0), half));
+  double g = d[last] - d[first] + e[first] / (half + std::copysign(hypotenuse(half, 1.0), half));
   double s = 1;
   double c = 1;
   double p = 0;
   for (long i = last - 1; i >= first; --i) {
     const double f = s * e[i];
     const double b = c * e[i];
-    const double r = std::hypot(f, g);
+    const double r = hypotenuse(f, g);
     e[i + 1] = r;
     if (r == 0) {  // the block falls apart here
       d[i + 1] -= p;
@@ -202,20 +206,20 @@ long solve_any_order(long n, double* ap, double* w, const vectors& z, double* wo
     z.set_identity();
     return n - 1;
   }
-  const int exponent = gridwork::detail::scale_exponent(gridwork::detail::largest_magnitude(ap, ap + count));
-  gridwork::detail::scale(ap, ap + count, exponent);
+  const int exponent = scale_exponent(largest_magnitude(ap, ap + count));
+  scale(ap, ap + count, exponent);
   const packed_problem a = {n, ap, w, work, work + n, work + 2 * n};
   make_tridiagonal(a);
   multiply_reflections(a, z);
   const long left = diagonalise(a.d, a.e, n, z);
   if (left == 0) sort_pairs(w, n, z);
-  gridwork::detail::scale(w, w + n, -exponent);
+  scale(w, w + n, -exponent);
   return left;
 }
 
 long solve_order_3(const double* ap, double* w, const vectors& z) noexcept {
   double v[9];
-  const bool solved = z.z != nullptr ? gridwork::detail::eigen_pairs3(ap, w, v) : gridwork::detail::eigenvalues3(ap, w);
+  const bool solved = z.z != nullptr ? eigen_pairs3(ap, w, v) : eigenvalues3(ap, w);
   for (long j = 0; z.z != nullptr && j < 3; ++j) std::copy_n(v + 3 * j, 3, z.column(j));
   return solved ? 0 : 2;
 }

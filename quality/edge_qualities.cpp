@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "core/coordinates.h"
+#include "core/elementary.h"
 #include "core/elements.h"
 #include "core/result.h"
 #include "core/scaling.h"
@@ -22,7 +23,7 @@ double reference_length(double a, double b) noexcept {
   constexpr double series_below = 0.1;
   const double m = std::min(a, b);
   const double r = (std::max(a, b) - m) / m;
-  if (r >= series_below) return m * r / std::log(1 + r);
+  if (r >= series_below) return m * r / logarithm(1 + r);
   const double x = r / 2;
   return m * (1 + x * (1 - (x / 3) * (1 - x * (1 - 1.2666666666666666 * x))));
 }

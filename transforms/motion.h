@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "core/elementary.h"
 #include "qel/fixed.h"
 
 namespace qel::gridwork::detail {
@@ -45,20 +46,20 @@ class rotation<2> {
   using amount = double;
 
   rotation(const vector_fixed<double, 2>& center, amount angle) noexcept
-      : center_(center), cos_(std::cos(angle)), sin_(std::sin(angle)), is_identity_(is_zero(angle)) {}
+      : center_(center), turn_(sine_and_cosine(angle)), is_identity_(is_zero(angle)) {}
 
   bool is_identity() const noexcept { return is_identity_; }
 
   void operator()(double* p) const noexcept {
     const double x = p[0] - center_[0];
     const double y = p[1] - center_[1];
-    p[0] = center_[0] + cos_ * x - sin_ * y;
-    p[1] = center_[1] + sin_ * x + cos_ * y;
+    p[0] = center_[0] + turn_.cosine * x - turn_.sine * y;
+    p[1] = center_[1] + turn_.sine * x + turn_.cosine * y;
   }
 
  private:
   vector_fixed<double, 2> center_;
-  double cos_, sin_;
+  sine_cosine turn_;
   bool is_identity_;
 };
 
@@ -99,7 +100,10 @@ class rotation<3> {
   /// t may underflow to 0.
   static factor_pair factors(double t) noexcept {
     const double angle = std::sqrt(t);
-    if (angle > 0.1) return {std::sin(angle) / angle, (1 - std::cos(angle)) / t};
+    if (angle > 0.1) {
+      const sine_cosine turn = sine_and_cosine(angle);
+      return {turn.sine / angle, (1 - turn.cosine) / t};
+    }
     return {1 - t / 6 * (1 - t / 20 * (1 - t / 42 * (1 - t / 72 * (1 - t / 110)))),
             (1 - t / 12 * (1 - t / 30 * (1 - t / 56 * (1 - t / 90)))) / 2};
   }
