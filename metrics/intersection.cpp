@@ -48,16 +48,16 @@ bool is_positive_number(double x) noexcept { return x > 0 && x < std::numeric_li
 /// Makes M the tensor that is diagonal in the common axes of both and has there the entries chosen of each two.
 template <unsigned N, class Choose>
 bool combine_in_common_axes(const tensor<N>& M1, const tensor<N>& M2, tensor<N>& M, Choose choose) noexcept {
-  spectrum<N> common;
-  if (!decompose(M1, M2, common)) return false;
+  matrix_fixed<double, N, N> axes;
+  if (!find_common_axes(M1, M2, axes)) return false;
   vector_fixed<double, N> chosen;
   for (unsigned i = 0; i < N; ++i) {
-    const double d1 = squared_length(M1, common.vectors, i);
-    const double d2 = squared_length(M2, common.vectors, i);
+    const double d1 = squared_length(M1, axes, i);
+    const double d2 = squared_length(M2, axes, i);
     if (!is_positive_number(d1) || !is_positive_number(d2)) return false;
     chosen[i] = choose(d1, d2);
   }
-  const matrix_fixed<double, N, N> Q = inverse(common.vectors);
+  const matrix_fixed<double, N, N> Q = inverse(axes);
   M = weighted_squares<N>(chosen, [&](unsigned i, unsigned k) { return Q(i, k); });
   return is_valid_metric(M);
 }

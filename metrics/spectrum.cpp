@@ -152,6 +152,22 @@ bool decompose_scaled(const tensor<3>& M1, const tensor<3>& M2, spectrum<3>& res
   return true;
 }
 
+bool is_positive_definite(const tensor<3>& M) noexcept {
+  const double minor = M[0] * M[2] - M[1] * M[1];
+  if (!(M[0] > 0 && minor > 0)) return false;
+  const double across = M[4] * M[0] - M[3] * M[1];
+  return M[5] - M[3] * M[3] / M[0] - across * across / (M[0] * minor) > 0;
+}
+
+/// The sum of both, each divided by its trace.
+tensor<3> balanced_sum(const tensor<3>& M1, const tensor<3>& M2) noexcept {
+  const double weight1 = 1 / (M1[0] + M1[2] + M1[5]);
+  const double weight2 = 1 / (M2[0] + M2[2] + M2[5]);
+  tensor<3> sum;
+  for (unsigned k = 0; k < tensor_rows<3>; ++k) sum[k] = weight1 * M1[k] + weight2 * M2[k];
+  return sum;
+}
+
 template <unsigned N>
 bool decompose_pair(const tensor<N>& M1, const tensor<N>& M2, spectrum<N>& result) noexcept {
   const scaled_tensor<N> S1(M1);
@@ -185,6 +201,25 @@ bool decompose(const tensor<2>& M1, const tensor<2>& M2, spectrum<2>& result) no
 
 bool decompose(const tensor<3>& M1, const tensor<3>& M2, spectrum<3>& result) noexcept {
   return decompose_pair(M1, M2, result);
+}
+
+bool find_common_axes(const tensor<2>& M1, const tensor<2>& M2, matrix_fixed<double, 2, 2>& axes) noexcept {
+  spectrum<2> common;
+  const bool found = decompose(M1, M2, common);
+  axes = common.vectors;
+  return found;
+}
+
+/// Both have the axes that one of them has with their sum. Reduced by the sum they have entries up to 1, where one
+/// reduced by the other has entries up to its condition, and loses it once more.
+bool find_common_axes(const tensor<3>& M1, const tensor<3>& M2, matrix_fixed<double, 3, 3>& axes) noexcept {
+  const scaled_tensor<3> S1(M1);
+  const scaled_tensor<3> S2(M2);
+  if (!is_positive_definite(S1.M) || !is_positive_definite(S2.M)) return false;
+  spectrum<3> common;
+  if (!decompose_scaled(balanced_sum(S1.M, S2.M), S1.M, common)) return false;
+  axes = common.vectors;
+  return true;
 }
 
 }  // namespace qel::gridwork::detail

@@ -31,6 +31,15 @@ struct spectrum {
 [[nodiscard]] bool decompose(const tensor<3>& M1, const tensor<3>& M2, spectrum<3>& result) noexcept;
 /// @}
 
+/// Vectors of unit length along which both tensors are diagonal, in columns, in any order. False when a tensor is found
+/// not to be positive definite, or has an entry that is not finite.
+/// @{
+[[nodiscard]] bool find_common_axes(const tensor<2>& M1, const tensor<2>& M2,
+                                    matrix_fixed<double, 2, 2>& axes) noexcept;
+[[nodiscard]] bool find_common_axes(const tensor<3>& M1, const tensor<3>& M2,
+                                    matrix_fixed<double, 3, 3>& axes) noexcept;
+/// @}
+
 }  // namespace qel::gridwork::detail
 
 #endif

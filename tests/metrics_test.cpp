@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/vectors.h"
 #include "qel/gridwork.h"
 #include "tests/random_meshes.h"
 
@@ -40,6 +41,64 @@ TEST(metrics, intersection_and_union) {
   tensor2 M;
   EXPECT_TRUE(minimum_metric(tensor2{1, 0, 4}, tensor2{4, 0, 1}, M) && M == (tensor2{4, 0, 4}));
   EXPECT_TRUE(maximum_metric(tensor2{1, 0, 4}, tensor2{4, 0, 1}, M) && M == (tensor2{1, 0, 1}));
+}
+
+using direction = vector_fixed<double, 3>;
+
+long double form(const tensor3& M, const direction& u) {
+  long double sum = 0;
+  for (unsigned k = 0; k < 9; ++k) sum += static_cast<long double>(M(k / 3, k % 3)) * u[k / 3] * u[k % 3];
+  return sum;
+}
+
+/// The diagonal tensor of these eigenvalues, reflected.
+tensor3 reflected(const direction& eigenvalues, const direction& mirror) {
+  tensor3 M{};
+  for (unsigned i = 0; i < 3; ++i) {
+    const double twice = 2 * mirror[i] / detail::dot(mirror, mirror);
+    direction axis{};
+    for (unsigned k = 0; k < 3; ++k) axis[k] = (k == i) - twice * mirror[k];
+    for (unsigned k = 0; k < 9; ++k) {
+      if (k / 3 <= k % 3) M(k / 3, k % 3) += eigenvalues[i] * axis[k / 3] * axis[k % 3];
+    }
+  }
+  return M;
+}
+
+/// Tensors of boundary layers, whose sizes differ by `aspect`, nearly parallel or not at all: errors stay in proportion
+/// to the condition aspect^2, in the directions of the smallest eigenvalues too.
+TEST(metrics, intersection_and_union_of_very_anisotropic_tensors) {
+  generator random(5);
+  for (const double aspect : {10.0, 1e3, 1e4, 1e5}) {
+    const double tolerance = 1e-14 * aspect * aspect, thin = aspect * aspect;
+    const direction spectra[] = {{thin, 1, 1.5}, {1, thin, 1.1 * thin}, {thin, aspect, 1}};
+    for (int run = 0; run < 9000; ++run) {
+      direction mirror, tilted;
+      for (double& x : mirror) x = real(random) - 0.5;
+      const double tilt = std::pow(10, -8 * real(random));
+      for (unsigned k = 0; k < 3; ++k) tilted[k] = mirror[k] + tilt * (real(random) - 0.5);
+      const tensor3 A = reflected(spectra[run % 3], mirror), B = reflected(spectra[run / 3 % 3], tilted);
+      tensor3 least, most, least_back, most_back;
+      ASSERT_TRUE(minimum_metric(A, B, least) && maximum_metric(A, B, most));
+      ASSERT_TRUE(minimum_metric(B, A, least_back) && maximum_metric(B, A, most_back));
+      direction w;
+      matrix_fixed<double, 3, 3> V[3];
+      ASSERT_TRUE(eigen_pairs(A, w, V[0]) && eigen_pairs(least, w, V[1]) && eigen_pairs(most, w, V[2]));
+      for (unsigned j = 0; j < 9; ++j) {
+        const direction u = {V[j / 3](0, j % 3), V[j / 3](1, j % 3), V[j / 3](2, j % 3)};
+        const auto [a, b] = std::minmax({form(A, u), form(B, u)});
+        ASSERT_NEAR(double(form(least_back, u) / form(least, u)), 1, tolerance);
+        ASSERT_NEAR(double(form(most_back, u) / form(most, u)), 1, tolerance);
+        ASSERT_TRUE(form(least, u) > b * (1 - tolerance) && form(most, u) < a * (1 + tolerance));
+      }
+    }
+  }
+  const tensor3 sound{2, 1, 2, 0, 0, 1}, flat{1, 1, 1, 0, 0, 1}, indefinite{1, 0, 1, 0, 0, -1e-14};
+  for (const tensor3& bad : {flat, indefinite}) {
+    tensor3 M;
+    EXPECT_FALSE(minimum_metric(sound, bad, M) || M != sound || maximum_metric(sound, bad, M) || M != sound);
+    EXPECT_FALSE(minimum_metric(bad, sound, M) || M != bad || maximum_metric(bad, sound, M) || M != bad);
+  }
 }
 
 TEST(metrics, bounds) {
@@ -126,6 +185,8 @@ TEST(metrics, conversions_and_repair) {
   EXPECT_EQ(solid, dense2D<double>(6, 3, {4, 0, 4, 0, 0, 4, 1, 0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0}));
   EXPECT_EQ(overwrite_invalid_metrics(repaired, space), -2);
   EXPECT_EQ(overwrite_invalid_metrics(restricted = dense2D<double>(4, 1), sizes), -1);
+  EXPECT_EQ(overwrite_invalid_metrics(restricted, restricted), -1);
+  EXPECT_EQ(overwrite_invalid_metrics(restricted, none), -1);
   EXPECT_EQ(overwrite_invalid_metrics(none, space), 0);
   EXPECT_EQ(overwrite_invalid_metrics(none, sizes), 0);
 }
