@@ -127,6 +127,15 @@ void transforms(trial& t, const inputs& in) {
   CALL(copy_mesh(c, out, p3, q3, p3, 3, m), kept(c), kept(out));
   CALL(copy_sym_mesh(c, out, p2, q2, m), kept(c), kept(out));
   CALL(copy_sym_mesh(c, out, p3, q3, m), kept(c), kept(out));
+  ids sources{1, 2};
+  matrix edges(3, 1, 9U);
+  reals weights{3};
+  const auto cut = [&](const auto& p, const auto& normal) {
+    CALL(clip(c, out, p, normal, m, 1, 0.01, sources), kept(c), kept(out), kept(sources));
+    CALL(clip(c, out, p, normal, m, in.type, 0.01, sources, edges, weights), kept(c), kept(out), kept(sources),
+         kept(edges), kept(weights));
+  };
+  cut(plane{2, 2}, p2), cut(space{2, 2, 2}, p3);
 }
 
 void detector(trial& t, const inputs& in) {

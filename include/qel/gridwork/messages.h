@@ -23,6 +23,7 @@ namespace gridwork {
 /// | enumerators | overloads |
 /// |---|---|
 /// | merge_nodes, merge_lists, merge_elements | of merge(): all nodes; lists of nodes; the nodes of connectivities |
+/// | clip_whole, clip_exact | of clip(): whole elements; cut ones |
 /// | copy_edges, copy_edges_range | one connectivity; a range |
 /// | edge_qualities, edge_qualities_range | one connectivity; a range |
 /// | vtk_output, vtk_output_cells | a named file; an open stream |
@@ -37,6 +38,8 @@ enum class operation : unsigned char {
   inc_bounding_box,
   copy_mesh,
   copy_sym_mesh,
+  clip_whole,
+  clip_exact,
   reinit,
   merge_nodes,
   merge_lists,
@@ -98,6 +101,8 @@ inline constexpr operation_name operation_names[] = {
     {"inc_bounding_box", ""},
     {"copy_mesh", ""},
     {"copy_sym_mesh", ""},
+    {"clip", "(coords, out, point, normal, connectivity, mode, tol, elements)"},
+    {"clip", "(coords, out, point, normal, connectivity, type, tol, elements, edges, weights)"},
     {"reinit", ""},
     {"merge", "(coords, new_IDs, tol)"},
     {"merge", "(coords, IDs1, IDs2, new_IDs, tol)"},
@@ -172,6 +177,11 @@ inline constexpr const char* mesh = "a connectivity has not the row count of its
 inline constexpr const char* linear_type = "the function does not handle this element type";
 inline constexpr const char* not_opened = "the file cannot be opened";
 inline constexpr const char* tolerance = "the tolerance is negative or NaN";
+inline constexpr const char* mode = "the mode is neither 0 nor 1 nor 2";
+inline constexpr const char* too_few_rows = "coords has fewer rows than the space has dimensions";
+inline constexpr const char* point = "the point is not finite";
+inline constexpr const char* normal = "the normal is zero or not finite";
+inline constexpr const char* memory_or_count = "memory ran out, or a count does not fit 32 bits";
 inline constexpr const char* hmin = "hmin is not finite";
 inline constexpr const char* hmax = "hmax is not finite";
 inline constexpr const char* tensor_rows = "the matrix of tensors has neither 3 nor 6 rows";
@@ -201,6 +211,20 @@ inline constexpr result_code result_codes[] = {
     {operation::copy_mesh, -199, sentences::memory_or_nodes},
     {operation::copy_sym_mesh, -4, "the squared length of the normal is 0"},
     {operation::copy_sym_mesh, -199, sentences::memory_or_nodes},
+    {operation::clip_whole, -1, sentences::too_few_rows},
+    {operation::clip_whole, -3, sentences::point},
+    {operation::clip_whole, -4, sentences::normal},
+    {operation::clip_whole, -5, sentences::node},
+    {operation::clip_whole, -6, sentences::mode},
+    {operation::clip_whole, -7, sentences::tolerance},
+    {operation::clip_whole, -199, sentences::memory_or_count},
+    {operation::clip_exact, -1, sentences::too_few_rows},
+    {operation::clip_exact, -3, sentences::point},
+    {operation::clip_exact, -4, sentences::normal},
+    {operation::clip_exact, -5, sentences::mesh},
+    {operation::clip_exact, -6, sentences::linear_type},
+    {operation::clip_exact, -7, sentences::tolerance},
+    {operation::clip_exact, -199, sentences::memory_or_nodes},
     {operation::reinit, -1, sentences::plane_or_space},
     {operation::reinit, -2, sentences::node},
     {operation::reinit, -3, sentences::range},
@@ -217,7 +241,7 @@ inline constexpr result_code result_codes[] = {
     {operation::merge_elements, -2, sentences::node},
     {operation::merge_elements, -3, sentences::range},
     {operation::merge_elements, -5, sentences::tolerance},
-    {operation::merge_elements, -6, "the mode is neither 0 nor 1 nor 2"},
+    {operation::merge_elements, -6, sentences::mode},
     {operation::merge_elements, -199, sentences::memory},
     {operation::remove_degenerated, -199, sentences::memory},
     {operation::simplify, -2, sentences::node},

@@ -1,6 +1,6 @@
 /// @file
 /// Geometric transforms: nodes moved, turned and scaled in place, bounding boxes, repeated and mirrored copies of a
-/// part.
+/// part, meshes clipped at a line or plane.
 ///
 /// `coords` has one column per node. The 2-D forms (d = 2) work on its first two rows, the 3-D forms (d = 3) on its
 /// first three; further rows stay as they are. Angles are in radians.
@@ -10,6 +10,7 @@
 #include "qel/dense.h"
 #include "qel/export.h"
 #include "qel/fixed.h"
+#include "qel/gridwork/elements.h"
 
 namespace qel {
 namespace gridwork {
@@ -237,6 +238,123 @@ QEL_GRIDWORK_API int copy_sym_mesh(dense2D<double>& coords, dense2D<unsigned>& o
 QEL_GRIDWORK_API int copy_sym_mesh(dense2D<double>& coords, dense2D<unsigned>& out,
                                    const vector_fixed<double, 3>& point, const vector_fixed<double, 3>& normal,
                                    const dense2D<unsigned>& connectivity);
+/// @}
+
+/// Keeps the elements on the side of a line (d = 2) or plane (d = 3) that `normal` points to, as they are.
+///
+/// Both forms of clip() share these rules.
+/// - Let s be `normal` times the power of two that brings its largest entry into [1, 2), and D(p) = s . (p - `point`),
+///   summed in the order of rows. A node is *on the plane* when |D| <= `tol` |s|; else it is *before* it (D > 0) or
+///   *behind* it. Nodes do not move.
+/// - Where D is not finite, the elements of the node are dropped.
+/// - `out` may be the same object as `connectivity`, or share its block.
+/// - An empty connectivity gives 0 and empty outputs before any check. Nothing changes on a negative result.
+///
+/// Mode 0 keeps elements without a node behind; mode 1 also crossed ones, which have nodes before and behind; mode 2
+/// crossed ones only. Mode 0, and mode 1 with the opposite normal, share only the elements in the plane.
+///
+/// @param coords        d rows or more x n
+/// @param out           overwritten: `out(:, j) == connectivity(:, elements[j])`
+/// @param point         a point of the line or plane, in the units of `coords`
+/// @param normal        its normal, of any length
+/// @param connectivity  rows x e, of any element type; entries `~0U` are skipped, a column of nothing else is dropped
+/// @param mode          0, 1 or 2
+/// @param tol           how far from the plane nodes may lie that are on it, in the units of `coords`
+/// @param elements      overwritten: the source of each column of `out`, increasing
+/// @return the number of columns left out
+///         -1 `coords` has fewer than d rows
+///         -3 `point` is not finite
+///         -4 `normal` is zero or not finite
+///         -5 an entry is neither `~0U` nor a column of `coords`
+///         -6 `mode` is above 2
+///         -7 `tol` is negative or NaN
+///         -199 memory ran out, or a count does not fit
+///
+/// Cost: linear in the nodes of `coords` and the entries of `connectivity`.
+/// @{
+QEL_GRIDWORK_API int clip(const dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 2>& point,
+                          const vector_fixed<double, 2>& normal, const dense2D<unsigned>& connectivity, unsigned mode,
+                          double tol, dense1D<unsigned>& elements);
+QEL_GRIDWORK_API int clip(const dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 3>& point,
+                          const vector_fixed<double, 3>& normal, const dense2D<unsigned>& connectivity, unsigned mode,
+                          double tol, dense1D<unsigned>& elements);
+/// @}
+
+/// Cuts a mesh at a line or plane and keeps the part on the side that `normal` points to.
+///
+/// An element without a node behind is kept whole (also one with all nodes on the plane, for either normal); else one
+/// without a node before is dropped; else it is cut, and its pieces come in its place. (Drawn with what is before the
+/// plane on top; digits are nodes, letters new ones.)
+///
+///     0 --------- 1          3 ------- 2                 3
+///      \       .'/           |         |                /|\.
+///       \   .'  /            |         |               / | \     before
+///     - -a'----b- - -    - - d ------- b - - -    - - a--|--c - - - - - -
+///         \   /              |         |             / \ | / \   behind
+///          \ /               0 ------- 1            /   \b/   \.
+///           2                                      0 --- | --- 2
+///                                                   `.   |   .'
+///     (0, 1, a), (a, 1, b)   (b, 2, 3, d)              `.|.'
+///                                                        1
+///                                                   (a, b, c, 3)
+///
+/// - New nodes: one for each edge (a, b), a < b, of cut elements with one end before the plane and one behind, at
+///   x(a) + t (x(b) - x(a)), t = D(a) / (D(a) - D(b)), in *every* row of `coords`: rows beyond d may hold fields. They
+///   come in lexicographic order of their edges.
+/// - Edges, triangles and tetrahedra are split at their lowest crossing edge, in the same order, until none crosses. In
+///   each half the new node takes the place of the lost end, wherever that stands; the half with the lower end comes
+///   first. So places and orientation stay, faces are split alike from both sides, at most three tetrahedra come of one,
+///   and boundary triangles that are clipped by themselves are the faces of the result, but for those in the cut.
+/// - Columns of ELT_QUAD4 and ELT_FACE_MIX (of 4 rows) are cut as polygons, triangles too: an outline that meets the
+///   plane in two places, which are nodes on it and crossing edges, is cut in two, walked from its first node on. A
+///   quadrangle that loses one corner q, behind which a, b, c follow, leaves (a, b, c) and
+///   (a, c, node of cq, node of qa). One that meets the plane in more places, being warped or not convex, is first split
+///   into (l, l + 1, l + 2) and (l, l + 2, l + 3), l being its lowest node:
+///
+///        c ------- b            3 ------- 2
+///        |       / |            |       / |
+///        |     /   |            |     /   |
+///        m   /     |            |   /     |
+///         \/       |            | /       |
+///     q  .  n ---- a            0 ------- 1
+///
+///     q is lost                 0 is the lowest
+///
+/// - All this is the same for the opposite normal and for any order of elements, and an edge has the same bits in every
+///   matrix: merge() with tolerance 0 joins tetrahedra, their boundary triangles and ridges that were clipped one after
+///   the other.
+///
+/// Lengths, area vectors and volumes of both halves add up, but for elements in the plane, which both have. With `tol` 0
+/// a node very near the plane gives slivers, and a second clip may cut again: give some 1e-9 of the mesh's size. Nodes
+/// that no element uses any more stay; simplify() removes them. The cut surface: those free boundaries of `out` whose
+/// nodes are all new or on the plane.
+///
+/// @param coords        d rows or more x n; c columns are appended. No other view of its block is disturbed
+/// @param out           overwritten: the row count of `connectivity`. Of ELT_QUAD4 come triangles, too, with `~0U` in row
+///                      3: to be read as ELT_FACE_MIX
+/// @param point,normal  as above
+/// @param connectivity  the elements
+/// @param type          ELT_EDGE2, ELT_TRIA3, ELT_QUAD4, ELT_FACE_MIX or ELT_TETRA4
+/// @param tol           as above
+/// @param elements      overwritten: the source of each column of `out`, increasing
+/// @param edges         overwritten: 2 x c, column k the edge of node n + k, the lower end first
+/// @param weights       overwritten: c, the numbers t
+/// @return c, the number of new nodes
+///         -1, -3, -4, -7 as above
+///         -5 check_IDs() with `type` refuses the connectivity
+///         -6 the type is not accepted
+///         -199 memory, or the 32-bit indices for the new nodes, ran out
+///
+/// Cost: linear in the nodes of `coords` and the entries of `connectivity` (expected), plus c log c.
+/// @{
+QEL_GRIDWORK_API int clip(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 2>& point,
+                          const vector_fixed<double, 2>& normal, const dense2D<unsigned>& connectivity,
+                          element_type type, double tol, dense1D<unsigned>& elements, dense2D<unsigned>& edges,
+                          dense1D<double>& weights);
+QEL_GRIDWORK_API int clip(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 3>& point,
+                          const vector_fixed<double, 3>& normal, const dense2D<unsigned>& connectivity,
+                          element_type type, double tol, dense1D<unsigned>& elements, dense2D<unsigned>& edges,
+                          dense1D<double>& weights);
 /// @}
 
 }  // namespace gridwork
