@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "qel/gridwork.h"
@@ -23,6 +24,11 @@ TEST(edge_quality, is_the_length_over_the_logarithmic_mean) {
     const double mean = ratio == 1 ? 2 : 2 * (ratio - 1) / std::log(ratio);
     EXPECT_NEAR(q * mean / 3, 1, 3e-7) << ratio;
   }
+  const double infinity = HUGE_VAL;
+  for (const auto& [h1, h2] : {std::pair(1.0, infinity), {infinity, infinity}, {1e-300, 1e300}}) {
+    EXPECT_TRUE(edge_quality(1, h1, h2, q) == 0 && q == 0) << h1;
+  }
+  EXPECT_TRUE(edge_quality(infinity, 1, 2, q) == 0 && q == infinity);
 }
 
 /// Two triangles, a quadrangle and an excluded edge; sizes and tensors that mean the same must give the same values.

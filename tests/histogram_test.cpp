@@ -28,6 +28,7 @@ TEST(histogram, counts_every_sample_once) {
     none.process(1);
     EXPECT_TRUE(none.bins() == 0 && none.count() == 1 && none.mean() == 1);
   }
+  EXPECT_EQ(histogram(-1e308, 1e308, 4).bins(), 0U);  // no width
 }
 
 }  // namespace

@@ -24,6 +24,13 @@ TEST(metrics, plane_tensors_beyond_the_range_of_squares) {
   }
 }
 
+TEST(metrics, pairs_of_a_negative_definite_tensor_in_the_plane_descend) {
+  vector_fixed<double, 2> w;
+  matrix_fixed<double, 2, 2> V;
+  EXPECT_TRUE(eigen_pairs(tensor2{-1, 0, -2}, tensor2{1, 0, 5}, w, V));
+  EXPECT_EQ(w, (vector_fixed<double, 2>{-1, -2.5}));
+}
+
 template <unsigned N>
 void expect_isotropic_bounds_of_broken_tensors() {
   symmetric_fixed<double, N> bounds{};
@@ -109,6 +116,12 @@ TEST(metrics, bounds) {
   EXPECT_EQ(bound_metrics(sizes, 0.5, 2, ids), 3);
   EXPECT_EQ(ids, (dense1D<unsigned>{0, 2, 3}));
   EXPECT_EQ(sizes, (dense1D<double>{0.5, 1, 2, 0.5, 0.5, 2}));
+  dense1D<double> none_left{-1, 3, not_a_number}, contradicted{1, 2.5, 5, infinity};
+  EXPECT_TRUE(bound_metrics(none_left, 0, 0) == 3 && none_left == (dense1D<double>{0, 0, 0}));
+  EXPECT_TRUE(bound_metrics(contradicted, 3, 2) == 4 && contradicted == (dense1D<double>{3, 3, 2, 2}));
+  tensor2 both{100, 0, 0.01}, indefinite{1, 0, -1};
+  EXPECT_TRUE(bound_metric(both, 3, 2) == 1 && both == (tensor2{0.25, 0, 0.25}));
+  EXPECT_TRUE(bound_metric(indefinite, 0.5, 0) == 1 && indefinite == (tensor2{1, 0, 0}));
   const struct {
     double hmin, hmax;
     int code;

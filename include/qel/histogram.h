@@ -20,8 +20,8 @@ class QEL_GRIDWORK_API histogram {
  public:
   /// An empty histogram of `bins` bins over [lower, upper].
   ///
-  /// There are no bins when a bound is not finite, when `lower` is not below `upper`, or when memory runs out;
-  /// everything else is counted nevertheless.
+  /// There are no bins when a bound or upper - lower is not finite, when `lower` is not below `upper`, or when memory
+  /// runs out; everything else is counted nevertheless. Nothing is below or above a bound that is a NaN.
   explicit histogram(double lower = 0, double upper = 2, unsigned bins = 20);
 
   /// A copy with counts of its own; without bins when memory runs out.
@@ -58,7 +58,8 @@ class QEL_GRIDWORK_API histogram {
   /// Number of NaN samples.
   std::uint64_t not_a_number() const noexcept { return not_a_number_; }
 
-  /// Smallest and largest sample, and the mean of all of them, in or out of the range; 0 without samples.
+  /// Smallest and largest sample, and the mean of all of them, in or out of the range; 0 without samples. The mean is
+  /// not finite when a sample or the sum is not: NaN when infinities cancel.
   /// @{
   double min() const noexcept { return min_; }
   double max() const noexcept { return max_; }

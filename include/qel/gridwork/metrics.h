@@ -22,7 +22,7 @@
 namespace qel {
 namespace gridwork {
 
-/// True when the smallest eigenvalue of the tensor, as computed, is greater than 0; false when an entry is a NaN.
+/// True when the smallest eigenvalue of the tensor, as computed, is greater than 0; false when an entry is not finite.
 /// @{
 QEL_GRIDWORK_API bool is_valid_metric(const symmetric_fixed<double, 2>& M);
 QEL_GRIDWORK_API bool is_valid_metric(const symmetric_fixed<double, 3>& M);
@@ -66,9 +66,10 @@ QEL_GRIDWORK_API bool eigen_pairs(const symmetric_fixed<double, 3>& M, vector_fi
                                   matrix_fixed<double, 3, 3>& V);
 /// @}
 
-/// Generalized eigenvalues w (ascending) and eigenvectors of unit length, M2 v = w M1 v.
+/// Generalized eigenvalues w (ascending) and eigenvectors of unit length, M2 v = w M1 v. M2 need not be definite.
 ///
-/// The vectors are orthogonal in the metric M1 and in M2. In 3-D the problem is reduced by M1 = L L'.
+/// The vectors are orthogonal in the metric M1 and in M2. In 3-D the problem is reduced by M1 = L L'; errors grow with
+/// the condition of M1. In 2-D a negative definite M1 is accepted too: the values then descend.
 /// @return false when M1 is found not to be positive definite, or when an eigenvalue is not finite; w and V are then of
 ///         no use
 /// @{
@@ -81,31 +82,42 @@ QEL_GRIDWORK_API bool eigen_pairs(const symmetric_fixed<double, 3>& M1, const sy
 /// Bounds the sizes of a tensor: its eigenvalues are brought into [1 / hmax^2, 1 / hmin^2], its axes stay.
 ///
 /// @param M     changed in place
-/// @param hmin  smallest size; 0 or less: no bound
-/// @param hmax  largest size; 0 or less, or DBL_MAX: no bound. Where the bounds contradict each other, hmax wins
-/// @return 1 when M was changed, 0 when not (nothing is bounded when both bounds are absent, with hmax = DBL_MAX);
-///         -2, -3 when hmin, hmax is not finite
+/// @param hmin  smallest size; 0 or less: no bound, which lets eigenvalues be as large as DBL_MAX
+/// @param hmax  largest size; 0 or less, or DBL_MAX: no bound, which leaves no eigenvalue below 0. Where hmin > hmax > 0,
+///              all eigenvalues become 1 / hmax^2
+/// @return 1 when M was changed, 0 when not (also, with M as it is, when hmin is not greater than 0 and hmax is
+///         DBL_MAX, whatever M holds); -2, -3 when hmin, hmax is not finite
 ///
-/// A tensor that has no finite eigenvalues becomes the isotropic one of hmin.
+/// A tensor that has no finite eigenvalues becomes the isotropic one of the largest eigenvalue allowed: that of hmin.
+/// A changed tensor is put together again with rounding errors: its sizes may be out of bounds by these, and a second
+/// call then changes its last digits and returns 1 once more. Bounds below 1e-154 have no finite eigenvalue, and those
+/// above 1e154 have the eigenvalue 0.
 /// @{
 QEL_GRIDWORK_API int bound_metric(symmetric_fixed<double, 2>& M, double hmin, double hmax);
 QEL_GRIDWORK_API int bound_metric(symmetric_fixed<double, 3>& M, double hmin, double hmax);
 /// @}
 
-/// Bounds sizes: one below hmin, or NaN, becomes hmin, one above hmax becomes hmax.
+/// Bounds sizes: one below hmin, or NaN, becomes hmin; any other one above hmax becomes hmax.
+///
+/// Both bounds are taken as they stand, not as bound_metric() takes them. With hmin = 0, negative sizes and NaNs become
+/// 0; with hmax = 0, sizes greater than 0 become 0 as well; with hmax = DBL_MAX, infinite sizes become DBL_MAX. Where
+/// hmin > hmax, sizes below hmin become hmin and all others hmax.
 ///
 /// @param sizes  changed in place
-/// @param hmin   smallest size; 0 or less: no bound
-/// @param hmax   largest size; 0 or less, or DBL_MAX: no bound
-/// @return the number of sizes changed, 0 without a bound (hmin 0 or less, hmax = DBL_MAX); -2, -3 when hmin, hmax is
-///         not finite; -199 with `sizes` unchanged
+/// @param hmin   smallest size
+/// @param hmax   largest size
+/// @return the number of sizes changed, 0 without a bound (hmin not greater than 0, hmax = DBL_MAX: not even NaNs are
+///         replaced) and without sizes; -2, -3 when hmin, hmax is not finite
 QEL_GRIDWORK_API int bound_metrics(dense1D<double>& sizes, double hmin, double hmax);
 
 /// As above, and overwrites `ids` with the entries that were changed, in order; it is empty on a negative result.
+/// @return as above; -199, with `sizes` unchanged, when memory for `ids` ran out
 QEL_GRIDWORK_API int bound_metrics(dense1D<double>& sizes, double hmin, double hmax, dense1D<unsigned>& ids);
 
-/// Bounds every column as bound_metric() does.
-/// @return as for sizes; -1 when `tensors` has neither 3 nor 6 rows
+/// Bounds every column as bound_metric() does, with the bounds as they are understood there.
+/// @return the number of columns changed, 0 without a bound (hmin not greater than 0, hmax = DBL_MAX) and without
+///         columns; -1 when `tensors` has neither 3 nor 6 rows; -2, -3 when hmin, hmax is not finite; -199, with
+///         `tensors` unchanged, when memory for `ids` ran out
 /// @{
 QEL_GRIDWORK_API int bound_metrics(dense2D<double>& tensors, double hmin, double hmax);
 QEL_GRIDWORK_API int bound_metrics(dense2D<double>& tensors, double hmin, double hmax, dense1D<unsigned>& ids);
@@ -113,8 +125,10 @@ QEL_GRIDWORK_API int bound_metrics(dense2D<double>& tensors, double hmin, double
 
 /// Intersection of two metrics: in every direction the smaller of the two sizes, or less.
 ///
-/// In the basis of the generalized eigenvectors both tensors are diagonal, and M takes the larger entries.
-/// @return false, with M = M1, when one of the tensors is not positive definite, or the result would not be
+/// In the basis of the generalized eigenvectors both tensors are diagonal, and M takes the larger entries. The relative
+/// error of its sizes is of the order of 1e-16 times the condition of the tensors, whatever their order: 1e-8 where
+/// sizes differ by 1e4, 1e-6 where they differ by 1e5.
+/// @return false, with M = M1, when one of the tensors is found not to be positive definite, or the result would not be
 /// @{
 QEL_GRIDWORK_API bool minimum_metric(const symmetric_fixed<double, 2>& M1, const symmetric_fixed<double, 2>& M2,
                                      symmetric_fixed<double, 2>& M);
@@ -130,7 +144,8 @@ QEL_GRIDWORK_API bool maximum_metric(const symmetric_fixed<double, 3>& M1, const
                                      symmetric_fixed<double, 3>& M);
 /// @}
 
-/// M = I / h^2, the metric of the size h; 0 unless h > 0.
+/// M = I / h^2, the metric of the size h; 0 unless h > 0. Sizes above 1e154, infinite ones too, give 0 as well, and
+/// those below 1e-154 infinite entries: neither is a valid metric.
 /// @{
 QEL_GRIDWORK_API void metric_iso_to_aniso(double h, symmetric_fixed<double, 2>& M);
 QEL_GRIDWORK_API void metric_iso_to_aniso(double h, symmetric_fixed<double, 3>& M);
@@ -173,7 +188,7 @@ QEL_GRIDWORK_API int metrics_iso_to_aniso2d(const dense1D<double>& sizes, const 
 QEL_GRIDWORK_API int metrics_aniso3d_to_aniso2d(const dense2D<double>& tensors3d, const dense2D<double>& frames,
                                                 dense2D<double>& tensors2d);
 
-/// Replaces sizes that are 0 or less by their defaults, where these are greater than 0. A NaN stays.
+/// Replaces sizes that are 0 or less by their defaults, where these are greater than 0. NaNs and infinite sizes stay.
 ///
 /// Entries beyond the shorter of the two arrays are not looked at.
 /// @return the number of sizes replaced

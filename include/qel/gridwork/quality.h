@@ -21,6 +21,12 @@
 /// the quadrangle's corner cross products are projected on the latter normal. Solids on 2-row coordinates are flat (z =
 /// 0).
 ///
+/// Close to 0 the qualities of tetrahedra decide. A pyramid whose value is between 1e-12 and 24 sqrt(3) 1e-12 takes in
+/// its place the smallest quality of the four tetrahedra of three base nodes in a row and the apex, before flatness
+/// counts. A wedge or hexahedron of a value above 1e-12 with a corner and its three neighbours of a quality below 1e-12
+/// takes that one. A tetrahedron below 1e-10, or with a needle for a face, takes the value of least magnitude over the
+/// 12 orders of its nodes that do not change its sign; 0 when they disagree about the sign.
+///
 /// Orientation. Plane faces are positive when they turn counter-clockwise. Pyramids, wedges and hexahedra are positive
 /// when the base 0-1-2(-3) turns counter-clockwise seen from the top. A tetrahedron is positive when 0-1-2 turns
 /// *clockwise* seen from node 3:
@@ -100,8 +106,8 @@ QEL_GRIDWORK_API int jacobians(const dense2D<double>& coords, const dense2D<unsi
 /// Length of an edge in relation to the sizes at its ends: 1 is as prescribed, less is short, more is long.
 ///
 /// q = L / Lref, where Lref is the logarithmic mean (h2 - h1) / log(h2 / h1): the quality is the length of the edge in
-/// a size field that varies geometrically from h1 to h2. For sizes within 10 % of each other Lref is a series that is
-/// off by less than 2e-7.
+/// a size field that varies linearly from h1 to h2. For sizes within 10 % of each other Lref is a series that is off by
+/// less than 2e-7. q is 0 where a size is infinite, or the ratio of the sizes is; infinite or NaN as L is.
 ///
 /// @param L   length of the edge, in the units of the sizes
 /// @param h1  size at one end, greater than 0
@@ -114,7 +120,9 @@ QEL_GRIDWORK_API int edge_quality(double L, double h1, double h2, double& q);
 
 /// Feeds the quality of every edge of the meshes [first, last), each edge once, to `H.process`.
 ///
-/// Edges are those that copy_edges() lists, in that order: by lower node, then by higher node.
+/// Edges are those that copy_edges() lists, in that order: by lower node, then by higher node. An edge with an infinite
+/// coordinate at one end is infinitely long; one with infinities that cancel, or a NaN, has the quality NaN, which a
+/// `histogram` counts apart.
 ///
 /// @param coords          2 or 3 x n
 /// @param first,last      connectivities, one after the other
@@ -128,7 +136,7 @@ QEL_GRIDWORK_API int edge_quality(double L, double h1, double h2, double& q);
 ///         -2 when a matrix does not fit its type and the n nodes
 ///         -7 when `excluded_edges` is no ELT_EDGE2 connectivity on these nodes
 ///         -5 when an edge was skipped, because an end is no node, or has no size greater than 0 or no positive
-///            definite metric; all other edges have been fed
+///            definite metric; all other edges have been fed. An infinite size is greater than 0
 ///         -199 when memory ran out before anything was fed
 ///
 /// Cost: that of copy_edges(), plus the edges.
@@ -140,7 +148,7 @@ QEL_GRIDWORK_API int edge_qualities(const dense2D<double>& coords, const dense2D
 /// The same for anisotropic sizes: `metrics` has the tensor at each node, 3 rows in 2-D, 6 rows in 3-D (see metrics.h).
 ///
 /// The quality of an edge is la lb / Lref(la, lb), where la and lb are its lengths in the metrics of its ends, and 0
-/// where one of them vanishes.
+/// where one of them vanishes or is not finite. For tensors I / h^2 that is the isotropic quality.
 QEL_GRIDWORK_API int edge_qualities(const dense2D<double>& coords, const dense2D<unsigned>* first,
                                     const dense2D<unsigned>* last, const dense1D<int>& types,
                                     const dense2D<double>& metrics, histogram& H,

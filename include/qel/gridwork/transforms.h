@@ -74,8 +74,7 @@ QEL_GRIDWORK_API int rotate(dense2D<double>& coords, const vector_fixed<double, 
 
 /// Turns nodes in space about the axis through `center` along `rotation`, right-handed: p <- center + R (p - center).
 ///
-/// R comes from Rodrigues' formula, its sines from the C library. The absolute error of its entries is below
-/// 3e-16 (1 + angle).
+/// R comes from Rodrigues' formula; the absolute error of its entries is below 3e-16 (1 + angle).
 ///
 /// @param coords    any row count x n; overwritten, as by translate()
 /// @param center    stays where it is
