@@ -9,35 +9,40 @@ using namespace detail;
 namespace {
 
 struct element_facts {
-  unsigned nodes, base_nodes, dim, boundaries;
+  unsigned nodes, base_nodes, dim, boundaries, boundary_nodes;
 };
 
 constexpr element_facts catalogue[] = {
-    {0, 0, 0, 0},   // ELT_UNKNOWN
-    {1, 1, 0, 0},   // ELT_NODE
-    {2, 2, 1, 2},   // ELT_EDGE_MIX
-    {2, 2, 1, 2},   // ELT_EDGE2
-    {3, 2, 1, 2},   // ELT_EDGE3
-    {4, 4, 2, 4},   // ELT_FACE_MIX
-    {3, 3, 2, 3},   // ELT_TRIA3
-    {4, 4, 2, 4},   // ELT_QUAD4
-    {6, 3, 2, 3},   // ELT_TRIA6
-    {8, 4, 2, 4},   // ELT_QUAD8
-    {9, 4, 2, 4},   // ELT_QUAD9
-    {8, 8, 3, 6},   // ELT_SOLID_MIX
-    {4, 4, 3, 4},   // ELT_TETRA4
-    {10, 4, 3, 4},  // ELT_TETRA10
-    {5, 5, 3, 5},   // ELT_PYRAMID5
-    {13, 5, 3, 5},  // ELT_PYRAMID13
-    {14, 5, 3, 5},  // ELT_PYRAMID14
-    {6, 6, 3, 5},   // ELT_WEDGE6
-    {15, 6, 3, 5},  // ELT_WEDGE15
-    {18, 6, 3, 5},  // ELT_WEDGE18
-    {8, 8, 3, 6},   // ELT_HEXA8
-    {20, 8, 3, 6},  // ELT_HEXA20
-    {27, 8, 3, 6},  // ELT_HEXA27
+    {0, 0, 0, 0, 0},   // ELT_UNKNOWN
+    {1, 1, 0, 0, 0},   // ELT_NODE
+    {2, 2, 1, 2, 1},   // ELT_EDGE_MIX
+    {2, 2, 1, 2, 1},   // ELT_EDGE2
+    {3, 2, 1, 2, 1},   // ELT_EDGE3
+    {4, 4, 2, 4, 2},   // ELT_FACE_MIX
+    {3, 3, 2, 3, 2},   // ELT_TRIA3
+    {4, 4, 2, 4, 2},   // ELT_QUAD4
+    {6, 3, 2, 3, 3},   // ELT_TRIA6
+    {8, 4, 2, 4, 3},   // ELT_QUAD8
+    {9, 4, 2, 4, 3},   // ELT_QUAD9
+    {8, 8, 3, 6, 4},   // ELT_SOLID_MIX
+    {4, 4, 3, 4, 3},   // ELT_TETRA4
+    {10, 4, 3, 4, 6},  // ELT_TETRA10
+    {5, 5, 3, 5, 4},   // ELT_PYRAMID5
+    {13, 5, 3, 5, 8},  // ELT_PYRAMID13
+    {14, 5, 3, 5, 9},  // ELT_PYRAMID14
+    {6, 6, 3, 5, 4},   // ELT_WEDGE6
+    {15, 6, 3, 5, 8},  // ELT_WEDGE15
+    {18, 6, 3, 5, 9},  // ELT_WEDGE18
+    {8, 8, 3, 6, 4},   // ELT_HEXA8
+    {20, 8, 3, 6, 8},  // ELT_HEXA20
+    {27, 8, 3, 6, 9},  // ELT_HEXA27
 };
 static_assert(sizeof(catalogue) / sizeof(catalogue[0]) == ELT_HEXA27 + 1);
+
+/// Those of ELT_UNKNOWN for a number that is no enumerator.
+constexpr const element_facts& facts(element_type type) noexcept {
+  return catalogue[is_element_type(type) ? type : ELT_UNKNOWN];
+}
 
 bool all_below(const unsigned* begin, const unsigned* end, unsigned n) noexcept {
   unsigned largest = 0;
@@ -72,10 +77,12 @@ bool all_columns(const dense2D<unsigned>& connectivity, ValidColumn valid) {
 
 const char* version() { return "4.8.0.0"; }
 
-unsigned nbr_nodes(element_type type) { return catalogue[type].nodes; }
-unsigned nbr_base_nodes(element_type type) { return catalogue[type].base_nodes; }
-unsigned element_dim(element_type type) { return catalogue[type].dim; }
-unsigned nbr_boundaries(element_type type) { return catalogue[type].boundaries; }
+unsigned nbr_nodes(element_type type) { return facts(type).nodes; }
+unsigned nbr_base_nodes(element_type type) { return facts(type).base_nodes; }
+unsigned element_dim(element_type type) { return facts(type).dim; }
+unsigned nbr_boundaries(element_type type) { return facts(type).boundaries; }
+
+unsigned detail::nbr_boundary_nodes(element_type type) noexcept { return facts(type).boundary_nodes; }
 
 element_type detail::resolve_type(element_type type, std::uint64_t rows) noexcept {
   if (type == ELT_FACE_MIX && rows == 3) return ELT_TRIA3;
@@ -84,7 +91,7 @@ element_type detail::resolve_type(element_type type, std::uint64_t rows) noexcep
     if (rows == 5) return ELT_PYRAMID5;
     if (rows == 6) return ELT_WEDGE6;
   }
-  return type;
+  return is_element_type(type) ? type : ELT_UNKNOWN;
 }
 
 bool check_IDs(const dense2D<unsigned>& connectivity, element_type type, unsigned n) {

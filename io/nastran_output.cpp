@@ -191,7 +191,8 @@ int NASTRAN_output(const char* filename, const dense2D<double>& coords, const de
                    const dense2D<unsigned>& connectivity2, element_type type1, element_type type2) {
   // The blocks are those of one matrix that has rows for both types.
   const std::uint64_t rows = std::max(nbr_nodes(type1), nbr_nodes(type2));
-  if (rows * (connectivity1.cols() + connectivity2.cols()) == 0) return 0;
+  const bool are_types = is_element_type(type1) && is_element_type(type2);
+  if ((are_types && rows == 0) || connectivity1.cols() + connectivity2.cols() == 0) return 0;
   const std::uint64_t count1 = io::element_count(connectivity1), count2 = io::element_count(connectivity2);
   const block blocks[] = {{&connectivity1, 0, count1, rows, 1, type1, nullptr, 1},
                           {&connectivity2, 0, count2, rows, connectivity1.cols() + 1, type2, nullptr, 2}};

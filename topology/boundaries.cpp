@@ -42,7 +42,7 @@ int append_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, dens
 }
 
 bool has_other_rows(const dense2D<unsigned>& boundaries, element_type type) noexcept {
-  return !boundaries.empty() && boundaries.rows() != boundary_rows(type);
+  return !boundaries.empty() && boundaries.rows() != nbr_boundary_nodes(type);
 }
 
 }  // namespace

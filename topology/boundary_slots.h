@@ -52,12 +52,6 @@ constexpr bool slot_codes_fit(std::uint64_t elements, std::uint64_t boundaries) 
   return elements <= none / boundaries;
 }
 
-/// Rows of a matrix of boundaries, for every type: nodes of the largest boundary.
-constexpr unsigned boundary_rows(element_type type) noexcept {
-  constexpr unsigned char rows[] = {0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 3, 6, 4, 8, 9, 4, 8, 9, 4, 8, 9};
-  return rows[type];
-}
-
 /// True for the linear types that have boundaries here.
 constexpr bool has_shape(element_type type) noexcept {
   return visit_shape(type, false, [](auto) { return true; });

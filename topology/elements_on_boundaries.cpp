@@ -116,7 +116,7 @@ int get_elements_on_boundaries(const dense2D<unsigned>& boundaries, const dense2
   type = resolve_type(type, connectivity.rows());
   const std::uint64_t elements = connectivity.cols();
   const auto element_bound = static_cast<unsigned>(elements);
-  if (boundaries.rows() != boundary_rows(type)) return -1;
+  if (boundaries.rows() != nbr_boundary_nodes(type)) return -1;
   if (connectivity.rows() != nbr_nodes(type)) return -2;
   if (!fits_elements(neighbors, type, elements) || !check_IDs(neighbors, element_bound)) return -3;
   if (!check_IDs(ancestors, element_bound)) return -4;

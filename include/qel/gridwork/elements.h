@@ -22,6 +22,10 @@ namespace gridwork {
 /// The mixed types hold the linear elements of a family in one matrix, with `~0U` in the unused last rows of a column:
 /// ELT_FACE_MIX (4 rows) triangles and quadrangles, ELT_SOLID_MIX (8 rows) tetrahedra, pyramids, wedges and hexahedra.
 /// A mixed matrix with the row count of a smaller member (3; 4, 5, 6) holds only that member.
+///
+/// Wherever a function takes a type, a number that is none of these counts as ELT_UNKNOWN: an element without nodes,
+/// which no connectivity with entries fits. In a list of types it is refused with the code of a matrix that does not fit
+/// its type, even if the matrix is empty.
 enum element_type {
   ELT_UNKNOWN = 0,     ///< no element
   ELT_NODE = 1,        ///< a single node
@@ -51,17 +55,16 @@ enum element_type {
 /// The library's version, "4.8.0.0", a constant string.
 QEL_GRIDWORK_API const char* version();
 
-/// Nodes of an element: the row count of a connectivity of that type. `type` must be an enumerator. Constant.
+/// Nodes of an element: the row count of a connectivity of that type. Constant.
 QEL_GRIDWORK_API unsigned nbr_nodes(element_type type);
 
-/// Vertices of an element. `type` must be one of the enumerators. Constant.
+/// Vertices of an element. Constant.
 QEL_GRIDWORK_API unsigned nbr_base_nodes(element_type type);
 
-/// Topological dimension of an element: 0 (node) to 3 (solid). `type` must be an enumerator. Constant.
+/// Topological dimension of an element: 0 (node) to 3 (solid). Constant.
 QEL_GRIDWORK_API unsigned element_dim(element_type type);
 
-/// Boundaries of an element: faces of a solid, edges of a face, ends of an edge. `type` must be an enumerator.
-/// Constant.
+/// Boundaries of an element: faces of a solid, edges of a face, ends of an edge. Constant.
 QEL_GRIDWORK_API unsigned nbr_boundaries(element_type type);
 
 /// True when `connectivity` has the row count of `type` and every node index is below `n`.
