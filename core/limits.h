@@ -168,8 +168,8 @@ static_assert(obj_token <= read_block);
 /// Columns for which there is room before a file has told how long its lines are.
 constexpr std::uint64_t first_columns = limit<std::uint64_t>(1024, 2);
 
-/// Elements whose references are sorted at once: a window of 1 MiB.
-constexpr std::uint64_t reference_window = limit<std::uint64_t>(1 << 16, 4);
+/// Bits of a reference by which elements are distributed at once: 2^11 places to write to stay in the first caches.
+constexpr unsigned reference_digit_bits = limit(11U, 2U);
 
 /// Triangles of an STL file between the call for the table's slots of their corners and its search, as many as hide the
 /// way to memory, and those for which there is room at least.

@@ -3,6 +3,8 @@
 #include <string_view>
 #include <utility>
 
+#include "core/coordinates.h"
+#include "core/elements.h"
 #include "core/result.h"
 #include "io/matrix_range.h"
 #include "io/reference_order.h"
@@ -95,12 +97,16 @@ class matrices {
 class referenced {
  public:
   referenced(const dense2D<unsigned>& connectivity, element_type type, const dense1D<unsigned>& references) noexcept
-      : connectivity_(connectivity), type_(resolve_type(type, connectivity.rows())), order_(references) {}
+      : connectivity_(connectivity),
+        is_type_(is_element_type(type)),
+        type_(resolve_type(type, connectivity.rows())),
+        order_(references) {}
 
   [[nodiscard]] bool prepare() noexcept { return order_.prepare(); }
 
   /// Only the elements that are kept have to be valid.
   int check(unsigned n) const noexcept {
+    if (!is_type_) return -3;
     if (check_IDs(connectivity_, type_, n)) return 0;
     for (std::uint64_t j = 0; j < connectivity_.cols(); ++j) {
       if (order_.keeps(j) && !check_IDs(connectivity_.sub_matrix(0, j, connectivity_.rows(), 1), type_, n)) return -3;
@@ -110,7 +116,7 @@ class referenced {
 
   std::uint64_t count(element_type plain) const noexcept {
     std::uint64_t sum = 0;
-    for (std::uint64_t j = 0; j < connectivity_.cols(); ++j) sum += is(plain, j) && order_.keeps(j) ? 1 : 0;
+    for (std::uint64_t j = 0; j < connectivity_.cols(); ++j) sum += order_.keeps(j) && is(plain, j) ? 1 : 0;
     return sum;
   }
 
@@ -126,6 +132,7 @@ class referenced {
   }
 
   const dense2D<unsigned>& connectivity_;
+  bool is_type_;
   element_type type_;
   io::reference_order order_;
 };
@@ -188,7 +195,7 @@ void write_sections(text_writer& writer, Elements& elements) {
 template <class Elements>
 int write_mesh(const char* filename, const dense2D<double>& coords, Elements elements) {
   if (!io::has_1_to_3_rows(coords)) return -2;
-  const int result = elements.check(static_cast<unsigned>(coords.cols()));
+  const int result = elements.check(node_bound(coords));
   if (result != 0) return result;
   io::file output(filename, "w");
   if (!output.is_open()) return -1;

@@ -1,11 +1,11 @@
-// Visits elements by increasing reference, in memory that does not grow with their number.
+// Visits elements by increasing reference.
 #ifndef QEL_GRIDWORK_IO_REFERENCE_ORDER_H
 #define QEL_GRIDWORK_IO_REFERENCE_ORDER_H
 
 #include <algorithm>
 #include <cstdint>
-#include <tuple>
 
+#include "core/distribute.h"
 #include "core/limits.h"
 #include "core/result.h"
 #include "qel/dense.h"
@@ -14,81 +14,67 @@ namespace qel::gridwork::detail::io {
 
 /// The order of elements by reference, those of one reference as they come; the reference `none` is left out.
 ///
-/// A pass over the references collects the next elements of the order, as many as fit a window, and sorts them. When
-/// they are all of one reference, another pass visits all elements of that reference without collecting them. So there
-/// are at most 1 + 2 min(references, elements / (window / 2)) passes.
+/// The elements are distributed over the values of one digit of their references after the other, from the lowest on:
+/// a single pass where the references are small, and no memory by the largest of them.
 class reference_order {
  public:
-  explicit reference_order(const dense1D<unsigned>& references,
-                           std::uint64_t window = limits::reference_window) noexcept
-      : references_(references), capacity_(std::min(references.size(), window)) {}
+  explicit reference_order(const dense1D<unsigned>& references) noexcept : references_(references) {}
 
-  /// Takes the memory for the window; before anything else.
-  [[nodiscard]] bool prepare() noexcept { return window_.resize(capacity_); }
+  /// Makes the order; before anything else. False when memory ran out, or for 2^32 - 1 elements and more.
+  [[nodiscard]] bool prepare() {
+    if (references_.size() >= none || !distribute_kept()) return false;
+    const unsigned most = largest();
+    for (unsigned shift = digit_bits; shift < 32 && most >> shift != 0; shift += digit_bits) {
+      if (!distribute_again(shift)) return false;
+    }
+    return true;
+  }
 
   bool keeps(std::uint64_t j) const noexcept { return references_[j] != none; }
 
   /// Calls action(j, its reference) in order for the elements j that are wanted(j).
   template <class Wanted, class Action>
-  void for_each(Wanted wanted, Action action) noexcept {
-    key start{0, 0};
-    for (bool more = true; more;) {
-      more = collect(start, wanted);
-      if (more && end_[-1].reference == window_[0].reference) {
-        visit_group(window_[0], wanted, action);
-        start = {window_[0].reference + 1, 0};
-        continue;
-      }
-      for (const key* k = window_.begin(); k != end_; ++k) action(k->element, k->reference);
-      if (more) start = {end_[-1].reference, end_[-1].element + 1};
+  void for_each(Wanted wanted, Action action) const {
+    for (const unsigned j : order_) {
+      if (wanted(j)) action(j, references_[j]);
     }
   }
 
  private:
-  struct key {
-    unsigned reference;
-    std::uint64_t element;
+  static constexpr unsigned digit_bits = limits::reference_digit_bits;
+  static constexpr unsigned digits = 1U << digit_bits;
 
-    bool operator<(const key& other) const noexcept {
-      return std::tie(reference, element) < std::tie(other.reference, other.element);
-    }
-  };
+  unsigned digit(unsigned j, unsigned shift) const noexcept { return references_[j] >> shift & (digits - 1); }
 
-  /// Fills the window with the first elements from `start` on. True when there are more than fit.
-  template <class Wanted>
-  bool collect(const key& start, Wanted wanted) noexcept {
-    key limit{none, 0};  // a key behind the window's
-    bool more = false;
-    end_ = window_.begin();
-    for (std::uint64_t j = 0; j < references_.size(); ++j) {
-      const key k{references_[j], j};
-      if (k.reference - start.reference > limit.reference - start.reference) continue;  // most, at once
-      if (k < start || !(k < limit) || !wanted(j)) continue;
-      if (end_ == window_.end()) {
-        end_ = window_.begin() + capacity_ / 2;
-        std::nth_element(window_.begin(), end_, window_.end());
-        limit = *end_;
-        more = true;
-        if (!(k < limit)) continue;
-      }
-      *end_++ = k;
-    }
-    if (!std::is_sorted(window_.begin(), end_)) std::sort(window_.begin(), end_);
-    return more;
+  unsigned largest() const noexcept {
+    unsigned result = 0;
+    for (const unsigned reference : references_) result = reference == none ? result : std::max(result, reference);
+    return result;
   }
 
-  /// Calls action for all elements of one reference from `first` on.
-  template <class Wanted, class Action>
-  void visit_group(const key& first, Wanted wanted, Action action) noexcept {
-    for (std::uint64_t j = first.element; j < references_.size(); ++j) {
-      if (references_[j] == first.reference && wanted(j)) action(j, first.reference);
-    }
+  bool distribute_kept() {
+    const auto count = static_cast<unsigned>(references_.size());
+    const auto walk = [this, count](auto visit) {
+      for (unsigned j = 0; j < count; ++j) {
+        if (keeps(j)) visit(digit(j, 0), j);
+      }
+    };
+    return distribute(digits, walk, order_, offsets_);
+  }
+
+  bool distribute_again(unsigned shift) {
+    dense1D<unsigned> sorted;
+    const auto walk = [this, shift](auto visit) {
+      for (const unsigned j : order_) visit(digit(j, shift), j);
+    };
+    if (!distribute(digits, walk, sorted, offsets_)) return false;
+    order_.shallow_copy(sorted);
+    return true;
   }
 
   const dense1D<unsigned>& references_;
-  std::uint64_t capacity_;
-  dense1D<key> window_;
-  key* end_ = nullptr;
+  dense1D<unsigned> order_;
+  dense1D<unsigned> offsets_;
 };
 
 }  // namespace qel::gridwork::detail::io

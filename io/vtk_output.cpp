@@ -189,7 +189,7 @@ int write_file(const char* filename, const dense2D<double>& coords, const matrix
   io::file output(filename, "w");
   if (!output.is_open()) return -1;
   if (!in_plane_or_space(coords)) return -2;
-  const int result = io::check_matrices(range, static_cast<unsigned>(coords.cols()));
+  const int result = io::check_matrices(range, node_bound(coords));
   if (result != 0) return result;
   for (std::uint64_t i = 0; i < range.size(); ++i) {
     if (!accepted(range.type(i))) return -2;

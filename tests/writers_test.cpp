@@ -316,21 +316,22 @@ TEST_F(writers, short_mixed_matrices_ranges_and_references) {
   }
 }
 
-TEST(reference_order, windows_give_the_sorted_order) {
-  for (const unsigned window : {2U, 3U, 16U, 1000U}) {
+TEST(reference_order, is_the_stable_order) {
+  for (const unsigned largest : {1U, 40U, 2047U, 2048U, 1U << 22, none - 1}) {
     std::vector<unsigned> references(500), expected, found;
-    for (unsigned& r : references) r = random_bits() % 5 == 0 ? none : random_bits() % 40;
-    const auto wanted = [&](std::uint64_t j) { return j % 3 != 0; };
+    for (unsigned& r : references) r = random_bits() % 5 == 0 ? none : random_bits() % largest + 1;
+    references[7] = 0, references[3] = largest;
+    const auto wanted = [&](std::uint64_t j) { return j % 4 != 0; };
     for (unsigned j = 0; j < 500; ++j) {
       if (wanted(j) && references[j] != none) expected.push_back(j);
     }
     std::stable_sort(expected.begin(), expected.end(),
                      [&](unsigned a, unsigned b) { return references[a] < references[b]; });
     const auto values = array(references);
-    detail::io::reference_order order(values, window);
+    detail::io::reference_order order(values);
     ASSERT_TRUE(order.prepare());
     order.for_each(wanted, [&](std::uint64_t j, unsigned) { found.push_back(static_cast<unsigned>(j)); });
-    EXPECT_EQ(found, expected) << window;
+    EXPECT_EQ(found, expected) << largest;
   }
 }
 
@@ -387,7 +388,7 @@ TEST_F(writers, vtk_cell_lists) {
   expect(head + points + "CELLS 1 7\n2 5 -1 \n" + ends, 0, [&] { return stream(coords, 1); });
   expect(head + points + "CELLS 9 7\n2 5 -1 \n1 8 \n4 1 \n" + ends, 0, [&] { return stream(coords, 9); });
   expect("more", -2, [&] { return stream(dense2D<double>(1, 1), 1); });
-  EXPECT_EQ(vtk_output(nullptr, coords, 0, {}, {}), -1);
+  EXPECT_EQ(vtk_output(static_cast<std::FILE*>(nullptr), coords, 0, cells, types), -1);
 }
 
 TEST_F(writers, refusals) {
@@ -434,6 +435,35 @@ TEST_F(writers, refusals) {
   const char* nowhere = "/nonexistent/file";  // with a fault behind it
   EXPECT_EQ(vtk_output(nowhere, wrong, good, ELT_TRIA3) + ensight_output(nowhere, wrong, good, ELT_TRIA3), -2);
   EXPECT_EQ(NASTRAN_output(nowhere, wrong, good, ELT_TRIA3) + medit_tensor(nowhere, wrong), -2);
+}
+
+// Elements that are left out are not looked at: not even for the rows that their type has.
+TEST_F(writers, references_of_no_element) {
+  const auto coords = some_nodes(3, 50);
+  const string nodes = medit(coords, {});
+  for (const int type : {ELT_SOLID_MIX, ELT_FACE_MIX, ELT_TETRA10}) {
+    for (const unsigned rows : {1U, 2U, 7U}) {
+      const dense1D<unsigned> references(9, none);
+      expect(nodes, 0, [&] {
+        return medit_output(path(), coords, matrix(rows, 9), static_cast<element_type>(type), references);
+      });
+    }
+  }
+}
+
+// Entries of one number that all columns share: more columns than indices can name take no memory.
+TEST_F(writers, more_nodes_than_indices) {
+  for (const std::uint64_t count : {std::uint64_t{none}, std::uint64_t{none} + 1, std::uint64_t{none} + 5}) {
+    double x[3] = {};
+    const dense2D<double> coords(3, count, 0, x);
+    const matrix tail(15, 1, none - 2), beyond(15, 1, none - 1);
+    const char* nowhere = "/nonexistent/file";
+    EXPECT_EQ(medit_output(nowhere, coords, tail, ELT_WEDGE15), -1) << "no fault but the path";
+    EXPECT_EQ(medit_output(nowhere, coords, tail, ELT_WEDGE15, {1}), -1);
+    EXPECT_EQ(medit_output(nowhere, coords, beyond, ELT_WEDGE15), -3);
+    expect("", -2, [&] { return vtk_output(path(), coords, tail, ELT_WEDGE15); });
+    expect("", -3, [&] { return vtk_output(path(), coords, beyond, ELT_WEDGE15); });
+  }
 }
 
 }  // namespace

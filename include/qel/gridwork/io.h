@@ -233,11 +233,10 @@ QEL_GRIDWORK_API int medit_output(const char* filename, const dense2D<double>& c
 /// @return 0, also for an empty `connectivity` (no file is created)
 ///         -1, -2, -3, -199 as above
 ///         -5 when `references` has not one entry an element
-///         -6 when memory for the order of the references ran out
+///         -6 when memory for the order of the references ran out, also for 2^32 - 1 elements and more
 ///
-/// Cost: linear in the size of the file, and 2 + 2 min(r, e / 32768) passes over the references for every plain type, r
-/// being the number of distinct ones; a pass takes some milliseconds a million elements. Memory: 1 MiB for the order
-/// of the references, beside the block.
+/// Cost: linear in the size of the file; the order of the references takes one pass for every 11 bits that the largest
+/// of them has. Memory: 4 bytes an element for the order, 8 where references exceed 2047, beside the block.
 QEL_GRIDWORK_API int medit_output(const char* filename, const dense2D<double>& coords,
                                   const dense2D<unsigned>& connectivity, element_type type,
                                   const dense1D<unsigned>& references);
