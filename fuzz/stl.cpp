@@ -41,7 +41,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const auto read : {detail::io::read_stl_text, detail::io::read_stl_binary}) {
     dense2D<double> coords;
     dense2D<unsigned> triangles;
-    const int code = read(detail::io::file(file.path(), "rb"), coords, triangles);
+    const detail::io::file stream(file.path(), "rb");
+    detail::io::block_reader blocks(stream.stream());
+    CHECK(blocks.prepare());
+    const int code = read({blocks, stream.size()}, coords, triangles);
     CHECK(code != 0 || check_IDs(triangles, ELT_TRIA3, static_cast<unsigned>(coords.cols())));
   }
   dense2D<double> coords(2, 2), expected_coords;

@@ -5,7 +5,6 @@
 #include "io/little_endian.h"
 #include "io/stl_binary.h"
 #include "io/stl_input.h"
-#include "io/text/block_reader.h"
 #include "io/triangle_soup.h"
 
 namespace qel::gridwork::detail::io {
@@ -28,10 +27,8 @@ triangle load_triangle(const char* bytes) noexcept {
 
 }  // namespace
 
-int read_stl_binary(const file& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
-  block_reader blocks(input.stream());
-  const std::uint64_t size = input.size();
-  if (!blocks.prepare()) return out_of_memory;
+int read_stl_binary(const stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+  const auto [blocks, size] = input;
   if (!blocks.fill(stl_header_bytes)) return no_header;
   blocks.consume(stl_header_bytes);
   if (!blocks.fill(stl_count_bytes)) return cut_short;

@@ -2,6 +2,7 @@
 #include "io/stl_input.h"
 
 #include "core/result.h"
+#include "io/text/file.h"
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
@@ -10,10 +11,10 @@ using namespace detail;
 
 namespace {
 
-using stl_reader = int (*)(const io::file&, dense2D<double>&, dense2D<unsigned>&);
+using stl_reader = int (*)(const io::stl_source&, dense2D<double>&, dense2D<unsigned>&);
 
 /// Reads the file in one form; on failure both outputs are empty.
-int read_form(stl_reader read, const io::file& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+int read_form(stl_reader read, const io::stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
   const int result = read(input, coords, connectivity);
   if (result < 0) {
     coords.clear_hard();
@@ -24,17 +25,18 @@ int read_form(stl_reader read, const io::file& input, dense2D<double>& coords, d
 
 }  // namespace
 
+/// A stream that cannot be read twice, such as a pipe, serves both forms as long as its first block is at hand.
 int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
   coords.clear_hard();  // other views of the old blocks keep their values
   connectivity.clear_hard();
-  int result = -1;
-  {
-    const io::file text(filename, "rt");
-    if (text.is_open()) result = read_form(io::read_stl_text, text, coords, connectivity);
-  }
-  if (result >= 0 || result <= out_of_memory) return result;
-  const io::file binary(filename, "rb");
-  return binary.is_open() ? read_form(io::read_stl_binary, binary, coords, connectivity) : result;
+  const io::file file(filename, "rb");
+  if (!file.is_open()) return -1;
+  io::block_reader blocks(file.stream());
+  if (!blocks.prepare()) return out_of_memory;
+  const io::stl_source input{blocks, file.size()};
+  const int result = read_form(io::read_stl_text, input, coords, connectivity);
+  if (result >= 0 || result <= out_of_memory || !blocks.rewind()) return result;
+  return read_form(io::read_stl_binary, input, coords, connectivity);
 }
 
 }  // namespace qel::gridwork

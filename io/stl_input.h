@@ -2,15 +2,21 @@
 #ifndef QEL_GRIDWORK_IO_STL_INPUT_H
 #define QEL_GRIDWORK_IO_STL_INPUT_H
 
-#include "io/text/file.h"
+#include "io/text/block_reader.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail::io {
 
-/// Read an open file into empty outputs. Results as those of STL_input(); on a negative one the outputs hold anything.
+/// A file from its first byte on, in one form or the other; a size of 0 is not known.
+struct stl_source {
+  block_reader& blocks;
+  std::uint64_t size;
+};
+
+/// Read into empty outputs. Results as those of STL_input(); on a negative one the outputs hold anything.
 /// @{
-int read_stl_text(const file& input, dense2D<double>& coords, dense2D<unsigned>& connectivity);
-int read_stl_binary(const file& input, dense2D<double>& coords, dense2D<unsigned>& connectivity);
+int read_stl_text(const stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity);
+int read_stl_binary(const stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity);
 /// @}
 
 }  // namespace qel::gridwork::detail::io

@@ -108,12 +108,9 @@ class text_parser {
 
 }  // namespace
 
-int read_stl_text(const file& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
-  block_reader blocks(input.stream());
+int read_stl_text(const stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
   triangle_soup soup(coords, connectivity);
-  const std::uint64_t size = input.size();
-  if (!blocks.prepare()) return out_of_memory;
-  const int result = text_parser(blocks, size, soup).parse();
+  const int result = text_parser(input.blocks, input.size, soup).parse();
   return result < 0 ? result : soup.finish();
 }
 

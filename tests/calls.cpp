@@ -329,9 +329,13 @@ void files(trial& t, const inputs& in) {
   const memory_file file;
   nodes a(1, 1), b(1, 1), e(1, 1);
   matrix f(1, 1), g(1, 1);
-  for (unsigned format = 0; format < 2; ++format) {
-    const memory_file stl(written(mesh_files::writers[format], m));
-    CALL(STL_input(stl.path(), a, f), emptied(a), emptied(f));
+  mesh_files::mesh without_heights(unsigned(in.mesh.cols()));
+  std::fill_n(without_heights.coords.data(), without_heights.coords.size(), 0.0);
+  for (const mesh_files::mesh* surface : {&m, static_cast<const mesh_files::mesh*>(&without_heights)}) {
+    for (unsigned format = 0; format < 2; ++format) {
+      const memory_file stl(written(mesh_files::writers[format], *surface));
+      CALL(STL_input(stl.path(), a, f), emptied(a), emptied(f));
+    }
   }
   const memory_file obj("vt 1 2\n" + written(mesh_files::writers[2], m));
   CALL(WavefrontOBJ_input(obj.path(), a, b, e, f, g), anything(a), anything(b), anything(e), anything(f), anything(g));

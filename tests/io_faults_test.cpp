@@ -1,10 +1,16 @@
 // Streams that fail at any call, places that are no files, and files that are broken at any byte.
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 
+#include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "digest.h"
@@ -190,6 +196,83 @@ TEST(io_faults, files_that_shrink_while_they_are_read) {
     });
   }
   faults::instead_of_failing = nullptr;
+}
+
+// --- Signals -------------------------------------------------------------------------------------------------------
+
+/// Breaks off this thread's calls, again and again: the handler does not restart them.
+class interruptions {
+ public:
+  interruptions() {
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    ::sigaction(SIGALRM, &action, &old_);
+    const itimerval often = {{0, 300}, {0, 300}};
+    ::setitimer(ITIMER_REAL, &often, nullptr);
+  }
+  interruptions(const interruptions&) = delete;
+  interruptions& operator=(const interruptions&) = delete;
+  ~interruptions() {
+    const itimerval never = {};
+    ::setitimer(ITIMER_REAL, &never, nullptr);
+    ::sigaction(SIGALRM, &old_, nullptr);
+  }
+
+ private:
+  struct sigaction old_ = {};
+};
+
+/// Runs serve(path of a pipe) in a thread without interruptions, and use(path) here, with them.
+template <class Serve, class Use>
+void with_slow_pipe(Serve serve, Use use) {
+  const string path = std::filesystem::temp_directory_path() / ("gridwork_pipe_" + std::to_string(::getpid()));
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  ::signal(SIGPIPE, SIG_IGN);  // of a pipe whose other end was closed too soon
+  sigset_t alarm;
+  ::sigemptyset(&alarm);
+  ::sigaddset(&alarm, SIGALRM);
+  ::pthread_sigmask(SIG_BLOCK, &alarm, nullptr);
+  std::thread other([&] { serve(path); });
+  ::pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
+  {
+    const interruptions signals;
+    use(path.c_str());
+  }
+  other.join();
+  std::filesystem::remove(path);
+}
+
+void doze() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
+
+TEST(signals, do_not_cut_what_is_read) {
+  for (const reader& r : readers(9000)) {
+    const reading whole = r.read(memory_file(r.content).path());
+    const auto serve = [&](const string& path) {
+      doze();
+      std::ofstream pipe(path, std::ios::binary);
+      for (std::size_t at = 0; at < r.content.size(); at += 40000, doze())
+        pipe << r.content.substr(at, 40000) << std::flush;
+    };
+    with_slow_pipe(serve, [&](const char* path) { EXPECT_TRUE(r.read(path) == whole) << r.name; });
+  }
+}
+
+/// A stream of the caller's has a buffer, which the C library drops when a signal breaks off its writing.
+TEST(signals, do_not_cut_what_is_written) {
+  const mesh m(9000);
+  for (const writer& w : writers) {
+    if (string(w.name).find("stream") != string::npos) continue;
+    string got;
+    const auto serve = [&](const string& path) {
+      doze();
+      std::ifstream pipe(path, std::ios::binary);
+      for (char bytes[40000]; pipe.read(bytes, sizeof bytes) || pipe.gcount() != 0; doze()) {
+        got.append(bytes, std::size_t(pipe.gcount()));
+      }
+    };
+    with_slow_pipe(serve, [&](const char* path) { EXPECT_EQ(w.write(path, m), 0) << w.name; });
+    EXPECT_TRUE(got == written(w, m)) << w.name << ": " << got.size();
+  }
 }
 
 // --- Broken files --------------------------------------------------------------------------------------------------

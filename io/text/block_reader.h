@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "core/limits.h"
+#include "io/text/file.h"
 #include "io/text/text.h"
 #include "qel/dense.h"
 
@@ -42,6 +43,7 @@ class block_reader {
     end_ = begin_ + left;
     while (available() < count) {
       const std::size_t got = std::fread(end_, 1, limits::read_block - available(), stream_);
+      if (got == 0 && was_interrupted(stream_)) continue;
       ended_ = got == 0;
       if (ended_) break;
       end_ += got;
@@ -52,6 +54,19 @@ class block_reader {
   }
 
   void consume(std::uint64_t count) noexcept { begin_ += count; }
+
+  /// Goes back to the first byte. False when that is neither in the block any more nor can be read again.
+  [[nodiscard]] bool rewind() noexcept {
+    if (end_ != block_.data() + read_) {
+      if (std::fseek(stream_, 0, SEEK_SET) != 0) return false;
+      end_ = block_.data();
+      read_ = 0;
+      ended_ = false;
+      end_text();
+    }
+    begin_ = block_.data();
+    return true;
+  }
 
  private:
   void end_text() noexcept { std::memset(end_, 0, 1 + scan_margin); }

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "core/limits.h"
+#include "io/text/file.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail::io {
@@ -37,9 +38,13 @@ class block_writer {
 
   /// Hands over what was collected; false when it could not be written in full.
   [[nodiscard]] bool flush() noexcept {
-    const std::uint64_t count = used_;
+    const char* const end = block_.data() + used_;
     used_ = 0;
-    return std::fwrite(block_.data(), 1, count, stream_) == count;
+    for (const char* p = block_.data(); p != end;) {
+      p += std::fwrite(p, 1, static_cast<std::size_t>(end - p), stream_);
+      if (p != end && !was_interrupted(stream_)) return false;
+    }
+    return true;
   }
 
  private:

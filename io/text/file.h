@@ -1,17 +1,25 @@
-// A stream that is closed on every path.
+// A stream that is closed on every path; and calls that a signal broke off.
 #ifndef QEL_GRIDWORK_IO_TEXT_FILE_H
 #define QEL_GRIDWORK_IO_TEXT_FILE_H
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <utility>
 
 namespace qel::gridwork::detail::io {
 
+/// True when a signal, whose handler does not restart calls, broke off the last one: it is to be repeated.
+inline bool was_interrupted(std::FILE* stream) noexcept {
+  const bool interrupted = std::ferror(stream) != 0 && errno == EINTR;
+  if (interrupted) std::clearerr(stream);
+  return interrupted;
+}
+
 class file {
  public:
   /// Opens the stream without a buffer of its own: readers and writers here move whole blocks.
-  file(const char* path, const char* mode) noexcept : stream_(path != nullptr ? std::fopen(path, mode) : nullptr) {
+  file(const char* path, const char* mode) noexcept : stream_(path != nullptr ? open(path, mode) : nullptr) {
     if (stream_ != nullptr) std::setvbuf(stream_, nullptr, _IONBF, 0);
   }
   file(const file&) = delete;
@@ -33,6 +41,16 @@ class file {
   }
 
  private:
+  /// A pipe makes this wait for its other end, and signals may come meanwhile.
+  static std::FILE* open(const char* path, const char* mode) noexcept {
+    std::FILE* stream = nullptr;
+    do {
+      errno = 0;
+      stream = std::fopen(path, mode);
+    } while (stream == nullptr && errno == EINTR);
+    return stream;
+  }
+
   std::FILE* stream_;
 };
 

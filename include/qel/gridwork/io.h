@@ -31,7 +31,9 @@ namespace gridwork {
 /// make one mesh; numbers are read as `scanf` reads `%lg` in the "C" locale. Binary: little-endian; normals,
 /// attributes and bytes behind the last triangle are ignored, and memory is taken only for triangles that are there.
 ///
-/// @param filename      path of the file, which need not be seekable
+/// @param filename      path of the file. One that cannot be read twice (a pipe) is read as binary only if what makes
+///                      it no text stands in its first 256 KiB, as it does in any binary file; else the code of the
+///                      text reader is returned
 /// @param coords        overwritten: 3 x nodes
 /// @param connectivity  overwritten: 3 x triangles (ELT_TRIA3)
 /// @return 0
