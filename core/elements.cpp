@@ -75,7 +75,7 @@ bool all_columns(const dense2D<unsigned>& connectivity, ValidColumn valid) {
 
 }  // namespace
 
-const char* version() { return "4.8.0.0"; }
+const char* version() { return QEL_GRIDWORK_VERSION; }
 
 unsigned nbr_nodes(element_type type) { return facts(type).nodes; }
 unsigned nbr_base_nodes(element_type type) { return facts(type).base_nodes; }
