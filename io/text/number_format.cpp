@@ -14,76 +14,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include "io/text/powers_of_ten.h"
+
 namespace qel::gridwork::detail::io {
 namespace {
-
-/// floor(log2(10^n)), for |n| < 1000.
-constexpr int binary_exponent(int n) noexcept { return (n * 1741647) >> 19; }
-
-/// floor(log10(2^n)), for |n| < 2000.
-constexpr int decimal_exponent(int n) noexcept { return (n * 1262611) >> 22; }
-
-/// 128-bit mantissa of a power of ten; steps lose less than two units of the last place.
-struct wide_mantissa {
-  std::uint64_t high, low;
-
-  constexpr wide_mantissa shifted_right(unsigned bits) const noexcept {
-    return {high >> bits, (low >> bits) | (high << (64 - bits))};
-  }
-
-  constexpr wide_mantissa plus(wide_mantissa other) const noexcept {
-    const std::uint64_t sum = low + other.low;
-    return {high + other.high + (sum < low ? 1 : 0), sum};
-  }
-
-  constexpr wide_mantissa normalised() const noexcept {
-    if (high >> 63 != 0) return *this;
-    return {(high << 1) | (low >> 63), low << 1};
-  }
-
-  /// 5/8 = 1/2 + 1/8: ten times as much, but for the binary exponent.
-  constexpr wide_mantissa times_ten() const noexcept { return shifted_right(1).plus(shifted_right(3)).normalised(); }
-
-  /// 4/5 by long division in 32-bit digits: a tenth, but for the binary exponent.
-  constexpr wide_mantissa over_ten() const noexcept {
-    const std::uint64_t digits[] = {high >> 32, high & 0xffffffffU, low >> 32, low & 0xffffffffU};
-    std::uint64_t quotient[4] = {};
-    std::uint64_t remainder = 0;
-    for (int k = 0; k < 4; ++k) {
-      const std::uint64_t dividend = (remainder << 32) + 4 * digits[k];
-      quotient[k] = dividend / 5;
-      remainder = dividend % 5;
-    }
-    for (int k = 3; k > 0; --k) {
-      quotient[k - 1] += quotient[k] >> 32;
-      quotient[k] &= 0xffffffffU;
-    }
-    return wide_mantissa{(quotient[0] << 32) + quotient[1], (quotient[2] << 32) + quotient[3]}.normalised();
-  }
-};
-
-constexpr int smallest_power = -310;
-constexpr int largest_power = 345;
-
-struct power_table {
-  std::uint64_t mantissas[largest_power - smallest_power + 1] = {};
-
-  constexpr power_table() noexcept {
-    constexpr wide_mantissa one{std::uint64_t{1} << 63, 0};
-    wide_mantissa m = one;
-    for (int n = 0; n <= largest_power; ++n, m = m.times_ten()) mantissas[n - smallest_power] = m.high;
-    m = one;
-    for (int n = -1; n >= smallest_power; --n) {
-      m = m.over_ten();
-      mantissas[n - smallest_power] = m.high;
-    }
-  }
-
-  /// 10^n = result * 2^(binary_exponent(n) - 63), truncated.
-  constexpr std::uint64_t operator[](int n) const noexcept { return mantissas[n - smallest_power]; }
-};
-
-constexpr power_table powers_of_ten;
 
 constexpr std::uint64_t small_powers[] = {1,
                                           10,
@@ -105,18 +39,6 @@ constexpr std::uint64_t small_powers[] = {1,
                                           100000000000000000,
                                           1000000000000000000,
                                           10000000000000000000U};
-
-std::uint64_t product_high(std::uint64_t a, std::uint64_t b) noexcept {
-#if defined(__SIZEOF_INT128__)
-  __extension__ using wide = unsigned __int128;
-  return static_cast<std::uint64_t>((static_cast<wide>(a) * b) >> 64);
-#else
-  const std::uint64_t a1 = a >> 32, a0 = a & 0xffffffffU, b1 = b >> 32, b0 = b & 0xffffffffU;
-  const std::uint64_t middle = a1 * b0 + ((a0 * b0) >> 32);
-  const std::uint64_t other = a0 * b1 + (middle & 0xffffffffU);
-  return a1 * b1 + (middle >> 32) + (other >> 32);
-#endif
-}
 
 struct scaled {
   std::uint64_t integer;
@@ -169,18 +91,6 @@ char* format_special(char* out, const char* word) noexcept {
   return out + 3;
 }
 
-unsigned count_digits(std::uint64_t number) noexcept {
-  number |= 1;  // 0 has a digit, too
-  const auto estimate = static_cast<unsigned>(std::bit_width(number) * 1233) >> 12;
-  return estimate + (number >= small_powers[estimate] ? 1 : 0);
-}
-
-char* format_unsigned(char* out, std::uint64_t number) noexcept {
-  const unsigned count = count_digits(number);
-  format_digits(out, number, count);
-  return out + count;
-}
-
 /// value = mantissa * 2^exponent, of a finite, positive value.
 struct binary {
   std::uint64_t mantissa;  // below 2^53
@@ -212,14 +122,6 @@ std::uint64_t round_to_millionths(binary value) noexcept {
 
 }  // namespace
 
-char* format_integer(char* out, std::int64_t value, unsigned width) noexcept {
-  char* end = out;
-  if (value < 0) *end++ = '-';
-  const auto bits = static_cast<std::uint64_t>(value);
-  end = format_unsigned(end, value < 0 ? 0 - bits : bits);
-  return align_right(out, end, width);
-}
-
 char* format_fixed(char* out, double value) noexcept {
   if (!(std::fabs(value) < exact_millionths)) {
     if (!std::isfinite(value)) return format_scientific(out, value, 6);
@@ -227,7 +129,7 @@ char* format_fixed(char* out, double value) noexcept {
   }
   if (std::signbit(value)) *out++ = '-';
   const std::uint64_t millionths = round_to_millionths(split(std::fabs(value)));
-  out = format_unsigned(out, millionths / million);
+  out = format_integer(out, millionths / million);
   *out = '.';
   format_digits(out + 1, millionths % million, 6);
   return out + 7;

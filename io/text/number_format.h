@@ -2,6 +2,7 @@
 #ifndef QEL_GRIDWORK_IO_TEXT_NUMBER_FORMAT_H
 #define QEL_GRIDWORK_IO_TEXT_NUMBER_FORMAT_H
 
+#include <charconv>
 #include <cstdint>
 #include <cstring>
 
@@ -30,8 +31,11 @@ char* format_upper_scientific(char* out, double value, unsigned digits) noexcept
 /// The same for "%f": six digits behind the point.
 char* format_fixed(char* out, double value) noexcept;
 
-/// The same for "%<width>d".
-char* format_integer(char* out, std::int64_t value, unsigned width = 0) noexcept;
+/// The same for "%<width>d", and for an unsigned number of any size.
+template <class Integer>
+char* format_integer(char* out, Integer value, unsigned width = 0) noexcept {
+  return align_right(out, std::to_chars(out, out + longest_integer, value).ptr, width);
+}
 
 }  // namespace qel::gridwork::detail::io
 

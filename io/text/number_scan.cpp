@@ -1,10 +1,12 @@
 #include "io/text/number_scan.h"
 
+#include <bit>
 #include <charconv>
 #include <cstdint>
 #include <limits>
 
 #include "io/text/plain_number.h"
+#include "io/text/powers_of_ten.h"
 #include "io/text/text.h"
 
 namespace qel::gridwork::detail::io {
@@ -66,6 +68,28 @@ double out_of_range_value(const char* text, const char* end, std::int64_t expone
   return leading_place(text, end) + exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
 }
 
+/// The nearest double from one product with a power of ten, as in "Number parsing at a gigabyte per second" (Lemire 2021),
+/// but with 64 bits of the power. The product is too small by less than three units of its upper half; false when that
+/// leaves the rounding open, and outside the range of normal numbers.
+bool convert_by_product(const decimal& number, double& value) noexcept {
+  constexpr std::uint64_t most_digits = 19;  // that 64 bits hold
+  if (number.digits > most_digits || number.mantissa == 0) return false;
+  if (number.exponent < smallest_power || number.exponent > largest_power) return false;
+  const auto power = static_cast<int>(number.exponent);
+  const int shift = std::countl_zero(number.mantissa);
+  const std::uint64_t product = product_high(number.mantissa << shift, powers_of_ten[power]);
+  const auto dropped = static_cast<unsigned>(10 + (product >> 63));  // what is left has 53 bits
+  const int biased = binary_exponent(power) + 1 - shift + static_cast<int>(dropped) + 1075;
+  if (biased < 1 || biased > 2045) return false;
+  const std::uint64_t rest = product & ((std::uint64_t{1} << dropped) - 1);
+  const std::uint64_t half = std::uint64_t{1} << (dropped - 1);
+  if (rest <= half && half < rest + 3) return false;
+  const std::uint64_t mantissa = (product >> dropped) + (rest > half ? 1 : 0);
+  constexpr std::uint64_t implied = std::uint64_t{1} << 52;
+  value = std::bit_cast<double>((static_cast<std::uint64_t>(biased) << 52) + (mantissa - implied));
+  return true;
+}
+
 double convert_decimal(const char* text, const char* end) noexcept {
   double value = 0;
   const auto result = std::from_chars(text, end, value);
@@ -116,13 +140,16 @@ const char* scan_unsigned(const char* text, double* value) noexcept {
   decimal number;
   const char* const end = scan_decimal(text, number);
   if (number.digits == 0) return scan_word(text, value != nullptr ? *value : ignored);
-  if (value != nullptr && !convert_exactly(number, *value)) *value = convert_decimal(text, end);
+  if (value != nullptr && !convert_exactly(number, *value)) *value = convert_rounded(number, text, end);
   return end;
 }
 
-const char* skip_sign(const char* text) noexcept { return *text == '-' || *text == '+' ? text + 1 : text; }
-
 }  // namespace
+
+double convert_rounded(const decimal& number, const char* text, const char* end) noexcept {
+  double value = 0;
+  return convert_by_product(number, value) ? value : convert_decimal(text, end);
+}
 
 const char* scan_double(const char* text, double& value) noexcept {
   text = skip_blanks(text);

@@ -23,8 +23,7 @@ inline const char* scan_number(const char* text, double& value) noexcept {
 
 inline const char* skip_number(const char* text) noexcept {
   decimal number;
-  bool negative = false;
-  const char* const end = scan_plain_form(text, number, negative);
+  const char* const end = scan_plain_form(skip_sign(skip_blanks(text)), number);
   return end != nullptr ? end : skip_double(text);
 }
 

@@ -31,6 +31,9 @@ inline bool convert_exactly(const decimal& number, double& value) noexcept {
   return true;
 }
 
+/// Without a branch, for it would be a guess.
+constexpr const char* skip_sign(const char* text) noexcept { return text + (*text == '-' || *text == '+' ? 1 : 0); }
+
 /// True when a word of eight characters, of which the lowest byte is the first, is all digits.
 constexpr bool is_eight_digits(std::uint64_t word) noexcept {
   return (((word + 0x4646464646464646) | (word - 0x3030303030303030)) & 0x8080808080808080) == 0;
@@ -73,12 +76,9 @@ inline const char* scan_plain_exponent(const char* text, std::int64_t& exponent)
   return end;
 }
 
-/// Skips blanks and scans the form of a decimal number. Null when there is none, and when it does not end at a blank, a
+/// Scans the form of a decimal number without a sign. Null when there is none, and when it does not end at a blank, a
 /// control character or the end of the text.
-inline const char* scan_plain_form(const char* text, decimal& number, bool& negative) noexcept {
-  text = skip_blanks(text);
-  negative = *text == '-';
-  text += negative || *text == '+' ? 1 : 0;
+inline const char* scan_plain_form(const char* text, decimal& number) noexcept {
   const char* end = append_digits(text, number.mantissa);
   number.digits = static_cast<std::uint64_t>(end - text);
   if (*end == '.') {
@@ -92,12 +92,18 @@ inline const char* scan_plain_form(const char* text, decimal& number, bool& nega
   return end == nullptr || static_cast<unsigned char>(*end) > ' ' ? nullptr : end;
 }
 
-/// Scans what scan_double() scans, if it is in plain form and exact at once; else returns null.
+/// The double nearest to a number that was scanned from [text, end), where convert_exactly() does not tell it.
+double convert_rounded(const decimal& number, const char* text, const char* end) noexcept;
+
+/// Scans what scan_double() scans, if it is in plain form; else returns null.
 inline const char* scan_plain_double(const char* text, double& value) noexcept {
+  text = skip_blanks(text);
+  const bool negative = *text == '-';
+  text = skip_sign(text);
   decimal number;
-  bool negative = false;
-  const char* const end = scan_plain_form(text, number, negative);
-  if (end == nullptr || !convert_exactly(number, value)) return nullptr;
+  const char* const end = scan_plain_form(text, number);
+  if (end == nullptr) return nullptr;
+  if (!convert_exactly(number, value)) value = convert_rounded(number, text, end);
   const std::uint64_t sign = negative ? std::uint64_t{1} << 63 : 0;  // no branch: it would be a guess
   value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) | sign);
   return end;
