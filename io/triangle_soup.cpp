@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
+#include "core/compact_columns.h"
 #include "core/index_flags.h"
 #include "core/limits.h"
 #include "core/result.h"
@@ -29,17 +31,6 @@ std::uint64_t renumber(dense2D<unsigned>& connectivity, const dense1D<unsigned>&
     unsigned* nodes = connectivity.column(kept++);
     nodes[0] = a, nodes[1] = b, nodes[2] = c;
     for (const unsigned node : {a, b, c}) used.insert(node);
-  }
-  return kept;
-}
-
-/// Moves up the nodes that are used and makes the map of their new indices. Returns their number.
-std::uint64_t compact(dense2D<double>& coords, const index_flags& used, dense1D<unsigned>& new_IDs) noexcept {
-  unsigned kept = 0;
-  for (unsigned i = 0; i < coords.cols(); ++i) {
-    if (!used.contains(i)) continue;
-    if (kept < i) std::copy_n(coords.column(i), 3, coords.column(kept));
-    new_IDs[i] = kept++;
   }
   return kept;
 }
@@ -127,7 +118,7 @@ int triangle_soup::merge_near_nodes() {
   if (!used.reset(node_count_)) return out_of_memory;
   const std::uint64_t triangles = renumber(connectivity_, new_IDs, used);
   if (merged == 0 && triangles == triangle_count_) return 0;
-  const std::uint64_t nodes = compact(coords_, used, new_IDs);
+  const std::uint64_t nodes = compact_columns(coords_, used, new_IDs);
   if (!connectivity_.resize(3, triangles) || !coords_.resize(3, nodes)) return out_of_memory;
   change_indices(connectivity_, new_IDs);
   return 0;
@@ -138,7 +129,7 @@ bool triangle_soup::hand_out_raw() {
   const std::uint64_t count = 3 * raw_.cols();
   if (count >= none || !coords_.resize(3, count) || !connectivity_.resize(3, raw_.cols())) return false;
   std::copy_n(raw_.data(), raw_.size(), coords_.data());
-  for (unsigned i = 0; i < count; ++i) connectivity_.data()[i] = i;
+  std::iota(connectivity_.data(), connectivity_.data() + count, 0U);
   raw_.clear_hard();
   return true;
 }

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "core/columns.h"
+#include "core/compact_columns.h"
 #include "core/index_flags.h"
 #include "core/limits.h"
 #include "core/result.h"
@@ -63,19 +64,6 @@ void mark_used(const dense2D<unsigned>& connectivity, index_flags& used) {
   });
 }
 
-/// Moves the used columns up, from first_node on. Returns the number of columns that are left.
-unsigned compact_nodes(dense2D<double>& coords, const index_flags& used, dense1D<unsigned>& new_IDs,
-                       unsigned first_node) noexcept {
-  for (unsigned i = 0; i < first_node; ++i) new_IDs[i] = i;
-  unsigned kept = first_node;
-  for (unsigned i = first_node; i < new_IDs.size(); ++i) {
-    if (!used.contains(i)) continue;
-    if (kept < i) std::copy(coords.begin_column(i), coords.end_column(i), coords.begin_column(kept));
-    new_IDs[i] = kept++;
-  }
-  return kept;
-}
-
 }  // namespace
 
 int remove_degenerated(dense2D<unsigned>& connectivity, dense1D<unsigned>& new_elements, bool strict) {
@@ -116,7 +104,7 @@ int simplify(dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned
   if (!new_IDs.resize(count, none)) return out_of_memory;
 
   for (const dense2D<unsigned>* matrix = first; matrix != last; ++matrix) mark_used(*matrix, used);
-  const unsigned kept = compact_nodes(coords, used, new_IDs, first_node);
+  const unsigned kept = compact_columns(coords, used, new_IDs, first_node);
   if (!coords.resize(coords.rows(), kept)) return out_of_memory;
   if (kept < count) {
     for (dense2D<unsigned>* matrix = first; matrix != last; ++matrix) change_indices(*matrix, new_IDs);
