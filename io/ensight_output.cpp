@@ -3,8 +3,8 @@
 #include <string_view>
 
 #include "core/result.h"
+#include "io/ensight.h"
 #include "io/matrix_range.h"
-#include "io/node_order.h"
 #include "io/text/file.h"
 #include "io/text/text_writer.h"
 #include "qel/gridwork/elements.h"
@@ -16,45 +16,10 @@ using namespace detail;
 
 namespace {
 
-using io::in_order;
 using io::matrix_range;
-using io::node_order;
 using io::text_writer;
-
-/// EnSight's element of an element type; without a name, there is none.
-struct ensight_element {
-  std::string_view name;
-  node_order order;
-};
-
-constexpr ensight_element no_element = {"", {}};
-
-constexpr ensight_element elements[] = {
-    no_element,                      // ELT_UNKNOWN
-    no_element,                      // ELT_NODE
-    no_element,                      // ELT_EDGE_MIX
-    {"bar2", in_order(2)},           // ELT_EDGE2
-    {"bar3", in_order(3)},           // ELT_EDGE3
-    no_element,                      // ELT_FACE_MIX
-    {"tria3", in_order(3)},          // ELT_TRIA3
-    {"quad4", in_order(4)},          // ELT_QUAD4
-    {"tria6", io::tria6_order},      // ELT_TRIA6
-    {"quad8", in_order(8)},          // ELT_QUAD8
-    {"quad8", in_order(8)},          // ELT_QUAD9
-    no_element,                      // ELT_SOLID_MIX
-    {"tetra4", io::tetra4_order},    // ELT_TETRA4
-    {"tetra10", io::tetra10_order},  // ELT_TETRA10
-    no_element,                      // ELT_PYRAMID5
-    no_element,                      // ELT_PYRAMID13
-    no_element,                      // ELT_PYRAMID14
-    {"penta6", in_order(6)},         // ELT_WEDGE6
-    no_element,                      // ELT_WEDGE15
-    {"penta6", in_order(6)},         // ELT_WEDGE18
-    {"hexa8", in_order(8)},          // ELT_HEXA8
-    {"hexa20", in_order(20)},        // ELT_HEXA20
-    {"hexa20", in_order(20)},        // ELT_HEXA27
-};
-static_assert(sizeof(elements) / sizeof(elements[0]) == ELT_HEXA27 + 1);
+using io::ensight::elements;
+using io::ensight::ensight_element;
 
 constexpr unsigned id_width = 8;
 constexpr unsigned number_width = 12;

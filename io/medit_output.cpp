@@ -7,6 +7,7 @@
 #include "core/elements.h"
 #include "core/result.h"
 #include "io/matrix_range.h"
+#include "io/medit.h"
 #include "io/reference_order.h"
 #include "io/text/file.h"
 #include "io/text/text_writer.h"
@@ -21,49 +22,8 @@ namespace {
 
 using io::matrix_range;
 using io::text_writer;
-
-/// How an element appears in a file: the section, and its nodes by local number. Without nodes, it does not appear.
-struct section {
-  std::string_view keyword;
-  unsigned nodes;
-  unsigned char order[8];
-};
-
-constexpr section no_section = {"", 0, {}};
-constexpr section edges = {"Edges\n", 2, {0, 1}};
-constexpr section triangles = {"Triangles\n", 3, {0, 1, 2}};
-constexpr section quadrilaterals = {"Quadrilaterals\n", 4, {0, 1, 2, 3}};
-constexpr section tetrahedra = {"Tetrahedra\n", 4, {0, 1, 2, 3}};
-constexpr section pyramids = {"Hexahedra\n", 8, {0, 1, 2, 3, 4, 4, 4, 4}};
-constexpr section wedges = {"Hexahedra\n", 8, {0, 1, 2, 2, 3, 4, 5, 5}};
-constexpr section hexahedra = {"Hexahedra\n", 8, {0, 1, 2, 3, 4, 5, 6, 7}};
-
-constexpr section sections[] = {
-    no_section,      // ELT_UNKNOWN
-    no_section,      // ELT_NODE
-    no_section,      // ELT_EDGE_MIX
-    edges,           // ELT_EDGE2
-    edges,           // ELT_EDGE3
-    no_section,      // ELT_FACE_MIX
-    triangles,       // ELT_TRIA3
-    quadrilaterals,  // ELT_QUAD4
-    triangles,       // ELT_TRIA6
-    quadrilaterals,  // ELT_QUAD8
-    quadrilaterals,  // ELT_QUAD9
-    no_section,      // ELT_SOLID_MIX
-    tetrahedra,      // ELT_TETRA4
-    tetrahedra,      // ELT_TETRA10
-    pyramids,        // ELT_PYRAMID5
-    no_section,      // ELT_PYRAMID13
-    pyramids,        // ELT_PYRAMID14
-    wedges,          // ELT_WEDGE6
-    no_section,      // ELT_WEDGE15
-    wedges,          // ELT_WEDGE18
-    hexahedra,       // ELT_HEXA8
-    hexahedra,       // ELT_HEXA20
-    hexahedra,       // ELT_HEXA27
-};
-static_assert(sizeof(sections) / sizeof(sections[0]) == ELT_HEXA27 + 1);
+using io::medit::section;
+using io::medit::sections;
 
 // --- Elements with their references, one plain type after another --------------------------------------------------
 

@@ -10,6 +10,7 @@
 #include "io/text/file.h"
 #include "io/text/number_scan.h"
 #include "io/text/text.h"
+#include "io/text/token_reader.h"
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
@@ -19,70 +20,9 @@ using namespace detail;
 namespace {
 
 using io::block_reader;
+using io::token_reader;
 
 constexpr int malformed = -2;
-
-/// Cuts a stream into lines and their tokens, of which it needs only one at a time in memory.
-class token_reader {
- public:
-  explicit token_reader(block_reader& blocks) noexcept : blocks_(blocks) {}
-
-  /// Skips blanks. True when a token of this line follows, which then starts at text().
-  bool at_token() noexcept {
-    const char* p = io::skip_blanks(text());
-    if (static_cast<std::uint64_t>(blocks_.end() - p) < limits::obj_token) return fetch_token();
-    pass(p);
-    return *p != '\n';
-  }
-
-  const char* text() const noexcept { return blocks_.begin(); }
-
-  /// True where a token ends.
-  bool is_end(const char* p) const noexcept { return io::ends_token(*p) || p == blocks_.end(); }
-
-  /// True when a token ends at `p`, so far from its start that it was at hand.
-  bool ends_token(const char* p) const noexcept {
-    return is_end(p) && static_cast<std::uint64_t>(p - text()) < limits::obj_token;
-  }
-
-  /// Goes on behind `p`.
-  void pass(const char* p) noexcept { blocks_.consume(static_cast<std::uint64_t>(p - text())); }
-
-  /// Has lines read where they lie; read(start, end) returns the start of the first line that it left.
-  template <class Read>
-  void pass_lines(Read read) noexcept {
-    pass(read(text(), blocks_.end()));
-  }
-
-  std::uint64_t position() const noexcept { return blocks_.position(); }
-
-  /// Goes to the next line; false when there is none.
-  bool next_line() noexcept {
-    while (blocks_.fill(1)) {
-      const void* newline = std::memchr(text(), '\n', blocks_.available());
-      if (newline != nullptr) {
-        pass(static_cast<const char*>(newline) + 1);
-        return true;
-      }
-      pass(blocks_.end());
-    }
-    return false;
-  }
-
- private:
-  /// As at_token(), where a block ends.
-  bool fetch_token() noexcept {
-    while (blocks_.fill(1)) {
-      pass(io::skip_blanks(text()));
-      if (blocks_.available() == 0) continue;
-      blocks_.fill(limits::obj_token);
-      return *text() != '\n';
-    }
-    return false;
-  }
-
-  block_reader& blocks_;
-};
 
 enum class record { vertex, normal, texture, face, other };
 

@@ -19,8 +19,6 @@ struct obj_records {
   bool has_normals = false;
 };
 
-constexpr bool ends_token(char c) noexcept { return is_blank(c) || c == '\n'; }
-
 /// Reads complete lines of plain numbers and indices, as long as there is room for what they hold.
 ///
 /// The text ends with a NUL and scan_margin bytes more. No line is taken that is cut off there, or unusual in any way:

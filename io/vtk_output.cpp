@@ -10,6 +10,7 @@
 #include "io/matrix_range.h"
 #include "io/text/file.h"
 #include "io/text/text_writer.h"
+#include "io/vtk.h"
 #include "qel/gridwork/elements.h"
 #include "qel/gridwork/io.h"
 
@@ -21,37 +22,9 @@ namespace {
 
 using io::matrix_range;
 using io::text_writer;
-
-constexpr unsigned poly_vertex = 2;
-constexpr unsigned tetra = 10;
-
-/// VTK's type of the cell made of an element's vertices; 0 where there is none.
-constexpr unsigned vtk_types[] = {
-    0,      // ELT_UNKNOWN
-    0,      // ELT_NODE
-    0,      // ELT_EDGE_MIX
-    3,      // ELT_EDGE2
-    3,      // ELT_EDGE3
-    0,      // ELT_FACE_MIX
-    5,      // ELT_TRIA3
-    9,      // ELT_QUAD4
-    5,      // ELT_TRIA6
-    9,      // ELT_QUAD8
-    9,      // ELT_QUAD9
-    0,      // ELT_SOLID_MIX
-    tetra,  // ELT_TETRA4
-    tetra,  // ELT_TETRA10
-    14,     // ELT_PYRAMID5
-    0,      // ELT_PYRAMID13
-    14,     // ELT_PYRAMID14
-    13,     // ELT_WEDGE6
-    0,      // ELT_WEDGE15
-    13,     // ELT_WEDGE18
-    12,     // ELT_HEXA8
-    12,     // ELT_HEXA20
-    12,     // ELT_HEXA27
-};
-static_assert(sizeof(vtk_types) / sizeof(vtk_types[0]) == ELT_HEXA27 + 1);
+using io::vtk::poly_vertex;
+using io::vtk::tetra;
+using io::vtk::vtk_types;
 
 /// What an element of a type becomes: a cell of its vertices, and one of its other nodes if it has any.
 struct cell_form {

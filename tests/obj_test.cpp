@@ -68,6 +68,12 @@ TEST_F(obj_files, lines_of_every_kind) {
       {"f -2147483648 1 1\nf -2147483649 1 1", "-2\n3 (2147483647 0 0)\n"},
       {"vt 1 2\nvt 1\nvt 1 2 3\nvt 3 4\nvt", "0\nt (1 2) (3 4)\n"},
       {"v 1 2 3x", "-2\n"},
+      {"\xef\xbb\xbfv 9 9 9\n" + three + "f 1 2 3", "0\n" + nodes + "3 (0 1 2)\n"},  // a byte order mark
+      {"v 1 2 3 \\\n4 5 6\nv 1 2 \\\n3", "-2\nv (1 2 3)\n"},
+      {three + "f 1 2 3 \\\n1", "-2\n" + nodes},
+      {three + "f 1 2 3 # why", "-2\n" + nodes},
+      {"v 1 2 3\rv 4 5 6\rf 1 1 1\r", "0\nv (1 2 3)\n"},
+      {"# all of it\rv 1 2 3\r", "0\n"},
       {"vn 1 2 3 4", "-2\n"},
       {"vn 1 2 3 x", "0\nn (1 2 3)\n"},
       {"vt 1 2 3 4", "-2\n"},

@@ -6,12 +6,14 @@
 #include <chrono>
 #include <clocale>
 #include <csignal>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <thread>
 
 #include "core/limits.h"
 #include "io/stl_geometry.h"
+#include "io/text/line_reader.h"
 #include "random_meshes.h"
 #include "stl_reference.h"
 #include "written_file.h"
@@ -360,6 +362,19 @@ TEST_F(stl, lines_across_the_borders_of_blocks) {
   for (const std::size_t cut : {0U, 1U, 700U, 1000000U}) {
     EXPECT_EQ(read_bytes(text.substr(0, text.size() - cut)).code, cut < 2 ? 0 : -3);
   }
+}
+
+TEST_F(stl, tails_of_lines_can_be_dropped) {
+  const string text =
+      string(255, 'a') + "\n" + string(600, 'b') + "\nc\n" + string(254, 'd') + "\n\n" + string(256, 'e');
+  const gw::detail::io::file file(hold(text), "rb");
+  gw::detail::io::block_reader blocks(file.stream());
+  ASSERT_TRUE(blocks.prepare());
+  gw::detail::io::line_reader lines(blocks);
+  std::vector<string> found;
+  while (const char* line = lines.next_without_tail()) found.emplace_back(line, std::strcspn(line, "\n"));
+  EXPECT_EQ(found,
+            (std::vector<string>{string(255, 'a'), string(255, 'b'), "c", string(254, 'd'), "", string(255, 'e')}));
 }
 
 }  // namespace

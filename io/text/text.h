@@ -19,6 +19,8 @@ constexpr bool is_digit(char c) noexcept { return c >= '0' && c <= '9'; }
 /// White space but for the newline, which ends a line.
 constexpr bool is_blank(char c) noexcept { return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f'; }
 
+constexpr bool ends_token(char c) noexcept { return is_blank(c) || c == '\n'; }
+
 constexpr bool ends_line(char c) noexcept { return c == '\0' || c == '\n'; }
 
 constexpr const char* skip_blanks(const char* text) noexcept {
