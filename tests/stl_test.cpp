@@ -268,6 +268,20 @@ TEST_F(stl, output_codes) {
   }
 }
 
+TEST_F(stl, normals_of_extreme_triangles) {
+  const struct {
+    double size;
+    const char* z;
+  } cases[] = {{1e-70, "1.000000e+00"}, {1e-100, "1.000000e-200"}, {1e-170, "0.000000e+00"},
+               {1e70, "1.000000e+00"},  {1e100, "0.000000e+00"},   {1e170, "nan"}};
+  for (const auto& c : cases) {
+    const dense2D<double> coords(2, 3, {0, 0, c.size, 0, 0, c.size});
+    ASSERT_EQ(gw::STL_output(path(), coords, dense2D<unsigned>(3, 1, {0, 1, 2}), true), 0);
+    const string text = content(), line = text.substr(0, text.find('\n', text.find("facet")));
+    EXPECT_TRUE(line.ends_with(c.z)) << c.size << ": " << line;
+  }
+}
+
 TEST_F(stl, streams_that_are_no_plain_files) {
   if (fs::exists("/dev/zero")) {
     EXPECT_EQ(read_twice("/dev/zero", "endless").code, 0);

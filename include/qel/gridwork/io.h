@@ -1,13 +1,42 @@
 /// @file
 /// Mesh files: STL and OBJ, read and written; VTK, MEDIT, NASTRAN and EnSight, written.
 ///
-/// Writers, but for STL: a file that is created and then refused is left empty; every file is closed when a function
-/// returns; failures of the stream while writing are not reported. Memory: one block of constant size, whatever the
-/// size of the mesh. Readers take a failure of the stream for the end of the file. Numbers are those of `printf` in the
-/// "C" locale; an index prints as "%d" prints it, so indices from 2^31 on appear negative. Types are enumerators of
-/// element_type; a mixed matrix with the row count of a smaller member holds only that member, and a matrix without
-/// entries no element. The overloads on a range take the matrices from `first` up to but excluding `last`, matrix i
-/// being of the type `codes[i]`.
+/// Every file is closed when a function returns. Types are enumerators of element_type; a mixed matrix with the row
+/// count of a smaller member holds only that member, and a matrix without entries no element. The overloads on a range
+/// take the matrices from `first` up to but excluding `last`, matrix i being of the type `codes[i]`.
+///
+/// Readers take a failure of the stream for the end of the file. A call that a signal breaks off is repeated, also by
+/// writers; only a stream of the caller's, which has a buffer, may lose what the buffer held then.
+///
+/// Numbers are those of `printf` in the "C" locale. A refused call leaves an empty file, unless it is said that nothing
+/// is created; then a file that was there stays as it was. Memory: one block of constant size, whatever the size of the
+/// mesh.
+///
+/// | format | numbers | indices | a mesh without nodes and elements |
+/// |---|---|---|---|
+/// | STL, text | `%e` | | the lines "solid QEL" and "endsolid QEL" |
+/// | STL, binary | 32-bit floats, those beyond their range infinite | | 84 bytes |
+/// | OBJ | `%.8e` | `%u` | no byte |
+/// | VTK | `%f`, so that numbers below 5e-7 are lost | `%d` | header, "POINTS 0 double", "CELLS 0 0", "CELL_TYPES 0" |
+/// | MEDIT | `%E` | `%d` | header, "Vertices", 0 and "End" |
+/// | MEDIT, solution | `%E` | | the line of counts; of scalars an empty line behind it |
+/// | NASTRAN | `%16E` | `%d`, for nodes `%16d` | no file |
+/// | EnSight | `%12.5e` | `%8d` | header and 0 |
+///
+/// `%d` prints indices from 2^31 on as negative. Index + 1 is printed everywhere but in VTK, `~0U` as 0. EnSight's
+/// columns overflow, and its files cannot be read, from the ID 10^8 on and by negative coordinates whose exponent has
+/// three digits.
+///
+/// What writers leave out or do not report, with the result 0:
+/// - failures of the stream while writing: all but STL
+/// - OBJ, short forms: matrices of other types than ELT_TRIA3 and ELT_QUAD4
+/// - MEDIT: nodes that are no vertices; all elements of ELT_UNKNOWN, ELT_NODE, ELT_EDGE_MIX, ELT_PYRAMID13 and
+///   ELT_WEDGE15; elements of reference `~0U`
+/// - NASTRAN: all elements of ELT_UNKNOWN, ELT_NODE and ELT_EDGE_MIX; columns of no block; the middle node of ELT_EDGE3
+///   and the last nodes of ELT_QUAD9, ELT_PYRAMID14, ELT_WEDGE18 and ELT_HEXA27
+/// - EnSight: all elements of the mixed types, of pyramids, ELT_WEDGE15, ELT_UNKNOWN and ELT_NODE; the last nodes of
+///   ELT_QUAD9, ELT_WEDGE18 and ELT_HEXA27
+/// - OBJ, NASTRAN, EnSight and vtk_convert(): indices that `coords` does not have
 #ifndef QEL_GRIDWORK_IO_H
 #define QEL_GRIDWORK_IO_H
 
@@ -33,13 +62,13 @@ namespace gridwork {
 ///
 /// @param filename      path of the file. One that cannot be read twice (a pipe) is read as binary only if what makes
 ///                      it no text stands in its first 256 KiB, as it does in any binary file; else the code of the
-///                      text reader is returned
+///                      text reader is returned: -3
 /// @param coords        overwritten: 3 x nodes
 /// @param connectivity  overwritten: 3 x triangles (ELT_TRIA3)
 /// @return 0
 ///         -1 when the file cannot be opened
-///         -2 when it is neither text (first line with "solid") nor has the 80 bytes of a binary header
-///         -3 when triangles or their count are cut short
+///         -2 when it is no text of this form and has fewer than the 80 bytes of a binary header
+///         -3 when it is no text of this form, has these bytes, and triangles or their count are cut short
 ///         -199 when memory ran out
 ///         On every negative result both outputs are empty. A file that fails as text and as binary gives the code of
 ///         the binary reader.
@@ -48,6 +77,9 @@ namespace gridwork {
 QEL_GRIDWORK_API int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity);
 
 /// Writes a triangle mesh as a text or binary STL file, with the unit normal of each triangle (0 0 0 if degenerate).
+///
+/// Where twice the area of a triangle lies outside of 1e-153 to 1e153, its square has no place in a double, and the
+/// normal is the product of two edges as it is, 0 0 0 or NaN.
 ///
 /// @param filename      path; an existing file is overwritten
 /// @param coords        2 or 3 x nodes; with 2 rows z = 0 is written
@@ -67,14 +99,18 @@ QEL_GRIDWORK_API int STL_output(const char* filename, const dense2D<double>& coo
 ///
 /// Lines that start with "v", "vn", "vt" and "f" count, all others are skipped. Blanks are space, tab, CR, VT and FF.
 /// The numbers of a line end at the first token that is not a number as `scanf` reads "%lg" in the "C" locale, or has
-/// more than 4095 characters. Lines may be of any length, and the last one may lack its newline.
+/// more than 4095 characters. Lines may be of any length, and the last one may lack its newline. Nothing else is taken
+/// for the end of a line: a file with CR alone is one line. A byte order mark belongs to the first word, so that the
+/// first line is skipped; a vertex there is missing then, and all faces are shifted. A line that ends with a backslash
+/// does not go on: the backslash ends the numbers, and is no corner of a face. Nor is a comment behind a face (-2).
 ///
 /// - "v": at least 3 numbers, of which the first 3 count. "vn": 3 numbers.
 /// - "vt": 1 to 3 numbers; the first such line sets the row count of `uvs`, and lines with another count are dropped.
 /// - "f": corners "v", "v/vt", "v//vn" or "v/vt/vn". Only the vertex index is kept, k as the node k - 1, and 0 or
 ///   nothing as the number of vertices read so far. Faces of neither 3 nor 4 corners are skipped. Nodes are not
-///   compared with the number of vertices: check_IDs() does that. Indices relative to the end are not resolved: -1
-///   becomes the node 4294967294, which no mesh has.
+///   compared with the number of vertices: check_IDs() does that. An index may have a sign, and a slash nothing behind
+///   it ("1/", "1//", "1/2/"). Indices relative to the end are not resolved:
+///   -1 becomes the node 4294967294, which no mesh has.
 ///
 /// @param filename   path of the file, which need not be seekable
 /// @param coords     overwritten: 3 x vertices
