@@ -3,10 +3,10 @@
 #include <iterator>
 
 #include "core/coordinates.h"
+#include "core/edge_vector.h"
 #include "core/elementary.h"
 #include "core/elements.h"
 #include "core/result.h"
-#include "core/scaling.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/metrics.h"
 #include "qel/gridwork/quality.h"
@@ -40,36 +40,6 @@ struct edge_ends {
   friend bool operator<(const edge_ends& x, const edge_ends& y) noexcept { return x.a != y.a ? x.a < y.a : x.b < y.b; }
 };
 
-/// The vector along an edge.
-template <unsigned Dim>
-struct edge_vector {
-  double e[Dim];
-
-  edge_vector(const dense2D<double>& coords, edge_ends edge) noexcept {
-    for (unsigned k = 0; k < Dim; ++k) e[k] = coords(k, edge.b) - coords(k, edge.a);
-  }
-
-  double length() const noexcept {
-    edge_vector unit = *this;
-    const int exponent = scale_exponent(largest_magnitude(e, e + Dim));
-    scale(unit.e, unit.e + Dim, exponent);
-    double sum = 0;
-    for (const double component : unit.e) sum += component * component;
-    double result = std::sqrt(sum);
-    scale(&result, &result + 1, -exponent);
-    return result;
-  }
-};
-
-double squared_length(const symmetric_fixed<double, 2>& M, const double* e) noexcept {
-  return M[0] * e[0] * e[0] + 2 * M[1] * e[0] * e[1] + M[2] * e[1] * e[1];
-}
-
-double squared_length(const symmetric_fixed<double, 3>& M, const double* e) noexcept {
-  return M[0] * e[0] * e[0] + 2 * M[1] * e[0] * e[1] + M[2] * e[1] * e[1] + 2 * M[3] * e[0] * e[2] +
-         2 * M[4] * e[1] * e[2] + M[5] * e[2] * e[2];
-}
-
 /// One size per node.
 template <unsigned Dim>
 class isotropic_field {
@@ -80,7 +50,7 @@ class isotropic_field {
   bool is_sound(edge_ends edge) const noexcept { return has_size(edge.a) && has_size(edge.b); }
 
   double quality(edge_ends edge) const noexcept {
-    return relative_length(edge_vector<Dim>(coords_, edge).length(), sizes_[edge.a], sizes_[edge.b]);
+    return relative_length(edge_vector<Dim>(coords_, edge.a, edge.b).length(), sizes_[edge.a], sizes_[edge.b]);
   }
 
  private:
@@ -103,7 +73,7 @@ class anisotropic_field {
   bool is_sound(edge_ends edge) const noexcept { return has_metric(edge.a) && has_metric(edge.b); }
 
   double quality(edge_ends edge) const noexcept {
-    const edge_vector<Dim> along(coords_, edge);
+    const edge_vector<Dim> along(coords_, edge.a, edge.b);
     const double a2 = squared_length(metric(edge.a), along.e);
     const double b2 = squared_length(metric(edge.b), along.e);
     if (!(a2 > 0 && b2 > 0)) return 0;
