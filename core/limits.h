@@ -155,6 +155,15 @@ constexpr std::uint64_t elements_ahead = limit<std::uint64_t>(16, 2);
 /// whole mesh; beyond, tables by node would cost more than sorting the pairs.
 constexpr unsigned nodes_per_edge = 2;
 
+// --- metrics -------------------------------------------------------------------------------------------------------
+
+/// Children of an entry of the heap of waiting nodes: half as deep as with two, and they lie in one cache line.
+constexpr unsigned heap_children = limit(4U, 2U);
+
+/// The square of a length in a metric is good as it comes between the inverse of this and this: far from where its terms
+/// leave the range of numbers. Beyond, the tensor and the edge are scaled first, which takes three times as long.
+constexpr double safe_square = limit(0x1p900, 4.0);
+
 // --- io ------------------------------------------------------------------------------------------------------------
 
 /// Bytes that are read and written at once: they fit the second cache.

@@ -260,6 +260,37 @@ void quality_and_metrics(trial& t, const inputs& in) {
   CALL(overwrite_invalid_metrics(tensors, M) + overwrite_invalid_metrics(tensors, in.sizes), kept(tensors));
 }
 
+void along_edges(trial& t, const inputs& in) {
+  const nodes &c = in.coords, &M = in.tensors;
+  const matrix& m = in.mesh;
+  const element_type type = in.type;
+  reals generated{1, 2}, sizes = own(in.sizes);
+  nodes tensors = in.own(M), other_tensors = in.own(M);
+  for (unsigned i = 0; i < sizes.size(); i += 3) sizes[i] *= 100;
+  for (unsigned j = 0; j < M.cols(); ++j) {
+    for (unsigned k = 0; k < M.rows(); ++k) tensors(k, j) = other_tensors(k, j) *= 1 + j % 7;
+  }
+  ids x{1};
+  double shock = 0;
+  histogram H(0, 9, 11);
+  for (const size_rule rule : {SIZE_MEAN, SIZE_SHORTEST}) {
+    CALL(metrics_gen_iso(c, m, type, generated, rule), emptied(generated));
+  }
+  CALL(H_shock(c, m, type, in.sizes, shock), anything(shock));
+  CALL(H_shock(c, m, type, M, shock), anything(shock));
+  CALL((H.clear(), H_shock(c, m, type, in.sizes, H)), spoilt(H));
+  CALL((H.clear(), H_shock(c, m, type, M, H)), spoilt(H));
+  reals other_sizes = own(sizes);
+  CALL(bound_metric_variations(c, m, type, sizes, 0.3), kept(sizes));
+  CALL(bound_metric_variations(c, m, type, other_sizes, 0.2, x), kept(other_sizes), emptied(x));
+  CALL(bound_metric_gradations(c, m, type, sizes, 1.1), kept(sizes));
+  CALL(bound_metric_gradations(c, m, type, other_sizes, 1.05, x), kept(other_sizes), emptied(x));
+  CALL(bound_metric_gradations(c, m, type, tensors, 1.4), kept(tensors));
+  CALL(bound_metric_gradations(c, m, type, other_tensors, 1.3, x), kept(other_tensors), emptied(x));
+  CALL(bound_metric_variations(c, m, type, tensors, 0.2), kept(tensors));
+  CALL(bound_metric_variations(c, m, type, other_tensors, 0.1, x), kept(other_tensors), emptied(x));
+}
+
 template <unsigned N>
 void of_tensors(const inputs& in, const auto& each) {
   using tensor = qel::symmetric_fixed<double, N>;
@@ -307,6 +338,10 @@ void formulas(trial& t, const inputs& in) {
   each("edge_quality", [&](unsigned j, digest& d) {
     double q = 0;
     d.add(edge_quality(in.coords(0, j), in.sizes[j], in.sizes[j - 1], q)), d.add(q);
+  });
+  each("H_shock", [&](unsigned j, digest& d) {
+    double shock = 0;
+    d.add(H_shock(in.coords(0, j), in.sizes[j], in.sizes[j - 1], shock)), d.add(shock);
   });
   histogram H(0, 4, 7);
   each("histogram", [&](unsigned j, digest& d) {
@@ -395,5 +430,5 @@ std::unique_ptr<inputs> make_inputs(element_type type, unsigned dim, unsigned co
   return made;
 }
 
-const std::vector<call_body> all_calls = {arrays,   index_tools,         transforms, detector, merging,
-                                          topology, quality_and_metrics, formulas,   files};
+const std::vector<call_body> all_calls = {arrays,   index_tools,         transforms,  detector, merging,
+                                          topology, quality_and_metrics, along_edges, formulas, files};

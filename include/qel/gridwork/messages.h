@@ -26,6 +26,7 @@ namespace gridwork {
 /// | clip_whole, clip_exact | of clip(): whole elements; cut ones |
 /// | copy_edges, copy_edges_range | one connectivity; a range |
 /// | edge_qualities, edge_qualities_range | one connectivity; a range |
+/// | H_shock_edge, H_shock | one edge; the edges of a mesh |
 /// | vtk_output, vtk_output_cells | a named file; an open stream |
 /// | medit_output, medit_output_references | without and with a reference for every element |
 enum class operation : unsigned char {
@@ -68,6 +69,11 @@ enum class operation : unsigned char {
   metrics_iso_to_aniso3d,
   metrics_aniso3d_to_aniso2d,
   overwrite_invalid_metrics,
+  metrics_gen_iso,
+  H_shock_edge,
+  H_shock,
+  bound_metric_variations,
+  bound_metric_gradations,
   STL_input,
   STL_output,
   WavefrontOBJ_input,
@@ -131,6 +137,11 @@ inline constexpr operation_name operation_names[] = {
     {"metrics_iso_to_aniso3d", ""},
     {"metrics_aniso3d_to_aniso2d", ""},
     {"overwrite_invalid_metrics", ""},
+    {"metrics_gen_iso", ""},
+    {"H_shock", "(L, h1, h2, shock)"},
+    {"H_shock", "(coords, connectivity, type, sizes, largest)"},
+    {"bound_metric_variations", ""},
+    {"bound_metric_gradations", ""},
     {"STL_input", ""},
     {"STL_output", ""},
     {"WavefrontOBJ_input", ""},
@@ -189,6 +200,8 @@ inline constexpr const char* type_codes = "the list of element types has not one
 inline constexpr const char* edge_rows = "edges is not empty and has not 2 rows";
 inline constexpr const char* skipped_edge =
     "an edge was skipped: an end is no node, or has no size greater than 0 or no positive definite metric";
+inline constexpr const char* unsound_edge =
+    "an edge was skipped: an end has no valid size or tensor, or its length is not finite; all else is done";
 inline constexpr const char* excluded = "excluded_edges is not a matrix of 2 rows that holds nodes of the mesh";
 inline constexpr const char* target_shape =
     "the matrix of tensors or of frames has too few columns, or another row count";
@@ -316,6 +329,27 @@ inline constexpr result_code result_codes[] = {
     {operation::metrics_aniso3d_to_aniso2d, -2, sentences::target_shape},
     {operation::overwrite_invalid_metrics, -1, sentences::tensor_rows},
     {operation::overwrite_invalid_metrics, -2, "the defaults have another row count than the tensors"},
+    {operation::metrics_gen_iso, -1, sentences::plane_or_space},
+    {operation::metrics_gen_iso, -2, sentences::mesh},
+    {operation::metrics_gen_iso, -5, "rule is no size_rule"},
+    {operation::metrics_gen_iso, -199, sentences::memory},
+    {operation::H_shock_edge, -1, "L is not 0 or more"},
+    {operation::H_shock_edge, -2, "h1 is no valid size"},
+    {operation::H_shock_edge, -3, "h2 is no valid size"},
+    {operation::H_shock, -1, sentences::plane_or_space},
+    {operation::H_shock, -2, sentences::mesh},
+    {operation::H_shock, -4, sentences::unsound_edge},
+    {operation::H_shock, -199, sentences::memory},
+    {operation::bound_metric_variations, -1, sentences::plane_or_space},
+    {operation::bound_metric_variations, -2, sentences::mesh},
+    {operation::bound_metric_variations, -4, sentences::unsound_edge},
+    {operation::bound_metric_variations, -5, "max_variation is negative or not finite"},
+    {operation::bound_metric_variations, -199, sentences::memory},
+    {operation::bound_metric_gradations, -1, sentences::plane_or_space},
+    {operation::bound_metric_gradations, -2, sentences::mesh},
+    {operation::bound_metric_gradations, -4, sentences::unsound_edge},
+    {operation::bound_metric_gradations, -5, "max_gradation is below 1 or not finite"},
+    {operation::bound_metric_gradations, -199, sentences::memory},
     {operation::STL_input, -1, sentences::not_opened},
     {operation::STL_input, -2, "the file is no STL file: it has neither a line with \"solid\" nor a binary header"},
     {operation::STL_input, -3, "the file is cut short or damaged inside its triangles"},

@@ -1,6 +1,6 @@
 /// @file
 /// Metric tensors, the size prescriptions of a mesh: validity, eigen-pairs, bounds, intersection and union, conversions
-/// and repair.
+/// and repair; sizes and tensors along the edges of a mesh: generation, H-shock, gradation.
 ///
 /// An isotropic metric is a size h > 0, in the units of `coords`. An anisotropic one is a symmetric positive definite
 /// tensor M: the size in a unit direction u is 1 / sqrt(u' M u), and a size h in all directions is M = I / h^2.
@@ -18,9 +18,13 @@
 #include "qel/dense.h"
 #include "qel/export.h"
 #include "qel/fixed.h"
+#include "qel/gridwork/elements.h"
+#include "qel/histogram.h"
 
 namespace qel {
 namespace gridwork {
+
+using misc::histogram;
 
 /// True when the smallest eigenvalue of the tensor, as computed, is greater than 0; false when an entry is not finite.
 /// @{
@@ -204,6 +208,200 @@ QEL_GRIDWORK_API int overwrite_invalid_metrics(dense2D<double>& tensors, const d
 
 /// As above, with the isotropic tensors of `default_sizes`, one per column, as defaults.
 QEL_GRIDWORK_API int overwrite_invalid_metrics(dense2D<double>& tensors, const dense1D<double>& default_sizes);
+
+/// @name Sizes and tensors along the edges of a mesh
+///
+/// Edges are those of copy_edges(); those of several matrices: list them with copy_edges() and pass the list as
+/// ELT_EDGE2. An edge is *sound* when both ends have a valid size (0 < h < DBL_MAX) or tensor (is_valid_metric(); 3 rows
+/// for 2-row coordinates, 6 rows for 3) and its length is finite. Nodes without an edge, mid-side nodes and entries
+/// beyond the nodes are not looked at.
+///
+/// Arguments of all functions:
+/// - coords: 2 or 3 x n
+/// - connectivity: one column per element
+/// - type: of the elements
+/// - sizes: the size at each node, in the units of `coords`; tensors: the tensor at each node, one per column
+///
+/// Result codes of all functions, in the order of the checks:
+/// - -1 when `coords` has neither 2 nor 3 rows
+/// - -2 when `connectivity` does not fit `type` and the n nodes, or `type` is no element_type
+/// - -5 when the bound or the rule is invalid
+/// - -199 when memory ran out; nothing is changed
+/// - -4 when an edge is not sound; it was skipped, all else is done
+///
+/// Without edges (also: with a type that has none) they return 0, and 1 as the largest shock.
+///
+/// H-variation and H-shock: H. Borouchaki, F. Hecht, P. Frey, Mesh gradation control, International Journal for Numerical
+/// Methods in Engineering 43, 1998. Growth of tensors: F. Alauzet, as above.
+/// @{
+
+/// Which of the lengths of a node's edges becomes its size.
+enum size_rule {
+  SIZE_MEAN = 0,      ///< their mean
+  SIZE_SHORTEST = 1,  ///< the smallest
+  SIZE_LONGEST = 2    ///< the largest
+};
+
+/// Sizes that the mesh has already: for each node the mean, the smallest or the largest length of its edges.
+///
+/// Lengths that are 0 or not finite do not count. The smallest and the largest do not depend on any order; a mean rounds
+/// by the order of the edges, within (edges + 3) 2^-53, and never overflows.
+///
+/// @param coords        2 or 3 x n
+/// @param connectivity  one column per element
+/// @param type          of the elements
+/// @param sizes         overwritten: n entries, 0 (no size) where no edge counts; empty on a negative result
+/// @param rule          which length a node takes
+/// @return the number of nodes with a size; -1, -2; -5 when `rule` is no size_rule; -199
+///
+/// Cost: that of copy_edges(), plus the edges.
+QEL_GRIDWORK_API int metrics_gen_iso(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                     element_type type, dense1D<double>& sizes, size_rule rule = SIZE_MEAN);
+
+/// H-shock of an edge of length L: exp(|h2 - h1| / L), the ratio of the sizes to the power 1 / edge_quality().
+///
+/// 1 for equal sizes, also where L = 0; may overflow to infinity.
+/// @param L      length of the edge, in the units of the sizes, 0 or more
+/// @param h1     size at one end
+/// @param h2     size at the other end
+/// @param shock  overwritten on success
+/// @return 0; -1 when L is not 0 or more; -2, -3 when h1, h2 is no valid size
+///
+/// Cost: constant.
+QEL_GRIDWORK_API int H_shock(double L, double h1, double h2, double& shock);
+
+/// The largest H-shock of all sound edges.
+///
+/// Of tensors: exp(|1 / la - 1 / lb|), where la and lb are the lengths of the edge in the metrics of its ends. Where the
+/// ends coincide it is 1 for equal tensors, else infinite.
+///
+/// @param coords        2 or 3 x n
+/// @param connectivity  one column per element
+/// @param type          of the elements
+/// @param sizes         the size at each node
+/// @param largest       overwritten; 1 without a sound edge, and on -1, -2, -199
+/// @return the number of edges; -1, -2, -199, -4
+///
+/// Cost: that of copy_edges(), plus the nodes and the edges.
+QEL_GRIDWORK_API int H_shock(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                             const dense1D<double>& sizes, double& largest);
+
+/// As above, of tensors: 3 or 6 rows, one column per node.
+QEL_GRIDWORK_API int H_shock(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                             const dense2D<double>& tensors, double& largest);
+
+/// Feeds the H-shock of every sound edge to `H.process`, in the order of copy_edges().
+///
+/// @param coords        2 or 3 x n
+/// @param connectivity  one column per element
+/// @param type          of the elements
+/// @param sizes         the size at each node
+/// @param H             fed with one value per sound edge
+/// @return the number of edges; -1, -2, -199 with nothing fed; -4
+///
+/// Cost: that of copy_edges(), plus the nodes and the edges.
+QEL_GRIDWORK_API int H_shock(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                             const dense1D<double>& sizes, histogram& H);
+
+/// As above, of tensors: 3 or 6 rows, one column per node.
+QEL_GRIDWORK_API int H_shock(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                             const dense2D<double>& tensors, histogram& H);
+
+/// Lowers sizes until h(B) <= h(A) + max_variation |AB| for every edge AB, in both directions: the largest sizes that are
+/// nowhere above the given ones and keep the bound.
+///
+/// The result is unique: it does not depend on numbers or order, bit for bit. A second call changes nothing; larger sizes
+/// or a larger bound never give a smaller result. h(p) is the least h(q) + max_variation x distance along edges from q to
+/// p, within (edges + 4) 2^-53.
+///
+/// @param coords         2 or 3 x n
+/// @param connectivity   one column per element
+/// @param type           of the elements
+/// @param sizes          the size at each node, changed in place
+/// @param max_variation  difference of sizes per length, 0 or more
+/// @return the number of nodes changed; -1, -2; -5 when `max_variation` is negative or not finite; -199; -4 (the rest is
+///         bounded)
+///
+/// Cost: O(edges + c log c), c times that a size is lowered.
+QEL_GRIDWORK_API int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                             element_type type, dense1D<double>& sizes, double max_variation);
+
+/// As above, and overwrites `ids` with the nodes changed, increasing, also on -4; empty on any other negative result.
+QEL_GRIDWORK_API int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                             element_type type, dense1D<double>& sizes, double max_variation,
+                                             dense1D<unsigned>& ids);
+
+/// The same bound as a factor: H_shock() <= max_gradation on every edge; max_variation = ln(max_gradation).
+///
+/// @param coords         2 or 3 x n
+/// @param connectivity   one column per element
+/// @param type           of the elements
+/// @param sizes          the size at each node, changed in place
+/// @param max_gradation  largest ratio of the lengths of adjacent edges, 1 or more
+/// @return as bound_metric_variations(); -5 when `max_gradation` is below 1 or not finite
+QEL_GRIDWORK_API int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                             element_type type, dense1D<double>& sizes, double max_gradation);
+
+/// As above, and overwrites `ids` with the nodes changed, increasing, also on -4; empty on any other negative result.
+QEL_GRIDWORK_API int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                             element_type type, dense1D<double>& sizes, double max_gradation,
+                                             dense1D<unsigned>& ids);
+
+/// The same for tensors: every principal size grows by at most max_variation x length along an edge.
+///
+/// The metric A allows at the other end of the edge e a metric S(A): the axes of A, with sizes larger by max_variation
+/// |e|, so that its shape fades to a sphere. B, the metric there, is intersected (minimum_metric()) with S(A) where it
+/// has larger sizes. Afterwards det(B n S(A)) <= (1 + 1e-6) det(B) for every edge, in both directions, so in no direction
+/// has B a size more than 5e-7 (relative) above S(A). Up to that, |M_B^-1/2 - M_A^-1/2|_2 and the change of every
+/// principal size are at most max_variation |e|.
+///
+/// Nowhere is a size larger than before; a second call changes nothing. Isotropic tensors become those of the bounded
+/// sizes. Intersections may make sizes that are smaller than all given ones.
+///
+/// Order: all nodes wait; the one with the largest determinant (its log2 rounded to 2^-20; ties: lower x, y, z, then lower
+/// number) bounds its neighbours and waits no more; neighbours that change wait again, until none waits. So results do
+/// not depend on numbers, but for nodes in one place. Rounding: 2^-50 x (largest / smallest size of the node)^2.
+///
+/// @param coords         2 or 3 x n
+/// @param connectivity   one column per element
+/// @param type           of the elements
+/// @param tensors        3 or 6 rows, one column per node, changed in place
+/// @param max_variation  difference of sizes per length, 0 or more
+/// @return the number of nodes changed; -1, -2; -5 when `max_variation` is negative or not finite; -199; -4 (the rest is
+///         bounded)
+///
+/// Cost: O(edges + k (d + log n)), k turns (about 17 per node in meshes, hundreds where thin metrics turn along a fine
+/// chain), d edges per node.
+QEL_GRIDWORK_API int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                             element_type type, dense2D<double>& tensors, double max_variation);
+
+/// As above, and overwrites `ids` with the nodes changed, increasing, also on -4; empty on any other negative result.
+QEL_GRIDWORK_API int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                             element_type type, dense2D<double>& tensors, double max_variation,
+                                             dense1D<unsigned>& ids);
+
+/// The same for tensors as a factor: all sizes grow by 1 + r l, r = ln(max_gradation), l the length of the edge in A.
+///
+/// As bound_metric_variations(), but S(A) = A / (1 + r l)^2 keeps the shape of A, and what holds afterwards is
+/// ln H_shock() <= r + 5e-7 (r + 1 / l). The result goes along with linear maps of the mesh and its metrics.
+///
+/// @param coords         2 or 3 x n
+/// @param connectivity   one column per element
+/// @param type           of the elements
+/// @param tensors        3 or 6 rows, one column per node, changed in place
+/// @param max_gradation  largest ratio of the lengths of adjacent edges, 1 or more
+/// @return as bound_metric_variations(); -5 when `max_gradation` is below 1 or not finite
+///
+/// Cost: as bound_metric_variations(), with 1 to 8 turns per node.
+QEL_GRIDWORK_API int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                             element_type type, dense2D<double>& tensors, double max_gradation);
+
+/// As above, and overwrites `ids` with the nodes changed, increasing, also on -4; empty on any other negative result.
+QEL_GRIDWORK_API int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                                             element_type type, dense2D<double>& tensors, double max_gradation,
+                                             dense1D<unsigned>& ids);
+
+/// @}
 
 }  // namespace gridwork
 }  // namespace qel

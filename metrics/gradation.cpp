@@ -1,0 +1,172 @@
+// Gradation: sizes and tensors whose change along edges is bounded. Sizes are lowered in increasing order, so that each
+// node bounds its neighbours once.
+#include <cmath>
+#include <limits>
+
+#include "core/elementary.h"
+#include "metrics/changes.h"
+#include "metrics/mesh_edges.h"
+#include "metrics/node_queue.h"
+#include "metrics/node_rows.h"
+#include "metrics/tensor_gradation.h"
+
+namespace qel::gridwork {
+
+using namespace detail;
+
+namespace {
+
+constexpr auto smallest_first = [](const auto& x, const auto& y) { return x.key < y.key; };
+
+template <unsigned Dim>
+class size_gradation {
+ public:
+  size_gradation(const dense2D<double>& coords, double max_variation) noexcept
+      : coords_(coords), rate_(max_variation), queue_(smallest_first) {}
+
+  [[nodiscard]] bool prepare(const dense1D<double>& sizes) {
+    return copy_valid_sizes(sizes, coords_.cols(), sizes_) && queue_.prepare(coords_.cols());
+  }
+
+  /// Makes the nodes that bound a neighbour wait. True when an edge is not sound.
+  bool look_at(const dense2D<unsigned>& edges) noexcept {
+    bool skipped = false;
+    for (std::uint64_t j = 0; j < edges.cols(); ++j) {
+      const unsigned a = edges(0, j);
+      const unsigned b = edges(1, j);
+      const double length = edge_vector<Dim>(coords_, a, b).length();
+      const bool a_is_smaller = sizes_[a] < sizes_[b];
+      const double least = a_is_smaller ? sizes_[a] : sizes_[b];
+      const double most = a_is_smaller ? sizes_[b] : sizes_[a];
+      if (!(least > 0 && length <= std::numeric_limits<double>::max())) {
+        skipped = true;
+      } else if (least + rate_ * length < most) {
+        queue_.push({least, a_is_smaller ? a : b});
+      }
+    }
+    return skipped;
+  }
+
+  bool is_done() const noexcept { return queue_.empty(); }
+
+  /// Lowers the sizes. False when memory ran out.
+  [[nodiscard]] bool bound(const dense2D<unsigned>& edges) {
+    node_rows rows;
+    if (!rows.build(edges, coords_.cols())) return false;
+    while (!queue_.empty()) {
+      const unsigned node = queue_.pop();
+      for (const unsigned* other = rows.begin(node); other != rows.end(node); ++other) lower(*other, node);
+    }
+    return true;
+  }
+
+  int store(dense1D<double>& sizes, dense1D<unsigned>* ids) const {
+    return store_changes(
+        std::min(coords_.cols(), sizes.size()), [&](std::uint64_t i) { return sizes_[i] > 0 && sizes_[i] != sizes[i]; },
+        [&](unsigned i) { sizes[i] = sizes_[i]; }, ids);
+  }
+
+ private:
+  /// Comparisons with a length that is no number, or with a missing size, are false.
+  void lower(unsigned node, unsigned from) noexcept {
+    const double largest = sizes_[from] + rate_ * edge_vector<Dim>(coords_, from, node).length();
+    if (!(largest < sizes_[node])) return;
+    sizes_[node] = largest;
+    queue_.push({largest, node});
+  }
+
+  const dense2D<double>& coords_;
+  double rate_;
+  dense1D<double> sizes_;  // 0 where there is none
+  node_queue<decltype(smallest_first)> queue_;
+};
+
+template <unsigned Dim>
+int bound_sizes(const dense2D<double>& coords, const dense2D<unsigned>& edges, dense1D<double>& sizes,
+                double max_variation, dense1D<unsigned>* ids) {
+  size_gradation<Dim> gradation(coords, max_variation);
+  if (!gradation.prepare(sizes)) return out_of_memory;
+  const bool skipped = gradation.look_at(edges);
+  int result = 0;
+  if (!gradation.is_done()) result = gradation.bound(edges) ? gradation.store(sizes, ids) : out_of_memory;
+  return skipped && result >= 0 ? skipped_edge : result;
+}
+
+/// Checks, then calls bound_edges(edges), which may use up the list.
+template <class BoundEdges>
+int bound_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+               bool bound_is_valid, dense1D<unsigned>* ids, BoundEdges bound_edges) {
+  const int code = check_mesh(coords, connectivity, type);
+  if (ids != nullptr) ids->clear();
+  if (code != 0) return code;
+  if (!bound_is_valid) return -5;
+  dense2D<unsigned> edges;
+  return copy_edges(connectivity, type, edges) == 0 ? bound_edges(edges) : out_of_memory;
+}
+
+int bound_sizes_of_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                        dense1D<double>& sizes, bool bound_is_valid, double rate, dense1D<unsigned>* ids) {
+  return bound_mesh(coords, connectivity, type, bound_is_valid, ids, [&](const dense2D<unsigned>& edges) {
+    return with_dimension(coords, [&](auto n) { return bound_sizes<n()>(coords, edges, sizes, rate, ids); });
+  });
+}
+
+int bound_tensors_of_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                          dense2D<double>& tensors, bool bound_is_valid, growth law, double rate,
+                          dense1D<unsigned>* ids) {
+  return bound_mesh(coords, connectivity, type, bound_is_valid, ids,
+                    [&](dense2D<unsigned>& edges) { return bound_tensors(coords, edges, tensors, law, rate, ids); });
+}
+
+bool is_variation(double bound) noexcept { return bound >= 0 && std::isfinite(bound); }
+bool is_gradation(double bound) noexcept { return bound >= 1 && std::isfinite(bound); }
+
+}  // namespace
+
+int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                            dense1D<double>& sizes, double max_variation) {
+  return bound_sizes_of_mesh(coords, connectivity, type, sizes, is_variation(max_variation), max_variation, nullptr);
+}
+
+int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                            dense1D<double>& sizes, double max_variation, dense1D<unsigned>& ids) {
+  return bound_sizes_of_mesh(coords, connectivity, type, sizes, is_variation(max_variation), max_variation, &ids);
+}
+
+int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                            dense1D<double>& sizes, double max_gradation) {
+  return bound_sizes_of_mesh(coords, connectivity, type, sizes, is_gradation(max_gradation), logarithm(max_gradation),
+                             nullptr);
+}
+
+int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                            dense1D<double>& sizes, double max_gradation, dense1D<unsigned>& ids) {
+  return bound_sizes_of_mesh(coords, connectivity, type, sizes, is_gradation(max_gradation), logarithm(max_gradation),
+                             &ids);
+}
+
+int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                            dense2D<double>& tensors, double max_variation) {
+  return bound_tensors_of_mesh(coords, connectivity, type, tensors, is_variation(max_variation), growth::additive,
+                               max_variation, nullptr);
+}
+
+int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                            dense2D<double>& tensors, double max_variation, dense1D<unsigned>& ids) {
+  return bound_tensors_of_mesh(coords, connectivity, type, tensors, is_variation(max_variation), growth::additive,
+                               max_variation, &ids);
+}
+
+int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                            dense2D<double>& tensors, double max_gradation) {
+  return bound_tensors_of_mesh(coords, connectivity, type, tensors, is_gradation(max_gradation), growth::proportional,
+                               logarithm(max_gradation), nullptr);
+}
+
+int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                            dense2D<double>& tensors, double max_gradation, dense1D<unsigned>& ids) {
+  return bound_tensors_of_mesh(coords, connectivity, type, tensors, is_gradation(max_gradation), growth::proportional,
+                               logarithm(max_gradation), &ids);
+}
+
+}  // namespace qel::gridwork
