@@ -109,6 +109,20 @@ inline dense2D<unsigned> tetrahedra(unsigned cells, bool shuffled) {
   return shuffled ? without_locality(connectivity) : connectivity;
 }
 
+/// The nodes of tetrahedra(), in the order that without_locality() gives them if they are shuffled.
+inline dense2D<double> lattice(unsigned cells, bool shuffled) {
+  const std::uint64_t n = cells + 1;
+  std::vector<unsigned> name(n * n * n);
+  for (unsigned i = 0; i < name.size(); ++i) name[i] = i;
+  if (shuffled) std::shuffle(name.begin(), name.end(), std::mt19937_64(7));
+  dense2D<double> coords(3, name.size());
+  for (std::uint64_t i = 0; i < name.size(); ++i) {
+    double* p = coords.column(name[i]);
+    p[0] = double(i % n), p[1] = double(i / n % n), p[2] = double(i / n / n);
+  }
+  return coords;
+}
+
 /// The triangles of surface().
 inline dense2D<unsigned> triangles(unsigned side, bool shuffled) {
   dense2D<double> coords;
