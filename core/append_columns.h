@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/check.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail {
@@ -13,6 +14,7 @@ namespace qel::gridwork::detail {
 /// doubling. False, with the matrix as it was, when memory ran out.
 template <class T>
 [[nodiscard]] bool append_columns(dense2D<T>& m, std::uint64_t rows, std::uint64_t count) {
+  QEL_GRIDWORK_CHECK(m.empty() || m.rows() == rows);
   const std::uint64_t old_count = m.empty() ? 0 : m.cols();
   const std::uint64_t new_count = old_count + count;
   if (m.capacity() < rows * new_count && !m.reserve(rows, std::max(new_count, 2 * old_count + 4))) return false;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/check.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail {
@@ -20,11 +21,15 @@ template <class Walk>
   offsets.clear();
   if (!offsets.resize(buckets + 2, 0)) return false;
   unsigned* next = offsets.data() + 1;
-  walk([next](std::uint64_t bucket, unsigned) { ++next[bucket + 1]; });
+  walk([=](std::uint64_t bucket, unsigned) {
+    QEL_GRIDWORK_CHECK(bucket < buckets);
+    ++next[bucket + 1];
+  });
   for (std::uint64_t b = 2; b <= buckets; ++b) next[b] += next[b - 1];
   if (!items.resize(next[buckets])) return false;
   unsigned* out = items.data();
   walk([next, out](std::uint64_t bucket, unsigned item) { out[next[bucket]++] = item; });
+  QEL_GRIDWORK_CHECK(buckets == 0 || offsets[buckets] == items.size());
   return offsets.resize(buckets + 1);
 }
 

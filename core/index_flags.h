@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/check.h"
 #include "core/result.h"
 #include "qel/dense.h"
 
@@ -20,7 +21,10 @@ class index_flags {
     return true;
   }
 
-  bool contains(unsigned index) const noexcept { return flags_.data()[index + 1U] != 0; }
+  bool contains(unsigned index) const noexcept {
+    QEL_GRIDWORK_CHECK(index + 1U < flags_.size());
+    return flags_.data()[index + 1U] != 0;
+  }
 
   /// True when `index` was not in the set.
   bool insert(unsigned index) noexcept {
@@ -30,7 +34,11 @@ class index_flags {
   }
 
  private:
-  unsigned char& flag(unsigned index) noexcept { return flags_.data()[index + 1U]; }  // that of `none` comes first
+  /// That of `none` comes first.
+  unsigned char& flag(unsigned index) noexcept {
+    QEL_GRIDWORK_CHECK(index + 1U < flags_.size());
+    return flags_.data()[index + 1U];
+  }
 
   dense1D<unsigned char> flags_;
 };

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/check.h"
 #include "core/limits.h"
 #include "core/result.h"
 #include "qel/dense.h"
@@ -70,6 +71,7 @@ class position_table {
   unsigned* find_or_insert_slot(std::uint64_t hash, unsigned position, Same same) {
     slot* found = const_cast<slot*>(locate(hash, same));
     if (found->position == none) {
+      QEL_GRIDWORK_CHECK(position != none && used_ < room_in(slots_.size()));
       *found = {tag_of(hash), position};
       ++used_;
     }
@@ -91,6 +93,7 @@ class position_table {
   const slot* locate(std::uint64_t hash, Same same) const {
     const unsigned tag = tag_of(hash);
     const slot* slots = slots_.data();
+    QEL_GRIDWORK_CHECK(slots_.size() == mask_ + 1 && used_ < slots_.size());  // probing ends
     for (std::uint64_t i = tag & mask_;; i = (i + 1) & mask_) {
       if (slots[i].position == none || (slots[i].tag == tag && same(slots[i].position))) return slots + i;
     }

@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "core/check.h"
 #include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
@@ -21,6 +22,7 @@ class index_hash_set {
 
   /// True when `index` was not in the set.
   bool insert(unsigned index) noexcept {
+    QEL_GRIDWORK_CHECK(index != none && 2 * (used_ + 1) <= keys_.size());
     unsigned& key = *slot_of(keys_, index);
     if (key == index) return false;
     key = index;
@@ -31,6 +33,7 @@ class index_hash_set {
  private:
   /// The slot that holds the index, or the empty one where it belongs.
   static unsigned* slot_of(dense1D<unsigned>& keys, unsigned index) noexcept {
+    QEL_GRIDWORK_CHECK(std::has_single_bit(keys.size()));
     const std::uint64_t mask = keys.size() - 1;
     std::uint64_t i = mix_bits(index) & mask;
     while (keys[i] != none && keys[i] != index) i = (i + 1) & mask;
@@ -80,6 +83,7 @@ class growing_index_set {
   const unsigned* skip_held(const unsigned* begin, const unsigned* end) const noexcept {
     const unsigned char* flags = flags_.data();
     const std::uint64_t count = flags_.size();
+    QEL_GRIDWORK_CHECK(std::has_single_bit(count));
     for (; end - begin >= 4; begin += 4) {
       const unsigned a = place_of(begin[0]);
       const unsigned b = place_of(begin[1]);
@@ -104,6 +108,7 @@ class growing_index_set {
     if (place >= most_flags_) return sparse_.make_room();
     std::uint64_t count = flags_.size();
     while (count <= place) count *= 2;
+    QEL_GRIDWORK_CHECK(count <= most_flags_);
     return flags_.resize(count, 0);
   }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/check.h"
 #include "core/limits.h"
 #include "qel/dense.h"
 
@@ -38,7 +39,10 @@ class column_appender {
 
   /// The place of the next column, which commit() then counts; null when grow() has to make room first.
   T* room() const noexcept { return next_ == end_ ? nullptr : next_; }
-  void commit() noexcept { next_ += rows_; }
+  void commit() noexcept {
+    QEL_GRIDWORK_CHECK(next_ != end_);
+    next_ += rows_;
+  }
 
   [[nodiscard]] bool append(const T* column, std::uint64_t rows, const file_progress& file) noexcept {
     if (next_ == end_ && !grow(rows, file)) return false;
@@ -49,6 +53,7 @@ class column_appender {
 
  private:
   bool grow(std::uint64_t rows, const file_progress& file) noexcept {
+    QEL_GRIDWORK_CHECK(rows != 0 && (rows_ == 0 || rows_ == rows));
     const std::uint64_t old_count = count();
     if (old_count == 0) start_ = file.position;
     const std::uint64_t likely = old_count + likely_columns(old_count, file);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "core/check.h"
 #include "core/compact_columns.h"
 #include "core/index_flags.h"
 #include "core/limits.h"
@@ -102,6 +103,8 @@ unsigned triangle_soup::node_at(const vector3& p, std::uint64_t hash) {
 
 bool triangle_soup::merge_queue() {
   if (!make_room()) return false;
+  QEL_GRIDWORK_CHECK(in_queue_ <= queue_size && triangle_count_ + in_queue_ <= connectivity_.cols());
+  QEL_GRIDWORK_CHECK(node_count_ + 3 * in_queue_ <= coords_.cols());
   for (unsigned i = 0; i < in_queue_; ++i) {
     unsigned* nodes = connectivity_.column(triangle_count_++);
     for (unsigned k = 0; k < 3; ++k) nodes[k] = node_at(queue_[i].t.corners[k], queue_[i].hashes[k]);

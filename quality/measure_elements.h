@@ -6,6 +6,7 @@
 #include <cmath>
 #include <type_traits>
 
+#include "core/check.h"
 #include "core/coordinates.h"
 #include "core/elements.h"
 #include "core/limits.h"
@@ -151,6 +152,7 @@ struct element_columns {
 template <class T, class Measure, unsigned Rows, const shape& Shape, class Sink>
 [[gnu::always_inline]] inline bool measure_two(const element_columns<uniform_columns<Shape>>& elements, std::uint64_t j,
                                                Sink& sink) {
+  QEL_GRIDWORK_CHECK(j + 1 < elements.count);
   const node_columns coords = elements.coords;
   const unsigned* first = elements[j];
   const unsigned* second = elements[j + 1];

@@ -158,6 +158,7 @@ void detector(trial& t, const inputs& in) {
   CALL(d.insert(in.more.sub_vector(0, 1)), also(0), kept(d));
   CALL((d.clear(), 0), emptied(d));
   const auto ask = [&](auto p) {  // as often as it takes to build the tree for queries
+    node = 0;
     for (unsigned k = 0; k < 60; ++k) node = d.find_closest(p) + 31 * node;
     return 0;
   };

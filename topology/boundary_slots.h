@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/check.h"
 #include "core/shapes.h"
 #include "qel/dense.h"
 
@@ -18,6 +19,7 @@ struct boundary_nodes {
 
 template <class Columns>
 boundary_nodes boundary_of(const shape& s, const unsigned* nodes, unsigned k) noexcept {
+  QEL_GRIDWORK_CHECK(k < s.boundaries);
   const unsigned size = Columns::equal_boundaries ? Columns::largest.boundary_nodes : s.boundary_sizes[k];
   boundary_nodes boundary{size, {none, none, none, none}};
   for (unsigned i = 0; i < boundary.size; ++i) boundary.nodes[i] = nodes[s.boundary[k][i]];
@@ -28,6 +30,7 @@ enum class direction { different, same, opposite };
 
 /// Compares two boundaries as cycles of nodes, each from its (first) smallest node on.
 inline direction compare_boundaries(const boundary_nodes& a, const boundary_nodes& b) noexcept {
+  QEL_GRIDWORK_CHECK(a.size >= 1 && a.size <= most_boundary_nodes);
   const unsigned n = a.size;
   if (b.size != n) return direction::different;
   if (n == 2) {

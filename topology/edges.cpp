@@ -3,6 +3,7 @@
 #include <numeric>
 
 #include "core/append_columns.h"
+#include "core/check.h"
 #include "core/distribute.h"
 #include "core/elements.h"
 #include "core/limits.h"
@@ -110,6 +111,7 @@ class edges_by_lower_node {
     for (unsigned lower = 0; lower < sizes_.size(); ++lower) {
       const unsigned* higher = higher_.data() + offsets_[lower];
       for (unsigned k = 0; k < sizes_[lower]; ++k) {
+        QEL_GRIDWORK_CHECK(higher[k] >= lower && (k == 0 || higher[k] > higher[k - 1]));
         *out++ = lower;
         *out++ = higher[k];
       }

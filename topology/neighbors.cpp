@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <numeric>
 
+#include "core/check.h"
 #include "core/elements.h"
 #include "core/limits.h"
 #include "core/position_table.h"
@@ -37,6 +38,7 @@ class boundary_ranges {
   }
 
   std::uint64_t operator()(const boundary_nodes& boundary) const noexcept {
+    QEL_GRIDWORK_CHECK(last_ < limits::most_ranges && shift_ < 64);
     return std::min((place_of(boundary) - first_) >> shift_, last_);
   }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "core/check.h"
 #include "core/columns.h"
 #include "core/distribute.h"
 #include "core/limits.h"
@@ -120,6 +121,7 @@ bool list_nodes(const dense2D<unsigned>& connectivity, Rows rows, dense1D<unsign
     if (most > adjacency.capacity() && (!adjacency.resize(size) || !adjacency.reserve(most, 2))) return false;
     size = static_cast<std::uint64_t>(writer.write(node, element, last_element, adjacency.data() + size) -
                                       adjacency.data());
+    QEL_GRIDWORK_CHECK(size <= most && most <= adjacency.capacity());
     if (size >= none) return false;
     offsets[node + std::uint64_t{1}] = static_cast<unsigned>(size);
     element = last_element;

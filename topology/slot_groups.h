@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "core/check.h"
 #include "topology/boundary_key.h"
 
 namespace qel::gridwork::detail {
@@ -44,6 +45,7 @@ class slot_groups {
 
   /// The group of a boundary; where there is none, a new one of this slot, or null if there is no room.
   group* find_or_begin(const key& boundary, unsigned slot) noexcept {
+    QEL_GRIDWORK_CHECK(next_ <= most_ + 1 && 2 * next_ <= mask_ + 1);
     groups_[next_] = {boundary, slot, slot};
     for (std::uint64_t i = hash_of(boundary) >> shift_;; i = (i + 1) & mask_) {
       const std::uint64_t head = heads_[i];

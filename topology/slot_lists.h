@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/check.h"
 #include "core/limits.h"
 #include "core/result.h"
 #include "qel/dense.h"
@@ -26,6 +27,7 @@ class slot_lists {
   }
 
   void push_back(std::uint64_t list, unsigned slot) noexcept {
+    QEL_GRIDWORK_CHECK(list < end_memory_.size());
     std::uint64_t end = ends_[list];
     if (end % block == 0) end = begin_block(end);
     slots_[end] = slot;
@@ -52,6 +54,7 @@ class slot_lists {
 
   /// Begins the block that follows the one ending at `end`; 0 stands for a list without blocks.
   std::uint64_t begin_block(std::uint64_t end) noexcept {
+    QEL_GRIDWORK_CHECK(used_ < blocks_before_.size());
     blocks_before_[used_] = end;
     return block * used_++;
   }

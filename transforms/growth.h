@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "core/check.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail {
@@ -32,6 +33,7 @@ template <class T>
 template <class T>
 [[nodiscard]] bool grow(dense2D<T>& matrix, std::uint64_t rows, std::uint64_t cols, T fill) {
   if (rows == matrix.rows() && cols == matrix.cols()) return true;
+  QEL_GRIDWORK_CHECK(rows >= matrix.rows() && cols >= matrix.cols());
   return make_room(matrix, rows, cols) && matrix.resize(rows, matrix.cols(), fill) && matrix.resize(rows, cols);
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/check.h"
 #include "core/coordinates.h"
 #include "qel/dense.h"
 #include "qel/gridwork/ids.h"
@@ -49,8 +50,11 @@ struct trusted_nodes {
   bool empty() const noexcept { return ids.empty(); }
 
   template <class Action>
-  int visit(std::uint64_t, Action action) const {
-    for (const unsigned node : ids) action(node);
+  int visit(std::uint64_t node_count, Action action) const {
+    for (const unsigned node : ids) {
+      QEL_GRIDWORK_CHECK(node < node_count);
+      action(node);
+    }
     return 0;
   }
 };

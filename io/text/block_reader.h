@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/check.h"
 #include "core/limits.h"
 #include "io/text/file.h"
 #include "io/text/text.h"
@@ -35,6 +36,7 @@ class block_reader {
 
   /// Makes `count` bytes, at most a block, available if the stream has them. True when they are.
   bool fill(std::uint64_t count) noexcept {
+    QEL_GRIDWORK_CHECK(count <= limits::read_block);
     if (available() >= count) return true;
     if (ended_) return false;
     const std::uint64_t left = available();
@@ -53,7 +55,10 @@ class block_reader {
     return available() >= count;
   }
 
-  void consume(std::uint64_t count) noexcept { begin_ += count; }
+  void consume(std::uint64_t count) noexcept {
+    QEL_GRIDWORK_CHECK(count <= available());
+    begin_ += count;
+  }
 
   /// Goes back to the first byte. False when that is neither in the block any more nor can be read again.
   [[nodiscard]] bool rewind() noexcept {

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "core/check.h"
 #include "core/limits.h"
 #include "io/text/file.h"
 #include "qel/dense.h"
@@ -22,11 +23,15 @@ class block_writer {
 
   /// A place for up to `most` bytes, which commit() then counts; null when earlier output could not be written.
   char* room(std::uint64_t most) noexcept {
+    QEL_GRIDWORK_CHECK(most <= limits::write_block);
     if (used_ + most > limits::write_block && !flush()) return nullptr;
     return block_.data() + used_;
   }
 
-  void commit(const char* end) noexcept { used_ = static_cast<std::uint64_t>(end - block_.data()); }
+  void commit(const char* end) noexcept {
+    used_ = static_cast<std::uint64_t>(end - block_.data());
+    QEL_GRIDWORK_CHECK(used_ <= block_.size());
+  }
 
   [[nodiscard]] bool put(std::string_view text) noexcept {
     char* out = room(text.size());

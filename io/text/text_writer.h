@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "core/check.h"
 #include "io/text/block_writer.h"
 #include "io/text/number_format.h"
 #include "io/text/text.h"
@@ -30,7 +31,9 @@ class text_writer {
   void write(std::uint64_t most, Append append) {
     char* out = blocks_.room(most);
     if (out == nullptr) out = blocks_.room(most);  // there is room now: the block that failed is gone
-    blocks_.commit(append(out));
+    const char* end = append(out);
+    QEL_GRIDWORK_CHECK(end >= out && end <= out + most);
+    blocks_.commit(end);
   }
 
   void put(std::string_view text) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "core/check.h"
 #include "core/limits.h"
 #include "core/result.h"
 #include "qel/dense.h"
@@ -59,6 +60,7 @@ class crowd_tree {
       } else if (is_leaf(visited)) {
         first = std::min(first, first_in_leaf(visited, p, tol, self));
       } else {
+        QEL_GRIDWORK_CHECK(waiting + 2 <= deepest_split);
         subtree sooner = visited.left();
         subtree later = visited.right();
         if (bounds_[later.number].lowest_rank < bounds_[sooner.number].lowest_rank) std::swap(sooner, later);

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/check.h"
+
 namespace qel::gridwork::detail {
 
 /// Levels of splits that 2^32 nodes need, with room to spare.
@@ -28,6 +30,7 @@ constexpr unsigned first_leaf_of(std::uint64_t count, unsigned leaf_size) noexce
 /// The axis along which the items, which have positions `p`, are spread farthest.
 template <unsigned Dim, class Item>
 unsigned widest_axis(const Item* begin, const Item* end) noexcept {
+  QEL_GRIDWORK_CHECK(begin != end);
   unsigned widest = 0;
   double largest = -1;
   for (unsigned a = 0; a < Dim; ++a) {
@@ -48,6 +51,7 @@ unsigned widest_axis(const Item* begin, const Item* end) noexcept {
 /// Parts the items of a subtree between its children along an axis. Returns the value between them.
 template <class Item>
 double part_along(Item* items, const subtree& parted, unsigned axis) noexcept {
+  QEL_GRIDWORK_CHECK(parted.count >= 2);
   Item* half = items + parted.right().begin;
   std::nth_element(items + parted.begin, half, items + parted.begin + parted.count,
                    [axis](const Item& a, const Item& b) { return a.p[axis] < b.p[axis]; });

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "core/check.h"
 #include "core/position_table.h"
 #include "core/result.h"
 
@@ -83,6 +84,7 @@ void leaf_tree<Dim>::part(item* items, const subtree& r) noexcept {
 
 template <unsigned Dim>
 void leaf_tree<Dim>::fill(leaf& stored, const item* items, unsigned count) noexcept {
+  QEL_GRIDWORK_CHECK(count <= leaf_size);
   for (unsigned i = 0; i < leaf_size; ++i) {
     const bool is_there = i < count;
     for (unsigned a = 0; a < Dim; ++a) {
@@ -148,6 +150,7 @@ typename leaf_tree<Dim>::closest_two leaf_tree<Dim>::find_closest_two(const poin
   for (;;) {
     while (!is_leaf(current.range)) {
       const split s = splits_[current.range.number];
+      QEL_GRIDWORK_CHECK(waiting < deepest_split);
       const double offset = p[s.axis] - s.value;
       const bool right = offset >= 0;
       pending& far = stack[waiting++];
@@ -179,6 +182,7 @@ unsigned leaf_tree<Dim>::find_in_box(const point& lower, const point& upper, nod
       const split s = splits_[current.number];
       const bool left = s.value >= lower[s.axis];
       const bool right = s.value <= upper[s.axis];
+      QEL_GRIDWORK_CHECK(waiting < deepest_split);
       if (left && right) stack[waiting++] = current.right();
       if (!left && !right) return 0;  // an inverted box, or NaN
       current = left ? current.left() : current.right();

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <new>
 
+#include "core/check.h"
 #include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
@@ -73,6 +74,7 @@ bool node_tree<Dim>::insert(const dense1D<unsigned>& ids) {
 
 template <unsigned Dim>
 typename node_tree<Dim>::item node_tree<Dim>::read_item(unsigned id, unsigned ordinal) const noexcept {
+  QEL_GRIDWORK_CHECK(id < coords_->cols() && coords_->rows() >= Dim);
   item read;
   std::copy_n(coords_->column(id), Dim, read.p);
   read.id = id;

@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include "core/check.h"
 #include "core/limits.h"
 #include "qel/dense.h"
 
@@ -24,6 +25,7 @@ class query_stack {
   }
 
   T pop() noexcept {
+    QEL_GRIDWORK_CHECK(count_ != 0);
     --count_;
     if (count_ < capacity) return inline_[count_];
     const T entry = overflow_[overflow_.size() - 1];

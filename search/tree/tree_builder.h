@@ -8,9 +8,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <utility>
 
+#include "core/check.h"
 #include "core/limits.h"
 #include "core/result.h"
 
@@ -62,6 +64,7 @@ class tree_builder {
         continue;
       }
       if (other.count < current.count) std::swap(other, current);
+      QEL_GRIDWORK_CHECK(waiting < std::size(pending));
       pending[waiting++] = other;
     }
   }
@@ -163,6 +166,7 @@ class tree_builder {
   }
 
   void build_recursively(part current) noexcept {
+    QEL_GRIDWORK_CHECK(current.count != 0 && current.count <= limits::longest_run);
     if (current.count == 1) {
       emit(current.place, current.items[0], 0, 0);
       return;
