@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The lines and branches of the library that its tests reach: per file, then per subsystem and in total. Branches that
-# only an exception takes are not counted. Build folder: $BUILD, or build/coverage.
+# only an exception takes, and assertions, are not counted. Build folder: $BUILD, or build/coverage.
 # usage: coverage.sh [OPTION OF GCOVR]...   for example --html-details build/coverage/report.html
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -18,6 +18,7 @@ find "$build/tests" -maxdepth 1 \( -name '*_test' -o -name 'replay_*' \) ! -name
 
 echo "== coverage"
 gcovr -r . "$build/tests" "$build/CMakeFiles" --exclude-throw-branches --exclude-unreachable-branches -j2 \
+  --exclude-branches-by-pattern '.*QEL_GRIDWORK_CHECK.*' \
   -f '(core|ids|transforms|search|topology|quality|metrics|io|include)/' --json "$build/coverage.json"
 gcovr -r . -a "$build/coverage.json" "$@"
 gcovr -r . -a "$build/coverage.json" --branches
