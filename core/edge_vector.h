@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "core/limits.h"
 #include "core/scaling.h"
 #include "qel/dense.h"
 #include "qel/fixed.h"
@@ -22,12 +23,22 @@ struct edge_vector {
 
   /// The same in both directions, to the last bit.
   double length() const noexcept {
+    const double square = squared(e);
+    return square > limits::least_square && square < limits::most_square ? std::sqrt(square) : scaled_length();
+  }
+
+ private:
+  static double squared(const double* x) noexcept {
+    double sum = 0;
+    for (unsigned k = 0; k < Dim; ++k) sum += x[k] * x[k];
+    return sum;
+  }
+
+  double scaled_length() const noexcept {
     edge_vector unit = *this;
     const int exponent = scale_exponent(largest_magnitude(e, e + Dim));
     scale(unit.e, unit.e + Dim, exponent);
-    double sum = 0;
-    for (const double component : unit.e) sum += component * component;
-    double result = std::sqrt(sum);
+    double result = std::sqrt(squared(unit.e));
     scale(&result, &result + 1, -exponent);
     return result;
   }

@@ -37,6 +37,11 @@ constexpr int bound_lanes = limit(8, 2);
 constexpr std::uint64_t fewest_slots = limit<std::uint64_t>(16, 4);
 static_assert(std::has_single_bit(fewest_slots) && fewest_slots >= 4);
 
+/// Sums of the squares of an edge between these are good as they come; beyond, the edge is scaled first, which takes twice
+/// as long.
+constexpr double least_square = limit(0x1p-900, 0.5);
+constexpr double most_square = limit(0x1p900, 2.0);
+
 // --- ids -----------------------------------------------------------------------------------------------------------
 
 /// A set of indices keeps flags for those below a bound, which grows with the number of insertions: so many for each,

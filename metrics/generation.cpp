@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "metrics/changes.h"
 #include "metrics/mesh_edges.h"
 
 namespace qel::gridwork {
@@ -105,7 +106,7 @@ int metrics_gen_iso(const dense2D<double>& coords, const dense2D<unsigned>& conn
   if (result == 0) result = generate(coords, connectivity, type, rule, generated);
   sizes.clear();
   if (result < 0) return result;
-  if (!sizes.resize(generated.size())) return out_of_memory;
+  if (!resize_apart(sizes, generated.size())) return out_of_memory;
   std::copy(generated.begin(), generated.end(), sizes.begin());
   return result;
 }

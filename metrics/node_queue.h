@@ -34,8 +34,13 @@ class node_queue {
 
   /// Makes the node wait; one that waits already moves forward, if at all.
   void push(entry added) noexcept {
-    if (places_[added.node] == none) places_[added.node] = size_++;
-    rise(places_[added.node], added);
+    unsigned& place = places_[added.node];
+    if (place == none) {
+      place = size_++;
+    } else if (!before_(added, entries_[place])) {
+      return;
+    }
+    rise(place, added);
   }
 
   /// Takes out the node whose turn it is.

@@ -397,6 +397,19 @@ TEST(gradation, turning_thin_metrics_do_not_shrink_much) {
   }
 }
 
+TEST(gradation, outputs_may_share_blocks_with_inputs) {
+  chain c(4);
+  reals sizes{1, 9, 9, 9};
+  ids flat = c.edges.as_vector();
+  EXPECT_EQ(c.bound(sizes, 1, flat), 3);
+  EXPECT_EQ(flat, (ids{1, 2, 3}));
+  EXPECT_EQ(c.edges, chain(4).edges);
+  reals places = c.coords.as_vector();
+  EXPECT_EQ(metrics_gen_iso(c.coords, c.edges, ELT_EDGE2, places), 4);
+  EXPECT_EQ(places, reals(4, 1.0));
+  EXPECT_EQ(c.coords, chain(4).coords);
+}
+
 TEST(H_shock, of_one_edge) {
   double shock = 7, q = 0;
   EXPECT_EQ(H_shock(-1, 1, 1, shock), -1);

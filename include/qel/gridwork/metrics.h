@@ -322,7 +322,7 @@ QEL_GRIDWORK_API int H_shock(const dense2D<double>& coords, const dense2D<unsign
 /// @return the number of nodes changed; -1, -2; -5 when `max_variation` is negative or not finite; -199; -4 (the rest is
 ///         bounded)
 ///
-/// Cost: O(edges + c log c), c times that a size is lowered.
+/// Cost: O(n + edges + c log c), c times that a size is lowered.
 QEL_GRIDWORK_API int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                                              element_type type, dense1D<double>& sizes, double max_variation);
 
@@ -370,7 +370,7 @@ QEL_GRIDWORK_API int bound_metric_gradations(const dense2D<double>& coords, cons
 /// @return the number of nodes changed; -1, -2; -5 when `max_variation` is negative or not finite; -199; -4 (the rest is
 ///         bounded)
 ///
-/// Cost: O(edges + k (d + log n)), k turns (about 17 per node in meshes, hundreds where thin metrics turn along a fine
+/// Cost: O(n + edges + k (d + log n)), k turns (about 17 per node in meshes, hundreds where thin metrics turn along a fine
 /// chain), d edges per node.
 QEL_GRIDWORK_API int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                                              element_type type, dense2D<double>& tensors, double max_variation);
