@@ -1,6 +1,7 @@
 // What large meshes take: CPU time and peak memory of one step, each in a process of its own.
 // usage: scale stl SIDE       reads and merges a binary STL file of 2 * SIDE * SIDE triangles
 //        scale tetra CELLS    neighbours and boundaries of 6 * CELLS^3 tetrahedra
+//        scale gradation CELLS    sizes and tensors of as many, bounded from one layer of nodes on, which changes all
 #include <sys/resource.h>
 
 #include <cstdio>
@@ -67,6 +68,29 @@ int connect(unsigned cells) {
   return result;
 }
 
+int bound(unsigned cells) {
+  const dense2D<unsigned> connectivity = inputs::tetrahedra(cells, false);
+  const unsigned n = cells + 1;
+  dense2D<double> coords(3, std::uint64_t{n} * n * n);
+  dense2D<double> tensors(6, coords.cols());
+  qel::dense1D<double> sizes(coords.cols(), 10.0 * cells);
+  for (unsigned j = 0; j < coords.cols(); ++j) {
+    const unsigned at[3] = {j % n, j / n % n, j / n / n};
+    std::copy_n(at, 3, coords.column(j));
+    if (at[2] == 0) sizes[j] = 0.1;
+  }
+  if (qel::gridwork::metrics_iso_to_aniso3d(sizes, tensors) != 0) return -1;
+  const double start = cpu_seconds();
+  int result = qel::gridwork::bound_metric_gradations(coords, connectivity, qel::gridwork::ELT_TETRA4, sizes, 1.3);
+  report("bound_metric_gradations", connectivity.cols(), cpu_seconds() - start);
+  const double between = cpu_seconds();
+  if (result > 0) {
+    result = qel::gridwork::bound_metric_gradations(coords, connectivity, qel::gridwork::ELT_TETRA4, tensors, 1.3);
+  }
+  report("the same, of tensors", connectivity.cols(), cpu_seconds() - between);
+  return result;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -75,8 +99,9 @@ int main(int argc, char** argv) {
   const unsigned size = argc == 3 ? static_cast<unsigned>(std::atoi(argv[2])) : 0;
   if (step == "write") return write_surface(path, size) == 0 ? 0 : 1;
   if (step == "tetra") return connect(size) >= 0 ? 0 : 1;
+  if (step == "gradation") return bound(size) >= 0 ? 0 : 1;
   if (step != "stl") {
-    std::fprintf(stderr, "usage: scale stl SIDE | scale tetra CELLS\n");
+    std::fprintf(stderr, "usage: scale stl SIDE | scale tetra CELLS | scale gradation CELLS\n");
     return 2;
   }
   const std::string write = std::string(argv[0]) + " write " + argv[2];

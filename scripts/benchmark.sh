@@ -8,7 +8,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 names=("$@")
-[ ${#names[@]} -gt 0 ] || names=(stl ids search topology quality metrics transforms formats)
+[ ${#names[@]} -gt 0 ] || names=(stl ids search topology quality metrics gradation transforms formats)
 cmake --preset release -DQEL_GRIDWORK_BUILD_BENCHMARKS=ON >/dev/null
 cmake --build --preset release -j2
 for name in "${names[@]}"; do
@@ -17,6 +17,7 @@ for name in "${names[@]}"; do
   if [ "$name" = scale ]; then
     for side in 707 3162 7071; do build/release/benchmarks/scale stl "$side"; done
     for cells in 55 203; do build/release/benchmarks/scale tetra "$cells"; done
+    for cells in 55 118; do build/release/benchmarks/scale gradation "$cells"; done
     continue
   fi
   "build/release/benchmarks/${name}_benchmark" --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
