@@ -89,7 +89,9 @@ class growing_index_set {
       const unsigned b = place_of(begin[1]);
       const unsigned c = place_of(begin[2]);
       const unsigned d = place_of(begin[3]);
-      if ((a | b | c | d) >= count || (flags[a] & flags[b] & flags[c] & flags[d]) == 0) break;
+      if ((a | b | c | d) >= count) break;
+      QEL_GRIDWORK_CHECK(std::max({a, b, c, d}) < count);
+      if ((flags[a] & flags[b] & flags[c] & flags[d]) == 0) break;
     }
     return begin;
   }

@@ -175,6 +175,7 @@ TEST(unique_indices, random_values) {
 TEST(unique_indices, at_the_end_of_the_flags) {
   generator random(9);
   EXPECT_EQ(count_unique_indices(dense2D<unsigned>(3, 1, {5000, 4100, 5000})), 2);
+  for (const unsigned behind : {3U, 4095U}) EXPECT_EQ(count_unique_indices(dense2D<unsigned>(4, 1, behind)), 1);
   for (unsigned round = 0; round < 3000; ++round) {
     const unsigned size = 1 + below(random, 30), border = round % 2 == 0 ? 16 * size + 4096 : 1U << below(random, 15);
     id_list values(size);

@@ -24,6 +24,17 @@ void expect_code(int code, const dense1D<unsigned>& map, bool done, std::initial
   for (const int other : others) EXPECT_EQ(other, code);
 }
 
+// Whatever part of the nodes a choice of cells is made for, all of them are looked at: the first and the last one merge.
+TEST(merge, a_pair_among_any_number_of_nodes) {
+  for (unsigned n = 2; n < 4200; n += n == 40 ? 4050 : 1) {
+    dense2D<double> coords(3, n, 0.0);
+    for (unsigned i = 0; i < n; ++i) coords(0, i) = i + 1 < n ? 1000.0 * i : 0.5;
+    dense1D<unsigned> new_IDs;
+    ASSERT_EQ(merge(coords, new_IDs, 1.0), 1) << n;
+    ASSERT_EQ(new_IDs[n - 1], 0U) << n;
+  }
+}
+
 TEST(merge_result_codes, all_nodes) {
   const struct {
     const dense2D<double>& coords;

@@ -75,6 +75,25 @@ TEST(node_detector, assignment_to_itself_from_nothing_and_across_dimensions) {
   EXPECT_EQ(assigned.size(), 9U);
 }
 
+// What comes later is appended below the tree; the balanced tree, which many queries lead to, knows no order for it.
+TEST(node_detector, boxes_keep_their_order_when_nodes_come_later) {
+  generator random(21);
+  for (unsigned round = 0; round < 50; ++round) {
+    dense2D<double> coords(2, 40);
+    for (double& x : coords.as_vector()) x = real(random);
+    const id_list early = identity(36), late = {36, 37, 38, 39};
+    tree expected(coords);
+    node_detector detector(coords, to_array(early));
+    expected.insert(early), expected.insert(late);
+    EXPECT_EQ(detector.insert(to_array(late)), 4U);
+    for (unsigned k = 0; k < 40; ++k) detector.find_closest(k);
+    for (unsigned k = 0; k < 40; ++k) {
+      const point low = {real(random), real(random), 0}, high = {low[0] + 0.2, low[1] + 0.2, 0};
+      ASSERT_EQ(box(detector, 2, low, high), expected.find_in_box(low, high));
+    }
+  }
+}
+
 // All nodes in one place make a chain in the order of insertion, whose first node answers every query.
 TEST(node_detector, a_million_coincident_nodes) {
   constexpr unsigned n = 1000000;

@@ -194,6 +194,7 @@ unsigned leaf_tree<Dim>::find_in_box(const point& lower, const point& upper, nod
       for (unsigned a = 0; a < Dim; ++a) inside &= scanned.x[a][i] >= lower[a] && scanned.x[a][i] <= upper[a];
       if (!inside) continue;
       if (found == most) return most;
+      QEL_GRIDWORK_CHECK(found < most);
       nodes[found++] = {scanned.places[i], scanned.ids[i]};
     }
     if (waiting == 0) return found;
