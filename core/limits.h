@@ -182,6 +182,9 @@ static_assert(obj_token <= read_block);
 /// Columns for which there is room before a file has told how long its lines are.
 constexpr std::uint64_t first_columns = limit<std::uint64_t>(1024, 2);
 
+/// Places of a table of columns by identifier, for each column; where identifiers are larger, they are sorted instead.
+constexpr unsigned places_per_ID = limit(4U, 1U);
+
 /// Bits of a reference by which elements are distributed at once: 2^11 places to write to stay in the first caches.
 constexpr unsigned reference_digit_bits = limit(11U, 2U);
 
