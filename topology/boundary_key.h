@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/position_table.h"
 #include "topology/boundary_slots.h"
 
 namespace qel::gridwork::detail {
@@ -73,6 +74,12 @@ std::uint64_t hash_of(const std::array<unsigned, Words>& key) noexcept {
     sum += (key[i] | second << 32) * factors[i / 2];
   }
   return sum;
+}
+
+/// Equal for boundaries that coincide; any of its bits may be used.
+inline std::uint64_t hash_of(const boundary_nodes& boundary) noexcept {
+  const boundary_nodes from = canonical(boundary);
+  return mix_bits(hash_of(std::array<unsigned, 4>{from.nodes[0], from.nodes[1], from.nodes[2], from.nodes[3]}));
 }
 
 }  // namespace qel::gridwork::detail

@@ -1,4 +1,7 @@
 // From given boundaries back to the elements they lie on.
+//
+// The elements round the first node of a boundary are gathered and looked through. Where a node has very many, as the hub
+// of a fan has, all that may be asked of it goes into a table at the first question.
 #include <algorithm>
 
 #include "core/elements.h"
@@ -6,6 +9,8 @@
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/topology.h"
 #include "topology/boundary_slots.h"
+#include "topology/hub_slots.h"
+#include "topology/node_ring.h"
 
 namespace qel::gridwork {
 
@@ -13,51 +18,8 @@ using namespace detail;
 
 namespace {
 
-/// Gathers the elements round a node, breadth first, across boundaries that hold the node.
-template <class Columns>
-class node_ring {
- public:
-  node_ring(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors) noexcept
-      : connectivity_(connectivity), neighbors_(neighbors) {}
-
-  [[nodiscard]] bool prepare() { return visits_.resize(connectivity_.cols(), none); }
-
-  /// Gathers from the element `start` on. `visit` is a number of its own for each call.
-  [[nodiscard]] bool gather(unsigned node, unsigned start, unsigned visit) {
-    ring_.clear();
-    if (!add(start, node, visit)) return false;
-    for (std::uint64_t i = 0; i < ring_.size(); ++i) {
-      const unsigned* nodes = connectivity_.column(ring_[i]);
-      const shape& s = Columns::of(nodes);
-      for (unsigned k = 0; k < s.boundaries; ++k) {
-        const unsigned across = neighbors_(k, ring_[i]);
-        if (across != none && holds(boundary_of<Columns>(s, nodes, k), node) && !add(across, node, visit)) return false;
-      }
-    }
-    return true;
-  }
-
-  const dense1D<unsigned>& elements() const noexcept { return ring_; }
-
- private:
-  static bool holds(const boundary_nodes& boundary, unsigned node) noexcept {
-    return std::find(boundary.nodes, boundary.nodes + boundary.size, node) != boundary.nodes + boundary.size;
-  }
-
-  /// Elements that do not hold the node, which only wrong input leads to, are not gathered.
-  bool add(unsigned element, unsigned node, unsigned visit) {
-    if (visits_[element] == visit) return true;
-    visits_[element] = visit;
-    const unsigned* nodes = connectivity_.column(element);
-    const unsigned* end = nodes + Columns::of(nodes).nodes;
-    return std::find(nodes, end, node) == end || ring_.push_back(element);
-  }
-
-  const dense2D<unsigned>& connectivity_;
-  const dense2D<unsigned>& neighbors_;
-  dense1D<unsigned> visits_;  // the call that reached an element last
-  dense1D<unsigned> ring_;
-};
+/// Elements round a node that are looked through for each of its boundaries; a node with more of them is a hub.
+constexpr std::uint64_t most_scanned_elements = 64;
 
 /// A given column as a boundary; triangles among quadrangles end with `none`.
 boundary_nodes given_boundary(const dense2D<unsigned>& boundaries, std::uint64_t j) noexcept {
@@ -67,40 +29,50 @@ boundary_nodes given_boundary(const dense2D<unsigned>& boundaries, std::uint64_t
   return boundary;
 }
 
-/// The slot among `elements` that coincides with a boundary: the first in the same direction, else the last in the
-/// other.
+/// The slot that a boundary coincides with among the elements round its first node.
 template <class Columns>
-unsigned find_slot(const dense2D<unsigned>& connectivity, const dense1D<unsigned>& elements,
-                   const boundary_nodes& wanted) noexcept {
-  unsigned opposite = none;
-  for (const unsigned e : elements) {
-    const unsigned* nodes = connectivity.column(e);
-    const shape& s = Columns::of(nodes);
-    for (unsigned k = 0; k < s.boundaries; ++k) {
-      const direction found = compare_boundaries(wanted, boundary_of<Columns>(s, nodes, k));
-      if (found == direction::different) continue;
-      const unsigned slot = e * Columns::largest.boundaries + k;
-      if (found == direction::same) return slot;
-      opposite = slot;
+unsigned scan_for_slot(const node_ring<Columns>& ring, const boundary_nodes& wanted) {
+  best_slot best;
+  ring.visit_slots([&](const boundary_nodes& boundary, unsigned slot) {
+    best.see(compare_boundaries(wanted, boundary), slot);
+    return !best.is_final();
+  });
+  return best.slot();
+}
+
+/// Finds the slot of a boundary whose first node has the element `start`. `visit` is a number of its own for each call.
+template <class Columns>
+[[nodiscard]] bool find_slot(const boundary_nodes& wanted, unsigned start, unsigned visit, node_ring<Columns>& ring,
+                             hub_slots& hubs, unsigned& slot) {
+  const unsigned node = wanted.nodes[0];
+  if (!hubs.has(node)) {
+    if (!ring.gather(node, start, visit)) return false;
+    if (ring.size() <= most_scanned_elements) {
+      slot = scan_for_slot(ring, wanted);
+      return true;
     }
+    if (!hubs.add(node, ring)) return false;
   }
-  return opposite;
+  slot = hubs.find(wanted);
+  return true;
 }
 
 template <class Columns>
 int find_slots(const dense2D<unsigned>& boundaries, const dense2D<unsigned>& connectivity,
                const dense2D<unsigned>& neighbors, const dense1D<unsigned>& ancestors, dense1D<unsigned>& slots) {
   node_ring<Columns> ring(connectivity, neighbors);
+  hub_slots hubs;
   if (!slot_codes_fit(connectivity.cols(), Columns::largest.boundaries) || boundaries.cols() >= none) {
     return out_of_memory;
   }
-  if (!slots.resize(boundaries.cols(), none) || !ring.prepare()) return out_of_memory;
+  if (!slots.resize(boundaries.cols(), none) || !ring.prepare() || !hubs.prepare(ancestors.size())) {
+    return out_of_memory;
+  }
   for (unsigned j = 0; j < boundaries.cols(); ++j) {
     const boundary_nodes wanted = given_boundary(boundaries, j);
     const unsigned node = wanted.nodes[0];
     if (node >= ancestors.size() || ancestors[node] == none) continue;
-    if (!ring.gather(node, ancestors[node], j)) return out_of_memory;
-    slots[j] = find_slot<Columns>(connectivity, ring.elements(), wanted);
+    if (!find_slot(wanted, ancestors[node], j, ring, hubs, slots[j])) return out_of_memory;
   }
   return 0;
 }
