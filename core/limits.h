@@ -135,11 +135,15 @@ constexpr std::uint64_t most_rows_for_pairs = limit<std::uint64_t>(27, 4);
 constexpr std::uint64_t slots_per_range = limit<std::uint64_t>(1024, 4);
 constexpr std::uint64_t most_ranges = limit<std::uint64_t>(4096, 8);
 
-/// Elements of which the bounds of the ranges are taken.
+/// Elements of which the bounds of the ranges are taken. One in so many of their boundaries may lie outside at either end,
+/// if it lies beyond the others by more than one in so many of the width between: a node far from all others would
+/// leave one range for everything else, and get_neighbors() eight times slower.
 constexpr std::uint64_t range_sample = limit<std::uint64_t>(4096, 4);
+constexpr std::uint64_t places_per_outlier = limit<std::uint64_t>(64, 4);
+constexpr std::uint64_t range_margin = 16;
 
 /// Ranges are parted otherwise when one of them holds more than so many times its share of the sample: a fan, where one
-/// node is the smallest of very many boundaries.
+/// node is the smallest of very many boundaries, or clusters of nodes.
 constexpr unsigned lopsided = limit(32U, 2U);
 
 /// Slots in a block of a range's list.
@@ -155,6 +159,13 @@ constexpr std::ptrdiff_t slot_chunk = limit<std::ptrdiff_t>(64, 2);
 
 /// Elements whose nodes are called for ahead of their turn, in topology and quality.
 constexpr std::uint64_t elements_ahead = limit<std::uint64_t>(16, 2);
+
+/// Elements round a node that are looked through for each boundary that begins with it. Round a node with more of them,
+/// the hub of a fan, a table is made: looking through is quadratic there, and cheaper up to here.
+constexpr std::uint64_t scanned_ring = limit<std::uint64_t>(64, 2);
+
+/// Marks for each boundary of a set, so that few nodes share one by chance.
+constexpr std::uint64_t marks_per_boundary = limit<std::uint64_t>(8, 1);
 
 /// Edges are collected by their lower node where indices are at most so many times the edges, which they are in every
 /// whole mesh; beyond, tables by node would cost more than sorting the pairs.

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "tests/topology_reference.h"
+#include "topology/boundary_ranges.h"
 
 namespace qel::gridwork {
 namespace {
@@ -140,14 +141,59 @@ TEST(topology, fans_and_copies) {
   }
 }
 
-// Ranges of nodes that reach so far put all boundaries into one list, which takes several rounds of matching.
-TEST(topology, a_node_far_from_all_others) {
+/// Triangles whose nodes are numbered in ways that are hard to part: one far node, two groups far apart, a fan.
+std::vector<dense2D<unsigned>> uneven_meshes() {
   generator random(1);
-  dense2D<unsigned> m(3, 6000, 4000000000U), neighbors;
-  for (unsigned i = 3; i < m.size(); ++i) m.data()[i] = below(random, 200);
-  for (const bool pair : {false, true}) {
-    ASSERT_EQ(get_neighbors(m, ELT_TRIA3, pair, neighbors), 0);
-    EXPECT_TRUE(columns(neighbors) == mesh_model(m, ELT_TRIA3).neighbors(pair));
+  dense2D<unsigned> far(3, 6000, 4000000000U), groups(3, 6000), fan(3, 6000, 7U);
+  for (unsigned i = 3; i < far.size(); ++i) far.data()[i] = below(random, 5000);
+  for (unsigned i = 0; i < groups.size(); ++i) groups.data()[i] = i / 3 % 2 * 4000000000U + below(random, 5000);
+  for (unsigned j = 0; j < fan.cols(); ++j) fan(1, j) = 8 + j, fan(2, j) = 9 + j;
+  return {far, groups, fan};
+}
+
+// A list that takes most of the boundaries is matched in several rounds, outside of the caches.
+TEST(topology, numbers_of_nodes_that_are_hard_to_part) {
+  for (const auto& m : uneven_meshes()) {
+    SCOPED_TRACE(m(0, 0));
+    dense2D<unsigned> neighbors;
+    for (const bool pair : {false, true}) {
+      ASSERT_EQ(get_neighbors(m, ELT_TRIA3, pair, neighbors), 0);
+      EXPECT_TRUE(columns(neighbors) == mesh_model(m, ELT_TRIA3).neighbors(pair));
+    }
+    using triangles = detail::uniform_columns<detail::triangle_shape>;
+    detail::boundary_ranges<triangles> range_of(256);
+    ASSERT_TRUE(range_of.prepare(m));
+    id_list counts(256);
+    for (unsigned j = 0; j < m.cols(); ++j) {
+      detail::visit_boundaries<triangles>(m.column(j), [&](const auto& b, unsigned) { ++counts[range_of(b)]; });
+    }
+    EXPECT_LT(*std::max_element(counts.begin(), counts.end()), m.size() / 4);
+  }
+}
+
+// Two hubs that share a fan and are asked in turn: a search through all elements of a hub for each edge never ends.
+TEST(topology, elements_on_boundaries_at_hubs) {
+  for (const unsigned n : {300U, 200000U}) {
+    generator random(n);
+    dense2D<unsigned> m(3, n), neighbors, edges;
+    for (unsigned j = 0; j < n; ++j) {
+      const unsigned nodes[] = {j % 2, 2 + j / 2, 3 + j / 2}, turn = below(random, 3);
+      for (unsigned i = 0; i < 3; ++i) m((i + turn) % 3, j) = nodes[n < 1000 && j % 5 == 0 ? 2 - i : i];
+    }
+    dense1D<unsigned> ancestors, slots;
+    unsigned B;
+    ASSERT_EQ(get_neighbors(m, ELT_TRIA3, true, neighbors), 0);
+    ASSERT_EQ(get_ancestors(m, ancestors), 0);
+    ASSERT_EQ(get_element_boundaries(m, ELT_TRIA3, edges), 0);
+    for (unsigned j = 0; j < edges.cols(); ++j) {
+      if (edges(1, j) < 2 || (edges(0, j) > 1 && below(random, 2) != 0)) std::swap(edges(0, j), edges(1, j));
+    }
+    ASSERT_EQ(get_elements_on_boundaries(edges, m, neighbors, ancestors, ELT_TRIA3, slots, B), 0);
+    if (n > 1000) continue;
+    const mesh_model model(m, ELT_TRIA3);
+    for (unsigned j = 0; j < edges.cols(); ++j) {
+      EXPECT_EQ(slots[j], model.slot_of({edges(0, j), edges(1, j)}, columns(neighbors), to_list(ancestors)));
+    }
   }
 }
 

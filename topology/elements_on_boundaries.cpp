@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "core/elements.h"
+#include "core/limits.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/topology.h"
@@ -17,9 +18,6 @@ namespace qel::gridwork {
 using namespace detail;
 
 namespace {
-
-/// Elements round a node that are looked through for each of its boundaries; a node with more of them is a hub.
-constexpr std::uint64_t most_scanned_elements = 64;
 
 /// A given column as a boundary; triangles among quadrangles end with `none`.
 boundary_nodes given_boundary(const dense2D<unsigned>& boundaries, std::uint64_t j) noexcept {
@@ -47,7 +45,7 @@ template <class Columns>
   const unsigned node = wanted.nodes[0];
   if (!hubs.has(node)) {
     if (!ring.gather(node, start, visit)) return false;
-    if (ring.size() <= most_scanned_elements) {
+    if (ring.size() <= limits::scanned_ring) {
       slot = scan_for_slot(ring, wanted);
       return true;
     }

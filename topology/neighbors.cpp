@@ -1,8 +1,17 @@
-// Elements across boundaries. Slots are parted into lists by their smallest nodes; each list is then matched in cache
-// memory.
+// Elements across boundaries.
+//
+// Two slots are neighbours when their boundaries hold the same nodes in the same cyclic order, either way round: a join of
+// all slots with themselves, by a key that neither start nor direction changes. One hash table for all of them would miss
+// the caches at every slot, so the work is done in three steps:
+// 1. A sample of the elements chooses ranges of boundaries, about 1000 slots each, by the smallest node of a boundary
+//    (boundary_ranges.h). Slots of one boundary fall into one range; in most meshes, slots of near elements do so, too.
+// 2. One pass over the elements appends every slot to the list of its range, in increasing order (slot_lists.h).
+// 3. List by list, slots of equal keys are gathered in groups that fit the first cache (slot_groups.h), and linked when
+//    the list ends: the first slot with the last one, and those between as the caller wishes. A list that is too long for
+//    the groups there is room for takes several rounds, each with the slots that the one before left.
+// Slots of a group come in increasing order whatever the ranges are, so the result does not depend on them.
 #include <algorithm>
 #include <cstddef>
-#include <numeric>
 
 #include "core/check.h"
 #include "core/elements.h"
@@ -11,6 +20,7 @@
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/topology.h"
+#include "topology/boundary_ranges.h"
 #include "topology/slot_groups.h"
 #include "topology/slot_lists.h"
 
@@ -19,68 +29,6 @@ namespace qel::gridwork {
 using namespace detail;
 
 namespace {
-
-template <class Columns, class Visit>
-void visit_boundaries(const unsigned* nodes, Visit visit) {
-  const shape& s = Columns::of(nodes);
-  for (unsigned k = 0; k < s.boundaries; ++k) visit(boundary_of<Columns>(s, nodes, k), k);
-}
-
-/// Parts boundaries into ranges of equal width of their smallest node. Most boundaries of an element stay together.
-template <class Columns>
-class boundary_ranges {
- public:
-  boundary_ranges(const dense2D<unsigned>& connectivity, std::uint64_t ranges) : last_(ranges - 1) {
-    find_width(connectivity);
-    if (!is_lopsided(connectivity)) return;
-    by_sum_ = true;  // a fan: one node is the smallest of very many boundaries
-    find_width(connectivity);
-  }
-
-  std::uint64_t operator()(const boundary_nodes& boundary) const noexcept {
-    QEL_GRIDWORK_CHECK(last_ < limits::most_ranges && shift_ < 64);
-    return std::min((place_of(boundary) - first_) >> shift_, last_);
-  }
-
- private:
-  std::uint64_t place_of(const boundary_nodes& boundary) const noexcept {
-    const unsigned* end = boundary.nodes + boundary.size;
-    if (by_sum_) return std::accumulate(boundary.nodes, end, std::uint64_t{0});
-    return std::accumulate(boundary.nodes, end, none, [](unsigned a, unsigned b) { return std::min(a, b); });
-  }
-
-  /// Some elements tell enough: what lies outside of their bounds belongs to the last range.
-  template <class Visit>
-  static void visit_samples(const dense2D<unsigned>& connectivity, Visit visit) {
-    const std::uint64_t step = connectivity.cols() / limits::range_sample + 1;
-    for (std::uint64_t e = 0; e < connectivity.cols(); e += step) {
-      visit_boundaries<Columns>(connectivity.column(e), [&](const boundary_nodes& b, unsigned) { visit(b); });
-    }
-  }
-
-  void find_width(const dense2D<unsigned>& connectivity) {
-    first_ = ~std::uint64_t{0};
-    std::uint64_t largest = 0;
-    visit_samples(connectivity, [&](const boundary_nodes& boundary) {
-      first_ = std::min(first_, place_of(boundary));
-      largest = std::max(largest, place_of(boundary));
-    });
-    for (shift_ = 0; (largest - first_) >> shift_ > last_;) ++shift_;
-  }
-
-  bool is_lopsided(const dense2D<unsigned>& connectivity) const {
-    unsigned counts[limits::most_ranges] = {};
-    unsigned all = 0;
-    visit_samples(connectivity, [&](const boundary_nodes& boundary) {
-      ++counts[(*this)(boundary)];
-      ++all;
-    });
-    return *std::max_element(counts, counts + last_ + 1) > limits::lopsided * (all / (last_ + 1) + 1);
-  }
-
-  std::uint64_t first_ = 0, last_, shift_ = 0;
-  bool by_sum_ = false;
-};
 
 /// Gives elements with the same boundary to each other as neighbours.
 template <class Columns>
@@ -178,8 +126,8 @@ class boundary_matcher {
 };
 
 template <class Columns>
-void distribute_slots(const dense2D<unsigned>& connectivity, std::uint64_t ranges, slot_lists& lists) {
-  const boundary_ranges<Columns> range_of(connectivity, ranges);
+void distribute_slots(const dense2D<unsigned>& connectivity, const boundary_ranges<Columns>& range_of,
+                      slot_lists& lists) {
   const unsigned* first = connectivity.data();
   const std::uint64_t ld = connectivity.ld(), count = connectivity.cols();
   unsigned first_slot = 0;
@@ -198,8 +146,9 @@ int find_neighbors(const dense2D<unsigned>& connectivity, bool pair_non_manifold
   const std::uint64_t slots = neighbors.size();
   const auto ranges = std::clamp<std::uint64_t>(slots / limits::slots_per_range, 1, limits::most_ranges);
   slot_lists lists;
-  if (!lists.prepare(ranges, slots)) return out_of_memory;
-  distribute_slots<Columns>(connectivity, ranges, lists);
+  boundary_ranges<Columns> range_of(ranges);
+  if (!lists.prepare(ranges, slots) || !range_of.prepare(connectivity)) return out_of_memory;
+  distribute_slots(connectivity, range_of, lists);
   boundary_matcher<Columns> matcher(connectivity, pair_non_manifold, neighbors);
   std::uint64_t most = 0;
   for (std::uint64_t i = 0; i < ranges; ++i) most = std::max(most, lists.size(i));
