@@ -209,8 +209,8 @@ void merging(trial& t, const inputs& in) {
 void topology(trial& t, const inputs& in) {
   const matrix &m = in.sparse, &adjacent = in.neighbors;
   const element_type type = in.type;
-  matrix neighbors(1, 1), boundaries = in.own(in.boundaries), edges = in.own(in.edges), none;
-  ids slots = own(in.more), lists{1}, x, fresh;
+  matrix neighbors(1, 1), boundaries = in.own(in.boundaries), edges = in.own(in.edges), none, pairs;
+  ids slots = own(in.more), lists{1}, x, fresh, offsets{1};
   unsigned B = 7;
   for (const bool pair : {false, true}) CALL(get_neighbors(m, type, pair, neighbors), blank(neighbors));
   for (matrix* b : {&boundaries, &none}) {
@@ -220,6 +220,17 @@ void topology(trial& t, const inputs& in) {
   CALL(get_mesh_bounding_elements(m, adjacent, type, slots, B), kept(slots), anything(B));
   CALL(get_elements_on_boundaries(in.boundaries, m, adjacent, in.ancestors, type, slots, B), emptied(slots),
        anything(B));
+  for (matrix* walls : {&boundaries, &none}) CALL(get_subdomains(m, adjacent, type, *walls, x), emptied(x));
+  CALL(get_subdomains(adjacent, x), emptied(x));
+  CALL(get_subdomains(m, adjacent, type, in.more, x), emptied(x));
+  ids colors(m.cols());
+  for (unsigned e = 0; e < colors.size(); ++e) colors[e] = e / 3 % 3;
+  for (const unsigned mode : {0U, 1U, 2U}) {
+    CALL(get_colors_boundaries(m, adjacent, type, colors, mode, slots, edges), kept(slots), kept(edges));
+    CALL(get_colors_boundaries(m, adjacent, type, colors, mode, boundaries, pairs), kept(boundaries), kept(pairs));
+  }
+  ids sides = own(in.more);
+  CALL(sort_elfes(adjacent, colors, sides, x, pairs, offsets), kept(sides), kept(x), kept(pairs), kept(offsets));
   CALL(get_ancestors(m, fresh), kept(fresh));
   CALL(get_connected_elements(m, lists, x), emptied(lists), emptied(x));
   CALL(get_node_graph(m, lists, x), emptied(lists), emptied(x));

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <numeric>
 #include <set>
 #include <vector>
 
@@ -119,6 +120,18 @@ inline int compare(id_list f, id_list g) {
   return f == g ? -1 : 0;
 }
 
+/// A column of boundary nodes without its padding.
+inline id_list without_padding(id_list boundary) {
+  if (boundary.size() == 4 && boundary[3] == none) boundary.pop_back();
+  return boundary;
+}
+
+/// Boundaries between colours: code, nodes, and colours on both sides.
+struct color_boundary {
+  unsigned slot;
+  id_list nodes, colors;
+};
+
 /// A mesh with what the definitions make of it.
 struct mesh_model {
   mesh_model(const dense2D<unsigned>& m, element_type given)
@@ -204,7 +217,7 @@ struct mesh_model {
   }
 
   unsigned slot_of(id_list boundary, const id_lists& neighbors, const id_list& ancestors) const {
-    if (boundary.size() == 4 && boundary[3] == none) boundary.pop_back();
+    boundary = without_padding(boundary);
     const unsigned a = boundary[0];
     unsigned reversed = none;
     for (unsigned e : around(a, a < ancestors.size() ? ancestors[a] : none, neighbors)) {
@@ -215,6 +228,49 @@ struct mesh_model {
       }
     }
     return reversed;
+  }
+
+  /// Colours by repeated passes, in which linked elements take the lower of their two; then numbered as they come.
+  id_list subdomains(const id_lists& neighbors, const id_lists& walls) const {
+    id_list colors(neighbors.size());
+    std::iota(colors.begin(), colors.end(), 0U);
+    for (bool changed = true; changed;) {
+      changed = false;
+      for (unsigned slot = 0; slot < neighbors.size() * B; ++slot) {
+        const unsigned e = slot / B, k = slot % B, across = neighbors[e][k];
+        const auto coincides = [&](const id_list& wall) { return compare(wall, boundaries[e][k]) != 0; };
+        const bool closed = k < boundaries[e].size() && std::any_of(walls.begin(), walls.end(), coincides);
+        if (across == none || closed || colors[e] == colors[across]) continue;
+        colors[e] = colors[across] = std::min(colors[e], colors[across]);
+        changed = true;
+      }
+    }
+    std::map<unsigned, unsigned> names;
+    for (unsigned& color : colors) color = names.try_emplace(color, names.size()).first->second;
+    return colors;
+  }
+
+  bool is_returned(unsigned e, unsigned k, const id_lists& neighbors) const {
+    const unsigned across = neighbors[e][k];
+    for (unsigned j = 0; j < boundaries[across].size(); ++j) {
+      if (neighbors[across][j] == e && compare(boundaries[e][k], boundaries[across][j]) != 0) return true;
+    }
+    return false;
+  }
+
+  std::vector<color_boundary> color_boundaries(const id_lists& neighbors, const id_list& colors, unsigned mode) const {
+    std::vector<color_boundary> result;
+    for (unsigned e = 0; e < elements.size(); ++e) {
+      for (unsigned k = 0; k < boundaries[e].size(); ++k) {
+        const unsigned n = neighbors[e][k], across = n == none ? none : colors[n];
+        if (colors[e] == none || colors[e] == across) continue;
+        const bool outer = across == none, lower = !outer && colors[e] < across;
+        if (outer ? mode == 0 : mode < 2 && !lower && is_returned(e, k, neighbors)) continue;
+        result.push_back({e * B + k, boundaries[e][k], {colors[e], across}});
+        result.back().nodes.resize(boundary_rows[type], none);
+      }
+    }
+    return result;
   }
 
   id_lists node_lists(std::uint64_t n) const {
@@ -254,6 +310,19 @@ struct mesh_model {
   id_lists elements;
   std::vector<id_lists> boundaries;  // of each element
 };
+
+/// Positions of slots, stably sorted by their colours; those that are `none` come last.
+inline id_list order_of(const id_list& slots, unsigned B, const id_lists& neighbors, const id_list& colors) {
+  const auto key = [&](unsigned i) -> id_list {
+    if (slots[i] == none) return {1};
+    const unsigned across = neighbors[slots[i] / B][slots[i] % B];
+    return {0, colors[slots[i] / B], across == none ? none : colors[across]};
+  };
+  id_list order(slots.size());
+  std::iota(order.begin(), order.end(), 0U);
+  std::stable_sort(order.begin(), order.end(), [&](unsigned a, unsigned b) { return key(a) < key(b); });
+  return order;
+}
 
 }  // namespace reference
 

@@ -8,6 +8,7 @@
 #include "core/check.h"
 #include "core/shapes.h"
 #include "qel/dense.h"
+#include "qel/gridwork/ids.h"
 
 namespace qel::gridwork::detail {
 
@@ -63,6 +64,27 @@ constexpr bool has_shape(element_type type) noexcept {
 /// True when `neighbors` has the size that goes with a connectivity.
 inline bool fits_elements(const dense2D<unsigned>& neighbors, element_type type, std::uint64_t elements) {
   return neighbors.cols() == elements && neighbors.rows() == nbr_boundaries(type);
+}
+
+/// True when every entry is an element or `none`.
+inline bool holds_elements(const dense2D<unsigned>& neighbors) {
+  return check_IDs(neighbors, static_cast<unsigned>(std::min<std::uint64_t>(neighbors.cols(), none)));
+}
+
+/// 0; -1 for a wrong row count; -2 for neighbours of another size or that are no elements; -3 for a type without a shape.
+inline int check_neighbors(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors,
+                           element_type type) {
+  if (connectivity.rows() != nbr_nodes(type)) return -1;
+  if (!fits_elements(neighbors, type, connectivity.cols()) || !holds_elements(neighbors)) return -2;
+  return has_shape(type) ? 0 : -3;
+}
+
+/// A given column as a boundary; triangles among quadrangles end with `none`.
+inline boundary_nodes given_boundary(const dense2D<unsigned>& boundaries, std::uint64_t j) noexcept {
+  boundary_nodes boundary{static_cast<unsigned>(boundaries.rows()), {none, none, none, none}};
+  std::copy(boundaries.begin_column(j), boundaries.end_column(j), boundary.nodes);
+  if (boundary.size == 4 && boundary.nodes[3] == none) boundary.size = 3;
+  return boundary;
 }
 
 }  // namespace qel::gridwork::detail

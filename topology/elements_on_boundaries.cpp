@@ -19,14 +19,6 @@ using namespace detail;
 
 namespace {
 
-/// A given column as a boundary; triangles among quadrangles end with `none`.
-boundary_nodes given_boundary(const dense2D<unsigned>& boundaries, std::uint64_t j) noexcept {
-  boundary_nodes boundary{static_cast<unsigned>(boundaries.rows()), {none, none, none, none}};
-  std::copy(boundaries.begin_column(j), boundaries.end_column(j), boundary.nodes);
-  if (boundary.size == 4 && boundary.nodes[3] == none) boundary.size = 3;
-  return boundary;
-}
-
 /// The slot that a boundary coincides with among the elements round its first node.
 template <class Columns>
 unsigned scan_for_slot(const node_ring<Columns>& ring, const boundary_nodes& wanted) {

@@ -24,6 +24,7 @@ namespace gridwork {
 /// |---|---|
 /// | merge_nodes, merge_lists, merge_elements | of merge(): all nodes; lists of nodes; the nodes of connectivities |
 /// | clip_whole, clip_exact | of clip(): whole elements; cut ones |
+/// | get_subdomains, get_subdomains_walls | neighbours alone; with walls |
 /// | copy_edges, copy_edges_range | one connectivity; a range |
 /// | edge_qualities, edge_qualities_range | one connectivity; a range |
 /// | H_shock_edge, H_shock | one edge; the edges of a mesh |
@@ -52,6 +53,10 @@ enum class operation : unsigned char {
   get_mesh_boundaries,
   get_mesh_bounding_elements,
   get_elements_on_boundaries,
+  get_subdomains,
+  get_subdomains_walls,
+  get_colors_boundaries,
+  sort_elfes,
   get_ancestors,
   get_connected_elements,
   get_node_graph,
@@ -120,6 +125,10 @@ inline constexpr operation_name operation_names[] = {
     {"get_mesh_boundaries", ""},
     {"get_mesh_bounding_elements", ""},
     {"get_elements_on_boundaries", ""},
+    {"get_subdomains", "(neighbors, colors)"},
+    {"get_subdomains", "(connectivity, neighbors, type, walls, colors)"},
+    {"get_colors_boundaries", ""},
+    {"sort_elfes", ""},
     {"get_ancestors", ""},
     {"get_connected_elements", ""},
     {"get_node_graph", ""},
@@ -185,6 +194,9 @@ inline constexpr const char* range = "last lies before first";
 inline constexpr const char* rows = "the connectivity has not the row count of its type";
 inline constexpr const char* matrix = "a connectivity has not the row count of its type";
 inline constexpr const char* mesh = "a connectivity has not the row count of its type, or an index that is no node";
+inline constexpr const char* neighbors = "neighbors has another size, or an entry that is no element";
+inline constexpr const char* boundary_rows = "boundaries is not empty and has another row count";
+inline constexpr const char* colors = "colors has not one entry per element";
 inline constexpr const char* linear_type = "the function does not handle this element type";
 inline constexpr const char* not_opened = "the file cannot be opened";
 inline constexpr const char* tolerance = "the tolerance is negative or NaN";
@@ -268,9 +280,9 @@ inline constexpr result_code result_codes[] = {
      "the function does not handle this element type, or boundaries is not empty and has another row count"},
     {operation::get_element_boundaries, -199, sentences::memory},
     {operation::get_mesh_boundaries, -1, sentences::rows},
-    {operation::get_mesh_boundaries, -2, "neighbors has another size, or an entry that is no element"},
+    {operation::get_mesh_boundaries, -2, sentences::neighbors},
     {operation::get_mesh_boundaries, -3, sentences::linear_type},
-    {operation::get_mesh_boundaries, -4, "boundaries is not empty and has another row count"},
+    {operation::get_mesh_boundaries, -4, sentences::boundary_rows},
     {operation::get_mesh_boundaries, -199, sentences::memory},
     {operation::get_mesh_bounding_elements, -1, sentences::rows},
     {operation::get_mesh_bounding_elements, -2,
@@ -278,10 +290,30 @@ inline constexpr result_code result_codes[] = {
     {operation::get_mesh_bounding_elements, -199, sentences::memory_or_codes},
     {operation::get_elements_on_boundaries, -1, "boundaries has not the row count for this element type"},
     {operation::get_elements_on_boundaries, -2, sentences::rows},
-    {operation::get_elements_on_boundaries, -3, "neighbors has another size, or an entry that is no element"},
+    {operation::get_elements_on_boundaries, -3, sentences::neighbors},
     {operation::get_elements_on_boundaries, -4, "an ancestor is neither ~0U nor an element"},
     {operation::get_elements_on_boundaries, -5, sentences::linear_type},
     {operation::get_elements_on_boundaries, -199, sentences::memory_or_codes},
+    {operation::get_subdomains, -1, "neighbors has an entry that is no element"},
+    {operation::get_subdomains, -199, "memory ran out, or there are more parts than the result can tell"},
+    {operation::get_subdomains_walls, -1, sentences::rows},
+    {operation::get_subdomains_walls, -2, sentences::neighbors},
+    {operation::get_subdomains_walls, -3, sentences::linear_type},
+    {operation::get_subdomains_walls, -4, "a wall is neither ~0U nor a slot, or walls has another row count"},
+    {operation::get_subdomains_walls, -199,
+     "memory ran out, a slot code does not fit 32 bits, or there are more parts than the result can tell"},
+    {operation::get_colors_boundaries, -1, sentences::rows},
+    {operation::get_colors_boundaries, -2, sentences::neighbors},
+    {operation::get_colors_boundaries, -3, sentences::linear_type},
+    {operation::get_colors_boundaries, -4, sentences::colors},
+    {operation::get_colors_boundaries, -5, "the mode is neither 0 nor 1 nor 2"},
+    {operation::get_colors_boundaries, -6, sentences::boundary_rows},
+    {operation::get_colors_boundaries, -7, "pairs is not empty and has not 2 rows"},
+    {operation::get_colors_boundaries, -199, sentences::memory_or_codes},
+    {operation::sort_elfes, -1, "across a slot, neighbors has an entry that is no element"},
+    {operation::sort_elfes, -2, sentences::colors},
+    {operation::sort_elfes, -3, "an entry of slots is neither ~0U nor a slot"},
+    {operation::sort_elfes, -199, sentences::memory},
     {operation::get_ancestors, -199, sentences::memory},
     {operation::get_connected_elements, -199, sentences::memory_or_entries},
     {operation::get_node_graph, -199, sentences::memory_or_entries},

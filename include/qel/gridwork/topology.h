@@ -1,5 +1,5 @@
 /// @file
-/// Adjacency and boundaries of element meshes: neighbours, boundaries, node graph, edges.
+/// Adjacency and boundaries of element meshes: neighbours, boundaries, sub-domains, node graph, edges.
 ///
 /// Letters: e elements (columns of a connectivity), B boundaries of an element (nbr_boundaries() of its type), N nodes
 /// (largest index in use plus one). A *boundary slot* is boundary k of element e; its code is e * B + k. Mixed types
@@ -116,6 +116,107 @@ QEL_GRIDWORK_API int get_elements_on_boundaries(const dense2D<unsigned>& boundar
                                                 const dense2D<unsigned>& connectivity,
                                                 const dense2D<unsigned>& neighbors, const dense1D<unsigned>& ancestors,
                                                 element_type type, dense1D<unsigned>& slots, unsigned& nbr_bound);
+
+/// Colours the connected parts of a mesh. Elements are connected by the boundaries that they share.
+///
+/// Colours count from 0 in the order of the first elements of the parts. Links of `neighbors` connect both ways, even where
+/// they are not returned: a boundary of three or more elements joins them when `neighbors` comes from get_neighbors() with
+/// `pair_non_manifold` true, and parts them when it was false.
+///
+/// @param neighbors  B x e, from get_neighbors()
+/// @param colors     overwritten: e entries, the colour of each element; empty on a negative result
+/// @return the number of parts; -1 for an entry of `neighbors` that is neither `~0U` nor below e; -199, also when the
+///         number does not fit the result. An empty `neighbors` gives 0 and empty `colors`
+///
+/// Cost: linear in e * B, up to a logarithm. In practice linear.
+QEL_GRIDWORK_API int get_subdomains(const dense2D<unsigned>& neighbors, dense1D<unsigned>& colors);
+
+/// As above, with walls: boundaries that connect nothing.
+///
+/// A wall closes every slot that coincides with it, whichever of the slots, first node or direction names it. What is no
+/// boundary of any element is no wall: `~0U`, a slot that its element in a mixed matrix does not have, any other nodes.
+/// Walls by slots come from get_colors_boundaries() or get_elements_on_boundaries(), walls by nodes from a surface file.
+///
+/// @param connectivity  nodes x e; node indices may be any 32-bit numbers
+/// @param neighbors     B x e, from get_neighbors()
+/// @param type          type of all columns
+/// @param walls         slot codes, or boundary nodes x walls with `~0U` in row 3 of a triangle among quadrangles; when
+///                      empty, there are none
+/// @param colors        overwritten: e entries, the colour of each element; empty on a negative result
+/// @return the number of parts; -1 for a wrong row count; -2 for `neighbors` of another size or with an entry that is
+///         neither `~0U` nor below e; -3 for a type that is not accepted; -4 for a slot that is neither `~0U` nor below
+///         e * B, or a matrix of walls of another row count; -199, also when a slot code does not fit 32 bits or the
+///         number does not fit the result. An empty connectivity gives 0 and empty `colors` before any check
+///
+/// Cost: linear in e * B, up to a logarithm, and expected linear in the walls.
+/// @{
+QEL_GRIDWORK_API int get_subdomains(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors,
+                                    element_type type, const dense1D<unsigned>& walls, dense1D<unsigned>& colors);
+QEL_GRIDWORK_API int get_subdomains(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors,
+                                    element_type type, const dense2D<unsigned>& walls, dense1D<unsigned>& colors);
+/// @}
+
+/// Appends the boundaries between elements of different colours, and the two colours of each.
+///
+/// Both forms list the same, in the order of elements and of their boundaries: as slot codes, or as nodes.
+///
+/// | `mode` | lists |
+/// |---|---|
+/// | 0 | boundaries between two colours, once, from the side of the lower colour |
+/// | 1 | the same, and the outer boundaries: those with nothing across |
+/// | 2 | the whole boundary of every colour: those between two colours from both sides, and the outer ones |
+///
+/// An element of colour `~0U` counts as not there: it has no boundaries, and those of its neighbours towards it are outer
+/// ones. A link that is not returned, as where three elements share a boundary, is listed in modes 0 and 1 from the side
+/// that has it, whichever colour is lower: no slot that coincides leads back.
+///
+/// @param connectivity  nodes x e; node indices may be any 32-bit numbers
+/// @param neighbors     B x e, from get_neighbors()
+/// @param type          type of all columns
+/// @param colors        one for each element, any numbers
+/// @param mode          0, 1 or 2
+/// @param slots         appended to: slot codes, in increasing order; only slots that their elements have
+/// @param boundaries    appended to: boundary nodes x boundaries, rows, padding and direction as by
+///                      get_element_boundaries()
+/// @param pairs         appended to: 2 x boundaries; the colour of the element, then the colour across, `~0U` for outside
+/// @return 0; -1 for a wrong row count; -2 for `neighbors` of another size or with an entry that is neither `~0U` nor
+///         below e; -3 for a type that is not accepted; -4 when `colors` has not e entries; -5 for a `mode` above 2; -6
+///         when `boundaries` is not empty and has another row count; -7 when `pairs` is not empty and has not 2 rows;
+///         -199, also when a slot code does not fit 32 bits. The outputs are unchanged on every negative result. An empty
+///         connectivity gives 0 before any check
+///
+/// Cost: linear.
+/// @{
+QEL_GRIDWORK_API int get_colors_boundaries(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors,
+                                           element_type type, const dense1D<unsigned>& colors, unsigned mode,
+                                           dense1D<unsigned>& slots, dense2D<unsigned>& pairs);
+QEL_GRIDWORK_API int get_colors_boundaries(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors,
+                                           element_type type, const dense1D<unsigned>& colors, unsigned mode,
+                                           dense2D<unsigned>& boundaries, dense2D<unsigned>& pairs);
+/// @}
+
+/// Sorts slots into groups by the colours that they separate: each interface, seen from one side, becomes one run.
+///
+/// Slots belong to one group when the colour of their element and the colour across, `~0U` where there is nothing, are the
+/// same. The groups come in lexicographic order of these two, the slots of a group in the order given. Entries `~0U`, which
+/// get_elements_on_boundaries() leaves where nothing coincides, come last and belong to no group. A group has one
+/// orientation: the other sides of its slots are another group.
+///
+/// @param neighbors  B x e, from get_neighbors()
+/// @param colors     one for each element, any numbers
+/// @param slots      sorted: slot codes or `~0U`
+/// @param order      overwritten: where the slots came from, `new_slots[i] == old_slots[order[i]]`
+/// @param pairs      overwritten: 2 x g; the two colours of each group
+/// @param offsets    overwritten: g + 1 entries; the slots of group i are `slots[offsets[i]]` to
+///                   `slots[offsets[i + 1] - 1]`
+/// @return the number g of groups; -2 when `colors` has not e entries; -3 for a slot that is neither `~0U` nor below e * B;
+///         -1 when the entry of `neighbors` at a slot is neither `~0U` nor below e (other entries are not read); -199.
+///         Nothing changes on a negative result
+///
+/// Cost: expected linear in the slots, and g log g; whatever the size of the mesh.
+QEL_GRIDWORK_API int sort_elfes(const dense2D<unsigned>& neighbors, const dense1D<unsigned>& colors,
+                                dense1D<unsigned>& slots, dense1D<unsigned>& order, dense2D<unsigned>& pairs,
+                                dense1D<unsigned>& offsets);
 
 /// Finds for each node the last element that holds it. For every element type; entries `~0U` are skipped.
 ///
