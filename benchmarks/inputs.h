@@ -74,8 +74,9 @@ inline dense2D<double> clustered_points(std::uint64_t n, unsigned seed) {
   return points;
 }
 
-/// The same mesh with its nodes renumbered and its elements shuffled, as generators that know no locality leave it.
-inline dense2D<unsigned> without_locality(const dense2D<unsigned>& connectivity) {
+/// The same mesh with its nodes renumbered and its elements shuffled, as generators that know no locality leave it. Values
+/// of the elements go with them.
+inline dense2D<unsigned> without_locality(const dense2D<unsigned>& connectivity, dense1D<unsigned>* values = nullptr) {
   std::vector<unsigned> name(qel::gridwork::max_ID(connectivity) + 1);
   std::vector<std::uint64_t> place(connectivity.cols());
   for (unsigned i = 0; i < name.size(); ++i) name[i] = i;
@@ -84,6 +85,10 @@ inline dense2D<unsigned> without_locality(const dense2D<unsigned>& connectivity)
   std::shuffle(name.begin(), name.end(), random);
   std::shuffle(place.begin(), place.end(), random);
   dense2D<unsigned> result(connectivity.rows(), connectivity.cols());
+  if (values != nullptr) {
+    const std::vector<unsigned> old(values->begin(), values->end());
+    for (std::uint64_t e = 0; e < place.size(); ++e) (*values)[place[e]] = old[e];
+  }
   for (std::uint64_t e = 0; e < place.size(); ++e) {
     for (std::uint64_t i = 0; i < result.rows(); ++i) result(i, place[e]) = name[connectivity(i, e)];
   }
@@ -121,6 +126,16 @@ inline dense2D<double> lattice(unsigned cells, bool shuffled) {
     p[0] = double(i % n), p[1] = double(i / n % n), p[2] = double(i / n / n);
   }
   return coords;
+}
+
+/// For each tetrahedron of tetrahedra(cells, false), the block of the lattice that it lies in, of 4 x 4 x 4.
+inline dense1D<unsigned> blocks(unsigned cells) {
+  dense1D<unsigned> result(6 * std::uint64_t{cells} * cells * cells);
+  for (unsigned e = 0; e < result.size(); ++e) {
+    const unsigned cell = e / 6, x = cell % cells, y = cell / cells % cells, z = cell / cells / cells;
+    result[e] = (4 * z / cells * 4 + 4 * y / cells) * 4 + 4 * x / cells;
+  }
+  return result;
 }
 
 /// The triangles of surface().

@@ -1,6 +1,6 @@
 // What large meshes take: CPU time and peak memory of one step, each in a process of its own.
 // usage: scale stl SIDE       reads and merges a binary STL file of 2 * SIDE * SIDE triangles
-//        scale tetra CELLS    neighbours and boundaries of 6 * CELLS^3 tetrahedra
+//        scale tetra CELLS    neighbours, boundaries, parts and interfaces of 6 * CELLS^3 tetrahedra
 //        scale gradation CELLS    sizes and tensors of as many, bounded from one layer of nodes on, which changes all
 #include <sys/resource.h>
 
@@ -15,6 +15,7 @@
 
 namespace {
 
+using qel::dense1D;
 using qel::dense2D;
 
 double cpu_seconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
@@ -53,19 +54,31 @@ int read_surface(const std::string& path) {
   return 0;
 }
 
-int connect(unsigned cells) {
-  const dense2D<unsigned> connectivity = inputs::tetrahedra(cells, false);
-  dense2D<unsigned> neighbors;
-  dense2D<unsigned> boundaries;
+/// Runs a step that returns a result, and reports it.
+template <class Run>
+bool measure(const char* step, std::uint64_t count, Run run) {
   const double start = cpu_seconds();
-  int result = qel::gridwork::get_neighbors(connectivity, qel::gridwork::ELT_TETRA4, false, neighbors);
-  report("get_neighbors", connectivity.cols(), cpu_seconds() - start);
-  const double between = cpu_seconds();
-  if (result >= 0) {
-    result = qel::gridwork::get_mesh_boundaries(connectivity, neighbors, qel::gridwork::ELT_TETRA4, boundaries);
-  }
-  report("get_mesh_boundaries", connectivity.cols(), cpu_seconds() - between);
-  return result;
+  const int result = run();
+  report(step, count, cpu_seconds() - start);
+  return result >= 0;
+}
+
+bool connect(unsigned cells) {
+  namespace gw = qel::gridwork;
+  const dense2D<unsigned> m = inputs::tetrahedra(cells, false);
+  dense2D<unsigned> neighbors, boundaries, pairs, group_pairs;
+  dense1D<unsigned> parts, slots, order, offsets, blocks = inputs::blocks(cells);
+  const std::uint64_t n = m.cols();
+  return measure("get_neighbors", n, [&] { return gw::get_neighbors(m, gw::ELT_TETRA4, false, neighbors); }) &&
+         measure("get_mesh_boundaries", n,
+                 [&] { return gw::get_mesh_boundaries(m, neighbors, gw::ELT_TETRA4, boundaries); }) &&
+         measure("get_subdomains", n, [&] { return gw::get_subdomains(neighbors, parts); }) &&
+         measure("get_colors_boundaries", n,
+                 [&] { return gw::get_colors_boundaries(m, neighbors, gw::ELT_TETRA4, blocks, 2, slots, pairs); }) &&
+         measure("get_subdomains, walls", n,
+                 [&] { return gw::get_subdomains(m, neighbors, gw::ELT_TETRA4, slots, parts); }) &&
+         measure("sort_elfes", slots.size(),
+                 [&] { return gw::sort_elfes(neighbors, blocks, slots, order, group_pairs, offsets); });
 }
 
 int bound(unsigned cells) {
@@ -98,7 +111,7 @@ int main(int argc, char** argv) {
   const std::string path = inputs::working_folder().string() + "_scale.stl";
   const unsigned size = argc == 3 ? static_cast<unsigned>(std::atoi(argv[2])) : 0;
   if (step == "write") return write_surface(path, size) == 0 ? 0 : 1;
-  if (step == "tetra") return connect(size) >= 0 ? 0 : 1;
+  if (step == "tetra") return connect(size) ? 0 : 1;
   if (step == "gradation") return bound(size) >= 0 ? 0 : 1;
   if (step != "stl") {
     std::fprintf(stderr, "usage: scale stl SIDE | scale tetra CELLS | scale gradation CELLS\n");

@@ -1,5 +1,6 @@
-// Neighbours, boundaries, node lists and edges, beside the standard containers, VTK and CGAL.
+// Neighbours, boundaries, sub-domains, node lists and edges, beside the standard containers, VTK and CGAL.
 #include <array>
+#include <memory>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -10,11 +11,15 @@
 
 #ifdef QEL_HAVE_VTK
 #include <vtkCellArray.h>
+#include <vtkCellData.h>
 #include <vtkCellType.h>
+#include <vtkConnectivityFilter.h>
+#include <vtkDataSetRegionSurfaceFilter.h>
 #include <vtkDataSetSurfaceFilter.h>
 #include <vtkExtractEdges.h>
 #include <vtkIdList.h>
 #include <vtkIdTypeArray.h>
+#include <vtkIntArray.h>
 #include <vtkNew.h>
 #include <vtkPoints.h>
 #include <vtkPolyData.h>
@@ -22,6 +27,7 @@
 #include <vtkUnstructuredGrid.h>
 #endif
 #ifdef QEL_HAVE_CGAL
+#include <CGAL/Polygon_mesh_processing/connected_components.h>
 #include <CGAL/Polygon_mesh_processing/polygon_soup_to_polygon_mesh.h>
 #include <CGAL/Simple_cartesian.h>
 #include <CGAL/Surface_mesh.h>
@@ -171,14 +177,20 @@ vtkIdType lists_by_vtk(vtkUnstructuredGrid* grid) {
 #endif
 
 #ifdef QEL_HAVE_CGAL
-std::size_t halfedges_by_cgal(const dense2D<unsigned>& m) {
-  using mesh = CGAL::Surface_mesh<CGAL::Simple_cartesian<double>::Point_3>;
+using cgal_mesh = CGAL::Surface_mesh<CGAL::Simple_cartesian<double>::Point_3>;
+
+cgal_mesh mesh_of_cgal(const dense2D<unsigned>& m) {
   std::vector<CGAL::Simple_cartesian<double>::Point_3> points(gw::max_ID(m) + 1, CGAL::ORIGIN);
   std::vector<std::array<std::size_t, 3>> triangles(m.cols());
   for (std::uint64_t e = 0; e < m.cols(); ++e) std::copy_n(m.column(e), 3, triangles[e].begin());
-  mesh result;
+  cgal_mesh result;
   CGAL::Polygon_mesh_processing::polygon_soup_to_polygon_mesh(points, triangles, result);
-  return result.number_of_halfedges();
+  return result;
+}
+
+std::size_t components_by_cgal(cgal_mesh& mesh) {
+  const auto colors = mesh.add_property_map<cgal_mesh::Face_index, std::size_t>("f:component").first;
+  return CGAL::Polygon_mesh_processing::connected_components(mesh, colors);
 }
 #endif
 
@@ -186,6 +198,43 @@ dense2D<unsigned> neighbors_of(const dense2D<unsigned>& m, gw::element_type type
   dense2D<unsigned> neighbors;
   gw::get_neighbors(m, type, false, neighbors);
   return neighbors;
+}
+
+std::size_t count_subdomains(const dense2D<unsigned>& neighbors) {
+  dense1D<unsigned> colors;
+  return static_cast<std::size_t>(gw::get_subdomains(neighbors, colors));
+}
+
+/// Slots of boundaries between colours, and outer ones.
+dense1D<unsigned> slots_between(const dense2D<unsigned>& m, const dense2D<unsigned>& neighbors,
+                                const dense1D<unsigned>& colors) {
+  dense1D<unsigned> slots;
+  dense2D<unsigned> pairs;
+  gw::get_colors_boundaries(m, neighbors, gw::ELT_TETRA4, colors, 1, slots, pairs);
+  return slots;
+}
+
+std::size_t groups_of(const dense2D<unsigned>& neighbors, const dense1D<unsigned>& colors,
+                      const dense1D<unsigned>& given) {
+  dense1D<unsigned> slots, order, offsets;
+  dense2D<unsigned> pairs;
+  if (!slots.copy(given)) return 0;
+  return static_cast<std::size_t>(gw::sort_elfes(neighbors, colors, slots, order, pairs, offsets));
+}
+
+/// Pairs of colours with their slots, sorted.
+std::size_t groups_by_sorting(const dense2D<unsigned>& neighbors, const dense1D<unsigned>& colors,
+                              const dense1D<unsigned>& slots) {
+  std::vector<std::pair<std::uint64_t, unsigned>> keys;
+  keys.reserve(slots.size());
+  for (const unsigned slot : slots) {
+    const unsigned across = neighbors(slot % 4, slot / 4);
+    keys.emplace_back(std::uint64_t{colors[slot / 4]} << 32 | (across == ~0U ? ~0U : colors[across]), slot);
+  }
+  std::stable_sort(keys.begin(), keys.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::size_t groups = 0;
+  for (std::size_t i = 0; i < keys.size(); ++i) groups += i == 0 || keys[i].first != keys[i - 1].first;
+  return groups;
 }
 
 dense2D<unsigned> free_boundary(const dense2D<unsigned>& m, gw::element_type type) {
@@ -236,6 +285,49 @@ void add_list_benchmarks(const std::string& kind, const dense2D<unsigned>& m) {
 #endif
 }
 
+/// Parts, blocks and groups of tetrahedra.
+void add_color_benchmarks(const std::string& order, const dense2D<unsigned>& m, const dense1D<unsigned>& blocks) {
+  const dense2D<unsigned> neighbors = neighbors_of(m, gw::ELT_TETRA4);
+  dense1D<unsigned> sixteen(m.cols());
+  for (unsigned e = 0; e < sixteen.size(); ++e) sixteen[e] = static_cast<unsigned>(e * 0x9e3779b97f4a7c15U >> 60);
+  const dense1D<unsigned> slots = slots_between(m, neighbors, sixteen);
+  const std::string parts = "get_subdomains, 1 M tetrahedra, " + order,
+                    surfaces = "get_neighbors + get_colors_boundaries, 64 blocks, " + order,
+                    groups = "sort_elfes, 1.9 M slots, 136 groups, " + order;
+  add_benchmark(parts, "ours", [=] { return count_subdomains(neighbors); });
+  add_benchmark(surfaces, "ours", [=] { return slots_between(m, neighbors_of(m, gw::ELT_TETRA4), blocks).size(); });
+  add_benchmark(groups, "ours", [=] { return groups_of(neighbors, sixteen, slots); });
+  add_benchmark(groups, "std::stable_sort", [=] { return groups_by_sorting(neighbors, sixteen, slots); });
+#ifdef QEL_HAVE_VTK
+  const auto grid = vtk_grid(m, tetrahedron.vtk_type);
+  vtkNew<vtkIntArray> materials;
+  materials->SetName("material");
+  for (const unsigned block : blocks) materials->InsertNextValue(static_cast<int>(block));
+  const auto colored = without_links(grid);
+  colored->GetCellData()->AddArray(materials);
+  add_benchmark(parts, "VTK", [=] {
+    return cells_of_filter<vtkConnectivityFilter>(without_links(grid), [](vtkConnectivityFilter* filter) {
+      filter->SetExtractionModeToAllRegions();
+      filter->ColorRegionsOn();
+    });
+  });
+  add_benchmark(surfaces, "VTK", [=] {
+    return cells_of_filter<vtkDataSetRegionSurfaceFilter>(
+        colored, [](vtkDataSetRegionSurfaceFilter* filter) { filter->SetRegionArrayName("material"); });
+  });
+#endif
+}
+
+void add_part_benchmarks(const std::string& order, const dense2D<unsigned>& triangles) {
+  const dense2D<unsigned> neighbors = neighbors_of(triangles, gw::ELT_TRIA3);
+  const std::string parts = "get_subdomains, 1 M triangles, " + order;
+  add_benchmark(parts, "ours", [=] { return count_subdomains(neighbors); });
+#ifdef QEL_HAVE_CGAL
+  const auto mesh = std::make_shared<cgal_mesh>(mesh_of_cgal(triangles));
+  add_benchmark(parts, "CGAL", [=] { return components_by_cgal(*mesh); });
+#endif
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -248,8 +340,13 @@ int main(int argc, char** argv) {
     add_neighbor_benchmarks("1 M triangles, " + order, triangles, triangle);
     add_neighbor_benchmarks("0.5 M hexahedra, " + order, inputs::hexahedra(79, shuffled), hexahedron);
     add_list_benchmarks("1 M tetrahedra, " + order, tetrahedra);
+    dense1D<unsigned> blocks = inputs::blocks(55);
+    add_color_benchmarks(
+        order, shuffled ? inputs::without_locality(inputs::tetrahedra(55, false), &blocks) : tetrahedra, blocks);
+    add_part_benchmarks(order, triangles);
 #ifdef QEL_HAVE_CGAL
-    add_benchmark("get_neighbors, 1 M triangles, " + order, "CGAL", [=] { return halfedges_by_cgal(triangles); });
+    add_benchmark("get_neighbors, 1 M triangles, " + order, "CGAL",
+                  [=] { return mesh_of_cgal(triangles).number_of_halfedges(); });
 #endif
     for (const auto& [size, cells] : {std::pair{"0.1 M", 26U}, std::pair{"10 M", 118U}}) {
       const dense2D<unsigned> m = inputs::tetrahedra(cells, shuffled);

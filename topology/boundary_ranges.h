@@ -34,7 +34,8 @@ class boundary_ranges {
   [[nodiscard]] bool prepare(const dense2D<unsigned>& connectivity) {
     if (last_ == 0) return true;
     dense1D<std::uint64_t> places;
-    if (!places.reserve(limits::range_sample * Columns::largest.boundaries)) return false;
+    if (!places.reserve(std::min(connectivity.cols(), limits::range_sample) * Columns::largest.boundaries))
+      return false;
     for (const measure by : {measure::smallest, measure::sum, measure::scattered_sum}) {
       by_ = by;
       sample(connectivity, places);

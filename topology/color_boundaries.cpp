@@ -130,7 +130,7 @@ int append_boundaries(const colored_mesh<Columns>& mesh, Boundaries& boundaries,
 
 bool takes_boundaries(const dense1D<unsigned>&, element_type) noexcept { return true; }
 bool takes_boundaries(const dense2D<unsigned>& boundaries, element_type type) noexcept {
-  return boundaries.empty() || boundaries.rows() == boundary_rows(type);
+  return boundaries.empty() || boundaries.rows() == nbr_boundary_nodes(type);
 }
 
 template <class Boundaries>

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "core/distribute.h"
+#include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "qel/gridwork/topology.h"
@@ -66,18 +67,61 @@ class pair_numbers {
   unsigned last_ = none;
 };
 
+/// Reads the colours on both sides of slots.
+class slot_colors {
+ public:
+  slot_colors(const dense2D<unsigned>& neighbors, const dense1D<unsigned>& colors) noexcept
+      : neighbors_(neighbors),
+        colors_(colors),
+        rows_(static_cast<unsigned>(std::min<std::uint64_t>(neighbors.rows(), none))) {}  // 32 bits divide faster
+
+  /// Finds the elements on both sides of up to limits::slot_chunk slots, whose colours are on their way then. False when
+  /// there is no such element.
+  [[nodiscard]] bool read(const unsigned* slots, std::uint64_t count) noexcept {
+    for (std::uint64_t i = 0; i < count; ++i) {
+      sides_[i] = {none, none};
+      if (slots[i] == none) continue;
+      const unsigned e = slots[i] / rows_, across = neighbors_(slots[i] - e * rows_, e);
+      if (across != none && across >= neighbors_.cols()) return false;
+      sides_[i] = {e, across};
+      prefetch(colors_.data() + e);
+      if (across != none) prefetch(colors_.data() + across);
+    }
+    return true;
+  }
+
+  /// The colour of the element of slot i, which is not `none`.
+  unsigned own(std::uint64_t i) const noexcept { return colors_[sides_[i].own]; }
+
+  /// The colour across, `none` where there is no element.
+  unsigned across(std::uint64_t i) const noexcept {
+    return sides_[i].across == none ? none : colors_[sides_[i].across];
+  }
+
+ private:
+  struct elements {
+    unsigned own, across;
+  };
+
+  const dense2D<unsigned>& neighbors_;
+  const dense1D<unsigned>& colors_;
+  unsigned rows_;
+  elements sides_[limits::slot_chunk];
+};
+
 /// Gives every slot the number of its pair of colours, `none` to those that are `none`. 0, or a negative result.
 int number_slots(const dense2D<unsigned>& neighbors, const dense1D<unsigned>& colors, const dense1D<unsigned>& slots,
                  pair_numbers& pairs, dense1D<unsigned>& groups) {
-  const auto rows = static_cast<unsigned>(std::min<std::uint64_t>(neighbors.rows(), none));  // 32 bits divide faster
   if (!pairs.prepare() || !groups.resize(slots.size(), none)) return out_of_memory;
-  for (std::uint64_t i = 0; i < slots.size(); ++i) {
-    if (slots[i] == none) continue;
-    const unsigned e = slots[i] / rows;
-    const unsigned across = neighbors(slots[i] - e * rows, e);
-    if (across != none && across >= neighbors.cols()) return -1;
-    groups[i] = pairs.find_or_add(colors[e], across == none ? none : colors[across]);
-    if (groups[i] == none) return out_of_memory;
+  slot_colors of(neighbors, colors);
+  for (std::uint64_t first = 0; first < slots.size(); first += limits::slot_chunk) {
+    const auto count = std::min<std::uint64_t>(limits::slot_chunk, slots.size() - first);
+    if (!of.read(slots.begin() + first, count)) return -1;
+    for (std::uint64_t i = 0; i < count; ++i) {
+      if (slots[first + i] == none) continue;
+      groups[first + i] = pairs.find_or_add(of.own(i), of.across(i));
+      if (groups[first + i] == none) return out_of_memory;
+    }
   }
   return 0;
 }

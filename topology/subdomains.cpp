@@ -112,7 +112,7 @@ bool are_walls(const dense1D<unsigned>& walls, element_type type, std::uint64_t 
 }
 
 bool are_walls(const dense2D<unsigned>& walls, element_type type, std::uint64_t) noexcept {
-  return walls.empty() || walls.rows() == boundary_rows(type);
+  return walls.empty() || walls.rows() == nbr_boundary_nodes(type);
 }
 
 template <class Walls>
