@@ -12,6 +12,8 @@ using namespace detail;
 
 namespace {
 
+constexpr double infinite = std::numeric_limits<double>::infinity();
+
 /// Calls visit(a, b, length) for each edge whose length is greater than 0 and finite.
 template <unsigned Dim, class Visit>
 void visit_lengths(const dense2D<double>& coords, const dense2D<unsigned>& edges, Visit visit) {
@@ -23,14 +25,14 @@ void visit_lengths(const dense2D<double>& coords, const dense2D<unsigned>& edges
   }
 }
 
-/// The length that choose() takes of any two becomes the size of a node; a size of 0 stands for none yet.
+/// Of the lengths at each node the one that choose() takes, `start` where there is none.
 template <unsigned Dim, class Choose>
-void choose_lengths(const dense2D<double>& coords, const dense2D<unsigned>& edges, dense1D<double>& sizes,
+void choose_lengths(const dense2D<double>& coords, const dense2D<unsigned>& edges, dense1D<double>& sizes, double start,
                     Choose choose) {
-  const auto offer = [choose](double& h, double length) { h = h == 0 ? length : choose(h, length); };
-  visit_lengths<Dim>(coords, edges, [offer, chosen = sizes.data()](unsigned a, unsigned b, double length) {
-    offer(chosen[a], length);
-    offer(chosen[b], length);
+  std::fill(sizes.begin(), sizes.end(), start);
+  visit_lengths<Dim>(coords, edges, [choose, chosen = sizes.data()](unsigned a, unsigned b, double length) {
+    chosen[a] = choose(chosen[a], length);
+    chosen[b] = choose(chosen[b], length);
   });
 }
 
@@ -41,7 +43,7 @@ void repair_overflown_means(const dense2D<double>& coords, const dense2D<unsigne
                             const dense1D<unsigned>& counts, dense1D<double>& means) {
   constexpr double scale = 0x1p-33;  // a node has less than 2^32 edges
   constexpr double largest = std::numeric_limits<double>::max();
-  std::replace(means.begin(), means.end(), std::numeric_limits<double>::infinity(), -0.0);
+  std::replace(means.begin(), means.end(), infinite, -0.0);
   const auto add = [&means](unsigned node, double length) {
     if (std::signbit(means[node])) means[node] -= scale * length;
   };
@@ -79,8 +81,12 @@ bool take_lengths(const dense2D<double>& coords, const dense2D<unsigned>& edges,
   constexpr auto smaller = [](double x, double y) { return std::min(x, y); };
   constexpr auto larger = [](double x, double y) { return std::max(x, y); };
   if (rule == SIZE_MEAN) return average_lengths<Dim>(coords, edges, sizes);
-  rule == SIZE_SHORTEST ? choose_lengths<Dim>(coords, edges, sizes, smaller)
-                        : choose_lengths<Dim>(coords, edges, sizes, larger);
+  if (rule == SIZE_LONGEST) {
+    choose_lengths<Dim>(coords, edges, sizes, 0, larger);
+  } else {
+    choose_lengths<Dim>(coords, edges, sizes, infinite, smaller);
+    std::replace(sizes.begin(), sizes.end(), infinite, 0.0);
+  }
   return true;
 }
 
