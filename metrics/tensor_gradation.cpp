@@ -2,7 +2,8 @@
 #include "metrics/tensor_gradation.h"
 
 #include <algorithm>
-#include <cstring>
+#include <functional>
+#include <numeric>
 
 #include "metrics/changes.h"
 #include "metrics/denser_tensor.h"
@@ -84,7 +85,9 @@ class tensor_gradation {
 
   int store(dense2D<double>& tensors, dense1D<unsigned>* ids) const {
     const auto is_changed = [&](std::uint64_t j) {
-      return std::memcmp(tensors.column(j), tensors_[j].data(), sizeof(tensor<N>)) != 0;
+      const auto differ = [](double x, double y) { return x < y || x > y; };  // what is no number never changes
+      const tensor<N> given = tensor_at<N>(tensors, j);
+      return std::inner_product(given.begin(), given.end(), tensors_[j].begin(), false, std::logical_or<>(), differ);
     };
     const auto write = [&](unsigned j) { set_tensor(tensors, j, tensors_[j]); };
     return store_changes(std::min(coords_.cols(), tensors.cols()), is_changed, write, ids);
