@@ -42,6 +42,26 @@ inline void surface(unsigned side, dense2D<double>& coords, dense2D<unsigned>& c
   }
 }
 
+/// A sphere of 12 * side * side triangles of nearly one size: the faces of a cube, parted at equal angles. Positions are
+/// rounded to float. Nodes on the cube's edges are there once for each face.
+inline void uniform_sphere(unsigned side, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+  const unsigned line = side + 1;
+  coords = dense2D<double>(3, 6 * std::uint64_t{line} * line);
+  connectivity = dense2D<unsigned>(3, 12 * std::uint64_t{side} * side);
+  constexpr double quarter = 3.14159265358979323846 / 4;
+  std::uint64_t e = 0;
+  for (unsigned n = 0; n < coords.cols(); ++n) {
+    const unsigned face = n / (line * line), i = n / line % line, j = n % line;
+    const double v[3] = {face % 2 == 0 ? 1.0 : -1.0, std::tan(quarter * (2.0 * i / side - 1)),
+                         std::tan(quarter * (2.0 * j / side - 1))};
+    const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+    for (unsigned k = 0; k < 3; ++k) coords((k + face / 2) % 3, n) = static_cast<float>(50 * v[k] / length);
+    if (i == side || j == side) continue;
+    const unsigned triangles[2][3] = {{n, n + line, n + 1}, {n + 1, n + line, n + line + 1}};
+    for (const auto& triangle : triangles) std::copy_n(triangle, 3, connectivity.column(e++));
+  }
+}
+
 /// The corners of all triangles as nodes of their own; in random order of the nodes if asked for.
 inline dense2D<double> corners(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, bool shuffled) {
   std::vector<std::uint64_t> place(connectivity.size());
@@ -52,6 +72,15 @@ inline dense2D<double> corners(const dense2D<double>& coords, const dense2D<unsi
     std::copy_n(coords.column(connectivity.data()[i]), 3, nodes.column(place[i]));
   }
   return nodes;
+}
+
+/// Each coordinate moved by less than `most`, so that no two of the former copies coincide.
+inline dense2D<double> displaced(const dense2D<double>& nodes, double most) {
+  std::mt19937_64 random(9);
+  std::uniform_real_distribution<double> shift(-most, most);
+  dense2D<double> moved(nodes.rows(), nodes.cols());
+  for (std::uint64_t i = 0; i < moved.size(); ++i) moved.data()[i] = nodes.data()[i] + shift(random);
+  return moved;
 }
 
 inline dense2D<double> uniform_points(std::uint64_t n, unsigned seed) {

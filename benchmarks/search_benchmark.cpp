@@ -1,10 +1,24 @@
-// node_detector and merge, beside nanoflann and meshoptimizer.
+// node_detector and merge, beside nanoflann, CGAL, VTK and meshoptimizer.
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
 #include "compare.h"
 #include "inputs.h"
 
+#ifdef QEL_HAVE_CGAL
+#include <CGAL/Fuzzy_iso_box.h>
+#include <CGAL/Kd_tree.h>
+#include <CGAL/Search_traits_3.h>
+#include <CGAL/Simple_cartesian.h>
+#endif
+#ifdef QEL_HAVE_VTK
+#include <vtkDoubleArray.h>
+#include <vtkNew.h>
+#include <vtkPoints.h>
+#include <vtkPolyData.h>
+#include <vtkStaticPointLocator.h>
+#endif
 #ifdef QEL_HAVE_NANOFLANN
 #include <nanoflann.hpp>
 #endif
@@ -104,6 +118,50 @@ std::size_t merge_by_radius_search(const dense2D<double>& nodes, double tol) {
 }
 #endif
 
+#ifdef QEL_HAVE_CGAL
+using cgal_point = CGAL::Simple_cartesian<double>::Point_3;
+using cgal_traits = CGAL::Search_traits_3<CGAL::Simple_cartesian<double>>;
+using cgal_tree = CGAL::Kd_tree<cgal_traits>;
+
+std::shared_ptr<cgal_tree> make_cgal_tree(const dense2D<double>& points) {
+  auto tree = std::make_shared<cgal_tree>();
+  for (std::uint64_t j = 0; j < points.cols(); ++j) tree->insert({points(0, j), points(1, j), points(2, j)});
+  tree->build();
+  return tree;
+}
+
+std::size_t nodes_in_boxes(const cgal_tree& tree, const dense2D<double>& centres, double half) {
+  std::size_t found = 0;
+  std::vector<cgal_point> in_box;
+  for (std::uint64_t j = 0; j < centres.cols(); ++j) {
+    in_box.clear();
+    const double* c = centres.column(j);
+    const cgal_point low(c[0] - half, c[1] - half, c[2] - half), high(c[0] + half, c[1] + half, c[2] + half);
+    tree.search(std::back_inserter(in_box), CGAL::Fuzzy_iso_box<cgal_traits>(low, high));
+    found += in_box.size();
+  }
+  return found;
+}
+#endif
+
+#ifdef QEL_HAVE_VTK
+vtkIdType merge_by_locator(const dense2D<double>& nodes, double tol) {
+  vtkNew<vtkDoubleArray> values;
+  values->SetNumberOfComponents(3);
+  values->SetArray(const_cast<double*>(nodes.data()), static_cast<vtkIdType>(nodes.size()), 1);
+  vtkNew<vtkPoints> points;
+  points->SetData(values);
+  vtkNew<vtkPolyData> data;
+  data->SetPoints(points);
+  vtkNew<vtkStaticPointLocator> locator;
+  locator->SetDataSet(data);
+  locator->BuildLocator();
+  std::vector<vtkIdType> map(nodes.cols());
+  locator->MergePoints(tol, map.data());
+  return map.back();
+}
+#endif
+
 std::size_t nodes_in_boxes(const node_detector& detector, const dense2D<double>& centres, double half) {
   std::size_t found = 0;
   dense1D<unsigned> nodes;
@@ -149,18 +207,24 @@ void add_detector_benchmarks(const std::string& kind, const dense2D<double>& poi
   add_benchmark("find_closest(node), " + kind, "nanoflann", [=] { return sum_of_closest_others(*flann, points); });
   add_benchmark("find_in_box, " + kind, "nanoflann", [=] { return nodes_in_boxes(*flann, boxes, half); });
 #endif
+#ifdef QEL_HAVE_CGAL
+  const auto cgal = make_cgal_tree(points);
+  add_benchmark("find_in_box, " + kind, "CGAL", [=] { return nodes_in_boxes(*cgal, boxes, half); });
+#endif
 }
 
 void add_merge_benchmarks(const std::string& order, const dense2D<double>& nodes) {
   dense1D<unsigned> all(nodes.cols());
   for (unsigned i = 0; i < all.size(); ++i) all[i] = i;
-  const auto merge = [=](double tol) {
+  const auto merge = [=](const dense2D<double>& coords, double tol) {
     dense1D<unsigned> new_IDs;
-    return qel::gridwork::merge(nodes, all, new_IDs, tol);
+    return qel::gridwork::merge(coords, all, new_IDs, tol);
   };
   constexpr double small = 1e-4;
-  add_benchmark("merge tol 0, " + order, "ours", [=] { return merge(0.0); });
-  add_benchmark("merge small tol, " + order, "ours", [=] { return merge(small); });
+  add_benchmark("merge tol 0, " + order, "ours", [=] { return merge(nodes, 0.0); });
+  const dense2D<double> displaced = inputs::displaced(nodes, small / 3);
+  add_benchmark("merge small tol, " + order, "ours", [=] { return merge(nodes, small); });
+  add_benchmark("merge displaced, " + order, "ours", [=] { return merge(displaced, small); });
 #ifdef QEL_HAVE_MESHOPTIMIZER
   add_benchmark("merge tol 0, " + order, "meshoptimizer", [=] {
     std::vector<unsigned> map(nodes.cols());
@@ -170,11 +234,16 @@ void add_merge_benchmarks(const std::string& order, const dense2D<double>& nodes
 #ifdef QEL_HAVE_NANOFLANN
   add_benchmark("merge small tol, " + order, "nanoflann", [=] { return merge_by_radius_search(nodes, small); });
 #endif
+#ifdef QEL_HAVE_VTK
+  add_benchmark("merge small tol, " + order, "VTK", [=] { return merge_by_locator(nodes, small); });
+  add_benchmark("merge displaced, " + order, "VTK", [=] { return merge_by_locator(displaced, small); });
+#endif
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  setenv("VTK_SMP_BACKEND_IN_USE", "Sequential", 1);  // all of us run in one thread
   constexpr std::uint64_t million = 1000000;
   add_detector_benchmarks("uniform", inputs::uniform_points(million, 1), inputs::uniform_points(million, 2));
   add_detector_benchmarks("clustered", inputs::clustered_points(million, 1), inputs::clustered_points(million, 1));

@@ -63,11 +63,17 @@ int main(int argc, char** argv) {
   std::filesystem::create_directories(folder);
   const std::string text = folder / "text.stl";
   const std::string binary = folder / "binary.stl";
+  const std::string sphere = folder / "sphere.stl";
   const std::string written = folder / "written.stl";
   qel::gridwork::STL_output(text.c_str(), coords, connectivity, true);
   qel::gridwork::STL_output(binary.c_str(), coords, connectivity, false);
+  dense2D<double> sphere_coords;
+  dense2D<unsigned> sphere_connectivity;
+  inputs::uniform_sphere(289, sphere_coords, sphere_connectivity);
+  qel::gridwork::STL_output(sphere.c_str(), sphere_coords, sphere_connectivity, false);
 
   add_benchmark("STL binary: read and merge", "ours", [=] { return read_by_ours(binary); });
+  add_benchmark("STL binary of a uniform sphere: read and merge", "ours", [=] { return read_by_ours(sphere); });
   add_benchmark("STL text: read and merge", "ours", [=] { return read_by_ours(text); });
   for (const bool ascii : {true, false}) {
     add_benchmark(ascii ? "STL text: write" : "STL binary: write", "ours",
@@ -90,6 +96,8 @@ int main(int argc, char** argv) {
 #endif
 #ifdef QEL_HAVE_MESHOPTIMIZER
   add_benchmark("STL binary: read and merge", "meshoptimizer", [=] { return read_by_meshoptimizer(binary); });
+  add_benchmark("STL binary of a uniform sphere: read and merge", "meshoptimizer",
+                [=] { return read_by_meshoptimizer(sphere); });
 #endif
   const int result = run_benchmarks(argc, argv);
   std::filesystem::remove_all(folder);
