@@ -67,9 +67,6 @@ static_assert(longest_run >= 2);
 /// Points in a leaf of the balanced tree: two cache lines for each axis.
 constexpr unsigned tree_leaf = limit(16U, 2U);
 
-/// Nodes in a leaf of the tree of crowds.
-constexpr unsigned crowd_leaf = limit(8U, 2U);
-
 /// Subtrees that a query has waiting without an allocation; only trees of long chains have more.
 constexpr unsigned query_stack = limit(64U, 2U);
 
@@ -98,31 +95,28 @@ constexpr std::uint64_t steps_before_rebuild = limit<std::uint64_t>(1024, 4);
 constexpr std::uint64_t nodes_ahead = limit<std::uint64_t>(16, 2);
 constexpr std::uint64_t slots_ahead = limit<std::uint64_t>(32, 3);
 
-/// Nodes that are entered before their crowding is looked at, and after each time so many.
-constexpr std::uint64_t crowding_sample = limit<std::uint64_t>(4096, 4);
+/// Nodes of a cell up to which merging compares all its pairs; beyond, the cell is parted again, or gets a tree.
+constexpr std::uint64_t pairwise_nodes = limit<std::uint64_t>(24, 2);
 
-/// Mean places of nodes in the chains of their cells above which cells are found too large when all nodes are entered,
-/// coincident ones too. (The steps of all queries come to about the number of nodes times this.)
-constexpr double most_steps_with_coincident = limit(1.5, 1.5);
+/// Cells that a set of nodes is parted into at most, as many lists as are written to at a time; and nodes for each of
+/// them, on the average of all cells, of which many are empty.
+constexpr std::uint64_t most_cells = limit<std::uint64_t>(4096, 8);
+constexpr std::uint64_t nodes_per_cell = 1;
 
-/// The sizes of cells, in tolerances, that are tried in turn, and the mean place from which on the next one is. Large
-/// cells spare queries at their borders, but where they hold many nodes small ones serve better. In cells as small as
-/// the last choice, many nodes mean many close pairs: a tree takes over. Each is larger than a box, which is two
-/// tolerances wide.
-struct cell_choice {
-  double cell_in_tols, most_steps_per_node;
-};
-constexpr cell_choice cell_choices[] = {
-    limit<cell_choice>({128, 4}, {16, 1.25}),
-    limit<cell_choice>({32, 4}, {8, 1.25}),
-    limit<cell_choice>({8, 32}, {4, 2}),
-};
+/// Partings within one another after which a cell gets a tree. Even sets need three; where clusters lie within clusters,
+/// more of them would cost a pass each.
+constexpr unsigned most_partings = limit(6U, 2U);
 
-/// Cell numbers up to which the rounding of a place in its cell is known to be small.
-constexpr double moderate_cell = limit<double>(1 << 30, 4);
+/// The edge of the smallest cell, in tolerances: smaller ones would be entered by more nodes from beside them than from
+/// within. More than 2, so that a node enters two cells of an axis at most.
+constexpr double smallest_cell_in_tols = limit(8.0, 4.0);
 
-/// Numbers below which std::floor is inline code, by a 64-bit integer.
-constexpr double inline_floor = limit(1e15, 4.0);
+/// Nodes in a leaf of the tree of a dense cell.
+constexpr unsigned dense_leaf = limit(8U, 2U);
+
+/// Nodes after which the share of distinct positions tells whether one table of positions serves a merge without
+/// tolerance.
+constexpr std::uint64_t coincidence_sample = limit<std::uint64_t>(1 << 16, 8);
 
 /// Rows up to which repeated nodes of an element are found by comparing pairs; taller columns are sorted. All element
 /// types have fewer.

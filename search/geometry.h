@@ -37,10 +37,11 @@ bool in_box_around(const double* p, const double* q, double reach) noexcept {
   return in_box;
 }
 
-/// True when q lies in the box and in the ball around p.
+/// True when q lies in the box and in the ball around p. Nearly all nodes that are asked about lie outside of both; the
+/// ball is tested sooner.
 template <unsigned Dim>
 bool is_near(const double* p, const double* q, double tol) noexcept {
-  return in_box_around<Dim>(p, q, tol) && squared_distance<Dim>(p, q) <= tol * tol;
+  return squared_distance<Dim>(p, q) <= tol * tol && in_box_around<Dim>(p, q, tol);
 }
 
 }  // namespace qel::gridwork::detail

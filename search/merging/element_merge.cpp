@@ -5,7 +5,8 @@
 
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
-#include "search/merging/coincident_nodes.h"
+#include "search/geometry.h"
+#include "search/merging/ranked_positions.h"
 
 namespace qel::gridwork::detail {
 namespace {

@@ -1,6 +1,6 @@
-// The first of many crowded nodes that lies within a tolerance of a point.
-#ifndef QEL_GRIDWORK_SEARCH_MERGING_CROWD_TREE_H
-#define QEL_GRIDWORK_SEARCH_MERGING_CROWD_TREE_H
+// The first in rank of the many nodes of a dense cell that lies within a tolerance of a point.
+#ifndef QEL_GRIDWORK_SEARCH_MERGING_DENSE_CELL_TREE_H
+#define QEL_GRIDWORK_SEARCH_MERGING_DENSE_CELL_TREE_H
 
 #include <algorithm>
 #include <cstdint>
@@ -11,7 +11,7 @@
 #include "core/result.h"
 #include "qel/dense.h"
 #include "search/geometry.h"
-#include "search/merging/coincident_nodes.h"
+#include "search/merging/placed_node.h"
 #include "search/tree/balanced_tree.h"
 
 namespace qel::gridwork::detail {
@@ -21,28 +21,21 @@ namespace qel::gridwork::detail {
 /// the nodes near the surface of the ball only, however many there are. Distances are computed by monotonic steps:
 /// rounding cannot put a node on the other side of what its box says.
 template <unsigned Dim>
-class crowd_tree {
+class dense_cell_tree {
  public:
-  /// Holds the nodes for which belongs(rank); their positions are finite.
-  template <class Belongs>
-  [[nodiscard]] bool build(const ranked_positions<Dim>& positions, Belongs belongs) {
-    const std::uint64_t count = positions.count();
-    std::uint64_t held = 0;
-    for (std::uint64_t rank = 0; rank < count; ++rank) held += belongs(rank) ? 1 : 0;
-    if (!items_.resize(held)) return false;
-    item* next = items_.data();
-    for (std::uint64_t rank = 0; rank < count; ++rank) {
-      if (!belongs(rank)) continue;
-      std::copy_n(positions[rank], Dim, next->p);
-      next++->rank = static_cast<unsigned>(rank);
-    }
-    first_leaf_ = first_leaf_of(held, leaf_size);
-    if (!bounds_.resize(2 * std::uint64_t{first_leaf_})) return false;
-    if (held != 0) part(root());
+  /// Holds those of the nodes whose ranks are below `rank_bound`; their positions are finite.
+  [[nodiscard]] bool build(const cell_nodes<Dim>& nodes, unsigned rank_bound) {
+    const auto bound = std::partition_point(nodes.begin(), nodes.end(),
+                                            [=](const placed_node<Dim>& node) { return node.rank < rank_bound; });
+    const auto count = static_cast<std::uint64_t>(bound - nodes.begin());
+    first_leaf_ = first_leaf_of(count, limits::dense_leaf);
+    items_.clear();
+    bounds_.clear();
+    if (count >= none || !items_.resize(count) || !bounds_.resize(2 * std::uint64_t{first_leaf_})) return false;
+    std::copy(nodes.begin(), bound, items_.begin());
+    if (count != 0) part(root());
     return true;
   }
-
-  bool empty() const noexcept { return items_.empty(); }
 
   /// The lowest rank of a node within the tolerance of `p`, other than `self`; `none` when there is none. The square of
   /// `tol` must be finite.
@@ -50,7 +43,7 @@ class crowd_tree {
     subtree stack[deepest_split];
     unsigned waiting = 0;
     unsigned first = none;
-    stack[waiting++] = root();
+    if (!items_.empty()) stack[waiting++] = root();
     while (waiting != 0) {
       const subtree visited = stack[--waiting];
       const bounds& b = bounds_[visited.number];
@@ -72,12 +65,7 @@ class crowd_tree {
   }
 
  private:
-  static constexpr unsigned leaf_size = limits::crowd_leaf;
-
-  struct item {
-    double p[Dim];
-    unsigned rank;
-  };
+  using item = placed_node<Dim>;
 
   struct bounds {
     double lower[Dim], upper[Dim];
