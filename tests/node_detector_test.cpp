@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <ctime>
+
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
@@ -92,6 +94,23 @@ TEST(node_detector, boxes_keep_their_order_when_nodes_come_later) {
       ASSERT_EQ(box(detector, 2, low, high), expected.find_in_box(low, high));
     }
   }
+}
+
+// Nodes on a line make a chain, down which each insertion walks. Building the tree anew would not shorten it.
+TEST(node_detector, sorted_nodes_one_by_one) {
+  constexpr unsigned n = 15000;
+  dense2D<double> coords(3, n);
+  for (unsigned j = 0; j < n; ++j) coords(0, j) = coords(1, j) = coords(2, j) = j;
+  const auto cpu_time = [n](auto insert) {
+    const std::clock_t start = std::clock();
+    for (unsigned j = 0; j < n; ++j) insert(j);
+    return static_cast<double>(std::clock() - start);
+  };
+  node_detector detector(coords, dense1D<unsigned>());
+  tree plain(coords);
+  const double ours = cpu_time([&](unsigned j) { detector.insert(dense1D<unsigned>{j}); });
+  EXPECT_LT(ours, 1.5 * cpu_time([&](unsigned j) { plain.insert({j}); }));
+  EXPECT_EQ(box(detector, 3, {0, 0, 0}, {n, n, n}), plain.find_in_box({0, 0, 0}, {n, n, n}));
 }
 
 // All nodes in one place make a chain in the order of insertion, whose first node answers every query.

@@ -18,7 +18,6 @@ bool node_tree<Dim>::copy(const node_tree& other) noexcept {
   if (!nodes_.copy(other.nodes_) || !ordinals_.copy(other.ordinals_)) return false;
   coords_ = other.coords_;
   built_ = other.built_;
-  descended_ = other.descended_;
   has_nan_ = other.has_nan_;
   return true;
 }
@@ -84,28 +83,32 @@ typename node_tree<Dim>::item node_tree<Dim>::read_item(unsigned id, unsigned or
 
 /// Where the tree is one long chain, descending for each node of a long list would be quadratic: past a number of steps
 /// in proportion to the tree's size, what is left of the list is built in. Without memory for that, descending goes on.
+/// Each list has its own account: the chain stays one when it is built anew, so that short lists would gain nothing.
 template <unsigned Dim>
 bool node_tree<Dim>::insert_one_by_one(const dense1D<unsigned>& ids) {
   if (!nodes_.reserve(nodes_.size() + ids.size(), 2) || !ordinals_.reserve(nodes_.size() + ids.size(), 2)) return false;
+  std::uint64_t steps = 0;
   for (std::uint64_t k = 0; k < ids.size(); ++k) {
     const std::uint64_t most = limits::steps_per_node_before_rebuild * nodes_.size() + limits::steps_before_rebuild;
-    if (descended_ > most && build_anew(ids.sub_vector(k, ids.size() - k))) return true;
-    descend(read_item(ids[k], size()));
+    if (steps > most && build_anew(ids.sub_vector(k, ids.size() - k))) return true;
+    steps += descend(read_item(ids[k], size()));
   }
   return true;
 }
 
+/// Appends a node. Returns the steps it took.
 template <unsigned Dim>
-void node_tree<Dim>::descend(const item& added) {
+std::uint64_t node_tree<Dim>::descend(const item& added) {
   const unsigned place = size();
   unsigned* link = nullptr;
   unsigned axis = 0;
+  std::uint64_t steps = 0;
   for (unsigned at = place == 0 ? none : 0; at != none; at = *link) {
     node& parent = nodes_[at];
     parent.run = 0;
     link = added.p[axis] >= parent.p[axis] ? &parent.right : &parent.left;
     axis = next_axis<Dim>(axis);
-    ++descended_;
+    ++steps;
   }
   if (link != nullptr) *link = place;
 
@@ -117,6 +120,7 @@ void node_tree<Dim>::descend(const item& added) {
   for (const double x : added.p) has_nan_ |= x != x;
   (void)nodes_.push_back(fresh);  // room was made before
   (void)ordinals_.push_back(added.ordinal);
+  return steps;
 }
 
 template <unsigned Dim>
@@ -147,7 +151,6 @@ bool node_tree<Dim>::build_anew(const dense1D<unsigned>& ids) {
   nodes_.shallow_copy(nodes);
   ordinals_.shallow_copy(ordinals);
   built_ = count;
-  descended_ = 0;
   has_nan_ = has_nan;
   return true;
 }

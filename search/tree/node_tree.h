@@ -49,7 +49,7 @@ class node_tree {
 
   item read_item(unsigned id, unsigned ordinal) const noexcept;
   bool insert_one_by_one(const dense1D<unsigned>& ids);
-  void descend(const item& added);
+  std::uint64_t descend(const item& added);
   bool build_anew(const dense1D<unsigned>& ids);
 
   unsigned first_on_path(const point& p, unsigned excluded, double& radius) const;
@@ -61,9 +61,8 @@ class node_tree {
 
   const dense2D<double>* coords_ = nullptr;
   dense1D<node> nodes_;
-  dense1D<unsigned> ordinals_;   // place of each node in the order of insertion
-  std::uint64_t built_ = 0;      // nodes that were there when the tree was last built in bulk
-  std::uint64_t descended_ = 0;  // steps taken since then by nodes inserted one by one
+  dense1D<unsigned> ordinals_;  // place of each node in the order of insertion
+  std::uint64_t built_ = 0;     // nodes that were there when the tree was last built in bulk
   bool has_nan_ = false;
 
   // Made by the query that finds it worth while. Of queries that make one at the same time, the first one's is kept.
