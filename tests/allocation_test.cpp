@@ -77,6 +77,31 @@ TEST(allocation, unique_indices_fills_the_room_there_is) {
   EXPECT_GT(refusals_of_unique_indices({1, 1000000}), refusals) << "the excluded indices need memory, too";
 }
 
+// A list that cannot grow, for once or from then on, keeps what was found first.
+TEST(allocation, find_in_box_leaves_out_the_last_nodes) {
+  constexpr unsigned n = 3000;
+  nodes coords(2, n);
+  for (unsigned j = 0; j < n; ++j) coords(0, j) = j % 60, coords(1, j) = j / 60;
+  using plane = qel::vector_fixed<double, 2>;
+  const node_detector detector(coords);
+  const auto find_all = [&](ids& found) { detector.find_in_box(plane{-1, -1}, plane{60, 60}, found); };
+  ids all;
+  find_all(all);
+  ASSERT_EQ(all.size(), n);
+  for (const bool onwards : {false, true}) {
+    bool failed = true;
+    for (std::uint64_t at = 1; failed; ++at) {
+      ids found;
+      ASSERT_TRUE(found.reserve(5));
+      faults::arm({faults::operation::allocate, at, onwards});
+      find_all(found);
+      failed = faults::disarm();
+      EXPECT_EQ(found, all.sub_vector(0, found.size())) << at;
+      EXPECT_GE(found.size(), 5U);
+    }
+  }
+}
+
 #ifndef QEL_SANITIZED  // sanitizers need the address space themselves
 /// How a process with little memory ends in which f() is called: 99 for -199, 0 for success, negative for a signal.
 template <class Function>

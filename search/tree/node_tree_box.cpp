@@ -9,7 +9,7 @@
 namespace qel::gridwork::detail {
 namespace {
 
-/// Appends to a list in portions; what does not fit is left out.
+/// Appends to a list in portions. From the first node on that does not fit, all are left out.
 class list_appender {
  public:
   explicit list_appender(dense1D<unsigned>& list) noexcept : list_(list) {}
@@ -26,16 +26,21 @@ class list_appender {
   static constexpr unsigned capacity = limits::box_portion;
 
   void flush() noexcept {
-    const std::uint64_t size = list_.size();
-    if (list_.reserve(size + count_, 2) && list_.resize(size + count_)) {
-      std::copy_n(portion_, count_, list_.data() + size);
-    }
+    if (!is_full_) append_portion();
     count_ = 0;
+  }
+
+  void append_portion() noexcept {
+    const std::uint64_t size = list_.size();
+    is_full_ = !list_.reserve(size + count_, 2) && !list_.reserve(size + count_);
+    const std::uint64_t fitting = is_full_ ? std::min<std::uint64_t>(count_, list_.capacity() - size) : count_;
+    if (list_.resize(size + fitting)) std::copy_n(portion_, fitting, list_.data() + size);
   }
 
   dense1D<unsigned>& list_;
   unsigned portion_[capacity];
   unsigned count_ = 0;
+  bool is_full_ = false;
 };
 
 template <unsigned Dim>
