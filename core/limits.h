@@ -111,15 +111,11 @@ constexpr unsigned most_partings = limit(6U, 2U);
 /// within. More than 2, so that a node enters two cells of an axis at most.
 constexpr double smallest_cell_in_tols = limit(8.0, 4.0);
 
-/// Nodes in a leaf of the tree of a dense cell.
-constexpr unsigned dense_leaf = limit(8U, 2U);
+/// Nodes in a leaf of the tree of boxes, which serves dense cells and tall elements.
+constexpr unsigned box_leaf = limit(8U, 2U);
 
-/// Nodes after which the share of distinct positions tells whether one table of positions serves a merge without
-/// tolerance.
-constexpr std::uint64_t coincidence_sample = limit<std::uint64_t>(1 << 16, 8);
-
-/// Rows up to which repeated nodes of an element are found by comparing pairs; taller columns are sorted. All element
-/// types have fewer.
+/// Rows up to which repeated or near nodes of an element are found by comparing pairs; taller columns are sorted, or get
+/// a tree. No element type has more.
 constexpr std::uint64_t most_rows_for_pairs = limit<std::uint64_t>(27, 4);
 
 // --- topology ------------------------------------------------------------------------------------------------------

@@ -50,7 +50,7 @@ double tolerance(input& in, double step) {
 
 /// Elements on n nodes, most of them near by index; or any.
 dense2D<unsigned> elements(input& in, unsigned n) {
-  const unsigned rows = 1 + in.below(9), cols = in.below(80);
+  const unsigned rows = in.below(8) == 0 ? 20 + in.below(20) : 1 + in.below(9), cols = in.below(80);
   if (in.flag()) return in.nodes(rows, cols % 12, n);
   random_meshes::generator random(in.raw<std::uint16_t>());
   return in.view(random_meshes::connectivity(random, rows, n == 0 ? 0 : cols, n));

@@ -12,6 +12,13 @@ bool is_finite(const double* p) noexcept {
 }
 
 template <unsigned Dim>
+bool has_nan(const double* p) noexcept {
+  bool found = false;
+  for (unsigned a = 0; a < Dim; ++a) found |= p[a] != p[a];
+  return found;
+}
+
+template <unsigned Dim>
 bool same_position(const double* p, const double* q) noexcept {
   for (unsigned a = 0; a < Dim; ++a) {
     if (p[a] != q[a]) return false;

@@ -1,7 +1,7 @@
 target_sources(qel_gridwork_objects PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/merge.cpp
   ${CMAKE_CURRENT_LIST_DIR}/merging/element_merge.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/merging/first_near_nodes.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/merging/near_nodes.cpp
   ${CMAKE_CURRENT_LIST_DIR}/merging/proximity_merge.cpp
   ${CMAKE_CURRENT_LIST_DIR}/node_detector.cpp
   ${CMAKE_CURRENT_LIST_DIR}/simplify.cpp

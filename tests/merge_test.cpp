@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <initializer_list>
 #include <numeric>
 #include <utility>
@@ -175,6 +176,24 @@ TEST(merge, dense_and_sparse) {
       }
     }
   }
+}
+
+// Elements of many rows, of which few nodes are near. Comparing all pairs of rows takes minutes.
+TEST(merge, tall_elements) {
+  constexpr unsigned n = 60000;
+  dense2D<double> coords(3, n);
+  dense2D<unsigned> elements(n + 2, 1, none);
+  for (unsigned j = 0; j < n; ++j) {
+    coords(0, j) = j / 100, coords(1, j) = j % 100, coords(2, j) = 0;
+    elements(n - j, 0) = j;
+    if (j % 3 == 2) coords(0, j) = coords(0, j - 1), coords(1, j) = coords(1, j - 1) + 0.25;
+  }
+  elements(n + 1, 0) = 7;  // twice
+  const std::clock_t start = std::clock();
+  dense1D<unsigned> map;
+  EXPECT_EQ(merge(coords, elements, map, 0.3, 2), int(n / 3));
+  EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC);
+  for (unsigned j = 0; j < n; ++j) ASSERT_EQ(map[j], j % 3 == 2 ? j - 1 : j);
 }
 
 TEST(merge, a_million_coincident_nodes) {

@@ -107,6 +107,13 @@ inline std::vector<cloud> clouds(unsigned dim, unsigned n) {
     const unsigned pick = below(random, 40);
     return pick < 5 ? values[pick] : double(below(random, side));
   });
+  std::vector<double> sites(dim * (n / 6 + 1));
+  std::generate(sites.begin(), sites.end(), [&] { return real(random); });
+  for (const double tol : {1e-6, 0.3 * mesh_size}) {
+    const auto displaced = [&](double site) { return site + tol * (real(random) - 0.5); };
+    add("displaced copies in order", tol, [&](unsigned j, unsigned k) { return displaced(sites[dim * (j / 6) + k]); });
+    add("displaced copies", tol, [&](unsigned j, unsigned k) { return displaced(sites[dim * (j % (n / 6 + 1)) + k]); });
+  }
   add("signed zeros", 1, [&](unsigned, unsigned) { return below(random, 2) != 0 ? 0.0 : -0.0; });
   return all;
 }

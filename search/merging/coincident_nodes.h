@@ -28,8 +28,7 @@ std::uint64_t hash_values(const double* p) noexcept {
 template <unsigned Dim>
 class coincident_nodes {
  public:
-  /// False when memory ran out. Gives up when a sample of the nodes shows that most are met for the first time: there
-  /// are few coincident ones, or they lie far apart in the list. A table of them all would then be larger than caches.
+  /// False when memory ran out.
   [[nodiscard]] bool build(const ranked_positions<Dim>& positions) {
     const std::uint64_t count = positions.count();
     // A soup of triangles holds every node about six times. Where there are more positions, the table grows.
@@ -46,13 +45,10 @@ class coincident_nodes {
       if (!table_.make_room()) return false;
       leaders[rank] = enter(positions, hash, static_cast<unsigned>(rank));
       leader_count_ += leaders[rank] == rank ? 1 : 0;
-      gave_up_ = rank + 1 == limits::coincidence_sample && 2 * leader_count_ > limits::coincidence_sample;
-      if (gave_up_) break;
     }
     return true;
   }
 
-  bool gave_up() const noexcept { return gave_up_; }
   std::uint64_t leader_count() const noexcept { return leader_count_; }
   const dense1D<unsigned>& leaders() const noexcept { return leaders_; }
 
@@ -67,7 +63,6 @@ class coincident_nodes {
 
   position_table table_;
   std::uint64_t leader_count_ = 0;
-  bool gave_up_ = false;
   dense1D<unsigned> leaders_;
 };
 

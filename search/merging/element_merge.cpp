@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/limits.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "search/geometry.h"
+#include "search/merging/box_tree.h"
 #include "search/merging/ranked_positions.h"
 
 namespace qel::gridwork::detail {
@@ -30,16 +32,11 @@ class element_merger {
 
   /// Collects the near pairs of one matrix.
   [[nodiscard]] bool add_pairs(const dense2D<unsigned>& connectivity) {
+    const bool is_tall = connectivity.rows() > limits::most_rows_for_pairs;
     for (std::uint64_t j = 0; j < connectivity.cols(); ++j) {
       const unsigned* begin = connectivity.begin_column(j);
       const unsigned* end = connectivity.end_column(j);
-      for (const unsigned* a = begin; a != end; ++a) {
-        if (*a == none || is_merged(*a)) continue;
-        for (const unsigned* b = begin; b != end; ++b) {
-          if (*b == none || *b == *a || is_merged(*b)) continue;
-          if (!add_pair_if_near(*a, *b)) return false;
-        }
-      }
+      if (!(is_tall ? add_pairs_by_tree(begin, end) : add_all_pairs(begin, end))) return false;
     }
     return true;
   }
@@ -60,11 +57,44 @@ class element_merger {
  private:
   bool is_merged(unsigned node) const noexcept { return new_IDs_[node] != node; }
 
+  [[nodiscard]] bool add_all_pairs(const unsigned* begin, const unsigned* end) {
+    for (const unsigned* a = begin; a != end; ++a) {
+      if (*a == none || is_merged(*a)) continue;
+      for (const unsigned* b = begin; b != end; ++b) {
+        if (*b == none || *b == *a || is_merged(*b)) continue;
+        if (in_box_around<Dim>(positions_[*a], positions_[*b], tol_) && !add_pair_if_near(*a, *b)) return false;
+      }
+    }
+    return true;
+  }
+
+  /// For tall columns, whose pairs are too many.
+  [[nodiscard]] bool add_pairs_by_tree(const unsigned* begin, const unsigned* end) {
+    if (!collect_nodes(begin, end) || !tree_.build({nodes_.data(), nodes_.size()}, none)) return false;
+    for (const placed_node<Dim>& a : nodes_) {
+      const auto add = [&](unsigned b) { return b == a.rank || add_pair_if_near(a.rank, b); };
+      if (!tree_.for_each_in_box(a.p, tol_, add)) return false;
+    }
+    return true;
+  }
+
+  /// The distinct nodes of a column that may be merged, in the order of their indices. One with a NaN is near to none.
+  [[nodiscard]] bool collect_nodes(const unsigned* begin, const unsigned* end) {
+    nodes_.clear();
+    for (const unsigned* id = begin; id != end; ++id) {
+      if (*id == none || is_merged(*id) || has_nan<Dim>(positions_[*id])) continue;
+      placed_node<Dim> node{{}, *id, true};
+      std::copy_n(positions_[*id], Dim, node.p);
+      if (!nodes_.push_back(node)) return false;
+    }
+    std::sort(nodes_.begin(), nodes_.end(), [](const auto& a, const auto& b) { return a.rank < b.rank; });
+    const auto* last = std::unique(nodes_.begin(), nodes_.end(), [](auto& a, auto& b) { return a.rank == b.rank; });
+    return nodes_.resize(static_cast<std::uint64_t>(last - nodes_.begin()));
+  }
+
+  /// The nodes lie in the box of the tolerance.
   [[nodiscard]] bool add_pair_if_near(unsigned a, unsigned b) {
-    const double* p = positions_[a];
-    const double* q = positions_[b];
-    if (!in_box_around<Dim>(p, q, tol_)) return true;
-    const double distance = std::sqrt(squared_distance<Dim>(p, q));
+    const double distance = std::sqrt(squared_distance<Dim>(positions_[a], positions_[b]));
     return !(distance <= tol_) || pairs_.push_back({distance, a, b});
   }
 
@@ -72,6 +102,8 @@ class element_merger {
   double tol_;
   dense1D<unsigned>& new_IDs_;
   dense1D<near_pair> pairs_;
+  dense1D<placed_node<Dim>> nodes_;  // of a tall column
+  box_tree<Dim> tree_;               // of the same
 };
 
 /// Lets every node on the way from `node` to its survivor point at the survivor.

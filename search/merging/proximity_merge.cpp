@@ -2,11 +2,10 @@
 //
 //   1. Lists are made distinct by the caller. A node is named by its rank, its place in the list of those that are merged
 //      onto; nodes that are only merged come behind. The node of the lowest rank survives.
-//   2. With tolerance 0 a table of positions gives the first node at each (coincident_nodes.h), as long as coincident
-//      nodes lie close together in the list, as in a soup of triangles.
+//   2. Without a tolerance, a table of positions gives the first node at each (coincident_nodes.h).
 //   3. Else nodes are parted into cells (cell_grid.h), and these again, until each pair of a cell can be compared; a
 //      node is entered in all cells that its tolerance touches. A dense cell, which cannot be parted, gets a tree
-//      (first_near_nodes.h, dense_cell_tree.h). Each node is mapped to the first one that is near.
+//      (near_nodes.h, box_tree.h). Each node is mapped to the first one that is near.
 //   4. Chains of maps are followed as long as they lead to earlier nodes (resolve_chains below).
 #include "search/merging/proximity_merge.h"
 
@@ -17,7 +16,7 @@
 #include "core/result.h"
 #include "search/geometry.h"
 #include "search/merging/coincident_nodes.h"
-#include "search/merging/first_near_nodes.h"
+#include "search/merging/near_nodes.h"
 
 namespace qel::gridwork::detail {
 namespace {
@@ -144,7 +143,6 @@ class merger {
     ranked_positions<Dim> positions;
     coincident_nodes<Dim> groups;
     if (!positions.gather(coords_, fixed_) || !groups.build(positions)) return out_of_memory;
-    if (groups.gave_up()) return merge_near(new_IDs);
     const auto merged = static_cast<int>(fixed_.count - groups.leader_count());
     if (fixed_.holds_all(node_count_)) {
       new_IDs.shallow_copy(groups.leaders());
@@ -159,7 +157,7 @@ class merger {
     ranked_positions<Dim> positions;
     if (!rank_nodes() || !positions.gather(coords_, ranked_.nodes())) return out_of_memory;
     if (!set_identity(new_IDs, node_count_)) return out_of_memory;
-    first_near_nodes<Dim> near(positions, static_cast<unsigned>(fixed_.count), tol_);
+    near_nodes<Dim> near(positions, static_cast<unsigned>(fixed_.count), tol_);
     if (one_list_ && fixed_.ids == nullptr) {  // ranks are nodes
       return near.find(new_IDs.data()) ? resolved(new_IDs, static_cast<int>(near.found_count())) : out_of_memory;
     }

@@ -1,6 +1,6 @@
-// The first in rank of the many nodes of a dense cell that lies within a tolerance of a point.
-#ifndef QEL_GRIDWORK_SEARCH_MERGING_DENSE_CELL_TREE_H
-#define QEL_GRIDWORK_SEARCH_MERGING_DENSE_CELL_TREE_H
+// The nodes, or the first in rank, that lie within a tolerance of a point, where many lie close together.
+#ifndef QEL_GRIDWORK_SEARCH_MERGING_BOX_TREE_H
+#define QEL_GRIDWORK_SEARCH_MERGING_BOX_TREE_H
 
 #include <algorithm>
 #include <cstdint>
@@ -21,19 +21,42 @@ namespace qel::gridwork::detail {
 /// the nodes near the surface of the ball only, however many there are. Distances are computed by monotonic steps:
 /// rounding cannot put a node on the other side of what its box says.
 template <unsigned Dim>
-class dense_cell_tree {
+class box_tree {
  public:
-  /// Holds those of the nodes whose ranks are below `rank_bound`; their positions are finite.
+  /// Holds those of the nodes whose ranks, which ascend, are below `rank_bound`. No coordinate is NaN.
   [[nodiscard]] bool build(const cell_nodes<Dim>& nodes, unsigned rank_bound) {
     const auto bound = std::partition_point(nodes.begin(), nodes.end(),
                                             [=](const placed_node<Dim>& node) { return node.rank < rank_bound; });
     const auto count = static_cast<std::uint64_t>(bound - nodes.begin());
-    first_leaf_ = first_leaf_of(count, limits::dense_leaf);
+    first_leaf_ = first_leaf_of(count, limits::box_leaf);
     items_.clear();
     bounds_.clear();
     if (count >= none || !items_.resize(count) || !bounds_.resize(2 * std::uint64_t{first_leaf_})) return false;
     std::copy(nodes.begin(), bound, items_.begin());
     if (count != 0) part(root());
+    return true;
+  }
+
+  /// Calls visit(rank) for each node in the closed box p - reach .. p + reach, until that returns false. Returns whether
+  /// it never did.
+  template <class Visit>
+  [[nodiscard]] bool for_each_in_box(const double* p, double reach, Visit visit) const {
+    subtree stack[deepest_split];
+    unsigned waiting = 0;
+    if (!items_.empty()) stack[waiting++] = root();
+    while (waiting != 0) {
+      const subtree visited = stack[--waiting];
+      if (!in_box_around<Dim>(p, closest_place(bounds_[visited.number], p).x, reach)) continue;
+      if (!is_leaf(visited)) {
+        stack[waiting++] = visited.right();
+        stack[waiting++] = visited.left();
+        continue;
+      }
+      const item* begin = items_.data() + visited.begin;
+      for (const item* it = begin; it != begin + visited.count; ++it) {
+        if (in_box_around<Dim>(p, it->p, reach) && !visit(it->rank)) return false;
+      }
+    }
     return true;
   }
 
@@ -101,11 +124,19 @@ class dense_cell_tree {
     return b;
   }
 
+  struct place {
+    double x[Dim];
+  };
+
+  static place closest_place(const bounds& b, const double* p) noexcept {
+    place closest;
+    for (unsigned a = 0; a < Dim; ++a) closest.x[a] = std::clamp(p[a], b.lower[a], b.upper[a]);
+    return closest;
+  }
+
   /// False when no place in the box is near: its place closest to `p` is not.
   static bool may_reach(const bounds& b, const double* p, double tol) noexcept {
-    double closest[Dim];
-    for (unsigned a = 0; a < Dim; ++a) closest[a] = std::clamp(p[a], b.lower[a], b.upper[a]);
-    return is_near<Dim>(p, closest, tol);
+    return is_near<Dim>(p, closest_place(b, p).x, tol);
   }
 
   /// True when all places in the box are near: its corners and the place farthest from `p` are.

@@ -1,4 +1,4 @@
-#include "search/merging/first_near_nodes.h"
+#include "search/merging/near_nodes.h"
 
 #include "core/result.h"
 #include "search/geometry.h"
@@ -14,7 +14,7 @@ std::uint64_t cells_wanted(std::uint64_t nodes) noexcept {
 
 /// Parts the nodes of the list, which are not placed yet. Even a single cell is filled, for answer().
 template <unsigned Dim>
-bool first_near_nodes<Dim>::part_all() {
+bool near_nodes<Dim>::part_all() {
   bounding_box<Dim> box;
   std::uint64_t finite = 0;
   for (std::uint64_t rank = 0; rank < positions_.count(); ++rank) {
@@ -32,7 +32,7 @@ bool first_near_nodes<Dim>::part_all() {
 }
 
 template <unsigned Dim>
-bool first_near_nodes<Dim>::part(const cell& parted, const cell_grid<Dim>& grid, parting& into) {
+bool near_nodes<Dim>::part(const cell& parted, const cell_grid<Dim>& grid, parting& into) {
   const auto for_each_node = [&](auto use) {
     for (const node& n : parted) use(n.p, n.rank, n.at_home);
   };
@@ -42,7 +42,7 @@ bool first_near_nodes<Dim>::part(const cell& parted, const cell_grid<Dim>& grid,
 /// Sorts nodes into cells by counting, so that those of a cell keep their order.
 template <unsigned Dim>
 template <class ForEachNode>
-bool first_near_nodes<Dim>::distribute(const cell_grid<Dim>& grid, ForEachNode for_each_node, parting& into) {
+bool near_nodes<Dim>::distribute(const cell_grid<Dim>& grid, ForEachNode for_each_node, parting& into) {
   const unsigned cells = grid.cell_count();
   into.ends.clear();
   into.nodes.clear();
@@ -66,7 +66,7 @@ bool first_near_nodes<Dim>::distribute(const cell_grid<Dim>& grid, ForEachNode f
 }
 
 template <unsigned Dim>
-bool first_near_nodes<Dim>::answer_cells(unsigned depth) {
+bool near_nodes<Dim>::answer_cells(unsigned depth) {
   const parting& parted = partings_[depth];
   std::uint64_t begin = 0;
   for (std::uint64_t c = 0; c + 1 < parted.ends.size(); ++c) {
@@ -79,7 +79,7 @@ bool first_near_nodes<Dim>::answer_cells(unsigned depth) {
 
 /// Chooses the way to answer for the nodes of one cell.
 template <unsigned Dim>
-bool first_near_nodes<Dim>::answer(const cell& asked, unsigned depth) {
+bool near_nodes<Dim>::answer(const cell& asked, unsigned depth) {
   if (asked.count <= limits::pairwise_nodes) return answer_by_pairs(asked), true;
   bounding_box<Dim> box;
   for (const node& n : asked) box.include(n.p);
@@ -91,7 +91,7 @@ bool first_near_nodes<Dim>::answer(const cell& asked, unsigned depth) {
 }
 
 template <unsigned Dim>
-void first_near_nodes<Dim>::answer_by_pairs(const cell& asked) noexcept {
+void near_nodes<Dim>::answer_by_pairs(const cell& asked) noexcept {
   for (const node& n : asked) {
     if (!n.at_home) continue;
     for (const node& other : asked) {
@@ -104,7 +104,7 @@ void first_near_nodes<Dim>::answer_by_pairs(const cell& asked) noexcept {
 }
 
 template <unsigned Dim>
-bool first_near_nodes<Dim>::answer_by_tree(const cell& asked) {
+bool near_nodes<Dim>::answer_by_tree(const cell& asked) {
   if (!tree_.build(asked, rank_bound_)) return false;
   for (const node& n : asked) {
     if (!n.at_home) continue;
@@ -115,12 +115,12 @@ bool first_near_nodes<Dim>::answer_by_tree(const cell& asked) {
 }
 
 template <unsigned Dim>
-void first_near_nodes<Dim>::note(unsigned rank, unsigned first_near) noexcept {
+void near_nodes<Dim>::note(unsigned rank, unsigned first_near) noexcept {
   found_[rank] = first_near;
   ++found_count_;
 }
 
-template class first_near_nodes<2>;
-template class first_near_nodes<3>;
+template class near_nodes<2>;
+template class near_nodes<3>;
 
 }  // namespace qel::gridwork::detail

@@ -1,9 +1,9 @@
 // For each node of a list the first one of the list that is near.
-#ifndef QEL_GRIDWORK_SEARCH_MERGING_FIRST_NEAR_NODES_H
-#define QEL_GRIDWORK_SEARCH_MERGING_FIRST_NEAR_NODES_H
+#ifndef QEL_GRIDWORK_SEARCH_MERGING_NEAR_NODES_H
+#define QEL_GRIDWORK_SEARCH_MERGING_NEAR_NODES_H
 
+#include "search/merging/box_tree.h"
 #include "search/merging/cell_grid.h"
-#include "search/merging/dense_cell_tree.h"
 #include "search/merging/placed_node.h"
 #include "search/merging/ranked_positions.h"
 
@@ -14,10 +14,10 @@ namespace qel::gridwork::detail {
 /// small enough for the caches, wherever its nodes lay in memory. Only in a cell that cannot be parted into smaller
 /// ones, being hardly larger than the tolerance or too uneven, a tree finds the nodes.
 template <unsigned Dim>
-class first_near_nodes {
+class near_nodes {
  public:
   /// Nodes of ranks from `rank_bound` on find others and are not found. The square of `tol` must be finite.
-  first_near_nodes(const ranked_positions<Dim>& positions, unsigned rank_bound, double tol) noexcept
+  near_nodes(const ranked_positions<Dim>& positions, unsigned rank_bound, double tol) noexcept
       : positions_(positions), rank_bound_(rank_bound), tol_(tol) {}
 
   /// Sets found[rank] to the lowest rank of another near node, for each node that has one. Those with a coordinate that
@@ -57,11 +57,11 @@ class first_near_nodes {
   unsigned* found_ = nullptr;
   unsigned found_count_ = 0;
   parting partings_[limits::most_partings];
-  dense_cell_tree<Dim> tree_;
+  box_tree<Dim> tree_;
 };
 
-extern template class first_near_nodes<2>;
-extern template class first_near_nodes<3>;
+extern template class near_nodes<2>;
+extern template class near_nodes<3>;
 
 }  // namespace qel::gridwork::detail
 
