@@ -16,6 +16,9 @@ sine_cosine sine_and_cosine(double angle) noexcept;
 /// The natural logarithm, within 0.75 ulp. -infinity of 0, NaN below.
 double logarithm(double x) noexcept;
 
+/// e^x, within 0.80 ulp where it is no subnormal number. Infinity from about 709.8 on.
+double exponential(double x) noexcept;
+
 /// The root of a^2 + b^2, within 0.51 ulp. Infinity where either is infinite.
 double hypotenuse(double a, double b) noexcept;
 

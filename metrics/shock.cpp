@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "core/elementary.h"
 #include "metrics/mesh_edges.h"
 #include "metrics/tensor_length.h"
 
@@ -98,7 +99,7 @@ int find_largest(const dense2D<double>& coords, const dense2D<unsigned>& connect
   double most = 0;
   const int result = measure<Shock>(coords, connectivity, type, prescribed,
                                     [&most](double logarithm) { most = std::max(most, logarithm); });
-  largest = std::exp(most);
+  largest = exponential(most);
   return result;
 }
 
@@ -106,7 +107,7 @@ template <template <unsigned> class Shock, class Prescribed>
 int feed(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
          const Prescribed& prescribed, histogram& H) {
   return measure<Shock>(coords, connectivity, type, prescribed,
-                        [&H](double logarithm) { H.process(std::exp(logarithm)); });
+                        [&H](double logarithm) { H.process(exponential(logarithm)); });
 }
 
 }  // namespace
@@ -115,7 +116,7 @@ int H_shock(double L, double h1, double h2, double& shock) {
   if (!(L >= 0)) return -1;
   if (!is_valid_size(h1)) return -2;
   if (!is_valid_size(h2)) return -3;
-  shock = std::exp(log_shock(L, h1, h2));
+  shock = exponential(log_shock(L, h1, h2));
   return 0;
 }
 

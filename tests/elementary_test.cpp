@@ -1,4 +1,4 @@
-// Sines, cosines, logarithms and hypotenuses against known digits and against the C library's longer numbers.
+// Sines, cosines, logarithms, exponentials and hypotenuses against known digits and against the C library's longer numbers.
 #include "core/elementary.h"
 
 #include <gtest/gtest.h>
@@ -78,6 +78,26 @@ TEST(logarithm, known_digits) {
   EXPECT_TRUE(std::isnan(logarithm(std::numeric_limits<double>::quiet_NaN())));
 }
 
+TEST(exponential, known_digits) {
+  constexpr struct {
+    double x, power;
+  } known[] = {
+      {1, 0x1.5bf0a8b145769p+1},
+      {-1, 0x1.78b56362cef38p-2},
+      {700, 0x1.d945df4f8ec8ep+1009},
+      {-700, 0x1.14f2b0fb9307fp-1010},
+      {1e-10, 0x1.000000006df38p+0},
+      {0x1.62e42fefa39efp-2, 0x1.6a09e667f3bccp+0},
+      {0x1.62e42fefa39efp+9, 0x1.fffffffffff2ap+1023},
+  };
+  for (const auto& k : known) EXPECT_LE(ulps_off(exponential(k.x), k.power), 1) << k.x;
+  EXPECT_EQ(exponential(0), 1);
+  EXPECT_EQ(exponential(710), infinity);
+  EXPECT_EQ(exponential(-745.5), 0);
+  EXPECT_EQ(exponential(-infinity), 0);
+  EXPECT_TRUE(std::isnan(exponential(std::numeric_limits<double>::quiet_NaN())));
+}
+
 TEST(hypotenuse, extremes) {
   constexpr double huge = std::numeric_limits<double>::max();
   EXPECT_EQ(hypotenuse(3, -4), 5);
@@ -97,18 +117,23 @@ TEST(elementary, as_the_c_library_with_more_digits) {
     const double mantissa = 1 + static_cast<double>(random() >> 11) * 0x1p-53;
     return std::ldexp(mantissa, static_cast<int>(random() % static_cast<unsigned>(2 * exponents)) - exponents);
   };
-  double sine = 0, cosine = 0, log = 0, root = 0;
+  double sine = 0, cosine = 0, log = 0, power = 0, root = 0;
   for (int i = 0; i < 200000; ++i) {
     const double x = number(i % 2 == 0 ? 4 : 30), y = number(i % 2 == 0 ? 2 : 1000), z = number(40);
     const sine_cosine result = sine_and_cosine(x);
     sine = std::max(sine, ulps_off(result.sine, std::sin(static_cast<long double>(x))));
     cosine = std::max(cosine, ulps_off(result.cosine, std::cos(static_cast<long double>(x))));
     log = std::max(log, ulps_off(logarithm(y), std::log(static_cast<long double>(y))));
+    const double exponent = i % 2 == 0 ? z : 700 * std::sin(z);
+    if (std::abs(exponent) < 700) {
+      power = std::max(power, ulps_off(exponential(exponent), std::exp(static_cast<long double>(exponent))));
+    }
     root = std::max(root, ulps_off(hypotenuse(x, z), std::hypot(static_cast<long double>(x), z)));
   }
   EXPECT_LE(sine, 0.80);
   EXPECT_LE(cosine, 0.80);
   EXPECT_LE(log, 0.76);
+  EXPECT_LE(power, 0.80);
   EXPECT_LE(root, 0.51);
 }
 

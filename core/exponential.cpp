@@ -1,0 +1,38 @@
+// e^x = 2^k e^r with |r| <= log(2) / 2, and the series of e^r.
+#include <cmath>
+#include <limits>
+
+#include "core/double_double.h"
+#include "core/elementary.h"
+
+namespace qel::gridwork::detail {
+namespace {
+
+/// Products of the upper part and numbers of 11 bits are exact.
+constexpr double_double log_2 = {0x1.62e42fefa38p-1, 0x1.ef35793c7673p-45};
+constexpr double reciprocal_of_log_2 = 0x1.71547652b82fep+0;
+
+/// e^r - 1 - r for |r| < 0.35; what the series leaves out is below 2^-60 r.
+double exponential_series(double r) noexcept {
+  constexpr double coefficients[] = {1.0 / 6227020800, 1.0 / 479001600, 1.0 / 39916800, 1.0 / 3628800,
+                                     1.0 / 362880,     1.0 / 40320,     1.0 / 5040,     1.0 / 720,
+                                     1.0 / 120,        1.0 / 24,        1.0 / 6,        1.0 / 2};
+  double sum = 0;
+  for (const double c : coefficients) sum = sum * r + c;
+  return sum * r * r;
+}
+
+}  // namespace
+
+double exponential(double x) noexcept {
+  if (std::isnan(x)) return x;
+  if (x > 710) return std::numeric_limits<double>::infinity();
+  if (x < -746) return 0;
+  const double k = std::floor(x * reciprocal_of_log_2 + 0.5);
+  const double_double r = exact_sum(x - k * log_2.hi, -k * log_2.lo);
+  const double_double sum = exact_sum(1, r.hi);
+  const double value = sum.hi + (sum.lo + (r.lo * sum.hi + exponential_series(r.hi)));
+  return std::ldexp(value, static_cast<int>(k));
+}
+
+}  // namespace qel::gridwork::detail
