@@ -180,6 +180,10 @@ constexpr std::uint64_t write_block = limit<std::uint64_t>(1 << 18, 1024);
 constexpr std::uint64_t obj_token = limit<std::uint64_t>(4096, 64);
 static_assert(obj_token <= read_block);
 
+/// Bytes of a word of MEDIT and VTK files that are certain to be at hand; longer ones are refused.
+constexpr std::uint64_t longest_word = limit<std::uint64_t>(4096, 256);
+static_assert(longest_word <= read_block);
+
 /// Columns for which there is room before a file has told how long its lines are.
 constexpr std::uint64_t first_columns = limit<std::uint64_t>(1024, 2);
 

@@ -60,6 +60,16 @@ class block_reader {
     begin_ += count;
   }
 
+  /// Consumes what is left of a line; false when the stream ends before its newline.
+  bool pass_line() noexcept {
+    while (fill(1)) {
+      const void* newline = std::memchr(begin_, '\n', available());
+      begin_ = newline != nullptr ? begin_ + (static_cast<const char*>(newline) - begin_) + 1 : end_;
+      if (newline != nullptr) return true;
+    }
+    return false;
+  }
+
   /// Goes back to the first byte. False when that is neither in the block any more nor can be read again.
   [[nodiscard]] bool rewind() noexcept {
     if (end_ != block_.data() + read_) {

@@ -54,20 +54,11 @@ class line_reader {
   /// As next(), but only the first piece of a longer line: its tail is dropped.
   const char* next_without_tail() noexcept {
     const char* const line = next();
-    if (line == piece_) drop_line();
+    if (line == piece_) blocks_.pass_line();
     return line;
   }
 
  private:
-  void drop_line() noexcept {
-    while (blocks_.fill(1)) {
-      const void* newline = std::memchr(blocks_.begin(), '\n', blocks_.available());
-      const char* end = newline != nullptr ? static_cast<const char*>(newline) + 1 : blocks_.end();
-      blocks_.consume(static_cast<std::uint64_t>(end - blocks_.begin()));
-      if (newline != nullptr) return;
-    }
-  }
-
   static constexpr std::uint64_t longest = 255;
 
   block_reader& blocks_;

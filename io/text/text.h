@@ -36,6 +36,15 @@ constexpr const char* match_keyword(const char* text, const char* keyword) noexc
   return text;
 }
 
+/// True for words that are the same but for the case of their letters.
+constexpr bool same_word(std::string_view a, std::string_view b) noexcept {
+  if (a.size() != b.size()) return false;
+  for (std::size_t k = 0; k < a.size(); ++k) {
+    if (to_lower(a[k]) != to_lower(b[k])) return false;
+  }
+  return true;
+}
+
 /// As match_keyword(), but faster where the keyword usually is in lower case, for a text with scan_margin bytes in
 /// memory behind its end.
 template <std::size_t Size>

@@ -3,7 +3,6 @@
 #define QEL_GRIDWORK_IO_TEXT_TOKEN_READER_H
 
 #include <cstdint>
-#include <cstring>
 
 #include "core/limits.h"
 #include "io/text/block_reader.h"
@@ -46,17 +45,7 @@ class token_reader {
   std::uint64_t position() const noexcept { return blocks_.position(); }
 
   /// Goes to the next line; false when there is none.
-  bool next_line() noexcept {
-    while (blocks_.fill(1)) {
-      const void* newline = std::memchr(text(), '\n', blocks_.available());
-      if (newline != nullptr) {
-        pass(static_cast<const char*>(newline) + 1);
-        return true;
-      }
-      pass(blocks_.end());
-    }
-    return false;
-  }
+  bool next_line() noexcept { return blocks_.pass_line(); }
 
  private:
   /// As at_token(), where a block ends.
