@@ -145,6 +145,7 @@ void write_sections(text_writer& writer, Elements& elements) {
     const std::uint64_t count = form.nodes == 0 ? 0 : elements.count(type);
     if (count == 0) return;
     writer.put(form.keyword);
+    writer.put("\n");
     writer.put_count(count, "\n");
     elements.for_each(
         type, [&](const unsigned* nodes, unsigned reference) { write_element(writer, form, nodes, reference); });

@@ -386,6 +386,14 @@ void files(trial& t, const inputs& in) {
   }
   const memory_file obj("vt 1 2\n" + written(mesh_files::writers[2], m));
   CALL(WavefrontOBJ_input(obj.path(), a, b, e, f, g), anything(a), anything(b), anything(e), anything(f), anything(g));
+  const memory_file medit(written(mesh_files::writers[11], m)), solution(written(mesh_files::writers[15], m));
+  ids offsets, references, node_references;
+  dense1D<int> kinds, block_types;
+  CALL(medit_input(medit.path(), a, f, offsets, block_types, references, node_references), emptied(a), emptied(f),
+       emptied(offsets), emptied(block_types), emptied(references), emptied(node_references));
+  CALL(medit_input(medit.path(), a, f, ELT_QUAD4), emptied(a), emptied(f));
+  unsigned dim = 0;
+  CALL(medit_solution_input(solution.path(), dim, a, kinds), emptied(a), emptied(kinds));
   for (const auto& w : mesh_files::writers) {
     t.run(w.name, [&] { return w.write(file.path(), m); }, {also(-6), emptied(file)});
   }

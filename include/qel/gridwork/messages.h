@@ -86,6 +86,8 @@ enum class operation : unsigned char {
   vtk_convert,
   vtk_output,
   vtk_output_cells,
+  medit_input,
+  medit_solution_input,
   medit_output,
   medit_output_references,
   medit_scalar,
@@ -158,6 +160,8 @@ inline constexpr operation_name operation_names[] = {
     {"vtk_convert", ""},
     {"vtk_output", "(filename, coords, connectivity, type)"},
     {"vtk_output", "(stream, coords, nbr_cells, cells, cell_types)"},
+    {"medit_input", ""},
+    {"medit_solution_input", ""},
     {"medit_output", "(filename, coords, connectivity, type)"},
     {"medit_output", "(filename, coords, connectivity, type, references)"},
     {"medit_scalar", ""},
@@ -199,6 +203,9 @@ inline constexpr const char* boundary_rows = "boundaries is not empty and has an
 inline constexpr const char* colors = "colors has not one entry per element";
 inline constexpr const char* linear_type = "the function does not handle this element type";
 inline constexpr const char* not_opened = "the file cannot be opened";
+inline constexpr const char* unknown_node = "an element of the file has a node that the file does not define";
+inline constexpr const char* no_type_to_read = "elements of this type cannot be read alone";
+inline constexpr const char* binary = "the file is binary";
 inline constexpr const char* tolerance = "the tolerance is negative or NaN";
 inline constexpr const char* mode = "the mode is neither 0 nor 1 nor 2";
 inline constexpr const char* too_few_rows = "coords has fewer rows than the space has dimensions";
@@ -413,6 +420,17 @@ inline constexpr result_code result_codes[] = {
     {operation::vtk_output_cells, -1, "the stream is null"},
     {operation::vtk_output_cells, -2, sentences::plane_or_space},
     {operation::vtk_output_cells, -199, sentences::memory},
+    {operation::medit_input, -1, sentences::not_opened},
+    {operation::medit_input, -2, "the file is no MEDIT mesh, or a number in it cannot be read or is missing"},
+    {operation::medit_input, -3, sentences::unknown_node},
+    {operation::medit_input, -4, sentences::no_type_to_read},
+    {operation::medit_input, -7, sentences::binary},
+    {operation::medit_input, -199, sentences::memory_or_count},
+    {operation::medit_solution_input, -1, sentences::not_opened},
+    {operation::medit_solution_input, -2,
+     "the file is no MEDIT solution, or a number in it cannot be read or is missing"},
+    {operation::medit_solution_input, -7, sentences::binary},
+    {operation::medit_solution_input, -199, sentences::memory_or_count},
     {operation::medit_output, -1, sentences::not_opened},
     {operation::medit_output, -2, sentences::one_to_three_rows},
     {operation::medit_output, -3, sentences::mesh},
