@@ -167,6 +167,69 @@ void show_pattern(const std::string& gear, const std::string& folder) {
   file.close();
 }
 
+// --- Clipping --------------------------------------------------------------------------------------------------------
+
+point normal_of_triangle(const mesh& m, std::uint64_t e) {
+  point edges[2];
+  for (unsigned k = 0; k < 3; ++k) {
+    for (unsigned i = 0; i < 2; ++i) edges[i][k] = m.coords(k, m.elements(i + 1, e)) - m.coords(k, m.elements(0, e));
+  }
+  point normal;
+  for (unsigned k = 0; k < 3; ++k) {
+    const unsigned l = (k + 1) % 3, j = (k + 2) % 3;
+    normal[k] = edges[0][l] * edges[1][j] - edges[0][j] * edges[1][l];
+  }
+  const double length = std::hypot(normal[0], normal[1], normal[2]);
+  for (double& x : normal) x /= length;
+  return normal;
+}
+
+// Slots of the edges where a surface turns by more than 30 degrees.
+qel::dense1D<unsigned> sharp_edges(const mesh& m, const qel::dense2D<unsigned>& neighbors) {
+  qel::dense1D<unsigned> slots;
+  for (unsigned e = 0; e < neighbors.cols(); ++e) {
+    for (unsigned k = 0; k < 3; ++k) {
+      if (neighbors(k, e) == ~0U) continue;
+      const point a = normal_of_triangle(m, e), b = normal_of_triangle(m, neighbors(k, e));
+      if (a[0] * b[0] + a[1] * b[1] + a[2] * b[2] < std::cos(pi / 6)) require(slots.push_back(3 * e + k));
+    }
+  }
+  return slots;
+}
+
+void write_subdomains(const mesh& m, const qel::dense1D<unsigned>& colors, const std::string& path) {
+  vtk_file file(path);
+  file.add(m.elements, gw::ELT_TRIA3);
+  file.write_mesh(m.coords);
+  file.write_cell_data("subdomain", colors);
+  file.close();
+}
+
+// A bracket whose colours are its sub-domains between sharp edges, and the half of it behind its middle plane.
+void show_clipping(const std::string& bracket, const std::string& folder) {
+  mesh m = read(bracket);
+  qel::dense2D<unsigned> neighbors, edges, rim;
+  qel::dense1D<unsigned> colors, sources;
+  qel::dense1D<double> weights;
+  checked("get_neighbors", gw::get_neighbors(m.elements, gw::ELT_TRIA3, true, neighbors));
+  checked("get_subdomains",
+          gw::get_subdomains(m.elements, neighbors, gw::ELT_TRIA3, sharp_edges(m, neighbors), colors));
+  write_subdomains(m, colors, folder + "/subdomains.vtk");
+
+  checked("clip", gw::clip(m.coords, m.elements, point{5, 0, 0}, point{-1, 0, 0}, m.elements, gw::ELT_TRIA3, 1e-7,
+                           sources, edges, weights));
+  checked("simplify", gw::simplify(m.coords, m.elements, 0));
+  checked("get_neighbors", gw::get_neighbors(m.elements, gw::ELT_TRIA3, true, neighbors));
+  checked("get_mesh_boundaries", gw::get_mesh_boundaries(m.elements, neighbors, gw::ELT_TRIA3, rim));
+  qel::dense1D<unsigned> colors_of_pieces(sources.size());
+  for (std::uint64_t j = 0; j < sources.size(); ++j) colors_of_pieces[j] = colors[sources[j]];
+  write_subdomains(m, colors_of_pieces, folder + "/clipped.vtk");
+  vtk_file file(folder + "/cut.vtk");
+  file.add(rim, gw::ELT_EDGE2);
+  file.write_mesh(m.coords);
+  file.close();
+}
+
 // --- Quality ---------------------------------------------------------------------------------------------------------
 
 // A slab of n x n cubes, its lower side in the plane z = 0.
@@ -309,6 +372,7 @@ int main(int argc, char** argv) {
   try {
     docs::show_merging(argv[1], argv[3]);
     docs::show_pattern(argv[2], argv[3]);
+    docs::show_clipping(argv[1], argv[3]);
     docs::show_quality(argv[3]);
     docs::show_metrics(argv[3]);
   } catch (const std::exception& problem) {

@@ -212,6 +212,24 @@ def draw_pattern(data, out):
     picture.save(f"{out}/pattern.png")
 
 
+def draw_clipping(data, out):
+    picture = Picture(960, 450)
+    cut = read(f"{data}/cut.vtk")
+    for k, (name, title) in enumerate([("subdomains", "Sub-domains between sharp edges"), ("clipped", "Cut open")]):
+        grid = read(f"{data}/{name}.vtk")
+        colours = grid.GetCellData().GetArray("subdomain")
+        numbers = [int(colours.GetValue(cell)) for cell in range(grid.GetNumberOfCells())]
+        for cell, number in enumerate(numbers):
+            colours.SetValue(cell, number % len(PARTS))
+        panel = picture.panel(480 * k, 480 * k + 480, title, count(len(set(numbers)), "sub-domains"))
+        for part, colour in enumerate(PARTS):
+            mesh(panel, cells_with(grid, "subdomain", part, part), rgb(colour), line=0.25, line_colour=INK)
+        if name == "clipped":
+            lines(panel, cut, INK, 2.5)
+        look(panel, (1.5, -1.2, 1.0))
+    picture.save(f"{out}/clipping.png")
+
+
 def quality_colours():
     table = vtk.vtkColorTransferFunction()
     table.SetColorSpaceToLab()
@@ -362,7 +380,7 @@ def draw_metrics(data, out):
 
 
 def main():
-    for draw in (draw_merging, draw_pattern, draw_quality, draw_partition, draw_metrics):
+    for draw in (draw_merging, draw_pattern, draw_clipping, draw_quality, draw_partition, draw_metrics):
         draw(sys.argv[1], sys.argv[2])
 
 
