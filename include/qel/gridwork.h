@@ -15,7 +15,7 @@
 /// | drop elements that fell together, and unused nodes | remove_degenerated(), simplify() | search.h |
 /// | find neighbours, free boundaries, edges | get_neighbors(), get_mesh_boundaries(), copy_edges() | topology.h |
 /// | measure | shape_qualities(), min_quality(), edge_qualities() | quality.h |
-/// | move, repeat, mirror | translate(), rotate(), copy_mesh(), copy_sym_mesh() | transforms.h |
+/// | move, repeat, mirror, cut open | translate(), rotate(), copy_mesh(), copy_sym_mesh(), clip() | transforms.h |
 /// | prescribe sizes | bound_metrics(), minimum_metric() | metrics.h |
 /// | write | vtk_output(), NASTRAN_output(), medit_output(), ... | io.h |
 ///
