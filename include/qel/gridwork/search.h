@@ -89,8 +89,8 @@ class node_detector {
   /// Adds the distinct nodes of a connectivity. Result and cost as for a list.
   QEL_GRIDWORK_API unsigned insert(const dense2D<unsigned>& connectivity);
 
-  /// The node closest to `P`, up to the rounding of coordinates and distances; `~0U` when there is none at a finite
-  /// distance.
+  /// The node closest to `P`, up to the rounding of coordinates and distances; `~0U` when there is none whose
+  /// squared distance is finite.
   ///
   /// Of equally close nodes the one that the tree meets first: on the way that an insertion of `P` would take, then in
   /// the order node, right subtree, left subtree. Cost: expected log n.
@@ -131,8 +131,17 @@ class node_detector {
 ///
 /// A proximity merge maps each node to the near node that comes first in the order of the node list, then follows
 /// those maps as long as they lead to an earlier node; so of a group of mutually close nodes the first one survives.
+/// Along such a chain a node may end farther than `tol` from where it was.
 ///
-/// @param coords   2 or 3 x n; merged nodes are overwritten, the matrix gets a block of its own
+/// | merge of | arguments behind `coords` |
+/// | --- | --- |
+/// | all nodes, which are moved | `[new_IDs,] tol` |
+/// | the nodes of one list | `IDs, new_IDs, tol` |
+/// | the nodes of one list onto those of another | `IDs1, IDs2, new_IDs, tol` |
+/// | the nodes of a range of matrices, of one or of two | `first, last` or one or two matrices, `[new_IDs,] tol, mode` |
+///
+/// @param coords   2 or 3 x n; merged nodes are overwritten; if there are any, the matrix gets a block of its
+///                 own
 /// @param new_IDs  overwritten: n entries, the survivor of each node, itself when it is not merged. Empty when there is
 ///                 nothing to do, and on error
 /// @param tol      distance, not negative
@@ -148,7 +157,8 @@ QEL_GRIDWORK_API int merge(dense2D<double>& coords, double tol);
 /// Proximity merge of the nodes of `IDs1` onto the nodes of `IDs2`; only the map is made.
 ///
 /// Earlier in `IDs2` survives. A node that is not in `IDs2` may be merged, but receives no other. Entries `~0U` are
-/// skipped.
+/// skipped. Where the lists overlap, the map need not be its own square: three coincident nodes, {0, 1} onto {1, 2}, give
+/// the map 1 2 2.
 ///
 /// @param coords   2 or 3 x n
 /// @param IDs1     nodes that may be merged
