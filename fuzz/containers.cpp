@@ -107,7 +107,9 @@ class machine {
     const unsigned action = in_.below(10);
     if (action < 6) operate(a, in_.below(6), in_.below(8));
     if (action == 6) {
-      const bool leaves = a.block.use_count() > 1 && &a != &b;
+      const auto is_base = [&a](const values& memory) { return memory.data() == a.base; };
+      const bool borrowed = std::any_of(lent_.begin(), lent_.end(), is_base);
+      const bool leaves = borrowed || (a.block.use_count() > 1 && &a != &b);
       a.become(b.rows, b.cols, b.rows, b.entries(), false, !leaves, [&] { return a.view.copy(b.view); });
     } else if (action == 7) {
       a.view.shallow_copy(b.view), a.look_at(b);
@@ -130,7 +132,9 @@ class machine {
       case 0:
         return a.resize(view_type::is_array ? 1 : rows, cols, in_.flag(), next_);
       case 1: {
-        const std::uint64_t wanted = view_type::is_array ? 2 * cols : rows * 2 * cols, factor = in_.below(4);
+        const std::uint64_t stride = std::max<std::uint64_t>(rows, a.cols == 0 ? 0 : a.ld);
+        const std::uint64_t last = cols == 0 ? 0 : (2 * cols - 1) * stride + rows;
+        const std::uint64_t wanted = view_type::is_array ? 2 * cols : last, factor = in_.below(4);
         a.become(a.rows, a.cols, a.ld, a.entries(), wanted <= capacity, true, [&] {
           if constexpr (view_type::is_array) return a.view.reserve(wanted, factor);
           if constexpr (!view_type::is_array) return a.view.reserve(rows, 2 * cols);

@@ -57,6 +57,9 @@ TEST(vector_num, grows_to_the_largest_of_the_three_bounds) {
     for (uint64_t i = 0; i < keep; ++i) EXPECT_EQ(block.data()[i], 100 + i);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block.data()) % 8, 0U);
   }
+  vector_num<unsigned> less;
+  ASSERT_TRUE(less.__grow(500, 0, 1) && less.__grow(3, 500, 0));  // keeps no more than fits
+  EXPECT_EQ(less.capacity(), 3U);
 }
 
 TEST(vector_num, is_unchanged_when_a_size_overflows_and_aligned_as_asked) {
@@ -107,15 +110,42 @@ TEST(dense1D, parts_moves_and_growth_factors) {
   EXPECT_TRUE(second == dense1D<unsigned>({8, 5}) && second.capacity() >= 10);
 }
 
-TEST(dense1D, appending_is_amortised_constant) {
-  dense1D<double> grown;
+/// How often an array moves while it grows to 100 000 entries, or columns.
+template <class Array, class Append>
+unsigned moves_of(Array grown, Append append) {
   unsigned moves = 0;
   for (unsigned i = 0; i < 100000; ++i) {
     const double* const data = grown.data();
-    ASSERT_TRUE(grown.push_back(i));
+    EXPECT_TRUE(append(grown, i));
     moves += data != grown.data();
   }
-  EXPECT_LE(moves, 20U);
+  return moves;
+}
+
+TEST(dense1D, appending_is_amortised_constant) {
+  EXPECT_LE(moves_of(dense1D<double>(), [](auto& a, unsigned i) { return a.push_back(i); }), 20U);
+  EXPECT_LE(moves_of(dense1D<double>(), [](auto& a, unsigned i) { return a.resize(i + 1); }), 20U);
+  EXPECT_LE(moves_of(dense1D<double>(), [](auto& a, unsigned i) { return a.resize(i + 1, 7); }), 20U);
+}
+
+TEST(dense1D, empty_ones_are_sized_exactly) {
+  dense1D<unsigned> a;
+  ASSERT_TRUE(a.resize(5));
+  EXPECT_EQ(a.capacity(), 5U);
+  a.clear();
+  ASSERT_TRUE(a.resize(6));
+  EXPECT_EQ(a.capacity(), 6U);
+  ASSERT_TRUE(a.resize(7));
+  EXPECT_EQ(a.capacity(), 12U);
+}
+
+TEST(dense1D, copies_leave_a_callers_memory) {
+  unsigned memory[] = {1, 2, 3};
+  dense1D<unsigned> view(3, memory), self(2, memory);
+  EXPECT_TRUE(view.is_borrowed() && view.shares_block(self) && self.shares_block(view.sub_vector(2, 1)));
+  ASSERT_TRUE(view.copy({7, 8}) && self.copy(self));
+  EXPECT_TRUE(values_of(view) == (ids{7, 8}) && values_of(self) == (ids{1, 2}) && self.data() != memory);
+  EXPECT_TRUE(memory[0] == 1 && memory[1] == 2 && !view.is_borrowed() && !view.shares_block(self));
 }
 
 TEST(dense2D, constructors) {
@@ -142,6 +172,28 @@ TEST(dense2D, constructors) {
   view(0, 0) = 11;
   EXPECT_TRUE(memory[0] == 1 && memory[8] == 98 && memory[9] == 97);
   EXPECT_EQ(values_of(view), (ids{11, 2, 3, 44, 5, 6, 7, 8}));
+}
+
+TEST(dense2D, appending_columns_is_amortised_constant) {
+  EXPECT_LE(moves_of(dense2D<double>(), [](auto& a, unsigned i) { return a.resize(3, i + 1); }), 20U);
+  EXPECT_LE(moves_of(dense2D<double>(), [](auto& a, unsigned i) { return a.resize(3, i + 1, 1); }), 20U);
+  EXPECT_LE(
+      moves_of(dense2D<double>(3, 2).sub_matrix(1, 0, 2, 2), [](auto& a, unsigned i) { return a.resize(2, i + 2); }),
+      20U);
+  dense2D<double> gaps = dense2D<double>(3, 2).sub_matrix(1, 0, 2, 2), exact;
+  ASSERT_TRUE(gaps.reserve(2, 9));
+  const double* const data = gaps.data();
+  while (gaps.cols() < 9) ASSERT_TRUE(gaps.push_back_column(gaps.column(0)));
+  EXPECT_TRUE(gaps.data() == data && gaps.ld() == 3);
+  ASSERT_TRUE(exact.resize(3, 5));
+  EXPECT_EQ(exact.capacity(), 15U);
+}
+
+TEST(dense2D, copies_leave_a_callers_memory) {
+  unsigned memory[] = {1, 2, 9, 3, 4, 9};
+  dense2D<unsigned> view(2, 2, 3, memory);
+  ASSERT_TRUE(view.copy(dense2D<unsigned>(2, 1, {7, 8})));
+  EXPECT_TRUE(values_of(view) == (ids{7, 8}) && memory[0] == 1 && memory[1] == 2 && memory[2] == 9);
 }
 
 TEST(dense2D, sub_matrix_and_as_vector_share_the_entries) {

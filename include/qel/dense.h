@@ -9,6 +9,14 @@
 /// - an array that must move its entries (a new capacity, another row count) does so in place only while it is the
 ///   block's one owner, otherwise it leaves for a block of its own, so that no other view is disturbed;
 /// - an array that grows inside the capacity it has writes behind its end, even where another view of the block lies.
+///
+/// Functions that take arrays keep apart what they read from what they write: an output that shares memory with an
+/// input, or with another output, leaves it before it is written, and ends with a block of its own. Only where a
+/// function says that it works in place do other views of the block see the result.
+///
+/// Growth is geometric once an array holds entries, so that appending one by one is amortised constant, also by
+/// resize(); an empty array takes what it is asked for. Where memory for the geometric step is lacking, the size that
+/// was asked for is tried.
 #ifndef QEL_DENSE_H
 #define QEL_DENSE_H
 
@@ -17,6 +25,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <initializer_list>
 #include <limits>
 #include <new>
@@ -143,6 +152,9 @@ class vector_num : public math1::ref_counted {
   /// Number of values that the memory holds.
   size_type capacity() const noexcept { return capacity_; }
 
+  /// True when the memory is a caller's.
+  bool is_borrowed() const noexcept { return shift_ == borrowed; }
+
   /// Moves the block to new memory for max(min_capacity, 2, capacity() * factor) values and keeps the first `keep`.
   /// False, with nothing changed, when that size overflows or cannot be had.
   [[nodiscard]] bool __grow(size_type min_capacity, size_type keep, size_type factor) noexcept {
@@ -156,7 +168,7 @@ class vector_num : public math1::ref_counted {
     const auto address = reinterpret_cast<std::uintptr_t>(raw);
     const auto shift = static_cast<unsigned char>((Align - address % Align) % Align);
     T* data = reinterpret_cast<T*>(static_cast<unsigned char*>(raw) + shift);
-    const size_type kept = (std::min)(keep, capacity_);
+    const size_type kept = (std::min)({keep, capacity_, capacity});
     if (kept != 0) std::memcpy(static_cast<void*>(data), data_, kept * sizeof(T));
     release();
     data_ = data;
@@ -169,7 +181,7 @@ class vector_num : public math1::ref_counted {
   static constexpr unsigned char borrowed = 255;  // in place of a shift: the memory is the caller's
 
   void release() noexcept {
-    if (data_ != nullptr && shift_ != borrowed) {
+    if (data_ != nullptr && !is_borrowed()) {
       __vector_num_free(reinterpret_cast<unsigned char*>(data_) - shift_);
     }
   }
@@ -215,8 +227,23 @@ class block_view {
   /// True when there is storage and no other view shares it.
   bool owns_block_alone() const noexcept { return block_ && block_->__has_one_owner(); }
 
+  /// True when the entries lie in memory of a caller's, as long as the array fits there.
+  bool is_borrowed() const noexcept { return block_ && block_->is_borrowed(); }
+
+  /// True when the blocks of two arrays have memory in common, whatever parts of it the arrays are views of.
+  template <class U, unsigned OtherAlign>
+  bool shares_block(const block_view<U, OtherAlign>& other) const noexcept {
+    if (!block_ || !other.block_) return false;
+    const std::less<const void*> before;
+    return before(block_->data(), other.block_->data() + other.block_->capacity()) &&
+           before(other.block_->data(), block_->data() + block_->capacity());
+  }
+
  protected:
   /// @cond internal
+  template <class U, unsigned OtherAlign>
+  friend class block_view;
+
   block_view() noexcept = default;
   block_view(Ptr<block_type> block, size_type size, size_type offset) noexcept
       : block_(std::move(block)), size_(size), offset_(offset) {}
@@ -260,9 +287,17 @@ class block_view {
     return true;
   }
 
-  /// A block for `count` entries whose old values do not matter, shared with no other view.
+  /// The same for an array that may grow again: with room to spare, if memory allows.
+  bool grow_capacity(size_type count, size_type keep, size_type factor) noexcept {
+    return ensure_capacity(count, keep, factor) || (factor > 1 && ensure_capacity(count, keep, 1));
+  }
+
+  /// The factor by which resize() enlarges the capacity.
+  size_type growth() const noexcept { return size_ == 0 ? 1 : 2; }
+
+  /// A block for `count` entries whose old values do not matter, shared with no other view and no caller's.
   bool replace_block(size_type count) noexcept {
-    if (owns_block_alone() && block_->capacity() >= count) {
+    if (owns_block_alone() && !is_borrowed() && block_->capacity() >= count) {
       offset_ = 0;
       return true;
     }
@@ -348,9 +383,10 @@ class dense1D : public detail::block_view<T, Align> {
   const T* end() const noexcept { return base::entries() + size_; }
   /// @}
 
-  /// Sets the size to `n`. Entries up to the smaller size are kept, new ones are not initialised.
+  /// Sets the size to `n`. Entries up to the smaller size are kept, new ones are not initialised. Appending by it is
+  /// amortised linear in the new entries.
   [[nodiscard]] bool resize(size_type n) noexcept {
-    if (!base::ensure_capacity(n, (std::min)(n, size_), 1)) return false;
+    if (!base::grow_capacity(n, (std::min)(n, size_), base::growth())) return false;
     size_ = n;
     return true;
   }
@@ -369,7 +405,7 @@ class dense1D : public detail::block_view<T, Align> {
   }
 
   /// Makes this an independent array with the other's size and values. A block of its own that is large enough is
-  /// reused; a view of a caller's memory writes there.
+  /// reused; a view of a caller's memory leaves it as it is.
   [[nodiscard]] bool copy(const dense1D& other) noexcept {
     const dense1D source(other);  // keeps the values alive, and shared, when other is this array
     if (!base::replace_block(source.size_)) return false;
@@ -387,7 +423,7 @@ class dense1D : public detail::block_view<T, Align> {
   /// Appends `n` entries of value `v`. Amortised linear in `n`.
   [[nodiscard]] bool push_back_n(T v, size_type n) noexcept {
     if (n > std::numeric_limits<size_type>::max() - size_) return false;
-    return base::ensure_capacity(size_ + n, size_, 2) && resize(size_ + n, v);
+    return base::grow_capacity(size_ + n, size_, 2) && resize(size_ + n, v);
   }
 
   /// Size 0; the block is kept for reuse.
@@ -513,6 +549,7 @@ class dense2D : public detail::block_view<T, 8> {
   /// @}
 
   /// Makes the matrix rows x cols and compact. Entries inside both shapes are kept, others are not initialised.
+  /// Appending columns by it is amortised linear in the new entries.
   [[nodiscard]] bool resize(size_type rows, size_type cols) noexcept {
     if (cols != 0 && rows > std::numeric_limits<size_type>::max() / cols) return false;
     const size_type kept_rows = (std::min)(rows, rows_);
@@ -536,14 +573,16 @@ class dense2D : public detail::block_view<T, 8> {
     return true;
   }
 
-  /// Makes room for rows x cols entries without changing the dimensions.
+  /// Makes room for rows x cols entries without changing the dimensions, so that columns may be appended up to `cols`;
+  /// these start ld() entries apart where the columns that are there do.
   [[nodiscard]] bool reserve(size_type rows, size_type cols) noexcept {
-    if (cols != 0 && rows > std::numeric_limits<size_type>::max() / cols) return false;
-    return base::ensure_capacity(rows * cols, extent(rows_, cols_, ld_), 1);
+    const size_type stride = cols_ == 0 ? rows : (std::max)(rows, ld_);
+    if (cols != 0 && stride > std::numeric_limits<size_type>::max() / cols) return false;
+    return base::ensure_capacity(extent(rows, cols, stride), extent(rows_, cols_, ld_), 1);
   }
 
   /// Makes this an independent, compact matrix with the other's dimensions and values. A block of its own that is large
-  /// enough is reused; a view of a caller's memory writes there.
+  /// enough is reused; a view of a caller's memory leaves it as it is.
   [[nodiscard]] bool copy(const dense2D& other) noexcept {
     const dense2D source(other);  // keeps the values alive, and shared, when other is this matrix
     if (!base::replace_block(source.size_)) return false;
@@ -563,7 +602,7 @@ class dense2D : public detail::block_view<T, 8> {
     const size_type needed = stride * cols_ + rows_;
     Ptr<vector_num<T, 8>> old_block;
     if (needed > base::capacity()) old_block = block_;  // keeps the entries that values may point at
-    if (!base::ensure_capacity(needed, extent(rows_, cols_, ld_), 2)) return false;
+    if (!base::grow_capacity(needed, extent(rows_, cols_, ld_), 2)) return false;
     ld_ = stride;
     ++cols_;
     size_ += rows_;
@@ -631,7 +670,7 @@ class dense2D : public detail::block_view<T, 8> {
   bool rearrange(size_type rows, size_type cols, size_type kept_rows, size_type kept_cols) noexcept {
     const bool entries_stay = kept_cols <= 1 || rows == ld_;
     if (entries_stay) {
-      return base::ensure_capacity(rows * cols, extent(kept_rows, kept_cols, ld_), 1);
+      return base::grow_capacity(rows * cols, extent(kept_rows, kept_cols, ld_), base::growth());
     }
     if (rows * cols <= base::capacity() && base::owns_block_alone()) {
       move_columns_in_place(rows, kept_rows, kept_cols);
