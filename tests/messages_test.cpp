@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace qel::gridwork {
 namespace {
@@ -24,6 +26,27 @@ TEST(messages, every_code_of_the_table_has_its_sentence_once) {
     previous = &row;
   }
   EXPECT_EQ(previous->call, operation::ensight_output);
+}
+
+template <operation Call>
+constexpr std::string_view enumerator() {
+  constexpr std::string_view text = __PRETTY_FUNCTION__;
+  const auto begin = text.find("operation::", text.find("Call")) + std::string_view("operation::").size();
+  return text.substr(begin, text.find_first_of(";]", begin) - begin);
+}
+
+template <unsigned... Codes>
+void compare_names(std::integer_sequence<unsigned, Codes...>) {
+  constexpr std::string_view calls[] = {enumerator<static_cast<operation>(Codes)>()...};
+  for (const operation_name& name : operation_names) {
+    const std::string_view call = calls[static_cast<unsigned>(name.call)];
+    const std::string_view family = call.substr(0, call.rfind('_'));
+    EXPECT_TRUE(call == name.function || (family == name.function && name.arguments[0] != 0)) << call;
+  }
+}
+
+TEST(messages, operations_have_the_names_of_their_functions) {
+  compare_names(std::make_integer_sequence<unsigned, std::size(operation_names)>());
 }
 
 TEST(messages, names_overloads_and_unknown_codes) {
