@@ -48,6 +48,22 @@ TEST(node_detector, failed_reinit) {
   EXPECT_EQ(detector.find_closest(spatial({0.0, 0.0, 0.0})), none);
 }
 
+template <class Coords, class... Nodes>
+constexpr bool accepts = std::is_constructible_v<node_detector, Coords, Nodes...>&& requires(node_detector d,
+                                                                                             Coords&& coords,
+                                                                                             Nodes... nodes) {
+  d.reinit(static_cast<Coords&&>(coords), nodes...);
+};
+
+// The detector would refer to coordinates that are gone.
+template <class... Nodes>
+constexpr bool refuses_temporaries = accepts<dense2D<double>&, Nodes...>&& accepts<const dense2D<double>&, Nodes...> &&
+                                     !accepts<dense2D<double>, Nodes...> && !accepts<const dense2D<double>, Nodes...>;
+
+static_assert(refuses_temporaries<> && refuses_temporaries<dense1D<unsigned>> &&
+              refuses_temporaries<dense2D<unsigned>> &&
+              refuses_temporaries<const dense2D<unsigned>*, const dense2D<unsigned>*>);
+
 TEST(node_detector, without_or_with_one_node) {
   const dense2D<double> coords(2, 3, {0, 0, 1, 0, 1, 0});
   node_detector detector;

@@ -44,6 +44,14 @@ class node_detector {
                                  const dense2D<unsigned>* last);
   /// @}
 
+  /// Coordinates that are gone when the constructor returns are no use to a detector; reinit() refuses them, too.
+  /// @{
+  explicit node_detector(const dense2D<double>&& coords) = delete;
+  node_detector(const dense2D<double>&& coords, const dense1D<unsigned>& IDs) = delete;
+  node_detector(const dense2D<double>&& coords, const dense2D<unsigned>& connectivity) = delete;
+  node_detector(const dense2D<double>&& coords, const dense2D<unsigned>* first, const dense2D<unsigned>* last) = delete;
+  /// @}
+
   /// A deep copy of the tree that refers to the same coordinates; without a tree when memory ran out. Linear.
   /// @{
   QEL_GRIDWORK_API node_detector(const node_detector& other);
@@ -72,11 +80,18 @@ class node_detector {
   QEL_GRIDWORK_API int reinit(const dense2D<double>& coords, const dense2D<unsigned>& connectivity);
 
   /// Builds the tree over the distinct nodes of the matrices [first, last).
-  /// @return as for a connectivity; -3 when `last` lies before `first` (detector as it was)
+  /// @return as for a connectivity; before all else -3 when `last` lies before `first` (detector as it was)
   ///
   /// Cost: expected n log n in the entries, as for a list and for a connectivity.
   QEL_GRIDWORK_API int reinit(const dense2D<double>& coords, const dense2D<unsigned>* first,
                               const dense2D<unsigned>* last);
+
+  /// @cond internal
+  int reinit(const dense2D<double>&& coords) = delete;
+  int reinit(const dense2D<double>&& coords, const dense1D<unsigned>& IDs) = delete;
+  int reinit(const dense2D<double>&& coords, const dense2D<unsigned>& connectivity) = delete;
+  int reinit(const dense2D<double>&& coords, const dense2D<unsigned>* first, const dense2D<unsigned>* last) = delete;
+  /// @endcond
 
   /// Adds nodes to the tree, in the shuffled order of the list; entries that are no column of `coords` are skipped.
   ///
@@ -106,7 +121,7 @@ class node_detector {
   /// Appends to `IDs` the nodes inside the closed box from `Pmin` to `Pmax`, in the tree's pre-order (node, left
   /// subtree, right subtree). Expected cost: log n plus a number in proportion to the nodes near the box.
   ///
-  /// When `IDs` cannot grow, the nodes that do not fit are left out.
+  /// When `IDs` cannot grow, it takes as many nodes as fit, the first ones; points given in braces need their type.
   /// @{
   QEL_GRIDWORK_API void find_in_box(const vector_fixed<double, 2>& Pmin, const vector_fixed<double, 2>& Pmax,
                                     dense1D<unsigned>& IDs) const;
@@ -127,7 +142,8 @@ class node_detector {
 /// All merge functions share these rules. Distances are Euclidean, in the units of `coords`, and inclusive: with tol =
 /// 0 coincident nodes merge, a node at distance `tol` merges. Nodes with a NaN coordinate never merge, nodes with an
 /// infinite one only where `tol` is so large that its square overflows. `coords` keeps its column count: nodes that no
-/// element uses any more are removed by simplify().
+/// element uses any more are removed by simplify(). A `new_IDs` that is a view of a caller's memory is filled there
+/// when that has room for n entries.
 ///
 /// A proximity merge maps each node to the near node that comes first in the order of the node list, then follows
 /// those maps as long as they lead to an earlier node; so of a group of mutually close nodes the first one survives.
@@ -140,8 +156,8 @@ class node_detector {
 /// | the nodes of one list onto those of another | `IDs1, IDs2, new_IDs, tol` |
 /// | the nodes of a range of matrices, of one or of two | `first, last` or one or two matrices, `[new_IDs,] tol, mode` |
 ///
-/// @param coords   2 or 3 x n; merged nodes are overwritten; if there are any, the matrix gets a block of its
-///                 own
+/// @param coords   2 or 3 x n; merged nodes are overwritten. When there are any, the matrix ends with a block of its
+///                 own: neither other views nor a caller's memory are disturbed
 /// @param new_IDs  overwritten: n entries, the survivor of each node, itself when it is not merged. Empty when there is
 ///                 nothing to do, and on error
 /// @param tol      distance, not negative
@@ -185,9 +201,10 @@ QEL_GRIDWORK_API int merge(const dense2D<double>& coords, const dense1D<unsigned
 /// @param mode        0: proximity merge of all nodes, in order of first appearance. 1: element-wise merge, which
 ///                    merges only nodes of one same element: closest pairs first (then those of the lowest node), each
 ///                    node at most once, the lower index survives. 2: element-wise passes until one merges nothing
-/// @return the number of merged nodes; -1 for a row count other than 2 or 3; -2 for an entry that is neither `~0U` nor
-///         a column of `coords`; -3 when `last` lies before `first`; -5 for a negative or NaN `tol`; -6 for another
-///         `mode`; -199. On every negative result the matrices are unchanged, except that element-wise passes which
+/// @return the number of merged nodes; -1 for a row count other than 2 or 3; -3 when `last` lies before `first`; -5 for
+///         a negative or NaN `tol`; -6 for another `mode`; -2 for an entry that is neither `~0U` nor a column of
+///         `coords`;
+///         -199. On every negative result the matrices are unchanged, except that element-wise passes which
 ///         were completed before memory ran out stay.
 ///
 /// Cost: expected linear in entries and nodes plus the number of close pairs (mode 2: for each pass).
@@ -215,7 +232,7 @@ QEL_GRIDWORK_API int merge(const dense2D<double>& coords, dense2D<unsigned>& con
 
 /// Removes the elements that hold a node twice; the others move up in their order.
 ///
-/// @param connectivity  rows x e, any row count; overwritten
+/// @param connectivity  rows x e, any row count; overwritten in place
 /// @param new_elements  overwritten, e entries: `old(:, j) == new(:, new_elements[j])`, or `~0U` for a removed element
 /// @param strict        true: a repeated `~0U` counts too, so that elements of a mixed matrix with two or more unused
 ///                      rows are removed
@@ -230,14 +247,15 @@ QEL_GRIDWORK_API int remove_degenerated(dense2D<unsigned>& connectivity, bool st
 /// Removes the nodes that no matrix of [first, last) uses; the others move up in their order, the matrices are
 /// renumbered.
 ///
-/// @param coords      any row count x n; overwritten
-/// @param first,last  array of matrices, renumbered in place; entries `~0U` stay
+/// @param coords      any row count x n; overwritten in place
+/// @param first,last  array of matrices, renumbered in place; entries `~0U` stay. They must not overlap: what two of
+///                    them show would be renumbered twice
 /// @param new_IDs     overwritten, n entries: `old(:, i) == new(:, new_IDs[i])`, or `~0U` for a removed node. Empty
 ///                    when there is nothing to do, and on error
 /// @param first_node  nodes before this one are kept in any case
-/// @return the number of removed nodes; 0 for an empty range, empty `coords` or first_node >= n; -2 when a matrix has
-///         an entry that is neither `~0U` nor a column of `coords`; -3 when `last` lies before `first`; -199. Nothing
-///         is modified on a negative result.
+/// @return the number of removed nodes; 0 for an empty range; -3 when `last` lies before `first`; -2 when a matrix has
+///         an entry that is neither `~0U` nor a column of `coords`; 0 for empty `coords` or first_node >= n; -199.
+///         Nothing is modified on a negative result.
 ///
 /// Cost: linear.
 QEL_GRIDWORK_API int simplify(dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
@@ -250,7 +268,7 @@ QEL_GRIDWORK_API int simplify(dense2D<double>& coords, dense2D<unsigned>& connec
 QEL_GRIDWORK_API int simplify(dense2D<double>& coords, dense2D<unsigned>& connectivity, unsigned first_node);
 /// @}
 
-/// As above, for two matrices, without the map.
+/// As above, for two matrices, which may be one and the same, without the map.
 QEL_GRIDWORK_API int simplify(dense2D<double>& coords, dense2D<unsigned>& connectivity1,
                               dense2D<unsigned>& connectivity2, unsigned first_node);
 
