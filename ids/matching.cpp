@@ -1,6 +1,7 @@
 // Equal values of two lists, equal columns of two matrices.
 #include <algorithm>
 
+#include "core/outputs.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
@@ -114,31 +115,42 @@ int match(const Keys& a, const Keys& b, dense1D<unsigned>& B_in_A, dense1D<unsig
   return 0;
 }
 
-bool prepare_outputs(std::uint64_t a_count, std::uint64_t b_count, dense1D<unsigned>& B_in_A,
-                     dense1D<unsigned>& A_in_B) {
-  return B_in_A.resize(b_count, none) && A_in_B.resize(a_count, none);
+/// Both outputs are empty on a negative result.
+template <class Keys, class Array>
+int match_all(const Array& A, const Array& B, dense1D<unsigned>& B_in_A, dense1D<unsigned>& A_in_B) {
+  const Keys a(A);
+  const Keys b(B);
+  B_in_A.clear();
+  A_in_B.clear();
+  int result = B_in_A.resize(b.count(), none) && A_in_B.resize(a.count(), none) ? 0 : out_of_memory;
+  if (result == 0 && !A.empty() && !B.empty()) result = match(a, b, B_in_A, A_in_B);
+  if (result != 0) {
+    B_in_A.clear();
+    A_in_B.clear();
+  }
+  return result;
+}
+
+int match_columns(const dense2D<unsigned>& A, const dense2D<unsigned>& B, dense1D<unsigned>& B_in_A,
+                  dense1D<unsigned>& A_in_B, bool exact) {
+  if (A.rows() == B.rows()) {
+    return exact ? match_all<column_keys>(A, B, B_in_A, A_in_B) : match_all<cycle_keys>(A, B, B_in_A, A_in_B);
+  }
+  B_in_A.clear();
+  A_in_B.clear();
+  return -2;
 }
 
 }  // namespace
 
 int get_IDs(const dense1D<unsigned>& A, const dense1D<unsigned>& B, dense1D<unsigned>& B_in_A,
             dense1D<unsigned>& A_in_B) {
-  B_in_A.clear();
-  A_in_B.clear();
-  if (!prepare_outputs(A.size(), B.size(), B_in_A, A_in_B)) return out_of_memory;
-  if (A.empty() || B.empty()) return 0;
-  return match(value_keys(A), value_keys(B), B_in_A, A_in_B);
+  return match_all<value_keys>(A, B, output(B_in_A, A, B), output(A_in_B, A, B, B_in_A));
 }
 
 int get_IDs(const dense2D<unsigned>& A, const dense2D<unsigned>& B, dense1D<unsigned>& B_in_A,
             dense1D<unsigned>& A_in_B, bool exact) {
-  B_in_A.clear();
-  A_in_B.clear();
-  if (A.rows() != B.rows()) return -2;
-  if (!prepare_outputs(A.cols(), B.cols(), B_in_A, A_in_B)) return out_of_memory;
-  if (A.empty() || B.empty()) return 0;
-  return exact ? match(column_keys(A), column_keys(B), B_in_A, A_in_B)
-               : match(cycle_keys(A), cycle_keys(B), B_in_A, A_in_B);
+  return match_columns(A, B, output(B_in_A, A, B), output(A_in_B, A, B, B_in_A), exact);
 }
 
 }  // namespace qel::gridwork

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "core/columns.h"
+#include "core/outputs.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 
@@ -33,7 +34,9 @@ void shift_used(Array& ids, unsigned shift) {
 
 template <class Array>
 void renumber(Array& ids, const dense1D<unsigned>& new_ids) {
-  const unsigned* table = new_ids.data();
+  const input source(new_ids, ids);
+  if (!source.is_ready()) return;
+  const unsigned* table = static_cast<const dense1D<unsigned>&>(source).data();
   const std::uint64_t size = new_ids.size();
   change_each_run(ids, [=](unsigned* begin, unsigned* end) {
     for (unsigned* p = begin; p != end; ++p) {

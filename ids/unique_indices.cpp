@@ -3,6 +3,7 @@
 
 #include "core/columns.h"
 #include "core/limits.h"
+#include "core/outputs.h"
 #include "core/result.h"
 #include "ids/growing_index_set.h"
 #include "qel/gridwork/ids.h"
@@ -51,7 +52,9 @@ bool append_new(dense1D<unsigned>& ids, const unsigned* begin, const unsigned* e
   return true;
 }
 
-int append_unique(dense1D<unsigned>& ids, const index_source& source, const dense1D<unsigned>& excluded) {
+int append_unique(appended<dense1D<unsigned>>&& list, const index_source& source, const dense1D<unsigned>& excluded) {
+  if (!list.keep_entries()) return out_of_memory;
+  dense1D<unsigned>& ids = list;
   const std::uint64_t old_size = ids.size();
   growing_index_set seen;
   if (!seen.prepare(source.count() + excluded.size())) return out_of_memory;
@@ -67,18 +70,17 @@ int append_unique(dense1D<unsigned>& ids, const index_source& source, const dens
 }  // namespace
 
 int unique_indices(dense1D<unsigned>& ids, const dense1D<unsigned>& values, dense1D<unsigned> excluded) {
-  const dense1D<unsigned> input(values);  // stays as it is when `ids` is the same array
-  return append_unique(ids, {&input, nullptr, nullptr}, excluded);
+  return append_unique(appended(ids, values, excluded), {&values, nullptr, nullptr}, excluded);
 }
 
 int unique_indices(dense1D<unsigned>& ids, const dense2D<unsigned>& connectivity, dense1D<unsigned> excluded) {
-  return append_unique(ids, {nullptr, &connectivity, &connectivity + 1}, excluded);
+  return append_unique(appended(ids, connectivity, excluded), {nullptr, &connectivity, &connectivity + 1}, excluded);
 }
 
 int unique_indices(dense1D<unsigned>& ids, const dense2D<unsigned>* first, const dense2D<unsigned>* last,
                    dense1D<unsigned> excluded) {
   if (last < first) return -3;
-  return append_unique(ids, {nullptr, first, last}, excluded);
+  return append_unique(appended(ids, matrices{first, last}, excluded), {nullptr, first, last}, excluded);
 }
 
 int count_unique_indices(const dense2D<unsigned>& connectivity) {

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "core/limits.h"
+#include "core/outputs.h"
 #include "core/result.h"
 #include "io/obj_lines.h"
 #include "io/text/block_reader.h"
@@ -171,10 +172,8 @@ class obj_parser {
   io::obj_records& out_;
 };
 
-}  // namespace
-
-int WavefrontOBJ_input(const char* filename, dense2D<double>& coords, dense2D<double>& normals, dense2D<double>& uvs,
-                       dense2D<unsigned>& triangles, dense2D<unsigned>& quads) {
+int read_file(const char* filename, dense2D<double>& coords, dense2D<double>& normals, dense2D<double>& uvs,
+              dense2D<unsigned>& triangles, dense2D<unsigned>& quads) {
   for (dense2D<double>* matrix : {&coords, &normals, &uvs}) matrix->clear_hard();
   for (dense2D<unsigned>* matrix : {&triangles, &quads}) matrix->clear_hard();
   const io::file input(filename, "r");
@@ -185,6 +184,14 @@ int WavefrontOBJ_input(const char* filename, dense2D<double>& coords, dense2D<do
                       io::column_appender<double>(uvs), io::column_appender<unsigned>(triangles),
                       io::column_appender<unsigned>(quads)};
   return obj_parser(blocks, input.size(), out).parse();
+}
+
+}  // namespace
+
+int WavefrontOBJ_input(const char* filename, dense2D<double>& coords, dense2D<double>& normals, dense2D<double>& uvs,
+                       dense2D<unsigned>& triangles, dense2D<unsigned>& quads) {
+  return read_file(filename, coords, output(normals, coords), output(uvs, coords, normals), triangles,
+                   output(quads, triangles));
 }
 
 }  // namespace qel::gridwork

@@ -6,6 +6,7 @@
 
 #include "core/coordinates.h"
 #include "core/elements.h"
+#include "core/outputs.h"
 #include "core/result.h"
 #include "io/matrix_range.h"
 #include "io/text/file.h"
@@ -176,8 +177,8 @@ int write_file(const char* filename, const dense2D<double>& coords, const matrix
 
 }  // namespace
 
-int vtk_convert(const dense2D<unsigned>& connectivity, element_type type, unsigned& nbr_cells, dense1D<unsigned>& cells,
-                dense1D<unsigned>& cell_types) {
+int vtk_convert(const dense2D<unsigned>& connectivity, element_type type, unsigned& nbr_cells,
+                dense1D<unsigned>& cell_list, dense1D<unsigned>& type_list) {
   type = resolve_type(type, connectivity.rows());
   if (!check_IDs(connectivity, type, none)) return -1;
   if (vtk_types[type] == 0) return -2;
@@ -185,6 +186,9 @@ int vtk_convert(const dense2D<unsigned>& connectivity, element_type type, unsign
   const std::uint64_t elements = io::element_count(connectivity);
   const std::uint64_t added = elements * form.cells();
   if (added > std::numeric_limits<unsigned>::max() - nbr_cells) return out_of_memory;
+  appended cell_output(cell_list, connectivity), type_output(type_list, connectivity, cell_list);
+  if (!cell_output.keep_entries() || !type_output.keep_entries()) return out_of_memory;
+  dense1D<unsigned>&cells = cell_output, &cell_types = type_output;
   const std::uint64_t old_entries = cells.size(), new_entries = old_entries + elements * form.entries();
   const std::uint64_t old_types = cell_types.size(), new_types = old_types + added;
   constexpr unsigned growth = 2;  // many small matrices may be appended

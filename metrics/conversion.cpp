@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include "core/outputs.h"
+#include "core/result.h"
 #include "core/vectors.h"
 #include "metrics/tensors.h"
 #include "qel/gridwork/metrics.h"
@@ -49,18 +51,21 @@ bool holds(const dense2D<double>& m, std::uint64_t rows, std::uint64_t cols) noe
 
 /// Writes tensor_of(i) where the size is one.
 template <unsigned N, class TensorOf>
-void write_tensors(const dense1D<double>& sizes, dense2D<double>& tensors, TensorOf tensor_of) noexcept {
-  for (std::uint64_t i = 0; i < sizes.size(); ++i) {
-    if (sizes[i] > 0) set_tensor<N>(tensors, i, tensor_of(i));
+int write_tensors(const dense1D<double>& sizes, dense2D<double>& tensors, TensorOf tensor_of) noexcept {
+  const input source(sizes, tensors);
+  if (!source.is_ready()) return out_of_memory;
+  const dense1D<double>& h = source;
+  for (std::uint64_t i = 0; i < h.size(); ++i) {
+    if (h[i] > 0) set_tensor<N>(tensors, i, tensor_of(h[i], i));
   }
+  return 0;
 }
 
 template <unsigned N>
 int write_isotropic(const dense1D<double>& sizes, dense2D<double>& tensors) noexcept {
   if (sizes.empty() && tensors.empty()) return 0;
   if (!holds(tensors, tensor_rows<N>, sizes.size())) return -2;
-  write_tensors<N>(sizes, tensors, [&](std::uint64_t i) { return isotropic_tensor<N>(sizes[i]); });
-  return 0;
+  return write_tensors<N>(sizes, tensors, [](double h, std::uint64_t) { return isotropic_tensor<N>(h); });
 }
 
 }  // namespace
@@ -89,8 +94,10 @@ int metrics_iso_to_aniso3d(const dense1D<double>& sizes, dense2D<double>& tensor
 int metrics_iso_to_aniso2d(const dense1D<double>& sizes, const dense2D<double>& frames, dense2D<double>& tensors) {
   if (sizes.empty() && tensors.empty()) return 0;
   if (!holds(frames, frame_rows, sizes.size()) || !holds(tensors, tensor_rows<2>, sizes.size())) return -2;
-  write_tensors<2>(sizes, tensors, [&](std::uint64_t i) { return isotropic_in_plane(sizes[i], frame_at(frames, i)); });
-  return 0;
+  const input planes(frames, tensors);
+  if (!planes.is_ready()) return out_of_memory;
+  return write_tensors<2>(sizes, tensors,
+                          [&](double h, std::uint64_t i) { return isotropic_in_plane(h, frame_at(planes, i)); });
 }
 
 int metrics_aniso3d_to_aniso2d(const dense2D<double>& tensors3d, const dense2D<double>& frames,
@@ -99,8 +106,11 @@ int metrics_aniso3d_to_aniso2d(const dense2D<double>& tensors3d, const dense2D<d
   if (tensors3d.rows() != tensor_rows<3>) return -1;
   const std::uint64_t count = tensors3d.cols();
   if (!holds(frames, frame_rows, count) || !holds(tensors2d, tensor_rows<2>, count)) return -2;
+  const input source(tensors3d, tensors2d);
+  const input planes(frames, tensors2d);
+  if (!source.is_ready() || !planes.is_ready()) return out_of_memory;
   for (std::uint64_t j = 0; j < count; ++j) {
-    set_tensor(tensors2d, j, restricted_to_plane(tensor_at<3>(tensors3d, j), frame_at(frames, j)));
+    set_tensor(tensors2d, j, restricted_to_plane(tensor_at<3>(source, j), frame_at(planes, j)));
   }
   return 0;
 }

@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include "core/outputs.h"
+#include "core/result.h"
 #include "metrics/tensors.h"
 #include "qel/gridwork/metrics.h"
 
@@ -26,10 +28,13 @@ int replace_invalid(dense2D<double>& tensors, std::uint64_t count, DefaultOf def
 }  // namespace
 
 int overwrite_invalid_metrics(dense1D<double>& sizes, const dense1D<double>& defaults) {
+  const input source(defaults, sizes);
+  if (!source.is_ready()) return out_of_memory;
+  const dense1D<double>& substitutes = source;
   int replaced = 0;
-  for (std::uint64_t i = 0; i < std::min(sizes.size(), defaults.size()); ++i) {
-    if (!(defaults[i] > 0 && sizes[i] <= 0)) continue;
-    sizes[i] = defaults[i];
+  for (std::uint64_t i = 0; i < std::min(sizes.size(), substitutes.size()); ++i) {
+    if (!(substitutes[i] > 0 && sizes[i] <= 0)) continue;
+    sizes[i] = substitutes[i];
     ++replaced;
   }
   return replaced;
@@ -39,16 +44,21 @@ int overwrite_invalid_metrics(dense2D<double>& tensors, const dense2D<double>& d
   if (tensors.empty()) return 0;
   return visit_dimension(tensors.rows(), -1, [&](auto n) {
     if (defaults.rows() != tensors.rows()) return -2;
-    return replace_invalid<n()>(tensors, defaults.cols(), [&](std::uint64_t j) { return tensor_at<n()>(defaults, j); });
+    const input source(defaults, tensors);
+    if (!source.is_ready()) return out_of_memory;
+    return replace_invalid<n()>(tensors, defaults.cols(), [&](std::uint64_t j) { return tensor_at<n()>(source, j); });
   });
 }
 
 int overwrite_invalid_metrics(dense2D<double>& tensors, const dense1D<double>& default_sizes) {
   if (tensors.empty()) return 0;
   return visit_dimension(tensors.rows(), -1, [&](auto n) {
-    return replace_invalid<n()>(tensors, default_sizes.size(), [&](std::uint64_t j) {
+    const input source(default_sizes, tensors);
+    if (!source.is_ready()) return out_of_memory;
+    const dense1D<double>& sizes = source;
+    return replace_invalid<n()>(tensors, sizes.size(), [&](std::uint64_t j) {
       tensor<n()> M;
-      metric_iso_to_aniso(default_sizes[j], M);
+      metric_iso_to_aniso(sizes[j], M);
       return M;
     });
   });

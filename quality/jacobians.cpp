@@ -8,7 +8,7 @@ using namespace detail;
 
 int jacobians(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
               dense1D<double>& J) {
-  return measure_all<jacobian_measure>(coords, connectivity, type, J);
+  return measure_all<jacobian_measure>(coords, connectivity, type, output(J, coords));
 }
 
 }  // namespace qel::gridwork

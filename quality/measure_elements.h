@@ -10,6 +10,7 @@
 #include "core/coordinates.h"
 #include "core/elements.h"
 #include "core/limits.h"
+#include "core/outputs.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "core/scaling.h"
@@ -206,7 +207,8 @@ inline int check_mesh(const dense2D<double>& coords, const dense2D<unsigned>& co
 /// Writes the measure of every element to `values`, which is empty on a negative result.
 template <class Measure>
 int measure_all(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
-                dense1D<double>& values) {
+                output<dense1D<double>>&& Q) {
+  dense1D<double>& values = Q;
   values.clear();
   if (connectivity.empty()) return 0;
   const int code = check_mesh(coords, connectivity, type);

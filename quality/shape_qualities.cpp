@@ -8,7 +8,7 @@ using namespace detail;
 
 int shape_qualities(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                     dense1D<double>& Q) {
-  return measure_all<quality_measure>(coords, connectivity, type, Q);
+  return measure_all<quality_measure>(coords, connectivity, type, output(Q, coords));
 }
 
 int min_quality(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type, double& qmin,

@@ -1,5 +1,6 @@
 // The doors of the merge family: checks, the choice of the algorithm, and what is done with the map.
 #include "core/coordinates.h"
+#include "core/outputs.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/search.h"
@@ -51,13 +52,41 @@ int merge_lists(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, co
   return proximity_merge(coords, moving, fixed, new_IDs, tol);
 }
 
-int merge_connectivities(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
-                         const dense1D<unsigned>& nodes, dense1D<unsigned>& new_IDs, double tol, unsigned mode) {
+int merge_checked(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, const dense1D<unsigned>& IDs2,
+                  dense1D<unsigned>& new_IDs, double tol) {
+  new_IDs.clear();
+  if (coords.cols() == 0) return 0;
+  if (!in_plane_or_space(coords)) return -1;
+  const auto node_count = static_cast<unsigned>(coords.cols());
+  if (!check_IDs(IDs1, node_count)) return -2;
+  if (&IDs1 != &IDs2 && !check_IDs(IDs2, node_count)) return -3;
+  if (!(tol >= 0)) return -4;
+  if (IDs1.empty() || IDs2.empty()) return 0;
+  return finish(merge_lists(coords, IDs1, IDs2, new_IDs, tol), new_IDs);
+}
+
+int merge_used_nodes(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
+                     const dense1D<unsigned>& nodes, dense1D<unsigned>& new_IDs, double tol, unsigned mode) {
   if (mode != 0) return element_merge(coords, first, last, nodes, new_IDs, tol, mode == 2);
   const int merged = proximity_merge(coords, node_list::of(nodes), new_IDs, tol);
   if (merged < 0) return merged;
   for (dense2D<unsigned>* matrix = first; matrix != last; ++matrix) change_indices(*matrix, new_IDs);
   return merged;
+}
+
+int merge_checked(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
+                  dense1D<unsigned>& new_IDs, double tol, unsigned mode) {
+  new_IDs.clear();
+  if (coords.cols() == 0 || first == last) return 0;
+  if (!in_plane_or_space(coords)) return -1;
+  if (last < first) return -3;
+  if (!(tol >= 0)) return -5;
+  if (mode > 2) return -6;
+  dense1D<unsigned> nodes;
+  if (collect_nodes(first, last, nodes) != 0) return out_of_memory;
+  if (nodes.empty()) return 0;
+  if (!check_IDs(nodes, static_cast<unsigned>(coords.cols()))) return -2;
+  return finish(merge_used_nodes(coords, first, last, nodes, new_IDs, tol, mode), new_IDs);
 }
 
 }  // namespace
@@ -79,15 +108,7 @@ int merge(dense2D<double>& coords, double tol) {
 
 int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, const dense1D<unsigned>& IDs2,
           dense1D<unsigned>& new_IDs, double tol) {
-  new_IDs.clear();
-  if (coords.cols() == 0) return 0;
-  if (!in_plane_or_space(coords)) return -1;
-  const auto node_count = static_cast<unsigned>(coords.cols());
-  if (!check_IDs(IDs1, node_count)) return -2;
-  if (&IDs1 != &IDs2 && !check_IDs(IDs2, node_count)) return -3;
-  if (!(tol >= 0)) return -4;
-  if (IDs1.empty() || IDs2.empty()) return 0;
-  return finish(merge_lists(coords, IDs1, IDs2, new_IDs, tol), new_IDs);
+  return merge_checked(coords, IDs1, IDs2, output(new_IDs, IDs1, IDs2), tol);
 }
 
 int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs, dense1D<unsigned>& new_IDs, double tol) {
@@ -96,17 +117,7 @@ int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs, dense1D<u
 
 int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, dense1D<unsigned>& new_IDs,
           double tol, unsigned mode) {
-  new_IDs.clear();
-  if (coords.cols() == 0 || first == last) return 0;
-  if (!in_plane_or_space(coords)) return -1;
-  if (last < first) return -3;
-  if (!(tol >= 0)) return -5;
-  if (mode > 2) return -6;
-  dense1D<unsigned> nodes;
-  if (collect_nodes(first, last, nodes) != 0) return out_of_memory;
-  if (nodes.empty()) return 0;
-  if (!check_IDs(nodes, static_cast<unsigned>(coords.cols()))) return -2;
-  return finish(merge_connectivities(coords, first, last, nodes, new_IDs, tol, mode), new_IDs);
+  return merge_checked(coords, first, last, output(new_IDs, matrices{first, last}), tol, mode);
 }
 
 int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, double tol, unsigned mode) {
@@ -126,7 +137,8 @@ int merge(const dense2D<double>& coords, dense2D<unsigned>& connectivity, double
 int merge(const dense2D<double>& coords, dense2D<unsigned>& connectivity1, dense2D<unsigned>& connectivity2,
           dense1D<unsigned>& new_IDs, double tol, unsigned mode) {
   dense2D<unsigned> both[] = {connectivity1, connectivity2};  // views: renumbering reaches the caller's entries
-  return merge(coords, both, both + 2, new_IDs, tol, mode);
+  const bool is_one = are_same_view(connectivity1, connectivity2);
+  return merge(coords, both, both + (is_one ? 1 : 2), new_IDs, tol, mode);
 }
 
 int merge(const dense2D<double>& coords, dense2D<unsigned>& connectivity1, dense2D<unsigned>& connectivity2, double tol,

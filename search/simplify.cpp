@@ -5,6 +5,7 @@
 #include "core/compact_columns.h"
 #include "core/index_flags.h"
 #include "core/limits.h"
+#include "core/outputs.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/search.h"
@@ -64,9 +65,7 @@ void mark_used(const dense2D<unsigned>& connectivity, index_flags& used) {
   });
 }
 
-}  // namespace
-
-int remove_degenerated(dense2D<unsigned>& connectivity, dense1D<unsigned>& new_elements, bool strict) {
+int remove_repeating(dense2D<unsigned>& connectivity, dense1D<unsigned>& new_elements, bool strict) {
   const std::uint64_t rows = connectivity.rows();
   const std::uint64_t count = connectivity.cols();
   repetition_test is_degenerate;
@@ -84,13 +83,8 @@ int remove_degenerated(dense2D<unsigned>& connectivity, dense1D<unsigned>& new_e
   return connectivity.resize(rows, kept) ? static_cast<int>(count - kept) : out_of_memory;
 }
 
-int remove_degenerated(dense2D<unsigned>& connectivity, bool strict) {
-  dense1D<unsigned> new_elements;
-  return remove_degenerated(connectivity, new_elements, strict);
-}
-
-int simplify(dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, dense1D<unsigned>& new_IDs,
-             unsigned first_node) {
+int remove_unused(dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
+                  dense1D<unsigned>& new_IDs, unsigned first_node) {
   new_IDs.clear();
   if (first == last) return 0;
   if (last < first) return -3;
@@ -112,6 +106,22 @@ int simplify(dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned
   return static_cast<int>(count - kept);
 }
 
+}  // namespace
+
+int remove_degenerated(dense2D<unsigned>& connectivity, dense1D<unsigned>& new_elements, bool strict) {
+  return remove_repeating(connectivity, output(new_elements, connectivity), strict);
+}
+
+int remove_degenerated(dense2D<unsigned>& connectivity, bool strict) {
+  dense1D<unsigned> new_elements;
+  return remove_degenerated(connectivity, new_elements, strict);
+}
+
+int simplify(dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, dense1D<unsigned>& new_IDs,
+             unsigned first_node) {
+  return remove_unused(coords, first, last, output(new_IDs, matrices{first, last}), first_node);
+}
+
 int simplify(dense2D<double>& coords, dense2D<unsigned>& connectivity, dense1D<unsigned>& new_IDs,
              unsigned first_node) {
   return simplify(coords, &connectivity, &connectivity + 1, new_IDs, first_node);
@@ -124,9 +134,10 @@ int simplify(dense2D<double>& coords, dense2D<unsigned>& connectivity, unsigned 
 
 int simplify(dense2D<double>& coords, dense2D<unsigned>& connectivity1, dense2D<unsigned>& connectivity2,
              unsigned first_node) {
-  dense2D<unsigned> both[] = {connectivity1, connectivity2};  // views: renumbering reaches the caller's entries
+  dense2D<unsigned> both[] = {connectivity1, connectivity2};        // views: renumbering reaches the caller's entries
+  const bool is_one = are_same_view(connectivity1, connectivity2);  // which must not be renumbered twice
   dense1D<unsigned> new_IDs;
-  return simplify(coords, both, both + 2, new_IDs, first_node);
+  return simplify(coords, both, both + (is_one ? 1 : 2), new_IDs, first_node);
 }
 
 }  // namespace qel::gridwork

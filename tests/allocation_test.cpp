@@ -19,6 +19,17 @@ using nodes = dense2D<double>;
 
 unsigned long points = 0, absorbed = 0;
 
+/// True for codes that messages.h has for the function, or the functions, that a call names.
+bool is_known(const std::string_view call, int code) {
+  bool is_named = false;
+  for (const operation_name& name : operation_names) {
+    if (call.find(std::string(name.function) + "(") == call.npos) continue;
+    is_named = true;
+    if (message(name.call, code) != sentences::unknown) return true;
+  }
+  return !is_named;
+}
+
 /// Lets the n-th request of one call fail, once and from then on, for all n.
 void sweep(const trial& clean, call_body body, unsigned turn, const inputs& in) {
   for (const bool onwards : {false, true}) {
@@ -32,6 +43,7 @@ void sweep(const trial& clean, call_body body, unsigned turn, const inputs& in) 
                       << faulty.result.code << ", type " << in.type << ", " << in.dim << "-D, " << in.mesh.cols();
         break;
       }
+      EXPECT_TRUE(is_known(clean.name, faulty.result.code)) << clean.name << " gives " << faulty.result.code;
       if (!faulty.failed) break;
       ++points;
       absorbed += faulty.result == clean.result ? 1 : 0;

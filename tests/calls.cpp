@@ -92,11 +92,14 @@ void index_tools(trial& t, const inputs& in) {
   CALL((change_indices(a, in.more), change_indices(m, in.more), 0), kept(a), kept(m));
   CALL(permutation(a, in.more), kept(a));
   CALL(permutation(r, in.list), kept(r));
-  CALL(get_IDs(in.list, in.more, x, y), anything(x), anything(y));
-  for (const bool exact : {false, true}) CALL(get_IDs(in.mesh, m, x, y, exact), anything(x), anything(y));
+  ids part = a.sub_vector(1, a.size() - 2);  // of a block with another view
+  CALL(permutation(part, in.list), kept(part), kept(a));
+  CALL(get_IDs(in.list, in.more, x, y), emptied(x), emptied(y));
+  for (const bool exact : {false, true}) CALL(get_IDs(in.mesh, m, x, y, exact), emptied(x), emptied(y), kept(m));
   // Without room in the list itself, entries are dropped.
+  CALL((appended.clear(), unique_indices(appended, in.list, in.more)), also(0), anything(appended));
   CALL((appended.clear(), unique_indices(appended, in.list)), also(0), anything(appended));
-  CALL((appended.clear(), unique_indices(appended, m, in.more)), also(0), anything(appended));
+  CALL((appended.clear(), unique_indices(appended, m, in.more)), also(0), anything(appended), kept(m));
   CALL((appended.clear(), unique_indices(appended, in.both, in.both + 2)), also(0), anything(appended));
   CALL(count_unique_indices(m));
   CALL(count_unique_indices(in.both, in.both + 2));
@@ -122,17 +125,17 @@ void transforms(trial& t, const inputs& in) {
   move(p3, q3), move(p3, q3, in.list), move(p3, q3, m);
   enlarge(low, high), enlarge(low, high, in.list), enlarge(low, high, m);
   enlarge(low3, high3), enlarge(low3, high3, in.list), enlarge(low3, high3, m);
-  CALL(copy_mesh(c, out, m), kept(c), kept(out));
-  CALL(copy_mesh(c, out, p2, q2, 0.5, 3, m), kept(c), kept(out));
-  CALL(copy_mesh(c, out, p3, q3, p3, 3, m), kept(c), kept(out));
-  CALL(copy_sym_mesh(c, out, p2, q2, m), kept(c), kept(out));
-  CALL(copy_sym_mesh(c, out, p3, q3, m), kept(c), kept(out));
+  CALL(copy_mesh(c, out, in.mesh), kept(c), kept(out));
+  CALL(copy_mesh(c, out, p2, q2, 0.5, 3, in.mesh), kept(c), kept(out));
+  CALL(copy_mesh(c, out, p3, q3, p3, 3, in.mesh), kept(c), kept(out));
+  CALL(copy_sym_mesh(c, out, p2, q2, in.mesh), kept(c), kept(out));
+  CALL(copy_sym_mesh(c, out, p3, q3, in.mesh), kept(c), kept(out));
   ids sources{1, 2};
   matrix edges(3, 1, 9U);
   reals weights{3};
   const auto cut = [&](const auto& p, const auto& normal) {
-    CALL(clip(c, out, p, normal, m, 1, 0.01, sources), kept(c), kept(out), kept(sources));
-    CALL(clip(c, out, p, normal, m, in.type, 0.01, sources, edges, weights), kept(c), kept(out), kept(sources),
+    CALL(clip(c, out, p, normal, in.mesh, 1, 0.01, sources), kept(c), kept(out), kept(sources));
+    CALL(clip(c, out, p, normal, in.mesh, in.type, 0.01, sources, edges, weights), kept(c), kept(out), kept(sources),
          kept(edges), kept(weights));
   };
   cut(plane{2, 2}, p2), cut(space{2, 2, 2}, p3);
@@ -207,59 +210,60 @@ void merging(trial& t, const inputs& in) {
 }
 
 void topology(trial& t, const inputs& in) {
-  const matrix &m = in.sparse, &adjacent = in.neighbors;
   const element_type type = in.type;
   matrix neighbors(1, 1), boundaries = in.own(in.boundaries), edges = in.own(in.edges), none, pairs;
   ids slots = own(in.more), lists{1}, x, fresh, offsets{1};
   unsigned B = 7;
-  for (const bool pair : {false, true}) CALL(get_neighbors(m, type, pair, neighbors), blank(neighbors));
+  for (const bool pair : {false, true}) CALL(get_neighbors(in.sparse, type, pair, neighbors), blank(neighbors));
   for (matrix* b : {&boundaries, &none}) {
-    CALL(get_element_boundaries(m, type, *b), kept(*b));
-    CALL(get_mesh_boundaries(m, adjacent, type, *b), kept(*b));
+    CALL(get_element_boundaries(in.sparse, type, *b), kept(*b));
+    CALL(get_mesh_boundaries(in.sparse, in.neighbors, type, *b), kept(*b));
   }
-  CALL(get_mesh_bounding_elements(m, adjacent, type, slots, B), kept(slots), anything(B));
-  CALL(get_elements_on_boundaries(in.boundaries, m, adjacent, in.ancestors, type, slots, B), emptied(slots),
+  CALL(get_mesh_bounding_elements(in.sparse, in.neighbors, type, slots, B), kept(slots), anything(B));
+  CALL(get_elements_on_boundaries(in.boundaries, in.sparse, in.neighbors, in.ancestors, type, slots, B), emptied(slots),
        anything(B));
-  for (matrix* walls : {&boundaries, &none}) CALL(get_subdomains(m, adjacent, type, *walls, x), emptied(x));
-  CALL(get_subdomains(adjacent, x), emptied(x));
-  CALL(get_subdomains(m, adjacent, type, in.more, x), emptied(x));
-  ids colors(m.cols());
+  for (matrix* walls : {&boundaries, &none}) CALL(get_subdomains(in.sparse, in.neighbors, type, *walls, x), emptied(x));
+  CALL(get_subdomains(in.neighbors, x), emptied(x));
+  CALL(get_subdomains(in.sparse, in.neighbors, type, in.more, x), emptied(x));
+  ids colors(in.sparse.cols());
   for (unsigned e = 0; e < colors.size(); ++e) colors[e] = e / 3 % 3;
   for (const unsigned mode : {0U, 1U, 2U}) {
-    CALL(get_colors_boundaries(m, adjacent, type, colors, mode, slots, edges), kept(slots), kept(edges));
-    CALL(get_colors_boundaries(m, adjacent, type, colors, mode, boundaries, pairs), kept(boundaries), kept(pairs));
+    CALL(get_colors_boundaries(in.sparse, in.neighbors, type, colors, mode, slots, edges), kept(slots), kept(edges),
+         kept(colors));
+    CALL(get_colors_boundaries(in.sparse, in.neighbors, type, colors, mode, boundaries, pairs), kept(boundaries),
+         kept(pairs), kept(colors));
   }
   ids sides = own(in.more);
-  CALL(sort_elfes(adjacent, colors, sides, x, pairs, offsets), kept(sides), kept(x), kept(pairs), kept(offsets));
-  CALL(get_ancestors(m, fresh), kept(fresh));
-  CALL(get_connected_elements(m, lists, x), emptied(lists), emptied(x));
-  CALL(get_node_graph(m, lists, x), emptied(lists), emptied(x));
+  CALL(sort_elfes(in.neighbors, colors, sides, x, pairs, offsets), kept(sides), kept(x), kept(pairs), kept(offsets),
+       kept(colors));
+  CALL(get_ancestors(in.sparse, fresh), kept(fresh));
+  CALL(get_connected_elements(in.sparse, lists, x), emptied(lists), emptied(x));
+  CALL(get_node_graph(in.sparse, lists, x), emptied(lists), emptied(x));
   for (matrix* e : {&edges, &none}) {
-    CALL(copy_edges(m, type, *e), kept(*e));
+    CALL(copy_edges(in.sparse, type, *e), kept(*e));
     CALL(copy_edges(in.both, in.both + 2, in.types, *e), kept(*e));
   }
 }
 
 void quality_and_metrics(trial& t, const inputs& in) {
-  const nodes &c = in.coords, &M = in.tensors;
   reals q{1, 2}, sizes = own(in.sizes);
-  nodes tensors = in.own(M), tensors2d = in.own(in.tensors2d);
+  nodes tensors = in.own(in.tensors), tensors2d = in.own(in.tensors2d);
   ids x{1};
   histogram H(0, 3, 11);
   double qmin = 0;
   unsigned jmin = 0;
-  CALL(shape_qualities(c, in.mesh, in.type, q), emptied(q));
-  CALL(jacobians(c, in.mesh, in.type, q), emptied(q));
-  CALL(min_quality(c, in.mesh, in.type, qmin, jmin), anything(qmin), anything(jmin));
-  CALL((H.clear(), edge_qualities(c, in.both, in.both + 2, in.types, in.sizes, H, in.edges)), spoilt(H));
-  CALL((H.clear(), edge_qualities(c, in.both, in.both + 2, in.types, M, H, in.edges)), spoilt(H));
-  CALL((H.clear(), edge_qualities(c, in.mesh, in.type, in.sizes, H, in.edges)), spoilt(H));
-  CALL((H.clear(), edge_qualities(c, in.mesh, in.type, M, H, in.edges)), spoilt(H));
-  CALL(first_invalid_metric(in.sizes) + 99 * first_invalid_metric(M));
-  CALL(first_invalid_metric(in.list, in.sizes) + 99 * first_invalid_metric(in.list, M));
-  CALL(are_valid_metrics(in.sizes) + 2 * are_valid_metrics(M));
-  CALL(are_valid_metrics(in.list, in.sizes) + 2 * are_valid_metrics(in.list, M));
-  CALL((x.clear(), valid_metrics(M, x), 0), also(0), anything(x));
+  CALL(shape_qualities(in.coords, in.mesh, in.type, q), emptied(q));
+  CALL(jacobians(in.coords, in.mesh, in.type, q), emptied(q));
+  CALL(min_quality(in.coords, in.mesh, in.type, qmin, jmin), anything(qmin), anything(jmin));
+  CALL((H.clear(), edge_qualities(in.coords, in.both, in.both + 2, in.types, in.sizes, H, in.edges)), spoilt(H));
+  CALL((H.clear(), edge_qualities(in.coords, in.both, in.both + 2, in.types, in.tensors, H, in.edges)), spoilt(H));
+  CALL((H.clear(), edge_qualities(in.coords, in.mesh, in.type, in.sizes, H, in.edges)), spoilt(H));
+  CALL((H.clear(), edge_qualities(in.coords, in.mesh, in.type, in.tensors, H, in.edges)), spoilt(H));
+  CALL(first_invalid_metric(in.sizes) + 99 * first_invalid_metric(in.tensors));
+  CALL(first_invalid_metric(in.list, in.sizes) + 99 * first_invalid_metric(in.list, in.tensors));
+  CALL(are_valid_metrics(in.sizes) + 2 * are_valid_metrics(in.tensors));
+  CALL(are_valid_metrics(in.list, in.sizes) + 2 * are_valid_metrics(in.list, in.tensors));
+  CALL((x.clear(), valid_metrics(in.tensors, x), 0), also(0), anything(x));
   CALL(bound_metrics(sizes, 0.5, 1), kept(sizes));
   CALL(bound_metrics(sizes, 0.5, 1, x), kept(sizes), emptied(x));
   CALL(bound_metrics(tensors, 0.7, 1), kept(tensors));
@@ -267,9 +271,10 @@ void quality_and_metrics(trial& t, const inputs& in) {
   CALL(metrics_iso_to_aniso2d(sizes, tensors2d), kept(tensors2d));
   CALL(metrics_iso_to_aniso2d(sizes, in.frames, tensors2d), kept(tensors2d));
   CALL(metrics_iso_to_aniso3d(sizes, tensors), kept(tensors));
-  CALL(metrics_aniso3d_to_aniso2d(M, in.frames, tensors2d), kept(tensors2d));
+  CALL(metrics_aniso3d_to_aniso2d(in.tensors, in.frames, tensors2d), kept(tensors2d));
   CALL(overwrite_invalid_metrics(sizes, in.sizes), kept(sizes));
-  CALL(overwrite_invalid_metrics(tensors, M) + overwrite_invalid_metrics(tensors, in.sizes), kept(tensors));
+  CALL(overwrite_invalid_metrics(tensors, in.tensors), kept(tensors));
+  CALL(overwrite_invalid_metrics(tensors, in.sizes), kept(tensors));
 }
 
 void along_edges(trial& t, const inputs& in) {

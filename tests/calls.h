@@ -1,4 +1,5 @@
-// Calls of the library, which may be disturbed: what they return, and what has to hold when memory runs out.
+// Calls of the library, which may be disturbed: what they return, and what has to hold when memory runs out, or when
+// arguments share memory.
 #ifndef QEL_TESTS_CALLS_H
 #define QEL_TESTS_CALLS_H
 
@@ -8,6 +9,8 @@
 #include <initializer_list>
 #include <memory>
 #include <new>
+#include <string_view>
+#include <variant>
 #include <vector>
 
 #include "digest.h"
@@ -17,12 +20,16 @@
 /// What must be true of an argument after a failure. `spoilt`: anything, and the call cannot be repeated.
 enum class promise { kept, emptied, kept_or_emptied, blank, anything, spoilt };
 
+using any_array = std::variant<std::monostate, qel::dense1D<unsigned>*, qel::dense2D<unsigned>*, qel::dense1D<double>*,
+                               qel::dense2D<double>*>;
+
 /// An argument that a call may change; or another code of a failure than -199.
 struct argument {
   promise what = promise::anything;
   const void* object = nullptr;
   std::uint64_t (*look)(const void*) = [](const void*) { return std::uint64_t{0}; };
   bool (*is_blank)(const void*, promise) = nullptr;  ///< empty, or holding nothing but ~0U
+  any_array array = {};
   int code = -199;
 
   bool holds(std::uint64_t before) const {
@@ -42,7 +49,9 @@ argument make_argument(promise what, const T& x) {
     if constexpr (requires { y.size(); }) return y.size() == 0;
     return false;
   };
-  return {what, &x, [](const void* object) { return digest_of(*static_cast<const T*>(object)); }, is_blank};
+  any_array array;
+  if constexpr (std::is_constructible_v<any_array, T*>) array = const_cast<T*>(&x);
+  return {what, &x, [](const void* object) { return digest_of(*static_cast<const T*>(object)); }, is_blank, array};
 }
 
 inline argument also(int code) { return {.code = code}; }
@@ -61,11 +70,35 @@ struct outcome {
   bool operator==(const outcome&) const = default;
 };
 
+struct inputs;
+
+/// Lets one argument of a call, the number of which counts all pairs, share memory with an input or with another
+/// argument that lies behind it: it has room to grow there.
+class sharing {
+ public:
+  /// With `borrowed`, the memory is a caller's, of which each has a view of its own.
+  sharing(inputs& in, unsigned number, bool borrowed) : in_(in), number_(number), borrowed_(borrowed) {}
+
+  /// True when there was such a pair.
+  bool found() const { return end_ != nullptr; }
+
+  void arrange(std::string_view call, std::initializer_list<argument> arguments);
+
+  /// Parts them again. False when a call has changed what it only reads.
+  bool end() const { return end_(); }
+
+ private:
+  inputs& in_;
+  unsigned number_;
+  bool borrowed_;
+  std::function<bool()> end_;
+};
+
 /// Of the calls in a body, makes the one whose turn it is.
 class trial {
  public:
-  trial(unsigned turn, const faults::plan& plan, const outcome* undisturbed)
-      : turn_(turn), plan_(plan), undisturbed_(undisturbed) {}
+  trial(unsigned turn, const faults::plan& plan, const outcome* undisturbed, sharing* shared = nullptr)
+      : turn_(turn), plan_(plan), undisturbed_(undisturbed), shared_(shared) {}
 
   const char* name = nullptr;    ///< null: there are fewer calls
   const char* broken = nullptr;  ///< what was not as promised
@@ -77,6 +110,7 @@ class trial {
     name = call_name;
     std::uint64_t before[8], *next = before;
     for (const argument& a : arguments) *next++ = a.look(a.object);
+    if (shared_ != nullptr) return run_shared(call, arguments);
     faults::arm(plan_);
     result = attempt(call);
     failed = faults::disarm();
@@ -97,6 +131,15 @@ class trial {
   }
 
  private:
+  void run_shared(const std::function<int()>& call, std::initializer_list<argument> arguments) {
+    shared_->arrange(name, arguments);
+    if (!shared_->found()) return;
+    result = attempt(call);
+    result.arguments = sum(arguments);
+    if (!shared_->end()) broken = "an input";
+    if (!(result == *undisturbed_)) broken = "the result";
+  }
+
   static outcome attempt(const std::function<int()>& call) {
     try {
       return {call()};
@@ -114,6 +157,7 @@ class trial {
   unsigned turn_;
   faults::plan plan_;
   const outcome* undisturbed_;
+  sharing* shared_;
 };
 
 #define CALL(expression, ...) t.run(#expression, [&] { return static_cast<int>(expression); }, {__VA_ARGS__})
@@ -132,6 +176,20 @@ struct inputs {
   qel::dense1D<unsigned> list, more, ancestors;
   qel::dense1D<double> sizes;
   qel::gridwork::node_detector tree, chain;  ///< the chain is so deep that queries need memory
+
+  struct named_array {
+    std::string_view name;
+    any_array array;
+  };
+
+  /// Those that a call may read.
+  std::vector<named_array> arrays() {
+    return {{"in.coords", &coords}, {"in.tensors", &tensors}, {"in.frames", &frames},
+            {"in.mesh", &mesh},     {"in.sparse", &sparse},   {"in.neighbors", &neighbors},
+            {"in.both", both},      {"in.both", both + 1},    {"in.boundaries", &boundaries},
+            {"in.list", &list},     {"in.more", &more},       {"in.ancestors", &ancestors},
+            {"in.sizes", &sizes}};
+  }
 
   template <class T>
   qel::dense2D<T> own(const qel::dense2D<T>& m) const {

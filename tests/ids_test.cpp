@@ -74,6 +74,38 @@ TEST(permutation, scatters) {
   EXPECT_EQ(to_list(self), id_list({0, 1, 2}));
 }
 
+TEST(permutation, leaves_a_callers_memory) {
+  unsigned memory[] = {7, 8, 9};
+  dense1D<unsigned> view(3, memory);
+  EXPECT_EQ(permutation(view, {2, 0, 1}), 0);
+  EXPECT_EQ(to_list(view), id_list({8, 9, 7}));
+  EXPECT_TRUE(memory[0] == 7 && memory[1] == 8 && memory[2] == 9);
+}
+
+TEST(change_indices, by_a_table_that_it_changes) {
+  dense1D<unsigned> ids{1, 2, 0, 3, 9};
+  change_indices(ids, ids);
+  EXPECT_EQ(to_list(ids), id_list({2, 0, 1, 3, 9}));
+  dense1D<unsigned> part = ids.sub_vector(1, 3);  // 0 1 3
+  change_indices(part, ids);
+  EXPECT_EQ(to_list(ids), id_list({2, 2, 0, 3, 9}));
+}
+
+// What shares a block and where is swept by sharing_test.cpp; here one object takes several parts.
+TEST(ids, one_array_passed_twice) {
+  dense1D<unsigned> values{2, 0, 2, none, 1}, order = values, both, again;
+  EXPECT_EQ(get_sorted_order(values, order, both), 0);
+  EXPECT_EQ(to_list(order), id_list({1, 4, 0, 2}));
+  EXPECT_EQ(to_list(values), id_list({2, 0, 2, none, 1}));
+  EXPECT_EQ(get_sorted_order(values, again, again), 0);
+  EXPECT_TRUE(to_list(again) == id_list({1, 4, 0, 2}) || again == both);
+  EXPECT_EQ(get_IDs(values, values, again, again), 0);
+  EXPECT_EQ(to_list(again), id_list({0, 1, none, none, 4}));
+  EXPECT_EQ(get_IDs(values, order, values, order), 0);
+  EXPECT_EQ(to_list(values), id_list({4, none, 1, 0}));
+  EXPECT_EQ(to_list(order), id_list({3, 2, none, none, 0}));
+}
+
 TEST(get_IDs, matches_values) {
   generator random(5);
   dense1D<unsigned> B_in_A{1, 2, 3}, A_in_B;

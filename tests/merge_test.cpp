@@ -25,6 +25,22 @@ void expect_code(int code, const dense1D<unsigned>& map, bool done, std::initial
   for (const int other : others) EXPECT_EQ(other, code);
 }
 
+TEST(merge, leaves_the_coordinates_of_a_caller_and_fills_its_map) {
+  const double values[] = {0, 0, 7, 1, 0, 7, 0, 0, 7};
+  for (const double tol : {0.0, 0.1}) {
+    double memory[9];
+    unsigned filled[4] = {9, 9, 9, 9};
+    std::copy(std::begin(values), std::end(values), memory);
+    dense2D<double> coords(2, 3, 3, memory);  // a view with gaps
+    dense1D<unsigned> map(4, filled), small(2, filled + 2);
+    EXPECT_EQ(merge(coords, map, tol), 1);
+    EXPECT_TRUE(std::equal(std::begin(values), std::end(values), memory));
+    EXPECT_TRUE(map.data() == filled && map.size() == 3 && filled[0] == 0 && filled[1] == 1 && filled[2] == 0);
+    EXPECT_EQ(merge(coords, small, tol), 1);
+    EXPECT_TRUE(small.size() == 3 && filled[3] == 9) << "a map that does not fit goes elsewhere";
+  }
+}
+
 // Whatever part of the nodes a choice of cells is made for, all of them are looked at: the first and the last one merge.
 TEST(merge, a_pair_among_any_number_of_nodes) {
   for (unsigned n = 2; n < 4200; n += n == 40 ? 4050 : 1) {

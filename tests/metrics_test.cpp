@@ -15,6 +15,17 @@ using tensor3 = symmetric_fixed<double, 3>;
 
 constexpr double largest = std::numeric_limits<double>::max();
 
+// Each substitute lies where the size before it is written.
+TEST(overwrite_invalid_metrics, by_defaults_that_it_changes) {
+  dense1D<double> all{-1, 2, -3, -4, 5}, sizes = all.sub_vector(1, 4), defaults = all.sub_vector(0, 4);
+  EXPECT_EQ(overwrite_invalid_metrics(sizes, defaults), 1);  // -4 has the default -3
+  EXPECT_TRUE(all == dense1D<double>({-1, 2, 2, -4, 5}));
+  dense2D<double> tensors(3, 2, {0.5, 0, 0, 0, 0, 0});
+  const dense1D<double> in_tensors = tensors.as_vector().sub_vector(0, 2);
+  EXPECT_EQ(metrics_iso_to_aniso2d(in_tensors, tensors), 0);
+  EXPECT_TRUE(tensors == dense2D<double>(3, 2, {4, 0, 4, 0, 0, 0}));
+}
+
 TEST(metrics, plane_tensors_beyond_the_range_of_squares) {
   for (const double scale : {0x1p-1000, 0x1p-300, 0x1p300, 0x1p1000}) {
     vector_fixed<double, 2> w;

@@ -53,6 +53,21 @@ class obj_files : public ::testing::Test, protected written_file {
   obj read_text(const string& text) const { return read(hold(text)); }
 };
 
+// A matrix that is passed for several outputs ends as one of them.
+TEST_F(obj_files, one_matrix_passed_twice) {
+  const string path = hold("v 0 0 0\nv 1 0 0\nvn 1 2 3\nvt 4 5\nf 1 2 1\nf 1 2 1 2\n");
+  const obj usual = read(path);
+  for (const bool shares : {false, true}) {  // also one with a block that others see
+    dense2D<double> x;
+    matrix faces;
+    if (shares) x = usual.coords, faces = usual.quads;
+    EXPECT_EQ(WavefrontOBJ_input(path.c_str(), x, x, x, faces, faces), 0);
+    EXPECT_TRUE(x == usual.coords || x == usual.normals || x == usual.uvs);
+    EXPECT_TRUE(faces == usual.triangles || faces == usual.quads);
+    EXPECT_EQ(read(path).text(), usual.text());
+  }
+}
+
 TEST_F(obj_files, lines_of_every_kind) {
   const string three = "v 0 0 0\nv 1 0 0\nv 0 1 0\n", nodes = "v (0 0 0) (1 0 0) (0 1 0)\n";
   const struct {

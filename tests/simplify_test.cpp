@@ -9,6 +9,13 @@ namespace {
 using namespace random_meshes;
 using namespace reference;
 
+TEST(simplify, one_matrix_passed_twice_is_renumbered_once) {
+  dense2D<double> coords(2, 5, {0, 0, 1, 0, 2, 0, 3, 0, 4, 0});
+  dense2D<unsigned> mesh(3, 1, {1, 2, 4});
+  EXPECT_EQ(simplify(coords, mesh, mesh, 0), 2);
+  EXPECT_TRUE(mesh(0, 0) == 0 && mesh(1, 0) == 1 && mesh(2, 0) == 2 && coords(0, 2) == 4);
+}
+
 TEST(remove_degenerated, matrices_without_rows_or_columns) {
   for (const auto& [rows, cols] : {std::pair(0U, 0U), {0U, 4U}, {3U, 0U}}) {
     dense2D<unsigned> m(rows, cols);

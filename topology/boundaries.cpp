@@ -3,6 +3,7 @@
 
 #include "core/append_columns.h"
 #include "core/elements.h"
+#include "core/outputs.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/topology.h"
@@ -27,12 +28,13 @@ void visit_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, Visi
 }
 
 template <class Columns, class Wanted>
-int append_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, dense2D<unsigned>& boundaries) {
+int append_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, appended<dense2D<unsigned>>&& list) {
   constexpr unsigned rows = Columns::largest.boundary_nodes;
   std::uint64_t count = 0;
   visit_boundaries<Columns>(connectivity, wanted, [&](const unsigned*, const shape&, unsigned) { ++count; });
   if (count == 0) return 0;
-  if (!append_columns(boundaries, rows, count)) return out_of_memory;
+  if (!list.keep_entries() || !append_columns<unsigned>(list, rows, count)) return out_of_memory;
+  dense2D<unsigned>& boundaries = list;
   unsigned* out = boundaries.column(boundaries.cols() - count);
   visit_boundaries<Columns>(connectivity, wanted, [&](const unsigned* nodes, const shape& s, unsigned k) {
     std::copy_n(boundary_of<Columns>(s, nodes, k).nodes, rows, out);
@@ -54,7 +56,7 @@ int get_element_boundaries(const dense2D<unsigned>& connectivity, element_type t
   if (!has_shape(type) || has_other_rows(boundaries, type)) return -2;
   return visit_shape(type, -2, [&](auto columns) {
     const auto every = [](unsigned, std::uint64_t) { return true; };
-    return append_boundaries<decltype(columns)>(connectivity, every, boundaries);
+    return append_boundaries<decltype(columns)>(connectivity, every, appended(boundaries, connectivity));
   });
 }
 
@@ -68,7 +70,7 @@ int get_mesh_boundaries(const dense2D<unsigned>& connectivity, const dense2D<uns
   if (has_other_rows(boundaries, type)) return -4;
   return visit_shape(type, -3, [&](auto columns) {
     const auto is_free = [&](unsigned k, std::uint64_t e) { return neighbors(k, e) == none; };
-    return append_boundaries<decltype(columns)>(connectivity, is_free, boundaries);
+    return append_boundaries<decltype(columns)>(connectivity, is_free, appended(boundaries, connectivity, neighbors));
   });
 }
 
@@ -87,8 +89,11 @@ int get_mesh_bounding_elements(const dense2D<unsigned>& connectivity, const dens
   for (std::uint64_t e = 0; e < elements; ++e) {
     count += static_cast<std::uint64_t>(std::count(neighbors.begin_column(e), neighbors.end_column(e), none));
   }
-  if (!slots.reserve(slots.size() + count, 2) || !slots.resize(slots.size() + count)) return out_of_memory;
-  unsigned* out = slots.end() - count;
+  appended list(slots, connectivity, neighbors);
+  if (!list.keep_entries()) return out_of_memory;
+  dense1D<unsigned>& codes = list;
+  if (!codes.resize(codes.size() + count)) return out_of_memory;
+  unsigned* out = codes.end() - count;
   for (std::uint64_t e = 0; e < elements; ++e) {
     for (unsigned k = 0; k < nbr_bound; ++k) {
       if (neighbors(k, e) == none) *out++ = static_cast<unsigned>(e * nbr_bound + k);

@@ -4,6 +4,7 @@
 #include "core/append_columns.h"
 #include "core/elements.h"
 #include "core/limits.h"
+#include "core/outputs.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
@@ -145,7 +146,11 @@ int list_boundaries(const dense2D<unsigned>& connectivity, const dense2D<unsigne
   if (!pairs.empty() && pairs.rows() != 2) return -7;
   if (!slot_codes_fit(connectivity.cols(), nbr_boundaries(type))) return out_of_memory;
   return visit_shape(type, -3, [&](auto columns) {
-    return append_boundaries(colored_mesh<decltype(columns)>(connectivity, neighbors, colors, mode), boundaries, pairs);
+    appended found(boundaries, connectivity, neighbors, colors);
+    appended their_colors(pairs, connectivity, neighbors, colors, boundaries);
+    if (!found.keep_entries() || !their_colors.keep_entries()) return out_of_memory;
+    const colored_mesh<decltype(columns)> mesh(connectivity, neighbors, colors, mode);
+    return append_boundaries<decltype(columns), Boundaries>(mesh, found, their_colors);
   });
 }
 

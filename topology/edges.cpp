@@ -7,6 +7,7 @@
 #include "core/distribute.h"
 #include "core/elements.h"
 #include "core/limits.h"
+#include "core/outputs.h"
 #include "core/shapes.h"
 #include "qel/gridwork/topology.h"
 
@@ -170,9 +171,10 @@ int append_by_sorting(const typed_range& range, const edge_statistics& statistic
   return 0;
 }
 
-int append_edges(const typed_range& range, dense2D<unsigned>& edges) {
+int append_edges(const typed_range& range, appended<dense2D<unsigned>>&& edges) {
   const edge_statistics statistics(range);
   if (statistics.count == 0) return 0;
+  if (!edges.keep_entries()) return out_of_memory;
   const bool tables_are_small = statistics.largest != none &&
                                 statistics.largest / limits::nodes_per_edge <= statistics.count &&
                                 statistics.count < none;
@@ -193,7 +195,7 @@ int copy_edges(const dense2D<unsigned>& connectivity, element_type type, dense2D
   const int code = type;
   if (!fits(connectivity, code)) return -1;
   if (holds_no_pairs(edges)) return -3;
-  return append_edges({&connectivity, &connectivity + 1, &code}, edges);
+  return append_edges({&connectivity, &connectivity + 1, &code}, appended(edges, connectivity));
 }
 
 int copy_edges(const dense2D<unsigned>* first, const dense2D<unsigned>* last, const dense1D<int>& codes,
@@ -204,7 +206,7 @@ int copy_edges(const dense2D<unsigned>* first, const dense2D<unsigned>* last, co
   for (const dense2D<unsigned>* matrix = first; matrix != last; ++matrix) {
     if (!fits(*matrix, codes[static_cast<std::uint64_t>(matrix - first)])) return -1;
   }
-  return append_edges({first, last, codes.data()}, edges);
+  return append_edges({first, last, codes.data()}, appended(edges, matrices{first, last}));
 }
 
 }  // namespace qel::gridwork

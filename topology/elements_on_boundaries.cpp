@@ -6,6 +6,7 @@
 
 #include "core/elements.h"
 #include "core/limits.h"
+#include "core/outputs.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/topology.h"
@@ -67,11 +68,9 @@ int find_slots(const dense2D<unsigned>& boundaries, const dense2D<unsigned>& con
   return 0;
 }
 
-}  // namespace
-
-int get_elements_on_boundaries(const dense2D<unsigned>& boundaries, const dense2D<unsigned>& connectivity,
-                               const dense2D<unsigned>& neighbors, const dense1D<unsigned>& ancestors,
-                               element_type type, dense1D<unsigned>& slots, unsigned& nbr_bound) {
+int find_slots(const dense2D<unsigned>& boundaries, const dense2D<unsigned>& connectivity,
+               const dense2D<unsigned>& neighbors, const dense1D<unsigned>& ancestors, element_type type,
+               dense1D<unsigned>& slots, unsigned& nbr_bound) {
   slots.clear();
   nbr_bound = 0;
   if (boundaries.empty()) return 0;
@@ -89,6 +88,15 @@ int get_elements_on_boundaries(const dense2D<unsigned>& boundaries, const dense2
   });
   if (result != 0) slots.clear();
   return result;
+}
+
+}  // namespace
+
+int get_elements_on_boundaries(const dense2D<unsigned>& boundaries, const dense2D<unsigned>& connectivity,
+                               const dense2D<unsigned>& neighbors, const dense1D<unsigned>& ancestors,
+                               element_type type, dense1D<unsigned>& slots, unsigned& nbr_bound) {
+  return find_slots(boundaries, connectivity, neighbors, ancestors, type,
+                    output(slots, boundaries, connectivity, neighbors, ancestors), nbr_bound);
 }
 
 }  // namespace qel::gridwork

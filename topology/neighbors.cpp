@@ -16,6 +16,7 @@
 #include "core/check.h"
 #include "core/elements.h"
 #include "core/limits.h"
+#include "core/outputs.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
@@ -157,10 +158,8 @@ int find_neighbors(const dense2D<unsigned>& connectivity, bool pair_non_manifold
   return 0;
 }
 
-}  // namespace
-
-int get_neighbors(const dense2D<unsigned>& connectivity, element_type type, bool pair_non_manifold,
-                  dense2D<unsigned>& neighbors) {
+int find_neighbors(const dense2D<unsigned>& connectivity, element_type type, bool pair_non_manifold,
+                   dense2D<unsigned>& neighbors) {
   neighbors.clear();
   if (connectivity.empty()) return 0;
   type = resolve_type(type, connectivity.rows());
@@ -168,6 +167,13 @@ int get_neighbors(const dense2D<unsigned>& connectivity, element_type type, bool
   return visit_shape(type, -2, [&](auto columns) {
     return find_neighbors<decltype(columns)>(connectivity, pair_non_manifold, neighbors);
   });
+}
+
+}  // namespace
+
+int get_neighbors(const dense2D<unsigned>& connectivity, element_type type, bool pair_non_manifold,
+                  dense2D<unsigned>& neighbors) {
+  return find_neighbors(connectivity, type, pair_non_manifold, output(neighbors, connectivity));
 }
 
 }  // namespace qel::gridwork

@@ -7,6 +7,7 @@
 #include "core/columns.h"
 #include "core/distribute.h"
 #include "core/limits.h"
+#include "core/outputs.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "qel/gridwork/topology.h"
@@ -98,7 +99,7 @@ class row_writer {
 /// Gives back memory of which less than half is used. Without memory for a copy, the list stays as it is.
 void trim(dense1D<unsigned>& list) {
   dense1D<unsigned> fitting;
-  if (list.capacity() > 2 * list.size() && fitting.copy(list)) list.shallow_copy(fitting);
+  if (!list.is_borrowed() && list.capacity() > 2 * list.size() && fitting.copy(list)) list.shallow_copy(fitting);
 }
 
 template <class Rows>
@@ -131,7 +132,10 @@ bool list_nodes(const dense2D<unsigned>& connectivity, Rows rows, dense1D<unsign
   return true;
 }
 
-int fail(dense1D<unsigned>& offsets, dense1D<unsigned>& list) noexcept {
+/// Has make(offsets, list) fill both outputs, which are empty when it fails.
+template <class Make>
+int fill(dense1D<unsigned>& offsets, dense1D<unsigned>& list, Make make) {
+  if (make(offsets, list)) return 0;
   offsets.clear_hard();
   list.clear_hard();
   return out_of_memory;
@@ -143,23 +147,28 @@ int get_ancestors(const dense2D<unsigned>& connectivity, dense1D<unsigned>& ance
   if (connectivity.empty()) return 0;
   if (connectivity.cols() >= none) return out_of_memory;
   // Without any node there is still one entry.
-  if (ancestors.empty() && !ancestors.resize(std::max<std::uint64_t>(index_bound(connectivity), 1), none)) {
+  appended list(ancestors, connectivity);
+  if (!list.keep_entries()) return out_of_memory;
+  dense1D<unsigned>& elements = list;
+  if (elements.empty() && !elements.resize(std::max<std::uint64_t>(index_bound(connectivity), 1), none)) {
     return out_of_memory;
   }
   visit_corners(connectivity, [&](unsigned node, unsigned e) {
-    if (node < ancestors.size()) ancestors[node] = e;
+    if (node < elements.size()) elements[node] = e;
   });
   return 0;
 }
 
 int get_connected_elements(const dense2D<unsigned>& connectivity, dense1D<unsigned>& offsets,
                            dense1D<unsigned>& elements) {
-  return list_elements(connectivity, offsets, elements) ? 0 : fail(offsets, elements);
+  return fill(output(offsets, connectivity), output(elements, connectivity, offsets),
+              [&](auto& first, auto& list) { return list_elements(connectivity, first, list); });
 }
 
 int get_node_graph(const dense2D<unsigned>& connectivity, dense1D<unsigned>& offsets, dense1D<unsigned>& adjacency) {
-  const auto list = [&](auto rows) { return list_nodes(connectivity, rows, offsets, adjacency); };
-  return with_rows(connectivity.rows(), list) ? 0 : fail(offsets, adjacency);
+  return fill(output(offsets, connectivity), output(adjacency, connectivity, offsets), [&](auto& first, auto& list) {
+    return with_rows(connectivity.rows(), [&](auto rows) { return list_nodes(connectivity, rows, first, list); });
+  });
 }
 
 }  // namespace qel::gridwork

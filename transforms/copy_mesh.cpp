@@ -3,6 +3,7 @@
 #include <limits>
 #include <utility>
 
+#include "core/outputs.h"
 #include "core/result.h"
 #include "core/scaling.h"
 #include "core/vectors.h"
@@ -105,9 +106,11 @@ struct pattern {
 
 /// Appends n copies. Memory is all there before anything changes.
 template <unsigned Dim>
-int copy_in_pattern(dense2D<double>& coords, dense2D<unsigned>& out, const pattern<Dim>& steps, unsigned n,
-                    const dense2D<unsigned>& connectivity) {
+int copy_in_pattern(dense2D<double>& coords, appended<dense2D<unsigned>>&& copies, const pattern<Dim>& steps,
+                    unsigned n, const dense2D<unsigned>& connectivity) {
   if (coords.empty() || n == 0) return 0;
+  if (!copies.keep_entries()) return out_of_memory;
+  dense2D<unsigned>& out = copies;
   const std::uint64_t old_nodes = coords.cols();
   const std::uint64_t old_elements = out.cols();
   const std::uint64_t rows = std::max(out.rows(), connectivity.rows());
@@ -176,13 +179,13 @@ int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const dense2D<uns
 
 int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 2>& shift,
               const vector_fixed<double, 2>& center, double angle, unsigned n, const dense2D<unsigned>& connectivity) {
-  return copy_in_pattern(coords, out, pattern<2>{shift, center, angle}, n, connectivity);
+  return copy_in_pattern(coords, appended(out, connectivity), pattern<2>{shift, center, angle}, n, connectivity);
 }
 
 int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 3>& shift,
               const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation, unsigned n,
               const dense2D<unsigned>& connectivity) {
-  return copy_in_pattern(coords, out, pattern<3>{shift, center, rotation}, n, connectivity);
+  return copy_in_pattern(coords, appended(out, connectivity), pattern<3>{shift, center, rotation}, n, connectivity);
 }
 
 int copy_sym_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 2>& point,

@@ -1,5 +1,8 @@
 /// @file
 /// Small arrays of a size known at compile time: points, metric tensors, eigenvector matrices. All are aggregates.
+///
+/// Functions for the plane and for space are told apart by the type of a point, and braces alone have none:
+/// `translate(c, {1, 0})` is ambiguous. Name the type: `translate(c, vector_fixed<double, 2>{1, 0})`.
 #ifndef QEL_FIXED_H
 #define QEL_FIXED_H
 

@@ -38,6 +38,9 @@ QEL_GRIDWORK_API int shift_indices(dense1D<unsigned>& ids, int shift);
 QEL_GRIDWORK_API int shift_indices(dense2D<unsigned>& connectivity, int shift, element_type type);
 
 /// Replaces every entry e by `new_ids[e]`, in place; entries beyond the table, `~0U` among them, stay. Linear.
+///
+/// A table that shares memory with the entries is copied before the first of them changes; when memory for that runs
+/// out, nothing is changed.
 /// @{
 QEL_GRIDWORK_API void change_indices(dense1D<unsigned>& ids, const dense1D<unsigned>& new_ids);
 QEL_GRIDWORK_API void change_indices(dense2D<unsigned>& connectivity, const dense1D<unsigned>& new_ids);
@@ -47,7 +50,7 @@ QEL_GRIDWORK_API void change_indices(dense2D<unsigned>& connectivity, const dens
 ///
 /// Entries of `perm` that are not below the size of `values` are skipped, and a position that nothing moves to keeps
 /// its value. Of several entries that move to one position the last one arrives; an entry with `perm[i] == i` does not
-/// move and displaces none. Other views of the block of `values` are not disturbed.
+/// move and displaces none. Neither other views of the block of `values` nor a caller's memory are disturbed.
 /// @return 0, or -199 with `values` unchanged
 /// @{
 QEL_GRIDWORK_API int permutation(dense1D<unsigned>& values, const dense1D<unsigned>& perm);
@@ -60,7 +63,7 @@ QEL_GRIDWORK_API int permutation(dense1D<double>& values, const dense1D<unsigned
 /// @param B_in_A  overwritten, one entry per entry of B: its first position in A, or `~0U`
 /// @param A_in_B  overwritten, one entry per entry of A: if it is the first of its value in A, the first position of
 ///                the value in B; else `~0U`
-/// @return 0, or -199
+/// @return 0, or -199 (both outputs empty)
 QEL_GRIDWORK_API int get_IDs(const dense1D<unsigned>& A, const dense1D<unsigned>& B, dense1D<unsigned>& B_in_A,
                              dense1D<unsigned>& A_in_B);
 
@@ -74,7 +77,7 @@ QEL_GRIDWORK_API int get_IDs(const dense1D<unsigned>& A, const dense1D<unsigned>
 ///                the first node and the direction. To compare, each column is rotated so that its largest entry (the
 ///                first of equal ones) comes first; a column that holds its largest entry twice may therefore miss a
 ///                match with the same cycle written from the other one.
-/// @return 0; -2 when the row counts differ (both outputs empty); -199
+/// @return 0; -2 when the row counts differ; -199. Both outputs are empty on a negative result
 QEL_GRIDWORK_API int get_IDs(const dense2D<unsigned>& A, const dense2D<unsigned>& B, dense1D<unsigned>& B_in_A,
                              dense1D<unsigned>& A_in_B, bool exact);
 

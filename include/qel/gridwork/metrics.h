@@ -8,10 +8,11 @@
 /// a13, a23, a33). Frames are 3 x 2 matrices whose columns span a plane in space; a matrix of them has 6 rows, one
 /// frame per column, column by column.
 ///
-/// Outputs that are fixed-size objects may be the same object as an input. Costs are linear in the columns, constant
-/// for one tensor. The geometry of metrics: P. L. George, H. Borouchaki, Delaunay Triangulation and Meshing, Hermes
-/// 1998, chapter 10; simultaneous reduction: F. Alauzet, Size gradation control of anisotropic meshes, Finite Elements
-/// in Analysis and Design 46, 2010.
+/// Outputs that are fixed-size objects may be the same object as an input. Tensors and sizes are changed in place; an
+/// input that shares memory with them is copied first (-199 when memory for that runs out). Costs are linear in the
+/// columns, constant for one tensor. The geometry of metrics: P. L. George, H. Borouchaki, Delaunay Triangulation and
+/// Meshing, Hermes 1998, chapter 10; simultaneous reduction: F. Alauzet, Size gradation control of anisotropic meshes,
+/// Finite Elements in Analysis and Design 46, 2010.
 #ifndef QEL_GRIDWORK_METRICS_H
 #define QEL_GRIDWORK_METRICS_H
 
@@ -167,7 +168,8 @@ QEL_GRIDWORK_API void metric_aniso3d_to_aniso2d(const symmetric_fixed<double, 3>
 ///
 /// @param sizes    n sizes
 /// @param tensors  3 rows (2-D) or 6 rows (3-D), at least n columns; not resized
-/// @return 0, also when `sizes` and `tensors` are empty; -2 when `tensors` has another shape
+/// @return 0, also when `sizes` and `tensors` are empty; -2 when `tensors` has another shape; -199 with `tensors`
+///         unchanged
 /// @{
 QEL_GRIDWORK_API int metrics_iso_to_aniso2d(const dense1D<double>& sizes, dense2D<double>& tensors);
 QEL_GRIDWORK_API int metrics_iso_to_aniso3d(const dense1D<double>& sizes, dense2D<double>& tensors);
@@ -178,7 +180,8 @@ QEL_GRIDWORK_API int metrics_iso_to_aniso3d(const dense1D<double>& sizes, dense2
 /// @param sizes    n sizes
 /// @param frames   6 rows, at least n columns
 /// @param tensors  3 rows, at least n columns; not resized
-/// @return 0, also when `sizes` and `tensors` are empty; -2 when `frames` or `tensors` has another shape
+/// @return 0, also when `sizes` and `tensors` are empty; -2 when `frames` or `tensors` has another shape; -199 with
+///         `tensors` unchanged
 QEL_GRIDWORK_API int metrics_iso_to_aniso2d(const dense1D<double>& sizes, const dense2D<double>& frames,
                                             dense2D<double>& tensors);
 
@@ -188,14 +191,14 @@ QEL_GRIDWORK_API int metrics_iso_to_aniso2d(const dense1D<double>& sizes, const 
 /// @param frames     6 rows, at least n columns
 /// @param tensors2d  3 rows, at least n columns; not resized
 /// @return 0, also when both tensor matrices are empty; -1 when `tensors3d` has not 6 rows; -2 when `frames` or
-///         `tensors2d` has another shape
+///         `tensors2d` has another shape; -199 with `tensors2d` unchanged
 QEL_GRIDWORK_API int metrics_aniso3d_to_aniso2d(const dense2D<double>& tensors3d, const dense2D<double>& frames,
                                                 dense2D<double>& tensors2d);
 
 /// Replaces sizes that are 0 or less by their defaults, where these are greater than 0. NaNs and infinite sizes stay.
 ///
 /// Entries beyond the shorter of the two arrays are not looked at.
-/// @return the number of sizes replaced
+/// @return the number of sizes replaced; -199 with `sizes` unchanged
 QEL_GRIDWORK_API int overwrite_invalid_metrics(dense1D<double>& sizes, const dense1D<double>& defaults);
 
 /// Replaces invalid tensors by their defaults, where these are valid.
@@ -203,7 +206,8 @@ QEL_GRIDWORK_API int overwrite_invalid_metrics(dense1D<double>& sizes, const den
 /// @param tensors   3 or 6 rows, changed in place
 /// @param defaults  tensors of the same row count, one per column
 /// @return the number of columns replaced, 0 for empty `tensors`; -1 when `tensors` has neither 3 nor 6 rows; -2 when
-///         `defaults` has another row count. Columns beyond the defaults are not looked at.
+///         `defaults` has another row count; -199 with `tensors` unchanged. Columns beyond the defaults are not looked
+///         at.
 QEL_GRIDWORK_API int overwrite_invalid_metrics(dense2D<double>& tensors, const dense2D<double>& defaults);
 
 /// As above, with the isotropic tensors of `default_sizes`, one per column, as defaults.

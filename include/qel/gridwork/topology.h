@@ -69,7 +69,7 @@ QEL_GRIDWORK_API int get_element_boundaries(const dense2D<unsigned>& connectivit
 /// @param type          type of all columns
 /// @param boundaries    appended to, as by get_element_boundaries(); each keeps the direction that its element gives it
 /// @return 0; -1 for a wrong row count; -2 for `neighbors` of another size or with an entry that is neither `~0U` nor
-///         below e; -3 for a type that is not accepted; -4 when `boundaries` is not empty and has another row count;
+///         below e; -4 when `boundaries` is not empty and has another row count; -3 for a type that is not accepted;
 ///         -199. `boundaries` is unchanged on every negative result
 ///
 /// Cost: linear; amortised over calls that append to one matrix.
@@ -272,9 +272,9 @@ QEL_GRIDWORK_API int copy_edges(const dense2D<unsigned>& connectivity, element_t
 /// @param first,last  array of connectivity matrices
 /// @param codes       their element types, one for each matrix
 /// @param edges       appended to: 2 x edges
-/// @return 0; -1 for a matrix that does not fit its type; -2 when `last` lies before `first`; -3 when `codes` has
-///         another number of entries; -4 when `edges` is not empty and has not 2 rows; -199. `edges` is unchanged on
-///         every negative result
+/// @return 0; -2 when `last` lies before `first`; -3 when `codes` has another number of entries; -4 when `edges` is not
+///         empty and has not 2 rows; -1 for a matrix that does not fit its type; -199. `edges` is unchanged on every
+///         negative result
 ///
 /// Cost: expected linear.
 QEL_GRIDWORK_API int copy_edges(const dense2D<unsigned>* first, const dense2D<unsigned>* last,

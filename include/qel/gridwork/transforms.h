@@ -2,6 +2,9 @@
 /// Geometric transforms: nodes moved, turned and scaled in place, bounding boxes, repeated and mirrored copies of a
 /// part, meshes clipped at a line or plane.
 ///
+/// Points in braces need their type: `translate(coords, vector_fixed<double, 2>{1, 0})`; `{1, 0}` could be the start of
+/// a point in space, too.
+///
 /// `coords` has one column per node. The 2-D forms (d = 2) work on its first two rows, the 3-D forms (d = 3) on its
 /// first three; further rows stay as they are. Angles are in radians.
 #ifndef QEL_GRIDWORK_TRANSFORMS_H
@@ -176,7 +179,7 @@ QEL_GRIDWORK_API int inc_bounding_box(const dense2D<double>& coords, const dense
 /// `out` is disturbed. `out` may be the same object as `connectivity`, or share its block.
 ///
 /// @param coords        any row count x m; columns are appended
-/// @param out           overwritten: rows x e, the elements of the copy; entries `~0U` stay
+/// @param out           overwritten: rows x e, the elements of the copy, in a block of its own; entries `~0U` stay
 /// @param connectivity  rows x e, the elements to copy; entries must be columns of `coords`, or `~0U`: they are not
 ///                      tested
 /// @return 0; -199 when memory, or the 32-bit indices for the new nodes, ran out (nothing changed)
@@ -203,8 +206,8 @@ QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, 
 /// @param connectivity  rows x e, the elements to copy; entries must be columns of `coords`, or `~0U`: they are not
 ///                      tested. As it is at the call, also when it is the same object as `out`
 /// @return 0 (empty `coords` or n = 0: `out` untouched)
-///         -199 when memory, or the 32-bit indices for the new nodes, ran out. All memory is taken beforehand, so that
-///         nothing has changed
+///         -199 when memory, or the 32-bit indices for the new nodes, ran out. All memory is taken beforehand: shapes
+///         and values are as they were, but `coords` may have left a block that it shared
 ///
 /// Cost: linear in what is appended, plus what the single form costs; both matrices grow once.
 QEL_GRIDWORK_API int copy_mesh(dense2D<double>& coords, dense2D<unsigned>& out, const vector_fixed<double, 2>& shift,
