@@ -27,6 +27,17 @@ namespace {
   return true;
 }
 
+/// Makes the map the one that was found: its block, unless a caller's memory is to be filled.
+[[nodiscard]] bool take(const dense1D<unsigned>& found, dense1D<unsigned>& map) {
+  if (!map.is_borrowed() || map.capacity() < found.size()) {
+    map.shallow_copy(found);
+    return true;
+  }
+  if (!map.resize(found.size())) return false;
+  std::copy(found.begin(), found.end(), map.begin());
+  return true;
+}
+
 /// The nodes that take part, by rank: those that are merged onto, then those that are only merged.
 class ranked_nodes {
  public:
@@ -145,7 +156,7 @@ class merger {
     if (!positions.gather(coords_, fixed_) || !groups.build(positions)) return out_of_memory;
     const auto merged = static_cast<int>(fixed_.count - groups.leader_count());
     if (fixed_.holds_all(node_count_)) {
-      new_IDs.shallow_copy(groups.leaders());
+      if (!take(groups.leaders(), new_IDs)) return out_of_memory;
       return merged;
     }
     if (!set_identity(new_IDs, node_count_)) return out_of_memory;
