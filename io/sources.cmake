@@ -14,4 +14,6 @@ target_sources(qel_gridwork_objects PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/text/number_format.cpp
   ${CMAKE_CURRENT_LIST_DIR}/text/number_scan.cpp
   ${CMAKE_CURRENT_LIST_DIR}/triangle_soup.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/vtk_cells.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/vtk_input.cpp
   ${CMAKE_CURRENT_LIST_DIR}/vtk_output.cpp)

@@ -397,6 +397,10 @@ void files(trial& t, const inputs& in) {
   CALL(medit_input(medit.path(), a, f, offsets, block_types, references, node_references), emptied(a), emptied(f),
        emptied(offsets), emptied(block_types), emptied(references), emptied(node_references));
   CALL(medit_input(medit.path(), a, f, ELT_QUAD4), emptied(a), emptied(f));
+  const memory_file vtk(written(mesh_files::writers[8], m));
+  CALL(vtk_input(vtk.path(), a, f, offsets, block_types, references), emptied(a), emptied(f), emptied(offsets),
+       emptied(block_types), emptied(references));
+  CALL(vtk_input(vtk.path(), a, f, ELT_FACE_MIX), emptied(a), emptied(f));
   unsigned dim = 0;
   CALL(medit_solution_input(solution.path(), dim, a, kinds), emptied(a), emptied(kinds));
   for (const auto& w : mesh_files::writers) {

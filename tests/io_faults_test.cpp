@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <sys/time.h>
 
+#include <algorithm>
+#include <bit>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -15,6 +17,7 @@
 
 #include "digest.h"
 #include "faults.h"
+#include "input_meshes.h"
 #include "mesh_files.h"
 #include "qel/gridwork.h"
 
@@ -76,6 +79,7 @@ TEST(io_faults, places_that_take_no_file) {
   }
   EXPECT_EQ(STL_input(folder.c_str(), a, t), -2) << "opened, but without a byte";
   EXPECT_EQ(WavefrontOBJ_input(folder.c_str(), a, b, c, t, q), 0);
+  EXPECT_EQ(medit_input(folder.c_str(), a, t, ELT_TRIA3) + vtk_input(folder.c_str(), a, t, ELT_TRIA3), -4);
   EXPECT_TRUE(a.empty() && t.empty() && q.empty());
   std::filesystem::remove(sealed);
 }
@@ -141,6 +145,58 @@ reading read_obj(const char* path) {
           digest_of(coords, normals, uvs, triangles, quads)};
 }
 
+/// A reader of blocks with lists beside them, which has these codes for a file that can be opened.
+template <class Lists, class Read>
+reading read_blocks(Lists& lists, Read read) {
+  input_meshes::reading m;
+  m.code = read(m, lists);
+  const bool without_lists = std::all_of(std::begin(lists), std::end(lists), [](const auto& l) { return l.empty(); });
+  const bool refused = m.is_blank() && without_lists && (m.code >= -3 || m.code == -7);
+  return {m.code, m.code < 0 ? refused : m.is_sound(), m.connectivity.cols(),
+          digest_of(m.coords, m.connectivity, m.offsets, m.types, lists[0])};
+}
+
+reading read_medit(const char* path) {
+  dense1D<unsigned> references[2];
+  return read_blocks(references, [=](auto& m, auto& lists) {
+    return medit_input(path, m.coords, m.connectivity, m.offsets, m.types, lists[0], lists[1]);
+  });
+}
+
+reading read_vtk(const char* path) {
+  dense1D<unsigned> cell_IDs[1];
+  return read_blocks(cell_IDs, [=](auto& m, auto& lists) {
+    return vtk_input(path, m.coords, m.connectivity, m.offsets, m.types, lists[0]);
+  });
+}
+
+reading read_solution(const char* path) {
+  unsigned dim = 7;
+  dense2D<double> values;
+  dense1D<int> kinds;
+  const int code = medit_solution_input(path, dim, values, kinds);
+  const bool refused = (code == -1 || code == -2 || code == -7) && dim == 0 && values.empty() && kinds.empty();
+  return {code, code == 0 || refused, values.cols(), digest_of(values, kinds)};
+}
+
+/// The triangles of a mesh as a binary VTK file.
+string binary_vtk(const mesh& m) {
+  const auto big = [](auto bits) {
+    string bytes;
+    for (unsigned k = sizeof bits; k-- > 0;) bytes += static_cast<char>(bits >> 8 * k);
+    return bytes;
+  };
+  const unsigned n = unsigned(m.triangles.cols());
+  string text = "# vtk DataFile Version 4.2\n\nBINARY\nDATASET UNSTRUCTURED_GRID\nPOINTS " +
+                std::to_string(m.coords.cols()) + " double\n";
+  for (const double x : m.coords.as_vector()) text += big(std::bit_cast<std::uint64_t>(x));
+  text += "\nCELLS " + std::to_string(n) + " " + std::to_string(4 * n) + "\n";
+  for (unsigned k = 0; k < 3 * n; ++k) text += (k % 3 == 0 ? big(3U) : "") + big(m.triangles(k % 3, k / 3));
+  text += "\nCELL_TYPES " + std::to_string(n) + "\n";
+  for (unsigned k = 0; k < n; ++k) text += big(5U);
+  return text;
+}
+
 struct reader {
   const char* name;
   reading (*read)(const char* path);
@@ -151,7 +207,11 @@ std::vector<reader> readers(unsigned n) {
   const mesh m(n);
   return {{"STL text", read_stl, written(writers[0], m)},
           {"STL binary", read_stl, written(writers[1], m)},
-          {"OBJ", read_obj, "vt 1 2\n" + written(writers[2], m)}};
+          {"OBJ", read_obj, "vt 1 2\n" + written(writers[2], m)},
+          {"VTK text", read_vtk, written(writers[8], m)},
+          {"VTK binary", read_vtk, binary_vtk(m)},
+          {"MEDIT", read_medit, written(writers[11], m)},
+          {"MEDIT solution", read_solution, written(writers[15], m)}};
 }
 
 TEST(io_faults, every_call_of_every_reader_may_fail) {

@@ -1,0 +1,129 @@
+#include "io/vtk_cells.h"
+
+#include <algorithm>
+
+#include "io/input_result.h"
+#include "io/vtk.h"
+#include "qel/gridwork/elements.h"
+
+namespace qel::gridwork::detail::io::vtk {
+namespace {
+
+/// The quadratic type that the writer makes of a cell with so many nodes and a poly-vertex of so many more; ELT_UNKNOWN
+/// when there is none.
+element_type joined_type(unsigned vtk_type, std::uint64_t vertices, std::uint64_t others) noexcept {
+  for (int code = ELT_EDGE2; code <= ELT_HEXA27; ++code) {
+    const auto type = static_cast<element_type>(code);
+    const bool fits = vtk_types[type] == vtk_type && nbr_base_nodes(type) == vertices;
+    if (fits && others != 0 && nbr_nodes(type) == vertices + others) return type;
+  }
+  return ELT_UNKNOWN;
+}
+
+bool are_distinct(const unsigned* nodes, unsigned count) noexcept {
+  for (unsigned k = 1; k < count; ++k) {
+    if (std::find(nodes, nodes + k, nodes[k]) != nodes + k) return false;
+  }
+  return true;
+}
+
+cell_form form_of(unsigned vtk_type) noexcept {
+  return vtk_type < std::size(cell_forms) ? cell_forms[vtk_type] : no_cell;
+}
+
+}  // namespace
+
+cell_converter::cell cell_converter::cell_at(const cell_list& cells, std::uint64_t i) noexcept {
+  const unsigned* const ends = cells.ends.data();
+  const unsigned begin = i == 0 ? 0 : ends[i - 1];
+  return {cells.types.data()[i], cells.nodes.data() + begin, ends[i] - begin};
+}
+
+int cell_converter::convert(const cell_list& cells, std::uint64_t first_ID) noexcept {
+  constexpr std::uint64_t bytes_per_cell = 16;
+  const std::uint64_t count = cells.size();
+  int result = 0;
+  for (std::uint64_t i = 0; i < count && result == 0; ++i) {
+    ID_ = static_cast<unsigned>(first_ID + i);
+    progress_ = {bytes_per_cell * i, bytes_per_cell * count};
+    const cell c = cell_at(cells, i);
+    const bool before_points = i + 1 < count && cells.types.data()[i + 1] == poly_vertex;
+    const cell next = before_points ? cell_at(cells, i + 1) : cell{};
+    const element_type joined = before_points ? joined_type(c.type, c.size, next.size) : ELT_UNKNOWN;
+    // both lie behind one another in the list of nodes
+    const bool is_joined = joined != ELT_UNKNOWN && are_distinct(c.nodes, nbr_nodes(joined));
+    result = is_joined ? append_joined(joined, c, next) : append_cell(c);
+    i += is_joined ? 1 : 0;
+  }
+  return result;
+}
+
+int cell_converter::append_joined(element_type type, const cell& first, const cell& second) noexcept {
+  if (!out_.keeps(type)) return 0;
+  const unsigned char* const order = form_of(first.type).order;
+  unsigned nodes[27];
+  for (unsigned k = 0; k < first.size; ++k) nodes[order != nullptr ? order[k] : k] = first.nodes[k];
+  std::copy_n(second.nodes, second.size, nodes + first.size);
+  return append(type, nodes);
+}
+
+int cell_converter::append_cell(const cell& c) noexcept {
+  switch (c.type) {
+    case poly_line:
+      return append_edges(c);
+    case polygon:
+      return append_polygon(c);
+    case triangle_strip:
+      return append_strip(c);
+    default:
+      const cell_form form = form_of(c.type);
+      if (form.type != ELT_UNKNOWN) return append_plain(form.type, form.order, c);
+      ++left_out_;
+      return 0;
+  }
+}
+
+/// Nodes that the type does not have are dropped.
+int cell_converter::append_plain(element_type type, const unsigned char* order, const cell& c) noexcept {
+  if (!out_.keeps(type)) return 0;
+  const unsigned size = nbr_nodes(type);
+  if (c.size < size) return malformed;
+  unsigned nodes[27];
+  for (unsigned k = 0; k < size; ++k) nodes[order != nullptr ? order[k] : k] = c.nodes[k];
+  return append(type, nodes);
+}
+
+int cell_converter::append_edges(const cell& line) noexcept {
+  if (!out_.keeps(ELT_EDGE2)) return 0;
+  if (line.size < 2) return malformed;
+  int result = 0;
+  for (std::uint64_t k = 1; k < line.size && result == 0; ++k) result = append(ELT_EDGE2, line.nodes + k - 1);
+  return result;
+}
+
+int cell_converter::append_polygon(const cell& face) noexcept {
+  if (face.size <= 4) return append_plain(face.size == 4 ? ELT_QUAD4 : ELT_TRIA3, nullptr, face);
+  ++left_out_;
+  return 0;
+}
+
+/// Every second triangle of a strip is turned, so that all have one orientation.
+int cell_converter::append_strip(const cell& strip) noexcept {
+  if (!out_.keeps(ELT_TRIA3)) return 0;
+  if (strip.size < 3) return malformed;
+  int result = 0;
+  for (std::uint64_t k = 2; k < strip.size && result == 0; ++k) {
+    const unsigned turned = k % 2;
+    const unsigned triangle[] = {strip.nodes[k - 2 + turned], strip.nodes[k - 1 - turned], strip.nodes[k]};
+    result = append(ELT_TRIA3, triangle);
+  }
+  return result;
+}
+
+int cell_converter::append(element_type type, const unsigned* nodes) noexcept {
+  const unsigned size = nbr_nodes(type);
+  if (std::any_of(nodes, nodes + size, [this](unsigned node) { return node >= nbr_nodes_; })) return unknown_node;
+  return out_.append(type, nodes, &ID_, progress_) ? 0 : out_of_memory;
+}
+
+}  // namespace qel::gridwork::detail::io::vtk
