@@ -1,4 +1,4 @@
-// Files of a million elements, beside writers that call fprintf for every record, VTK, gmsh and tinyobjloader.
+// Files of a million elements, written and read, beside fprintf for every record, VTK, gmsh and tinyobjloader.
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -23,6 +23,7 @@
 #include <vtkPoints.h>
 #include <vtkPolyData.h>
 #include <vtkUnstructuredGrid.h>
+#include <vtkUnstructuredGridReader.h>
 #include <vtkUnstructuredGridWriter.h>
 #endif
 
@@ -162,9 +163,9 @@ class vtk_mesh {
     surface_->SetPolys(cells_);
   }
 
-  int write_vtk(const std::string& path) const {
+  int write_vtk(const std::string& path, bool binary = false) const {
     vtkNew<vtkUnstructuredGridWriter> writer;
-    writer->SetFileTypeToASCII();
+    writer->SetFileType(binary ? VTK_BINARY : VTK_ASCII);
     writer->SetInputData(grid_);
     writer->SetFileName(path.c_str());
     return writer->Write();
@@ -209,6 +210,44 @@ std::size_t read_by_ours(const std::string& path) {
   gw::WavefrontOBJ_input(path.c_str(), coords, normals, uvs, triangles, quads);
   return coords.cols() + triangles.cols();
 }
+
+std::size_t read_medit_by_ours(const std::string& path) {
+  dense2D<double> coords;
+  matrix elements;
+  qel::dense1D<unsigned> offsets, references, node_references;
+  qel::dense1D<int> types;
+  gw::medit_input(path.c_str(), coords, elements, offsets, types, references, node_references);
+  return coords.cols() + elements.cols();
+}
+
+std::size_t read_vtk_by_ours(const std::string& path) {
+  dense2D<double> coords;
+  matrix elements;
+  qel::dense1D<unsigned> offsets, cell_IDs;
+  qel::dense1D<int> types;
+  gw::vtk_input(path.c_str(), coords, elements, offsets, types, cell_IDs);
+  return coords.cols() + elements.cols();
+}
+
+#ifdef QEL_HAVE_GMSH
+std::size_t read_by_gmsh(const std::string& path) {
+  gmsh::open(path);
+  std::vector<std::size_t> tags;
+  std::vector<double> places, parameters;
+  gmsh::model::mesh::getNodes(tags, places, parameters);
+  gmsh::model::remove();
+  return tags.size();
+}
+#endif
+
+#ifdef QEL_HAVE_VTK
+std::size_t read_by_vtk(const std::string& path) {
+  vtkNew<vtkUnstructuredGridReader> reader;
+  reader->SetFileName(path.c_str());
+  reader->Update();
+  return static_cast<std::size_t>(reader->GetOutput()->GetNumberOfCells());
+}
+#endif
 
 #ifdef QEL_HAVE_TINYOBJLOADER
 std::size_t read_by_tinyobjloader(const std::string& path) {
@@ -256,6 +295,22 @@ int main(int argc, char** argv) {
   give_to_gmsh(solid);
   for (const auto& [format, extension] : {std::pair("VTK", ".vtk"), {"MEDIT", ".mesh"}, {"NASTRAN", ".bdf"}}) {
     add_benchmark(format + std::string(": write"), "gmsh", [name = path + extension] { return gmsh::write(name), 0; });
+  }
+#endif
+
+  const std::string medit = folder / "solid.mesh", vtk_text = folder / "solid.vtk", vtk_binary = folder / "binary.vtk";
+  gw::medit_output(medit.c_str(), solid.coords, solid.elements, gw::ELT_TETRA4);
+  gw::vtk_output(vtk_text.c_str(), solid.coords, solid.elements, gw::ELT_TETRA4);
+  add_benchmark("MEDIT: read", "ours", [=] { return read_medit_by_ours(medit); });
+  add_benchmark("VTK: read text", "ours", [=] { return read_vtk_by_ours(vtk_text); });
+#ifdef QEL_HAVE_GMSH
+  add_benchmark("MEDIT: read", "gmsh", [=] { return read_by_gmsh(medit); });
+#endif
+#ifdef QEL_HAVE_VTK
+  solid_vtk.write_vtk(vtk_binary, true);
+  add_benchmark("VTK: read binary", "ours", [=] { return read_vtk_by_ours(vtk_binary); });
+  for (const auto& [group, file] : {std::pair("VTK: read text", vtk_text), {"VTK: read binary", vtk_binary}}) {
+    add_benchmark(group, "vtk", [file = file] { return read_by_vtk(file); });
   }
 #endif
 
