@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Reads what the library writes with other software, and compares nodes, cells and the order of the nodes of each cell.
+"""Reads what the library writes with other software, and with the library what that writes: compares nodes, cells and
+the order of the nodes of each cell.
 
-usage: clients.py WRITE_SAMPLES [FOLDER]
+usage: clients.py WRITE_SAMPLES READ_MESH [FOLDER]
 
 Uses meshio (without it, nothing is tested: exit code 77), and VTK and gmsh where they are installed.
 """
@@ -18,6 +19,9 @@ try:
 except ImportError:
     print("python3-meshio is not installed: skipped")
     sys.exit(77)
+
+sys.dont_write_bytecode = True  # nothing is left in the source folder
+import client_files
 
 try:
     import vtk
@@ -183,7 +187,7 @@ def clients():
 
 def main():
     with tempfile.TemporaryDirectory() as temporary:
-        folder = pathlib.Path(sys.argv[2] if len(sys.argv) > 2 else temporary)
+        folder = pathlib.Path(sys.argv[3] if len(sys.argv) > 3 else temporary)
         folder.mkdir(exist_ok=True)
         subprocess.run([sys.argv[1], str(folder)], check=True)
         problems, count = [], 0
@@ -194,7 +198,8 @@ def main():
                     if sample.type not in skipped:
                         count += 1
                         problems.append(check(name, reader, sample, suffix))
-        problems = [p for p in problems if p]
+        read, differences = client_files.differences(sys.argv[2], folder)
+        count, problems = count + read, [p for p in problems if p] + differences
         print(f"{count} files read, {len(problems)} differ", *problems, sep="\n")
         return 1 if problems else 0
 
