@@ -184,6 +184,10 @@ static_assert(obj_token <= read_block);
 constexpr std::uint64_t longest_word = limit<std::uint64_t>(4096, 256);
 static_assert(longest_word <= read_block);
 
+/// Bytes of a line that are looked at where all fields of a record stand on it; no such line is longer.
+constexpr std::uint64_t longest_record = limit<std::uint64_t>(4096, 250);
+static_assert(longest_record < read_block);
+
 /// Columns for which there is room before a file has told how long its lines are.
 constexpr std::uint64_t first_columns = limit<std::uint64_t>(1024, 2);
 

@@ -12,6 +12,8 @@ constexpr int not_opened = -1;
 constexpr int malformed = -2;
 constexpr int unknown_node = -3;
 constexpr int no_type_to_read = -4;
+constexpr int node_differs = -5;
+constexpr int no_system = -6;
 constexpr int kind_not_read = -7;
 
 /// The result of a mesh from whose file so many parts are missing.

@@ -46,6 +46,33 @@ inline constexpr card cards[] = {
 };
 static_assert(sizeof(cards) / sizeof(cards[0]) == ELT_HEXA27 + 1);
 
+/// A card that is read: an element of its linear type where a node behind the vertices is blank, else of the other one.
+struct element_card {
+  std::string_view name;
+  element_type linear, quadratic;
+  bool has_property;  // in the field behind the identifier
+};
+
+inline constexpr element_card element_cards[] = {
+    {"CTETRA", ELT_TETRA4, ELT_TETRA10, true},    {"CHEXA", ELT_HEXA8, ELT_HEXA20, true},
+    {"CQUAD4", ELT_QUAD4, ELT_QUAD4, true},       {"CTRIA3", ELT_TRIA3, ELT_TRIA3, true},
+    {"CPENTA", ELT_WEDGE6, ELT_WEDGE15, true},    {"CTRIA6", ELT_TRIA3, ELT_TRIA6, true},
+    {"CQUAD8", ELT_QUAD4, ELT_QUAD8, true},       {"CPYRAM", ELT_PYRAMID5, ELT_PYRAMID13, true},
+    {"CPYRA", ELT_PYRAMID5, ELT_PYRAMID13, true}, {"CBAR", ELT_EDGE2, ELT_EDGE2, true},
+    {"CBEAM", ELT_EDGE2, ELT_EDGE2, true},        {"CROD", ELT_EDGE2, ELT_EDGE2, true},
+    {"CTUBE", ELT_EDGE2, ELT_EDGE2, true},        {"CBEND", ELT_EDGE2, ELT_EDGE2, true},
+    {"CONROD", ELT_EDGE2, ELT_EDGE2, false},      {"CBEAM3", ELT_EDGE2, ELT_EDGE3, true},
+    {"CTRIAR", ELT_TRIA3, ELT_TRIA3, true},       {"CQUADR", ELT_QUAD4, ELT_QUAD4, true},
+    {"CSHEAR", ELT_QUAD4, ELT_QUAD4, true},       {"CQUAD", ELT_QUAD4, ELT_QUAD9, true},
+};
+
+/// The order of the nodes on a card that is read: that of the card that is written, but for the types that are written
+/// as lower ones.
+constexpr node_order order_on_card(element_type type) noexcept {
+  if (type == ELT_EDGE3) return in_order(3);
+  return type == ELT_QUAD9 ? in_order(9) : cards[type].order;
+}
+
 }  // namespace qel::gridwork::detail::io::nastran
 
 #endif

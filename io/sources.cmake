@@ -3,7 +3,9 @@ target_sources(qel_gridwork_objects PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/medit_input.cpp
   ${CMAKE_CURRENT_LIST_DIR}/medit_output.cpp
   ${CMAKE_CURRENT_LIST_DIR}/medit_solution_input.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/nastran_input.cpp
   ${CMAKE_CURRENT_LIST_DIR}/nastran_output.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/nastran_systems.cpp
   ${CMAKE_CURRENT_LIST_DIR}/obj_input.cpp
   ${CMAKE_CURRENT_LIST_DIR}/obj_output.cpp
   ${CMAKE_CURRENT_LIST_DIR}/stl_binary_input.cpp

@@ -401,6 +401,12 @@ void files(trial& t, const inputs& in) {
   CALL(vtk_input(vtk.path(), a, f, offsets, block_types, references), emptied(a), emptied(f), emptied(offsets),
        emptied(block_types), emptied(references));
   CALL(vtk_input(vtk.path(), a, f, ELT_FACE_MIX), emptied(a), emptied(f));
+  ids element_IDs;
+  const memory_file deck(written(mesh_files::writers[17], m) + "CORD2R,1,,,,,,,1.\n,1.\nGRID,9999,1\n");
+  CALL(NASTRAN_input(deck.path(), a, f, offsets, block_types, references, element_IDs, node_references), emptied(a),
+       emptied(f), emptied(offsets), emptied(block_types), emptied(references), emptied(element_IDs),
+       emptied(node_references));
+  CALL(NASTRAN_input(deck.path(), a, f, ELT_FACE_MIX), emptied(a), emptied(f));
   unsigned dim = 0;
   CALL(medit_solution_input(solution.path(), dim, a, kinds), emptied(a), emptied(kinds));
   for (const auto& w : mesh_files::writers) {

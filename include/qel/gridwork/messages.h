@@ -95,6 +95,7 @@ enum class operation : unsigned char {
   medit_vector,
   medit_tensor,
   NASTRAN_output,
+  NASTRAN_input,
   ensight_output
   /// @endcond
 };
@@ -171,6 +172,7 @@ inline constexpr operation_name operation_names[] = {
     {operation::medit_vector, "medit_vector", ""},
     {operation::medit_tensor, "medit_tensor", ""},
     {operation::NASTRAN_output, "NASTRAN_output", ""},
+    {operation::NASTRAN_input, "NASTRAN_input", ""},
     {operation::ensight_output, "ensight_output", ""},
 };
 
@@ -484,6 +486,14 @@ inline constexpr result_code result_codes[] = {
      "the block offsets do not fit the block types, decrease, or leave the connectivity"},
     {operation::NASTRAN_output, -6, "the list of property IDs has not one entry per element"},
     {operation::NASTRAN_output, -199, sentences::memory},
+    {operation::NASTRAN_input, -1, sentences::not_opened},
+    {operation::NASTRAN_input, -2, "a card has a field that is no number, lacks a vertex, or is a replication"},
+    {operation::NASTRAN_input, -3, "an element or a coordinate system names a node that is not there"},
+    {operation::NASTRAN_input, -4, sentences::no_type_to_read},
+    {operation::NASTRAN_input, -5, "a node is defined twice, with different places or systems"},
+    {operation::NASTRAN_input, -6,
+     "a coordinate system is missing, leads back to itself, or has its three points in line"},
+    {operation::NASTRAN_input, -199, sentences::memory_or_count},
     {operation::ensight_output, -1, sentences::not_opened},
     {operation::ensight_output, -2, sentences::one_to_three_rows},
     {operation::ensight_output, -3, sentences::matrix},

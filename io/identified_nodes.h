@@ -1,0 +1,91 @@
+// Nodes of a file that names them by identifiers.
+#ifndef QEL_GRIDWORK_IO_IDENTIFIED_NODES_H
+#define QEL_GRIDWORK_IO_IDENTIFIED_NODES_H
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include "core/result.h"
+#include "io/column_appender.h"
+#include "io/column_finder.h"
+#include "io/input_result.h"
+#include "qel/dense.h"
+
+namespace qel::gridwork::detail::io {
+
+/// Collects nodes; then finds them.
+class identified_nodes {
+ public:
+  /// Appends a node with its place in a coordinate system. False when memory ran out.
+  [[nodiscard]] bool append(unsigned ID, unsigned system, const double* place, const file_progress& file) noexcept {
+    const unsigned names[] = {ID, system};
+    return lists_->places.append(place, 3, file) && lists_->names.append(names, 2, file);
+  }
+
+  /// Ends the collection; nodes of the system `none` get the usual one. A node that is there once more is dropped. 0,
+  /// out_of_memory, or node_differs when the other one has another place or system.
+  [[nodiscard]] int finish(unsigned usual_system) noexcept {
+    lists_.reset();
+    for (std::uint64_t j = 0; j < names_.cols(); ++j) names_(1, j) = names_(1, j) == none ? usual_system : names_(1, j);
+    if (names_.cols() >= none || !find_IDs()) return out_of_memory;
+    bool has_twins = false;
+    for (unsigned j = 0; j < count(); ++j) {
+      const unsigned first = finder_(IDs_[j]);
+      has_twins = has_twins || first != j;
+      if (first != j && !is_same(j, first)) return node_differs;
+    }
+    return !has_twins || drop_twins() ? 0 : out_of_memory;
+  }
+
+  /// The column of a node; `none` when there is none.
+  unsigned find(unsigned ID) const noexcept { return finder_(ID); }
+
+  unsigned count() const noexcept { return static_cast<unsigned>(IDs_.size()); }
+  double* place(unsigned j) noexcept { return coords_.column(j); }
+  unsigned& system(unsigned j) noexcept { return names_(1, j); }
+
+  void deliver(dense2D<double>& coords, dense1D<unsigned>& IDs) noexcept {
+    coords = std::move(coords_);
+    IDs = std::move(IDs_);
+  }
+
+ private:
+  struct appenders {
+    column_appender<double> places;
+    column_appender<unsigned> names;
+    appenders(dense2D<double>& p, dense2D<unsigned>& n) noexcept : places(p), names(n) {}
+  };
+
+  bool find_IDs() noexcept {
+    if (!IDs_.resize(names_.cols())) return false;
+    for (std::uint64_t j = 0; j < IDs_.size(); ++j) IDs_[j] = names_(0, j);
+    return finder_.prepare(IDs_);
+  }
+
+  bool is_same(unsigned j, unsigned first) const noexcept {
+    return names_(1, j) == names_(1, first) &&
+           std::equal(coords_.column(j), coords_.column(j) + 3, coords_.column(first));
+  }
+
+  bool drop_twins() noexcept {
+    unsigned kept = 0;
+    for (unsigned j = 0; j < count(); ++j) {
+      if (finder_(IDs_[j]) != j) continue;
+      std::copy_n(coords_.column(j), 3, coords_.column(kept));
+      std::copy_n(names_.column(j), 2, names_.column(kept++));
+    }
+    return coords_.resize(3, kept) && names_.resize(2, kept) && find_IDs();
+  }
+
+  dense2D<double> coords_;
+  dense2D<unsigned> names_;  // identifier and system
+  std::optional<appenders> lists_{std::in_place, coords_, names_};
+  dense1D<unsigned> IDs_;
+  column_finder finder_;
+};
+
+}  // namespace qel::gridwork::detail::io
+
+#endif
