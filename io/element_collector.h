@@ -46,10 +46,17 @@ class element_collector {
     QEL_GRIDWORK_CHECK(keeps(plain));
     const element_type type = only_ == ELT_UNKNOWN ? plain : only_;
     const unsigned count = nbr_nodes(plain), rows = nbr_nodes(type);
-    unsigned record[most_nodes + most_labels];
-    std::fill(std::copy_n(nodes, count, record), record + rows, none);
-    std::copy_n(labels, nbr_labels_, record + rows);
-    return ++count_ < none && lists_[type].columns.append(record, rows + nbr_labels_, file);
+    column_appender<unsigned>& columns = lists_[type].columns;
+    unsigned fresh[most_nodes + most_labels];
+    unsigned* const room = columns.room();
+    unsigned* const record = room != nullptr ? room : fresh;
+    for (unsigned k = 0; k < count; ++k) record[k] = nodes[k];  // short: copies by a call take longer
+    for (unsigned k = count; k < rows; ++k) record[k] = none;
+    for (unsigned k = 0; k < nbr_labels_; ++k) record[rows + k] = labels[k];
+    if (++count_ >= none) return false;
+    if (room == nullptr) return columns.append(fresh, rows + nbr_labels_, file);
+    columns.commit();
+    return true;
   }
 
   /// Calls change(node) for the nodes of all elements that have one, while it is true. True when it always was.

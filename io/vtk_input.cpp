@@ -131,7 +131,7 @@ class vtk_parser {
     return numbers_.read_integers(io::vtk::int_type, count, [&](std::int64_t value) {
       const unsigned char type =
           value >= 0 && value < io::vtk::no_type ? static_cast<unsigned char>(value) : io::vtk::no_type;
-      return types.append(&type, 1, progress()) ? 0 : out_of_memory;
+      return push(types, type) ? 0 : out_of_memory;
     });
   }
 
@@ -165,10 +165,10 @@ class vtk_parser {
         left = value;
       } else {
         const unsigned node = node_of(value);
-        if (!nodes.append(&node, 1, progress()) || ++total == none) return out_of_memory;
+        if (!push(nodes, node) || ++total == none) return out_of_memory;
         --left;
       }
-      return left != 0 || ends.append(&total, 1, progress()) ? 0 : out_of_memory;
+      return left != 0 || push(ends, total) ? 0 : out_of_memory;
     });
     if (result != 0) return result;
     return left == 0 && ends.count() == count ? 0 : malformed;
@@ -183,7 +183,7 @@ class vtk_parser {
       last = value;
       const auto end = static_cast<unsigned>(value);
       if (value >= std::int64_t{none}) return out_of_memory;
-      return is_first || ends.append(&end, 1, progress()) ? 0 : out_of_memory;
+      return is_first || push(ends, end) ? 0 : out_of_memory;
     };
     const number_type type = numbers_.read_type();
     const int result = numbers_.read_integers(type, count, take);
@@ -195,10 +195,18 @@ class vtk_parser {
     if (!same_word(words_.read_word(), "CONNECTIVITY")) return malformed;
     io::column_appender<unsigned> nodes(list.nodes);
     const number_type type = numbers_.read_type();
-    return numbers_.read_integers(type, size, [&](std::int64_t value) {
-      const unsigned node = node_of(value);
-      return nodes.append(&node, 1, progress()) ? 0 : out_of_memory;
-    });
+    return numbers_.read_integers(type, size,
+                                  [&](std::int64_t value) { return push(nodes, node_of(value)) ? 0 : out_of_memory; });
+  }
+
+  /// Appends to a matrix of one row.
+  template <class T>
+  bool push(io::column_appender<T>& list, T value) const noexcept {
+    T* const place = list.room();
+    if (place == nullptr) return list.append(&value, 1, progress());
+    *place = value;
+    list.commit();
+    return true;
   }
 
   static unsigned node_of(std::int64_t value) noexcept {

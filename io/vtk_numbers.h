@@ -96,13 +96,14 @@ class number_reader {
         return read_big_endian<decltype(zero)>(blocks_, count, malformed, convert);
       });
     }
-    for (; count != 0; --count) {
+    int result = 0;
+    for (;; --count) {
+      count -= words_.read_plain_integers(count, result, take);
+      if (result != 0 || count == 0) return result;
       std::int64_t value = 0;
       if (!words_.read_integer(value)) return malformed;
-      const int result = take(value);
-      if (result != 0) return result;
+      result = take(value);
     }
-    return 0;
   }
 
   /// Passes over values, strings too.

@@ -70,6 +70,31 @@ class word_reader {
     return true;
   }
 
+  /// Reads integers of usual length with nothing but blanks between them, up to `count`, where they lie in the block.
+  /// Calls take(number) for each up to the first that does not return 0, which is `result` then. Returns their number;
+  /// what stopped it is for read_integer() to decide.
+  template <class Take>
+  std::uint64_t read_plain_integers(std::uint64_t count, int& result, Take& take) noexcept {
+    constexpr std::uint64_t longest = 32;
+    const char* done = text();
+    const char* const last = done + (blocks_.available() > longest ? blocks_.available() - longest : 0);
+    std::uint64_t found = 0;
+    while (found != count && result == 0) {
+      const char* p = done;
+      while (p < last && is_space(*p)) ++p;
+      const bool negative = *p == '-';
+      const char* const first = skip_sign(p);
+      std::uint64_t digits = 0;
+      const char* const end = append_digits(first, digits);
+      if (p >= last || end == first || end - first > most_digits || !is_space(*end)) break;
+      result = take(negative ? -static_cast<std::int64_t>(digits) : static_cast<std::int64_t>(digits));
+      done = end;
+      ++found;
+    }
+    pass(done);
+    return found;
+  }
+
   /// Reads how many there are of something.
   bool read_count(std::uint64_t& count) noexcept {
     std::int64_t value = 0;
