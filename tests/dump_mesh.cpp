@@ -52,10 +52,23 @@ void print_blocks(const char* key, const mesh& m, Print print) {
   });
 }
 
-double bound(const mesh& m, unsigned i, double sign) {
+double bound(const dense2D<double>& columns, unsigned i, double sign) {
   double largest = -1e300;
-  for (unsigned j = 0; j < m.coords.cols(); ++j) largest = std::max(largest, sign * m.coords(i, j));
+  for (unsigned j = 0; j < columns.cols(); ++j) largest = std::max(largest, sign * columns(i, j));
   return sign * largest;
+}
+
+/// Prints the box of some columns, and the first and the last of them.
+void print_columns(const dense2D<double>& columns, const char* first, const char* last) {
+  const auto rows = unsigned(columns.rows());
+  std::printf(", \"box\": ");
+  print_list("[]", 2, [&](unsigned end) {
+    print_vector(rows, [&](unsigned i) { return bound(columns, i, end == 0 ? -1 : 1); });
+  });
+  std::printf(", \"%s\": ", first);
+  print_vector(rows, [&](unsigned i) { return columns(i, 0); });
+  std::printf(", \"%s\": ", last);
+  print_vector(rows, [&](unsigned i) { return columns(i, columns.cols() - 1); });
 }
 
 void print_sums(const char* key, const mesh& m, const dense1D<unsigned>& labels) {
@@ -68,19 +81,12 @@ void print_sums(const char* key, const mesh& m, const dense1D<unsigned>& labels)
 }
 
 void print_nodes(const mesh& m) {
-  const auto rows = unsigned(m.coords.rows()), nodes = unsigned(m.coords.cols());
-  std::printf(", \"box\": ");
-  print_list("[]", 2,
-             [&](unsigned end) { print_vector(rows, [&](unsigned i) { return bound(m, i, end == 0 ? -1 : 1); }); });
-  std::printf(", \"first_node\": ");
-  print_vector(rows, [&](unsigned i) { return m.coords(i, 0); });
-  std::printf(", \"last_node\": ");
-  print_vector(rows, [&](unsigned i) { return m.coords(i, nodes - 1); });
+  print_columns(m.coords, "first_node", "last_node");
   if (m.node_IDs.empty()) return;
   long long sum = 0;
   for (const unsigned ID : m.node_IDs) sum += ID;
-  std::printf(", \"node_IDs\": {\"first\": %u, \"last\": %u, \"sum\": %lld}", m.node_IDs[0], m.node_IDs[nodes - 1],
-              sum);
+  std::printf(", \"node_IDs\": {\"first\": %u, \"last\": %u, \"sum\": %lld}", m.node_IDs[0],
+              m.node_IDs[m.node_IDs.size() - 1], sum);
 }
 
 /// The sum over the elements and their nodes of (k + 1) times the place of node k.
@@ -109,10 +115,31 @@ void print_mesh(const mesh& m) {
 bool read(const std::filesystem::path& file, mesh& m) {
   const string path = file.string(), end = file.extension().string();
   const bool is_nastran = end == ".bdf" || end == ".dat" || end == ".nas";
-  if (!is_nastran) return false;
-  m.result = NASTRAN_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, m.references, m.element_IDs,
-                           m.node_IDs);
-  return true;
+  dense1D<unsigned> node_references;
+  if (is_nastran) {
+    m.result = NASTRAN_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, m.references, m.element_IDs,
+                             m.node_IDs);
+  }
+  if (end == ".mesh") {
+    m.result = medit_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, m.references, node_references);
+  }
+  if (end == ".vtk") {
+    m.result = vtk_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, m.element_IDs);
+  }
+  return is_nastran || end == ".mesh" || end == ".vtk";
+}
+
+/// Prints the fields of a file with solutions, which may be a mesh.
+void print_solution(const string& path) {
+  unsigned dim = 0;
+  dense2D<double> values;
+  dense1D<int> kinds;
+  std::printf("{\"result\": %d", medit_solution_input(path.c_str(), dim, values, kinds));
+  std::printf(", \"dim\": %u, \"nodes\": %u, \"rows\": %u, \"kinds\": ", dim, unsigned(values.cols()),
+              unsigned(values.rows()));
+  print_vector(unsigned(kinds.size()), [&](unsigned k) { return double(kinds[k]); });
+  if (!values.empty()) print_columns(values, "first", "last");
+  std::printf("}");
 }
 
 }  // namespace
@@ -120,12 +147,16 @@ bool read(const std::filesystem::path& file, mesh& m) {
 int main(int argc, char** argv) {
   const std::filesystem::path folder = argc > 1 ? argv[1] : ".";
   const char* separator = "{";
-  for (const auto& entry : std::set<std::filesystem::path>(std::filesystem::directory_iterator(folder), {})) {
-    mesh m;
-    if (!read(entry, m)) continue;
-    std::printf("%s\"%s\": ", separator, entry.filename().c_str());
-    print_mesh(m);
+  const auto print_name = [&separator](const string& name) {
+    std::printf("%s\"%s\": ", separator, name.c_str());
     separator = ",\n";
+  };
+  for (const auto& entry : std::set<std::filesystem::path>(std::filesystem::directory_iterator(folder), {})) {
+    const string name = entry.filename(), end = entry.extension();
+    mesh m;
+    if (read(entry, m)) print_name(name), print_mesh(m);
+    if (end == ".mesh") print_name(name + "#solution"), print_solution(entry);
+    if (end == ".sol") print_name(name), print_solution(entry);
   }
   std::puts("}");
 }
