@@ -240,6 +240,23 @@ void add_merge_benchmarks(const std::string& order, const dense2D<double>& nodes
 #endif
 }
 
+/// Elements of 60 000 rows, of which few nodes are near; pairs of rows would be quadratic.
+void add_tall_elements_benchmark() {
+  constexpr unsigned n = 60000;
+  dense2D<double> coords(3, n, 0.0);
+  dense2D<unsigned> element(n, 1);
+  for (unsigned j = 0; j < n; ++j) {
+    element(j, 0) = n - 1 - j;
+    coords(0, j) = j / 100;
+    coords(1, j) = j % 3 == 2 ? coords(1, j - 1) + 0.25 : j % 100;
+  }
+  add_benchmark("merge in a tall element", "ours", [=] {
+    dense2D<unsigned> renumbered;
+    if (!renumbered.copy(element)) return -1;
+    return qel::gridwork::merge(coords, renumbered, 0.3, 2);
+  });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -252,5 +269,6 @@ int main(int argc, char** argv) {
   inputs::surface(707, coords, connectivity);
   add_merge_benchmarks("soup order", inputs::corners(coords, connectivity, false));
   add_merge_benchmarks("random order", inputs::corners(coords, connectivity, true));
+  add_tall_elements_benchmark();
   return run_benchmarks(argc, argv);
 }

@@ -91,7 +91,7 @@ constexpr std::uint64_t nodes_per_node_before_rebuild = limit<std::uint64_t>(4, 
 constexpr std::uint64_t steps_per_node_before_rebuild = limit<std::uint64_t>(16, 1);
 constexpr std::uint64_t steps_before_rebuild = limit<std::uint64_t>(1024, 4);
 
-/// Turns ahead of which positions are called for, here and in the next: long enough to hide the way to memory.
+/// Turns ahead of which positions are prefetched, here and in the next: long enough to hide the way to memory.
 constexpr std::uint64_t nodes_ahead = limit<std::uint64_t>(16, 2);
 constexpr std::uint64_t slots_ahead = limit<std::uint64_t>(32, 3);
 
@@ -144,10 +144,10 @@ constexpr std::uint64_t slot_block = limit<std::uint64_t>(128, 2);
 constexpr std::uint64_t slots_per_group = 16;
 constexpr std::uint64_t fewest_groups = limit<std::uint64_t>(4096, 3);
 
-/// Slots whose keys are read at once; nodes are called for so far ahead.
+/// Slots whose keys are read at once; nodes are prefetched so far ahead.
 constexpr std::ptrdiff_t slot_chunk = limit<std::ptrdiff_t>(64, 2);
 
-/// Elements whose nodes are called for ahead of their turn, in topology and quality.
+/// Elements whose nodes are prefetched ahead of their turn, in topology and quality.
 constexpr std::uint64_t elements_ahead = limit<std::uint64_t>(16, 2);
 
 /// Elements round a node that are looked through for each boundary that begins with it. Round a node with more of them,

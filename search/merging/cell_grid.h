@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "core/check.h"
 #include "core/limits.h"
 
 namespace qel::gridwork::detail {
@@ -58,8 +59,9 @@ class cell_grid {
     unsigned beside[Dim];  // added to a cell's number: the one on the other side of the nearest border
     unsigned touched = 0;  // the axes along which the tolerance reaches there
     for (unsigned a = 0; a < Dim; ++a) {
-      const double x = (p[a] - origin_[a]) * cells_per_length_[a];
-      const auto cell = static_cast<int>(std::min(x, last_cell_[a]));
+      const double x = (p[a] - origin_[a]) * cells_per_length_[a];     // NaN where an axis of one cell is too long
+      const auto cell = static_cast<int>(std::min(last_cell_[a], x));  // the last cell then
+      QEL_GRIDWORK_CHECK(cell >= 0 && cell <= last_cell_[a]);
       const double place = x - cell;
       const bool below = place <= reach_[a] && cell > 0;
       const bool above = place >= 1 - reach_[a] && cell < static_cast<int>(last_cell_[a]);

@@ -35,6 +35,9 @@ class node_tree {
 
   unsigned size() const noexcept { return static_cast<unsigned>(nodes_.size()); }
 
+  /// Nodes that were there when the tree was last built in bulk.
+  std::uint64_t built_count() const noexcept { return built_; }
+
   /// The node closest to `p`, nodes with the index `excluded` left out.
   unsigned find_closest(const point& p, unsigned excluded) const;
 
@@ -62,7 +65,7 @@ class node_tree {
   const dense2D<double>* coords_ = nullptr;
   dense1D<node> nodes_;
   dense1D<unsigned> ordinals_;  // place of each node in the order of insertion
-  std::uint64_t built_ = 0;     // nodes that were there when the tree was last built in bulk
+  std::uint64_t built_ = 0;
   bool has_nan_ = false;
 
   // Made by the query that finds it worth while. Of queries that make one at the same time, the first one's is kept.
