@@ -54,6 +54,10 @@ class position_table {
 
   void prefetch(std::uint64_t hash) const noexcept { detail::prefetch(slots_.data() + (tag_of(hash) & mask_)); }
 
+  /// The position in the first slot where this hash may be, `none` if that is empty: most often the one that find() will
+  /// compare, so that the caller can prefetch what it names.
+  unsigned likely(std::uint64_t hash) const noexcept { return slots_[tag_of(hash) & mask_].position; }
+
   /// The position with this hash for which same(position) holds, or `none`.
   template <class Same>
   unsigned find(std::uint64_t hash, Same same) const {

@@ -33,7 +33,7 @@ class box_tree {
     bounds_.clear();
     if (count >= none || !items_.resize(count) || !bounds_.resize(2 * std::uint64_t{first_leaf_})) return false;
     std::copy(nodes.begin(), bound, items_.begin());
-    if (count != 0) part(root());
+    if (count != 0) build_subtree(root());
     return true;
   }
 
@@ -99,14 +99,14 @@ class box_tree {
   bool is_leaf(const subtree& s) const noexcept { return s.number >= first_leaf_; }
 
   /// The recursion is as deep as the tree, which is balanced.
-  void part(const subtree& parted) noexcept {
-    const item* begin = items_.data() + parted.begin;
-    const item* end = begin + parted.count;
-    bounds_[parted.number] = bounds_of(begin, end);
-    if (is_leaf(parted)) return;
-    part_along(items_.data(), parted, widest_axis<Dim>(begin, end));
-    part(parted.left());
-    part(parted.right());
+  void build_subtree(const subtree& s) noexcept {
+    const item* begin = items_.data() + s.begin;
+    const item* end = begin + s.count;
+    bounds_[s.number] = bounds_of(begin, end);
+    if (is_leaf(s)) return;
+    split_at_median(items_.data(), s, widest_axis<Dim>(begin, end));
+    build_subtree(s.left());
+    build_subtree(s.right());
   }
 
   static bounds bounds_of(const item* begin, const item* end) noexcept {

@@ -48,12 +48,12 @@ unsigned widest_axis(const Item* begin, const Item* end) noexcept {
   return widest;
 }
 
-/// Parts the items of a subtree between its children along an axis. Returns the value between them.
+/// Splits the items of a subtree between its children at the median along an axis. Returns the value there.
 template <class Item>
-double part_along(Item* items, const subtree& parted, unsigned axis) noexcept {
-  QEL_GRIDWORK_CHECK(parted.count >= 2);
-  Item* half = items + parted.right().begin;
-  std::nth_element(items + parted.begin, half, items + parted.begin + parted.count,
+double split_at_median(Item* items, const subtree& s, unsigned axis) noexcept {
+  QEL_GRIDWORK_CHECK(s.count >= 2);
+  Item* half = items + s.right().begin;
+  std::nth_element(items + s.begin, half, items + s.begin + s.count,
                    [axis](const Item& a, const Item& b) { return a.p[axis] < b.p[axis]; });
   return half->p[axis];
 }

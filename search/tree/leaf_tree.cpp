@@ -67,19 +67,19 @@ bool leaf_tree<Dim>::build(const dense1D<tree_node<Dim>>& nodes) {
     items[place].id = nodes[place].id;
     items[place].place = place;
   }
-  part(items.data(), root());
+  build_subtree(items.data(), root());
   return true;
 }
 
 /// The recursion is as deep as the tree, which is balanced.
 template <unsigned Dim>
-void leaf_tree<Dim>::part(item* items, const subtree& r) noexcept {
+void leaf_tree<Dim>::build_subtree(item* items, const subtree& r) noexcept {
   const item* begin = items + r.begin;
   if (is_leaf(r)) return fill(leaves_[r.number - first_leaf_], begin, r.count);
   const unsigned axis = widest_axis<Dim>(begin, begin + r.count);
-  splits_[r.number] = {part_along(items, r, axis), axis};
-  part(items, r.left());
-  part(items, r.right());
+  splits_[r.number] = {split_at_median(items, r, axis), axis};
+  build_subtree(items, r.left());
+  build_subtree(items, r.right());
 }
 
 template <unsigned Dim>
@@ -127,7 +127,7 @@ bool leaf_tree<Dim>::is_clear(const closest_two& closest, const point& p) noexce
 
 /// Asks for a leaf that comes next while another one is read.
 template <unsigned Dim>
-[[gnu::always_inline]] inline void leaf_tree<Dim>::call_for(const subtree& next) const noexcept {
+[[gnu::always_inline]] inline void leaf_tree<Dim>::prefetch_leaf(const subtree& next) const noexcept {
   constexpr std::size_t line = 64;
   if (!is_leaf(next)) return;
   for (std::size_t i = 0; i < sizeof(leaf); i += line) prefetch(reinterpret_cast<const char*>(&leaf_of(next)) + i);
@@ -159,7 +159,7 @@ typename leaf_tree<Dim>::closest_two leaf_tree<Dim>::find_closest_two(const poin
       far.squares[s.axis] = offset * offset;
       current.range = right ? current.range.right() : current.range.left();
     }
-    if (waiting != 0) call_for(stack[waiting - 1].range);
+    if (waiting != 0) prefetch_leaf(stack[waiting - 1].range);
     scan_leaf(leaf_of(current.range), p, excluded, closest);
     if (closest.is_hopeless()) return closest;
     do {
@@ -187,7 +187,7 @@ unsigned leaf_tree<Dim>::find_in_box(const point& lower, const point& upper, nod
       if (!left && !right) return 0;  // an inverted box, or NaN
       current = left ? current.left() : current.right();
     }
-    if (waiting != 0) call_for(stack[waiting - 1]);
+    if (waiting != 0) prefetch_leaf(stack[waiting - 1]);
     const leaf& scanned = leaf_of(current);
     for (unsigned i = 0; i < leaf_size; ++i) {
       bool inside = true;

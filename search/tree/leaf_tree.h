@@ -60,10 +60,10 @@ class leaf_tree {
   subtree root() const noexcept { return {1, 0, count_}; }
   bool is_leaf(const subtree& r) const noexcept { return r.number >= first_leaf_; }
   const leaf& leaf_of(const subtree& r) const noexcept { return leaves_[r.number - first_leaf_]; }
-  void part(item* items, const subtree& r) noexcept;
+  void build_subtree(item* items, const subtree& r) noexcept;
   static void fill(leaf& stored, const item* items, unsigned count) noexcept;
   closest_two find_closest_two(const point& p, unsigned excluded) const noexcept;
-  void call_for(const subtree& next) const noexcept;
+  void prefetch_leaf(const subtree& next) const noexcept;
   static void scan_leaf(const leaf& scanned, const point& p, unsigned excluded, closest_two& closest) noexcept;
   static bool is_clear(const closest_two& closest, const point& p) noexcept;
 

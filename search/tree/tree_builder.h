@@ -1,7 +1,7 @@
 // Builds in bulk the k-d tree that inserting a list of nodes one by one would give.
 //
 // The first node of a list becomes the root; those that go left of it and those that go right keep their order, because
-// a node reaches its subtree when its turn in the list comes. So partitioning the list stably by its first node, again
+// a node reaches its subtree when its turn in the list comes. So splitting the list stably by its first node, again
 // and again, gives the same tree, and gives it in pre-order.
 #ifndef QEL_GRIDWORK_SEARCH_TREE_TREE_BUILDER_H
 #define QEL_GRIDWORK_SEARCH_TREE_TREE_BUILDER_H
@@ -48,9 +48,9 @@ class tree_builder {
 
   /// Builds the tree of items[0 .. count); `spare` has room for as many. Both are overwritten.
   void build(item* items, item* spare, unsigned count) noexcept {
-    part pending[40];  // the smaller part is always done first, so 32 would do
+    unbuilt pending[40];  // the smaller part is always done first, so 32 would do
     unsigned waiting = 0;
-    part current{items, spare, count, 0, 0};
+    unbuilt current{items, spare, count, 0, 0};
     for (;;) {
       if (current.count <= limits::longest_run) {
         build_small(current);
@@ -58,7 +58,7 @@ class tree_builder {
         current = pending[--waiting];
         continue;
       }
-      part other = split(current);
+      unbuilt other = split(current);
       if (other.count == 0) {
         skip_chain(current);
         continue;
@@ -70,8 +70,8 @@ class tree_builder {
   }
 
  private:
-  /// A list in insertion order, the memory for parting it, and the place of its root.
-  struct part {
+  /// A subtree to build: a list in insertion order, the memory for splitting it, and the place of its root.
+  struct unbuilt {
     item* items;
     item* spare;
     unsigned count, place, axis;
@@ -79,7 +79,7 @@ class tree_builder {
 
   /// Makes the first item a node. `current` becomes one of the two parts of the others and the result the second one,
   /// which is empty when all of them lie on one side.
-  part split(part& current) noexcept {
+  unbuilt split(unbuilt& current) noexcept {
     const item root = current.items[0];
     const double pivot = root.p[current.axis];
     item* left = current.items + 1;
@@ -99,15 +99,15 @@ class tree_builder {
     emit(current.place, root, left_count, right_count);
 
     // The left list stayed where it was, the right one lies at the start of the spare memory.
-    const part left_part{current.items + 1, current.spare + right_count, left_count, place, axis};
-    const part right_part{current.spare, left, right_count, place + left_count, axis};
-    current = left_count != 0 ? left_part : right_part;
-    return left_count != 0 ? right_part : part{};
+    const unbuilt left_list{current.items + 1, current.spare + right_count, left_count, place, axis};
+    const unbuilt right_list{current.spare, left, right_count, place + left_count, axis};
+    current = left_count != 0 ? left_list : right_list;
+    return left_count != 0 ? right_list : unbuilt{};
   }
 
   /// Coincident nodes give long chains in which no node parts the rest. Makes nodes of the items up to the first one
   /// that does, at the cost of a single pass.
-  void skip_chain(part& current) noexcept {
+  void skip_chain(unbuilt& current) noexcept {
     if (current.count <= limits::longest_run) return;
     const unsigned length = std::min(chain_length(current), current.count - limits::longest_run);
     for (unsigned k = 0; k < length; ++k) {
@@ -122,7 +122,7 @@ class tree_builder {
   }
 
   /// Number of items before the first one whose successors do not all lie on one side of it.
-  static unsigned chain_length(const part& current) noexcept {
+  static unsigned chain_length(const unbuilt& current) noexcept {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     struct {
       double min = infinity, max = -infinity;
@@ -158,14 +158,14 @@ class tree_builder {
   }
 
   /// Subtrees of a run: their depth is bounded, so plain recursion serves.
-  void build_small(part current) noexcept {
+  void build_small(unbuilt current) noexcept {
     if (current.count == 0) return;
     const bool is_run = !has_nan(current);
     build_recursively(current);
     if (is_run) nodes_[current.place].run = current.count;
   }
 
-  void build_recursively(part current) noexcept {
+  void build_recursively(unbuilt current) noexcept {
     QEL_GRIDWORK_CHECK(current.count != 0 && current.count <= limits::longest_run);
     if (current.count == 1) {
       emit(current.place, current.items[0], 0, 0);
@@ -177,12 +177,12 @@ class tree_builder {
       emit(current.place + 1, current.items[1], 0, 0);
       return;
     }
-    const part other = split(current);
+    const unbuilt other = split(current);
     build_recursively(current);
     if (other.count != 0) build_recursively(other);
   }
 
-  static bool has_nan(const part& current) noexcept {
+  static bool has_nan(const unbuilt& current) noexcept {
     bool found = false;
     for (unsigned k = 0; k < current.count; ++k) {
       for (unsigned a = 0; a < Dim; ++a) found |= current.items[k].p[a] != current.items[k].p[a];
