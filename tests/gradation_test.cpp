@@ -124,7 +124,7 @@ TEST(gradation, edges_that_are_not_sound_are_skipped) {
   EXPECT_EQ(changed, ids{1});
   for (unsigned i = 0; i < 7; ++i) EXPECT_EQ(sizes[i], i == 1 ? 2 : before[i]);
   EXPECT_EQ(H_shock(c.coords, c.edges, ELT_EDGE2, before, shock), -4);
-  EXPECT_EQ(shock, std::exp(8.0));
+  EXPECT_DOUBLE_EQ(shock, std::exp(8.0));
   for (const double bad : {0.0, -1.0, -infinity, infinity, largest, not_a_number}) {
     reals two{0.5, bad};
     const chain one(2);
@@ -430,7 +430,7 @@ TEST(H_shock, of_tensors_is_that_of_the_sizes_along_the_edge) {
   const chain c(2, 0.5);
   double shock = 0;
   EXPECT_EQ(H_shock(c.coords, c.edges, ELT_EDGE2, dense2D<double>(3, 2, {4, 0, 7, 1, 0, 9}), shock), 1);
-  EXPECT_EQ(shock, std::exp(1));
+  EXPECT_DOUBLE_EQ(shock, std::exp(1));
   for (const double step : {1e-200, 1e200}) {
     const chain scaled(2, 0.5 * step);
     const double M = 1 / step;
