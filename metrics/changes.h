@@ -7,16 +7,8 @@
 
 namespace qel::gridwork::detail {
 
-/// Makes room for n entries that no other view shares: an output may come as a view of an input.
-template <class T>
-[[nodiscard]] bool resize_apart(dense1D<T>& output, std::uint64_t n) {
-  output.clear();
-  if (!output.owns_block_alone()) output.clear_hard();
-  return output.resize(n);
-}
-
-/// Lists the nodes below n for which is_changed(node), if a list is wanted, then calls write(node) for them: memory is
-/// asked for before the first write. Their number, or the code when memory ran out.
+/// Lists the nodes below n for which is_changed(node), if a list is wanted, which is empty, then calls write(node) for
+/// them: memory is asked for before the first write. Their number, or the code when memory ran out.
 template <class IsChanged, class Write>
 int store_changes(std::uint64_t n, IsChanged is_changed, Write write, dense1D<unsigned>* ids) {
   const auto visit = [n, is_changed](auto action) {
@@ -26,7 +18,7 @@ int store_changes(std::uint64_t n, IsChanged is_changed, Write write, dense1D<un
   };
   std::uint64_t count = 0;
   visit([&count](unsigned) { ++count; });
-  if (ids != nullptr && !resize_apart(*ids, count)) return out_of_memory;
+  if (ids != nullptr && !ids->resize(count)) return out_of_memory;
   visit([write, next = ids != nullptr ? ids->data() : nullptr](unsigned i) mutable {
     if (next != nullptr) *next++ = i;
     write(i);

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "metrics/changes.h"
+#include "core/outputs.h"
 #include "metrics/mesh_edges.h"
 
 namespace qel::gridwork {
@@ -106,14 +106,13 @@ bool is_rule(int rule) noexcept { return rule >= SIZE_MEAN && rule <= SIZE_LONGE
 
 int metrics_gen_iso(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                     dense1D<double>& sizes, size_rule rule) {
+  output written(sizes, coords);
+  dense1D<double>& generated = written;
+  generated.clear();
   int result = check_mesh(coords, connectivity, type);
   if (result == 0 && !is_rule(rule)) result = -5;
-  dense1D<double> generated;  // `sizes` may share a block with the coordinates
   if (result == 0) result = generate(coords, connectivity, type, rule, generated);
-  sizes.clear();
-  if (result < 0) return result;
-  if (!resize_apart(sizes, generated.size())) return out_of_memory;
-  std::copy(generated.begin(), generated.end(), sizes.begin());
+  if (result < 0) generated.clear();
   return result;
 }
 

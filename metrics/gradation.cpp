@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "core/elementary.h"
+#include "core/outputs.h"
 #include "metrics/changes.h"
 #include "metrics/mesh_edges.h"
 #include "metrics/node_queue.h"
@@ -92,30 +93,37 @@ int bound_sizes(const dense2D<double>& coords, const dense2D<unsigned>& edges, d
   return skipped && result >= 0 ? skipped_edge : result;
 }
 
-/// Checks, then calls bound_edges(edges), which may use up the list.
+/// Checks, then calls bound_edges(edges, ids), which may use up the edges.
 template <class BoundEdges>
 int bound_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                bool bound_is_valid, dense1D<unsigned>* ids, BoundEdges bound_edges) {
+  dense1D<unsigned> unwanted;
+  output written(ids != nullptr ? *ids : unwanted, connectivity);
+  dense1D<unsigned>& changed = written;
+  changed.clear();
   const int code = check_mesh(coords, connectivity, type);
-  if (ids != nullptr) ids->clear();
   if (code != 0) return code;
   if (!bound_is_valid) return -5;
   dense2D<unsigned> edges;
-  return copy_edges(connectivity, type, edges) == 0 ? bound_edges(edges) : out_of_memory;
+  if (copy_edges(connectivity, type, edges) != 0) return out_of_memory;
+  return bound_edges(edges, ids != nullptr ? &changed : nullptr);
 }
 
 int bound_sizes_of_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                         dense1D<double>& sizes, bool bound_is_valid, double rate, dense1D<unsigned>* ids) {
-  return bound_mesh(coords, connectivity, type, bound_is_valid, ids, [&](const dense2D<unsigned>& edges) {
-    return with_dimension(coords, [&](auto n) { return bound_sizes<n()>(coords, edges, sizes, rate, ids); });
-  });
+  return bound_mesh(
+      coords, connectivity, type, bound_is_valid, ids, [&](const dense2D<unsigned>& edges, dense1D<unsigned>* changed) {
+        return with_dimension(coords, [&](auto n) { return bound_sizes<n()>(coords, edges, sizes, rate, changed); });
+      });
 }
 
 int bound_tensors_of_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                           dense2D<double>& tensors, bool bound_is_valid, growth law, double rate,
                           dense1D<unsigned>* ids) {
   return bound_mesh(coords, connectivity, type, bound_is_valid, ids,
-                    [&](dense2D<unsigned>& edges) { return bound_tensors(coords, edges, tensors, law, rate, ids); });
+                    [&](dense2D<unsigned>& edges, dense1D<unsigned>* changed) {
+                      return bound_tensors(coords, edges, tensors, law, rate, changed);
+                    });
 }
 
 bool is_variation(double bound) noexcept { return bound >= 0 && std::isfinite(bound); }
