@@ -18,6 +18,9 @@ constexpr double infinite = std::numeric_limits<double>::infinity();
 /// The logarithm of the H-shock of an edge.
 double log_shock(double length, double h1, double h2) noexcept { return h1 == h2 ? 0 : std::abs(h2 - h1) / length; }
 
+/// 1 / x - 1 / y of 0 <= x <= y, where both inverses may be infinite, or both lengths.
+double difference_of_inverses(double x, double y) noexcept { return x == y ? 0 : (1 - x / y) / x; }
+
 template <unsigned Dim>
 class shock_of_sizes {
  public:
@@ -48,15 +51,15 @@ class shock_of_tensors {
   }
 
   bool find(unsigned a, unsigned b, double& result) const noexcept {
-    if (valid_[a] == 0 || valid_[b] == 0) return false;
     const edge_vector<Dim> along(*coords_, a, b);
+    if (valid_[a] == 0 || valid_[b] == 0 || !std::isfinite(along.length())) return false;
     const tensor<Dim> A = tensor_at<Dim>(*tensors_, a);
     const tensor<Dim> B = tensor_at<Dim>(*tensors_, b);
     const double la = length_in(A, along);
     const double lb = length_in(B, along);
-    result = la == lb ? 0 : std::abs(1 / la - 1 / lb);
+    result = difference_of_inverses(std::min(la, lb), std::max(la, lb));
     if (la == 0 && lb == 0) result = A == B ? 0 : infinite;
-    return std::isfinite(along.length());
+    return true;
   }
 
  private:
