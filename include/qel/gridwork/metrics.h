@@ -374,8 +374,8 @@ QEL_GRIDWORK_API int bound_metric_gradations(const dense2D<double>& coords, cons
 /// @return the number of nodes changed; -1, -2; -5 when `max_variation` is negative or not finite; -199; -4 (the rest is
 ///         bounded)
 ///
-/// Cost: O(n + edges + k (d + log n)), k turns (about 17 per node in meshes, hundreds where thin metrics turn along a fine
-/// chain), d edges per node.
+/// Cost: O(n + edges + k (d + log n)), k turns (1 to 7 per node in lattices of triangles and tetrahedra, more where thin
+/// metrics turn along a fine chain), d edges per node.
 QEL_GRIDWORK_API int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                                              element_type type, dense2D<double>& tensors, double max_variation);
 
@@ -396,7 +396,7 @@ QEL_GRIDWORK_API int bound_metric_variations(const dense2D<double>& coords, cons
 /// @param max_gradation  largest ratio of the lengths of adjacent edges, 1 or more
 /// @return as bound_metric_variations(); -5 when `max_gradation` is below 1 or not finite
 ///
-/// Cost: as bound_metric_variations(), with 1 to 8 turns per node.
+/// Cost: as bound_metric_variations(), with 1 to 5 turns per node in such lattices.
 QEL_GRIDWORK_API int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                                              element_type type, dense2D<double>& tensors, double max_gradation);
 
