@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <chrono>
 #include <clocale>
 #include <csignal>
 #include <cstring>
@@ -165,15 +164,12 @@ TEST_F(stl, binary_counts_and_lengths) {
       {binary(~0U, two_triangles), 0, 0, 0},
       {binary(1U << 31, {}), 0, 0, 0},
       {binary(3, two_triangles), -3, 0, 0},
+      {binary(0x7fffffffU, two_triangles) + string(16, '\0'), -3, 0, 0},
       {string(80, '\n'), -3, 0, 0},
       {string(79, 'x'), -2, 0, 0},
       {binary(1, {{1, 1, 1, 1, 1, 1, 2, 2, 2}}), 0, 3, 1},
   };
   expect_all(cases);
-  const string impossible = binary(0x7fffffffU, two_triangles).append(16, '\0');
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(read(hold(impossible)).code, -3);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 
 TEST_F(stl, the_exact_pass_ends_at_100000_triangles) {
