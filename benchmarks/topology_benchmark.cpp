@@ -10,21 +10,19 @@
 #include "inputs.h"
 
 #ifdef QEL_HAVE_VTK
-#include <vtkCellArray.h>
 #include <vtkCellData.h>
-#include <vtkCellType.h>
 #include <vtkConnectivityFilter.h>
 #include <vtkDataSetRegionSurfaceFilter.h>
 #include <vtkDataSetSurfaceFilter.h>
 #include <vtkExtractEdges.h>
 #include <vtkIdList.h>
-#include <vtkIdTypeArray.h>
 #include <vtkIntArray.h>
 #include <vtkNew.h>
-#include <vtkPoints.h>
 #include <vtkPolyData.h>
 #include <vtkSmartPointer.h>
 #include <vtkUnstructuredGrid.h>
+
+#include "vtk_grid.h"
 #endif
 #ifdef QEL_HAVE_CGAL
 #include <CGAL/Polygon_mesh_processing/connected_components.h>
@@ -116,23 +114,14 @@ std::size_t edges_by_sorting(const dense2D<unsigned>& m) {
 }
 
 #ifdef QEL_HAVE_VTK
+/// Where the nodes lie does not matter here.
 vtkSmartPointer<vtkUnstructuredGrid> vtk_grid(const dense2D<unsigned>& m, int cell_type) {
-  const auto rows = static_cast<vtkIdType>(m.rows()), cells = static_cast<vtkIdType>(m.cols());
-  vtkNew<vtkIdTypeArray> nodes, offsets;
-  nodes->SetNumberOfValues(rows * cells);
-  offsets->SetNumberOfValues(cells + 1);
-  std::copy_n(m.data(), m.size(), nodes->GetPointer(0));
-  for (vtkIdType e = 0; e <= cells; ++e) offsets->SetValue(e, rows * e);
-  vtkNew<vtkCellArray> array;
-  array->SetData(offsets, nodes);
-  vtkNew<vtkPoints> points;
-  points->SetNumberOfPoints(gw::max_ID(m) + vtkIdType{1});
-  for (vtkIdType i = 0; i < points->GetNumberOfPoints(); ++i)
-    points->SetPoint(i, double(i % 1000), double(i / 1000), 0);
-  auto grid = vtkSmartPointer<vtkUnstructuredGrid>::New();
-  grid->SetPoints(points);
-  grid->SetCells(cell_type, array);
-  return grid;
+  dense2D<double> coords(3, gw::max_ID(m) + std::uint64_t{1});
+  for (std::uint64_t i = 0; i < coords.cols(); ++i) {
+    coords(0, i) = static_cast<double>(i % 1000);
+    coords(1, i) = static_cast<double>(i / 1000);
+  }
+  return ::vtk_grid(coords, m, cell_type);
 }
 
 vtkSmartPointer<vtkUnstructuredGrid> without_links(vtkUnstructuredGrid* grid) {
