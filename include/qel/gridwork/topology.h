@@ -22,7 +22,9 @@
 /// usual order but has a negative shape quality here (quality.h). The faces of every solid of positive shape quality
 /// point inwards, so those of a hexahedron whose bottom 0-1-2-3 is counter-clockwise seen from the top.
 ///
-/// Two boundaries are the same when they hold the same nodes in the same cyclic order, in either direction.
+/// Two boundaries are the same when they hold the same nodes in the same cyclic order, in either direction. Faces are
+/// compared from their smallest node on. Where a degenerate face holds that twice, the first one counts, so that it may
+/// differ from a face that lists the same nodes from another one on.
 #ifndef QEL_GRIDWORK_TOPOLOGY_H
 #define QEL_GRIDWORK_TOPOLOGY_H
 
