@@ -1,14 +1,9 @@
 // Writes NASTRAN bulk data.
-#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
-#include "core/coordinates.h"
-#include "core/elements.h"
-#include "core/result.h"
-#include "io/matrix_range.h"
 #include "io/nastran.h"
-#include "io/text/file.h"
+#include "io/property_blocks.h"
 #include "io/text/text_writer.h"
 #include "qel/gridwork/elements.h"
 #include "qel/gridwork/io.h"
@@ -22,29 +17,6 @@ namespace {
 using io::text_writer;
 using io::nastran::card;
 using io::nastran::cards;
-
-/// Columns of one type, with their properties.
-struct block {
-  const dense2D<unsigned>* connectivity;
-  std::uint64_t first, last;  // its columns, from first up to but excluding last
-  std::uint64_t rows;         // of the matrix that the block is a part of
-  std::uint64_t first_ID;
-  int type;
-  const unsigned* properties;  // one a column; null when all are `property`
-  unsigned property;
-};
-
-bool is_valid(const block& b) {
-  if (!is_element_type(b.type)) return false;
-  const auto type = static_cast<element_type>(b.type);
-  if (b.first == b.last || nbr_nodes(type) == 0) return true;
-  // Faces may be part of a higher matrix, mixed solids not.
-  if (type == ELT_SOLID_MIX && b.rows > nbr_nodes(type)) return false;
-  const std::uint64_t present = b.connectivity->rows();
-  const std::uint64_t rows = std::min<std::uint64_t>(nbr_nodes(type), present);
-  if (rows < nbr_nodes(type) && !io::is_mixed(type)) return false;
-  return check_IDs(b.connectivity->sub_matrix(0, b.first, rows, b.last - b.first), type, none);
-}
 
 // --- The parts of a deck -------------------------------------------------------------------------------------------
 
@@ -98,85 +70,41 @@ void write_card(text_writer& writer, const card& form, unsigned ID, unsigned pro
   });
 }
 
-void write_block(text_writer& writer, const block& b) {
-  const element_type type = resolve_type(static_cast<element_type>(b.type), b.connectivity->rows());
-  for (std::uint64_t j = b.first; j < b.last; ++j) {
-    const unsigned* nodes = b.connectivity->column(j);
-    const card& form = cards[io::plain_type(type, nodes)];
-    if (form.name.empty()) return;
-    const auto ID = static_cast<unsigned>(b.first_ID + (j - b.first));
-    write_card(writer, form, ID, b.properties != nullptr ? b.properties[j] : b.property, nodes);
+/// Writes the whole deck.
+struct deck_writer {
+  const dense2D<double>& coords;
+
+  template <class Blocks>
+  bool operator()(text_writer& writer, const Blocks& blocks) const {
+    write_nodes(writer, coords);
+    writer.put(
+        "$----------------------------------------\n"
+        "$                 ELEMENTS               \n"
+        "$----------------------------------------\n");
+    blocks.for_each_element([&](element_type type, unsigned ID, unsigned property, const unsigned* nodes) {
+      if (!cards[type].name.empty()) write_card(writer, cards[type], ID, property, nodes);
+    });
+    writer.put("ENDDATA\n");
+    return true;
   }
-}
-
-/// Checks and writes `count` blocks; block_at(k) gives block k.
-template <class BlockAt>
-int write_deck(io::file& output, const dense2D<double>& coords, std::uint64_t count, BlockAt block_at) {
-  for (std::uint64_t k = 0; k < count; ++k) {
-    if (!is_valid(block_at(k))) return -3;
-  }
-  text_writer writer(output.stream());
-  if (!writer.prepare()) return out_of_memory;
-  write_nodes(writer, coords);
-  writer.put(
-      "$----------------------------------------\n"
-      "$                 ELEMENTS               \n"
-      "$----------------------------------------\n");
-  for (std::uint64_t k = 0; k < count; ++k) write_block(writer, block_at(k));
-  writer.put("ENDDATA\n");
-  writer.finish();
-  return 0;
-}
-
-/// True when the offsets increase, weakly, and stay inside the matrix.
-bool valid_offsets(const dense1D<unsigned>& offsets, std::uint64_t columns) noexcept {
-  return std::is_sorted(offsets.begin(), offsets.end()) && (offsets.empty() || *(offsets.end() - 1) <= columns);
-}
-
-/// Writes whole matrices, one after the other.
-int write_matrices(const char* filename, const dense2D<double>& coords, const block* blocks, std::uint64_t count) {
-  io::file output(filename, "w");
-  if (!output.is_open()) return -1;
-  if (!in_plane_or_space(coords)) return -2;
-  return write_deck(output, coords, count, [=](std::uint64_t k) { return blocks[k]; });
-}
+};
 
 }  // namespace
 
 int NASTRAN_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                    element_type type) {
-  if (connectivity.empty()) return 0;
-  const block all = {&connectivity, 0, connectivity.cols(), connectivity.rows(), 1, type, nullptr, 1};
-  return write_matrices(filename, coords, &all, 1);
+  return io::write_matrix(filename, coords, connectivity, type, deck_writer{coords});
 }
 
 int NASTRAN_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity1,
                    const dense2D<unsigned>& connectivity2, element_type type1, element_type type2) {
-  // The blocks are those of one matrix that has rows for both types.
-  const std::uint64_t rows = std::max(nbr_nodes(type1), nbr_nodes(type2));
-  const bool are_types = is_element_type(type1) && is_element_type(type2);
-  if ((are_types && rows == 0) || connectivity1.cols() + connectivity2.cols() == 0) return 0;
-  const std::uint64_t count1 = io::element_count(connectivity1), count2 = io::element_count(connectivity2);
-  const block blocks[] = {{&connectivity1, 0, count1, rows, 1, type1, nullptr, 1},
-                          {&connectivity2, 0, count2, rows, connectivity1.cols() + 1, type2, nullptr, 2}};
-  return write_matrices(filename, coords, blocks, 2);
+  return io::write_two_matrices(filename, coords, connectivity1, connectivity2, type1, type2, deck_writer{coords});
 }
 
 int NASTRAN_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                    const dense1D<unsigned>& block_offsets, const dense1D<int>& block_types,
                    const dense1D<unsigned>& property_IDs) {
-  if (connectivity.empty()) return 0;
-  io::file output(filename, "w");
-  if (!output.is_open()) return -1;
-  if (!in_plane_or_space(coords)) return -2;
-  if (block_offsets.size() != block_types.size() + 1) return -5;
-  if (!valid_offsets(block_offsets, connectivity.cols())) return -5;
-  if (property_IDs.size() != connectivity.cols()) return -6;
-  return write_deck(output, coords, block_types.size(), [&](std::uint64_t k) {
-    const std::uint64_t first = block_offsets[k];
-    return block{&connectivity, first,          block_offsets[k + 1], connectivity.rows(),
-                 first + 1,     block_types[k], property_IDs.begin(), 0};
-  });
+  return io::write_parts(filename, coords, connectivity, block_offsets, block_types, property_IDs, deck_writer{coords});
 }
 
 }  // namespace qel::gridwork

@@ -1,5 +1,7 @@
 target_sources(qel_gridwork_objects PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/ensight_output.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/femap_input.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/femap_output.cpp
   ${CMAKE_CURRENT_LIST_DIR}/medit_input.cpp
   ${CMAKE_CURRENT_LIST_DIR}/medit_output.cpp
   ${CMAKE_CURRENT_LIST_DIR}/medit_solution_input.cpp

@@ -407,6 +407,11 @@ void files(trial& t, const inputs& in) {
        emptied(f), emptied(offsets), emptied(block_types), emptied(references), emptied(element_IDs),
        emptied(node_references));
   CALL(NASTRAN_input(deck.path(), a, f, ELT_FACE_MIX), emptied(a), emptied(f));
+  const memory_file neutral(written(mesh_files::writers[20], m));
+  CALL(FEMAP_input(neutral.path(), a, f, offsets, block_types, references, element_IDs, node_references), emptied(a),
+       emptied(f), emptied(offsets), emptied(block_types), emptied(references), emptied(element_IDs),
+       emptied(node_references));
+  CALL(FEMAP_input(neutral.path(), a, f, ELT_FACE_MIX), emptied(a), emptied(f));
   unsigned dim = 0;
   CALL(medit_solution_input(solution.path(), dim, a, kinds), emptied(a), emptied(kinds));
   for (const auto& w : mesh_files::writers) {
@@ -415,6 +420,7 @@ void files(trial& t, const inputs& in) {
   CALL(vtk_output(file.path(), in.coords, in.mesh, in.type), emptied(file));
   CALL(medit_output(file.path(), in.coords, in.mesh, in.type), emptied(file));
   CALL(NASTRAN_output(file.path(), in.coords, in.mesh, in.type), also(-6), emptied(file));
+  CALL(FEMAP_output(file.path(), in.coords, in.mesh, in.type), also(-6), emptied(file));
   CALL(ensight_output(file.path(), in.coords, in.mesh, in.type), emptied(file));
   ids cells, types;
   unsigned n = 1;

@@ -120,13 +120,17 @@ bool read(const std::filesystem::path& file, mesh& m) {
     m.result = NASTRAN_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, m.references, m.element_IDs,
                              m.node_IDs);
   }
+  if (end == ".neu") {
+    m.result = FEMAP_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, m.references, m.element_IDs,
+                           m.node_IDs);
+  }
   if (end == ".mesh") {
     m.result = medit_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, m.references, node_references);
   }
   if (end == ".vtk") {
     m.result = vtk_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, m.element_IDs);
   }
-  return is_nastran || end == ".mesh" || end == ".vtk";
+  return is_nastran || end == ".neu" || end == ".mesh" || end == ".vtk";
 }
 
 /// Prints the fields of a file with solutions, which may be a mesh.

@@ -222,7 +222,8 @@ std::vector<reader> readers(unsigned n) {
           {"VTK binary", read_vtk, binary_vtk(m)},
           {"MEDIT", read_medit, written(writers[11], m)},
           {"MEDIT solution", read_solution, written(writers[15], m)},
-          {"NASTRAN", read_identified<NASTRAN_input>, written(writers[17], m), true}};
+          {"NASTRAN", read_identified<NASTRAN_input>, written(writers[17], m), true},
+          {"FEMAP", read_identified<FEMAP_input>, written(writers[20], m), true}};
 }
 
 TEST(io_faults, every_call_of_every_reader_may_fail) {

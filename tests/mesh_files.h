@@ -73,6 +73,9 @@ inline const writer writers[] = {
     WRITER(NASTRAN_output(path, m.coords, m.triangles, ELT_TRIA3)),
     WRITER(NASTRAN_output(path, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4)),
     WRITER(NASTRAN_output(path, m.coords, m.triangles, m.offsets, m.codes.sub_vector(0, 1), m.references)),
+    WRITER(FEMAP_output(path, m.coords, m.triangles, ELT_TRIA3)),
+    WRITER(FEMAP_output(path, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4)),
+    WRITER(FEMAP_output(path, m.coords, m.triangles, m.offsets, m.codes.sub_vector(0, 1), m.references)),
     WRITER(ensight_output(path, m.coords, m.triangles, ELT_TRIA3)),
     WRITER(ensight_output(path, m.coords, m.triangles, m.quads, ELT_TRIA3, ELT_QUAD4)),
     WRITER(ensight_output(path, m.coords, m.both, m.both + 2, m.codes))};

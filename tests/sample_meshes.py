@@ -10,7 +10,7 @@ import subprocess
 import sys
 import tempfile
 
-READERS = {"NASTRAN_input", "medit_input", "medit_solution_input", "vtk_input"}  # that DUMP_MESH knows
+READERS = {"FEMAP_input", "NASTRAN_input", "medit_input", "medit_solution_input", "vtk_input"}  # that DUMP_MESH knows
 
 
 def main():

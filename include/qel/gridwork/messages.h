@@ -96,6 +96,8 @@ enum class operation : unsigned char {
   medit_tensor,
   NASTRAN_output,
   NASTRAN_input,
+  FEMAP_input,
+  FEMAP_output,
   ensight_output
   /// @endcond
 };
@@ -173,6 +175,8 @@ inline constexpr operation_name operation_names[] = {
     {operation::medit_tensor, "medit_tensor", ""},
     {operation::NASTRAN_output, "NASTRAN_output", ""},
     {operation::NASTRAN_input, "NASTRAN_input", ""},
+    {operation::FEMAP_input, "FEMAP_input", ""},
+    {operation::FEMAP_output, "FEMAP_output", ""},
     {operation::ensight_output, "ensight_output", ""},
 };
 
@@ -223,6 +227,11 @@ inline constexpr const char* linear_type = "the function does not handle this el
 inline constexpr const char* not_opened = "the file cannot be opened";
 inline constexpr const char* unknown_node = "an element of the file has a node that the file does not define";
 inline constexpr const char* no_type_to_read = "elements of this type cannot be read alone";
+inline constexpr const char* rows_of_blocks =
+    "a connectivity has too few rows for its type, or a mixed one an invalid row count";
+inline constexpr const char* offsets_of_blocks =
+    "the block offsets do not fit the block types, decrease, or leave the connectivity";
+inline constexpr const char* properties_of_blocks = "the list of property IDs has not one entry per element";
 inline constexpr const char* binary = "the file is binary";
 inline constexpr const char* tolerance = "the tolerance is negative or NaN";
 inline constexpr const char* mode = "the mode is neither 0 nor 1 nor 2";
@@ -480,11 +489,9 @@ inline constexpr result_code result_codes[] = {
     {operation::medit_tensor, -199, sentences::memory},
     {operation::NASTRAN_output, -1, sentences::not_opened},
     {operation::NASTRAN_output, -2, sentences::plane_or_space},
-    {operation::NASTRAN_output, -3,
-     "a connectivity has too few rows for its type, or a mixed one an invalid row count"},
-    {operation::NASTRAN_output, -5,
-     "the block offsets do not fit the block types, decrease, or leave the connectivity"},
-    {operation::NASTRAN_output, -6, "the list of property IDs has not one entry per element"},
+    {operation::NASTRAN_output, -3, sentences::rows_of_blocks},
+    {operation::NASTRAN_output, -5, sentences::offsets_of_blocks},
+    {operation::NASTRAN_output, -6, sentences::properties_of_blocks},
     {operation::NASTRAN_output, -199, sentences::memory},
     {operation::NASTRAN_input, -1, sentences::not_opened},
     {operation::NASTRAN_input, -2, "a card has a field that is no number, lacks a vertex, or is a replication"},
@@ -494,6 +501,19 @@ inline constexpr result_code result_codes[] = {
     {operation::NASTRAN_input, -6,
      "a coordinate system is missing, leads back to itself, or has its three points in line"},
     {operation::NASTRAN_input, -199, sentences::memory_or_count},
+    {operation::FEMAP_input, -1, sentences::not_opened},
+    {operation::FEMAP_input, -2,
+     "the file is no FEMAP neutral file, or a number or node in it cannot be read or is missing"},
+    {operation::FEMAP_input, -3, sentences::unknown_node},
+    {operation::FEMAP_input, -4, sentences::no_type_to_read},
+    {operation::FEMAP_input, -5, "a node is defined twice, at different places"},
+    {operation::FEMAP_input, -199, sentences::memory_or_count},
+    {operation::FEMAP_output, -1, sentences::not_opened},
+    {operation::FEMAP_output, -2, sentences::plane_or_space},
+    {operation::FEMAP_output, -3, sentences::rows_of_blocks},
+    {operation::FEMAP_output, -5, sentences::offsets_of_blocks},
+    {operation::FEMAP_output, -6, sentences::properties_of_blocks},
+    {operation::FEMAP_output, -199, sentences::memory},
     {operation::ensight_output, -1, sentences::not_opened},
     {operation::ensight_output, -2, sentences::one_to_three_rows},
     {operation::ensight_output, -3, sentences::matrix},

@@ -1,0 +1,68 @@
+// Elements of FEMAP neutral files: topologies, and the slots and order of their nodes.
+#ifndef QEL_GRIDWORK_IO_FEMAP_H
+#define QEL_GRIDWORK_IO_FEMAP_H
+
+#include <cstdint>
+
+#include "io/nastran.h"
+#include "io/node_order.h"
+#include "qel/gridwork/elements.h"
+
+namespace qel::gridwork::detail::io::femap {
+
+constexpr unsigned nbr_slots = 20;
+
+/// The numbers of the blocks that are read.
+enum class block { header = 100, nodes = 403, elements = 404 };
+
+/// How an element appears: its topology, its kind by nodes and dimension, and the slots of its nodes, which come in the
+/// order of NASTRAN's cards.
+struct form {
+  element_type type, linear;
+  unsigned topology;
+  unsigned kind;
+  unsigned char slots[nbr_slots];
+};
+
+inline constexpr form forms[] = {
+    {ELT_EDGE2, ELT_EDGE2, 0, 1, {0, 1}},
+    {ELT_EDGE3, ELT_EDGE2, 1, 1, {0, 1, 2}},
+    {ELT_TRIA3, ELT_TRIA3, 2, 17, {0, 1, 2}},
+    {ELT_QUAD4, ELT_QUAD4, 4, 17, {0, 1, 2, 3}},
+    {ELT_TRIA6, ELT_TRIA3, 3, 18, {0, 1, 2, 4, 5, 6}},
+    {ELT_QUAD8, ELT_QUAD4, 5, 18, {0, 1, 2, 3, 4, 5, 6, 7}},
+    {ELT_TETRA4, ELT_TETRA4, 6, 25, {0, 1, 2, 4}},
+    {ELT_TETRA10, ELT_TETRA4, 10, 26, {0, 1, 2, 4, 8, 9, 10, 12, 13, 14}},
+    {ELT_PYRAMID5, ELT_PYRAMID5, 14, 25, {0, 1, 2, 3, 4}},
+    {ELT_PYRAMID13, ELT_PYRAMID5, 19, 26, {0, 1, 2, 3, 4, 8, 9, 10, 11, 12, 13, 14, 15}},
+    {ELT_WEDGE6, ELT_WEDGE6, 7, 25, {0, 1, 2, 4, 5, 6}},
+    {ELT_WEDGE15, ELT_WEDGE6, 11, 26, {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 16, 17, 18}},
+    {ELT_HEXA8, ELT_HEXA8, 8, 25, {0, 1, 2, 3, 4, 5, 6, 7}},
+    {ELT_HEXA20, ELT_HEXA8, 12, 26, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19}},
+};
+
+/// The form of a type, which for the types with nodes in their faces and bodies is that of the one without; null for
+/// those that do not appear.
+constexpr const form* form_of(element_type type) noexcept {
+  const element_type written = type == ELT_QUAD9       ? ELT_QUAD8
+                               : type == ELT_PYRAMID14 ? ELT_PYRAMID13
+                               : type == ELT_WEDGE18   ? ELT_WEDGE15
+                               : type == ELT_HEXA27    ? ELT_HEXA20
+                                                       : type;
+  for (const form& f : forms) {
+    if (f.type == written) return &f;
+  }
+  return nullptr;
+}
+
+/// The form of a topology; null for one that no type here has.
+constexpr const form* form_of_topology(std::int64_t topology) noexcept {
+  for (const form& f : forms) {
+    if (f.topology == topology) return &f;
+  }
+  return nullptr;
+}
+
+}  // namespace qel::gridwork::detail::io::femap
+
+#endif

@@ -1,0 +1,250 @@
+// Reads FEMAP neutral files.
+#include <algorithm>
+#include <cstdint>
+#include <string_view>
+
+#include "core/result.h"
+#include "io/element_collector.h"
+#include "io/femap.h"
+#include "io/identified_mesh.h"
+#include "io/identified_nodes.h"
+#include "io/input_result.h"
+#include "io/text/block_reader.h"
+#include "io/text/field.h"
+#include "io/text/file.h"
+#include "io/text/record_lines.h"
+#include "qel/gridwork/io.h"
+
+namespace qel::gridwork {
+
+using namespace detail;
+
+namespace {
+
+using io::malformed;
+using io::femap::form;
+
+/// The fields of a line, with commas, blanks or both between them.
+class field_list {
+ public:
+  explicit field_list(std::string_view line) noexcept : rest_(line) {}
+
+  /// The next field; empty behind the last one.
+  std::string_view next() noexcept {
+    skip_blanks();
+    const char* p = rest_.begin();
+    while (p != rest_.end() && *p != ',' && !io::is_blank(*p)) ++p;
+    const std::string_view field = rest_.substr(0, static_cast<std::uint64_t>(p - rest_.begin()));
+    rest_.remove_prefix(field.size());
+    skip_blanks();
+    if (!rest_.empty() && rest_.front() == ',') rest_.remove_prefix(1);
+    return field;
+  }
+
+  void skip(unsigned count) noexcept {
+    for (; count != 0; --count) next();
+  }
+
+ private:
+  void skip_blanks() noexcept {
+    while (!rest_.empty() && io::is_blank(rest_.front())) rest_.remove_prefix(1);
+  }
+
+  std::string_view rest_;
+};
+
+/// Reads blocks, each between two lines with nothing but -1.
+class neutral_parser {
+ public:
+  neutral_parser(io::block_reader& blocks, std::uint64_t file_size, element_type only) noexcept
+      : lines_(blocks), file_size_(file_size), elements_(only, 2) {}
+
+  int parse() noexcept {
+    bool has_block = false;
+    while (skip_to_mark()) {
+      std::int64_t number = 0;
+      do {
+        if (!lines_.next(line_)) return has_block ? 0 : malformed;
+      } while (is_mark());
+      if (!io::scan_integer(field_list(line_.text).next(), number)) continue;
+      has_block = true;
+      const int result = read_block(static_cast<io::femap::block>(number));
+      if (result != 0) return result;
+    }
+    return has_block ? 0 : malformed;
+  }
+
+  /// Makes the mesh, once all blocks are read.
+  int finish(io::identified_mesh& mesh) noexcept {
+    const int result = nodes_.finish(0);
+    if (result != 0) return result;
+    const auto to_column = [this](unsigned& node) { return (node = nodes_.find(node)) != none; };
+    if (!elements_.change_nodes(to_column)) return io::unknown_node;
+    if (!elements_.deliver(mesh.elements)) return out_of_memory;
+    nodes_.deliver(mesh.coords, mesh.node_IDs);
+    return io::result_of_left_out(left_out_);
+  }
+
+ private:
+  bool is_mark() const noexcept { return io::trim(line_.text) == "-1"; }
+
+  /// Goes to a line that begins or ends a block; false when there is none.
+  bool skip_to_mark() noexcept {
+    while (lines_.next(line_)) {
+      if (is_mark()) return true;
+    }
+    return false;
+  }
+
+  /// Goes to the next line of a block; false at its end.
+  bool next_line() noexcept { return lines_.next(line_) && !is_mark(); }
+
+  int read_block(io::femap::block number) noexcept {
+    if (number == io::femap::block::header) return read_version(), 0;
+    if (number == io::femap::block::nodes) return read_lines([this] { return read_node(); });
+    if (number == io::femap::block::elements) return read_lines([this] { return read_element(); });
+    skip_to_mark();
+    return 0;
+  }
+
+  /// Calls read() at the first line of each record.
+  template <class Read>
+  int read_lines(Read read) noexcept {
+    while (next_line()) {
+      if (io::trim(line_.text).empty()) continue;
+      const int result = read();
+      if (result != 0) return result;
+    }
+    return 0;
+  }
+
+  /// Of old versions, records of elements have no lists.
+  void read_version() noexcept {
+    double version = 0;
+    has_lists_ = true;
+    if (!next_line() || !next_line()) return;
+    if (reals_.scan(field_list(line_.text).next(), version)) has_lists_ = version >= 4.5;
+    skip_to_mark();
+  }
+
+  int read_node() noexcept {
+    field_list fields(line_.text);
+    unsigned ID = 0;
+    double place[3];
+    if (line_.is_cut || !io::scan_ID(fields.next(), ID)) return malformed;
+    fields.skip(10);
+    for (double& x : place) {
+      if (!reals_.scan(fields.next(), x)) return malformed;
+    }
+    return nodes_.append(ID, 0, place, progress()) ? 0 : out_of_memory;
+  }
+
+  /// Reads a record: its header, two lines of nodes, three that do not matter, flags, and the lists that they announce.
+  int read_element() noexcept {
+    field_list header(line_.text);
+    const std::string_view ID = header.next();
+    header.skip(1);
+    unsigned labels[] = {0, 0};  // property, identifier
+    const bool has_labels = !line_.is_cut && io::scan_ID(ID, labels[1]) && io::scan_reference(header.next(), labels[0]);
+    std::int64_t topology = 0;
+    header.skip(1);
+    if (!has_labels || !io::scan_integer(header.next(), topology)) return malformed;
+    const form* const found = io::femap::form_of_topology(topology);
+    const bool is_wanted = found != nullptr && (elements_.keeps(found->type) || elements_.keeps(found->linear));
+    left_out_ += found == nullptr ? 1 : 0;
+    unsigned slots[io::femap::nbr_slots];
+    for (unsigned first = 0; first < io::femap::nbr_slots; first += 10) {
+      if (!next_line() || (is_wanted && !scan_slots(slots + first))) return malformed;
+    }
+    if (!next_line() || !next_line() || !next_line() || !next_line() || !skip_lists()) return malformed;
+    return is_wanted ? append(*found, slots, labels) : 0;
+  }
+
+  bool scan_slots(unsigned* slots) const noexcept {
+    field_list fields(line_.text);
+    for (unsigned k = 0; k < 10; ++k) {
+      const std::string_view field = fields.next();
+      slots[k] = 0;
+      if (field != "0" && !io::scan_ID(field, slots[k])) return false;
+    }
+    return !line_.is_cut;
+  }
+
+  /// Passes over the lists that the flags of the line announce.
+  bool skip_lists() noexcept {
+    if (!has_lists_) return true;
+    field_list flags(line_.text);
+    flags.skip(12);
+    unsigned lists = 0;
+    for (unsigned k = 12; k < 16; ++k) {
+      const std::string_view flag = flags.next();
+      lists += flag.find_first_not_of("0") != std::string_view::npos ? 1 : 0;
+    }
+    for (; lists != 0; --lists) {
+      do {
+        if (!lines_.next(line_)) return false;
+      } while (field_list(line_.text).next() != "-1");
+    }
+    return true;
+  }
+
+  int append(const form& f, const unsigned* slots, const unsigned* labels) noexcept {
+    const io::node_order all = io::nastran::order_on_card(f.type);
+    const unsigned vertices = nbr_nodes(f.linear);
+    const bool is_packed = has_other_slots(f, all.count, slots);
+    unsigned nodes[io::femap::nbr_slots];
+    element_type type = f.type;
+    for (unsigned k = 0; k < all.count; ++k) {
+      const unsigned node = slots[is_packed ? k : f.slots[k]];
+      if (node == 0 && k < vertices) return malformed;
+      if (node == 0) type = f.linear;
+      nodes[all.nodes[k]] = node;
+    }
+    if (!elements_.keeps(type)) return 0;
+    return elements_.append(type, nodes, labels, progress()) ? 0 : out_of_memory;
+  }
+
+  /// True when there are nodes in slots that a topology leaves empty: then they stand in the first ones.
+  static bool has_other_slots(const form& f, unsigned count, const unsigned* slots) noexcept {
+    unsigned expected = 0;
+    for (unsigned k = 0; k < count; ++k) expected += slots[f.slots[k]] != 0 ? 1 : 0;
+    const auto there = std::count_if(slots, slots + io::femap::nbr_slots, [](unsigned node) { return node != 0; });
+    return static_cast<unsigned>(there) != expected;
+  }
+
+  io::file_progress progress() const noexcept { return {lines_.position(), file_size_}; }
+
+  io::record_lines lines_;
+  io::record_line line_;
+  io::real_scanner reals_;
+  std::uint64_t file_size_;
+  io::identified_nodes nodes_;
+  io::element_collector elements_;
+  std::uint64_t left_out_ = 0;
+  bool has_lists_ = true;
+};
+
+int read_neutral(const char* filename, element_type only, io::identified_mesh& mesh) noexcept {
+  const io::file input(filename, "rb");
+  if (!input.is_open()) return io::not_opened;
+  io::block_reader blocks(input.stream());
+  if (!blocks.prepare()) return out_of_memory;
+  neutral_parser parser(blocks, input.size(), only);
+  const int result = parser.parse();
+  return result != 0 ? result : parser.finish(mesh);
+}
+
+}  // namespace
+
+int FEMAP_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity,
+                dense1D<unsigned>& block_offsets, dense1D<int>& block_types, dense1D<unsigned>& property_IDs,
+                dense1D<unsigned>& element_IDs, dense1D<unsigned>& node_IDs) {
+  return io::read_blocks(read_neutral, filename, coords, connectivity, block_offsets, block_types, property_IDs,
+                         element_IDs, node_IDs);
+}
+
+int FEMAP_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity, element_type type) {
+  return io::read_type(read_neutral, filename, coords, connectivity, type);
+}
+
+}  // namespace qel::gridwork
