@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "core/result.h"
+#include "io/distinct_nodes.h"
 #include "io/element_collector.h"
 #include "io/input_result.h"
 #include "io/medit.h"
@@ -20,6 +21,7 @@ using namespace detail;
 
 namespace {
 
+using io::are_distinct;
 using io::kind_not_read;
 using io::malformed;
 using io::same_word;
@@ -31,13 +33,6 @@ struct medit_mesh {
   dense2D<unsigned> node_references{};  // one row
   io::element_blocks elements;
 };
-
-bool are_distinct(const unsigned* nodes, unsigned count) noexcept {
-  for (unsigned k = 1; k < count; ++k) {
-    if (std::find(nodes, nodes + k, nodes[k]) != nodes + k) return false;
-  }
-  return true;
-}
 
 /// The type that the eight nodes of a hexahedron make: with repeated nodes, a pyramid (a b c d e e e e) or a wedge
 /// (a b c c d e f f), whose own nodes come first then.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "io/distinct_nodes.h"
 #include "io/input_result.h"
 #include "io/vtk.h"
 #include "qel/gridwork/elements.h"
@@ -18,13 +19,6 @@ element_type joined_type(unsigned vtk_type, std::uint64_t vertices, std::uint64_
     if (fits && others != 0 && nbr_nodes(type) == vertices + others) return type;
   }
   return ELT_UNKNOWN;
-}
-
-bool are_distinct(const unsigned* nodes, unsigned count) noexcept {
-  for (unsigned k = 1; k < count; ++k) {
-    if (std::find(nodes, nodes + k, nodes[k]) != nodes + k) return false;
-  }
-  return true;
 }
 
 cell_form form_of(unsigned vtk_type) noexcept {
