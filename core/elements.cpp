@@ -1,6 +1,7 @@
 #include "core/elements.h"
 
 #include "core/result.h"
+#include "qel/gridwork/version.h"
 
 namespace qel::gridwork {
 
@@ -54,7 +55,8 @@ bool valid_face(const unsigned* nodes, unsigned n) noexcept {
   return all_below(nodes, nodes + (nodes[3] == none ? 3 : 4), n);
 }
 
-/// The end of a column is marked by `none` in row 4, 5 or 6 and every later row.
+/// The end of a column is marked by `none` in row 4, 5 or 6 and every later row. Nothing else is valid, so that all ways
+/// to read a column agree (core/shapes.h).
 bool valid_solid(const unsigned* nodes, unsigned n) noexcept {
   unsigned count = 4;
   while (count < 7 && nodes[count] != none) ++count;
@@ -75,7 +77,7 @@ bool all_columns(const dense2D<unsigned>& connectivity, ValidColumn valid) {
 
 }  // namespace
 
-const char* version() { return QEL_GRIDWORK_VERSION; }
+const char* version() { return QEL_GRIDWORK_VERSION_STRING ".0"; }
 
 unsigned nbr_nodes(element_type type) { return facts(type).nodes; }
 unsigned nbr_base_nodes(element_type type) { return facts(type).base_nodes; }

@@ -47,5 +47,5 @@ sed -i '/<\/head>/i\
 <script src="$relpath^doxygen-awesome-darkmode-toggle.js"></script>\
 <script src="$relpath^doxygen-awesome-fragment-copy-button.js"></script>\
 <script>DoxygenAwesomeDarkModeToggle.init(); DoxygenAwesomeFragmentCopyButton.init();</script>' "$DOCS_OUT/header.html"
-DOCS_VERSION=$(sed -n 's/^  VERSION \([0-9.]*\)$/\1/p' CMakeLists.txt) doxygen docs/Doxyfile
+DOCS_VERSION=$(sed -nE 's/^#define QEL_GRIDWORK_VERSION_[A-Z]+ ([0-9]+).*/\1/p' include/qel/gridwork/version.h | paste -sd.) doxygen docs/Doxyfile
 echo "built: build/docs/html/index.html"

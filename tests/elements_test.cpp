@@ -21,7 +21,12 @@ TEST(elements, tables) {
                 nbr_boundaries(type) == boundaries[t])
         << t;
   }
-  EXPECT_STREQ(version(), "4.8.0.0");
+}
+
+TEST(elements, version) {
+  static_assert(QEL_GRIDWORK_VERSION >= QEL_GRIDWORK_VERSION_NUMBER(4, 8, 0));
+  static_assert(QEL_GRIDWORK_VERSION < QEL_GRIDWORK_VERSION_NUMBER(QEL_GRIDWORK_VERSION_MAJOR + 1, 0, 0));
+  EXPECT_EQ(version(), QEL_GRIDWORK_VERSION_STRING + std::string(".0"));
 }
 
 // Every type against every row count: only the shape counts when there is no bound.

@@ -45,6 +45,10 @@
 /// A null file name is one that cannot be opened. Node indices that a function does not say it checks are yours to check:
 /// check_IDs() does it once for all.
 ///
+/// **Versions.** QEL_GRIDWORK_VERSION, QEL_GRIDWORK_VERSION_STRING and the three numbers are those of the headers a program
+/// was compiled with (version.h); version() tells that of the library it runs with. A library of the same major number
+/// and a later minor one may take the other's place.
+///
 /// Where to read on: the headers below, each the manual of its family; the page "Conventions" for what they have in
 /// common; "Element types" for drawings of all local numbers.
 #ifndef QEL_GRIDWORK_H
@@ -61,6 +65,7 @@
 #include "qel/gridwork/search.h"
 #include "qel/gridwork/topology.h"
 #include "qel/gridwork/transforms.h"
+#include "qel/gridwork/version.h"
 #include "qel/histogram.h"
 #include "qel/lapack.h"
 

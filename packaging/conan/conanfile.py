@@ -27,8 +27,8 @@ class QelGridwork(ConanFile):
         return os.path.join(self.recipe_folder, "..", "..")
 
     def set_version(self):
-        cmake = load(self, os.path.join(self._tree, "CMakeLists.txt"))
-        self.version = re.search(r"project\([^)]*VERSION ([0-9.]+)", cmake).group(1)
+        header = load(self, os.path.join(self._tree, "include", "qel", "gridwork", "version.h"))
+        self.version = ".".join(re.findall(r"#define QEL_GRIDWORK_VERSION_[A-Z]+ ([0-9]+)", header))
 
     def export_sources(self):
         for pattern in ("CMakeLists.txt", "LICENSE", "README.md", "*.h", "*.cpp", "cmake/*", "examples/*"):

@@ -19,4 +19,4 @@ export PKG_CONFIG_PATH=$prefix/$libdir/pkgconfig
 pkg-config --atleast-version=4.8 qel_gridwork
 read -ra flags <<< "$(pkg-config --cflags --libs qel_gridwork)"
 "$compiler" -std=c++17 -Wall -Wextra -Wpedantic -Wconversion -Werror "$consumer/main.cpp" "${flags[@]}" -o pkg
-LD_LIBRARY_PATH=$prefix/$libdir ./pkg
+LD_LIBRARY_PATH=$prefix/$libdir ./pkg | grep "^gridwork $(pkg-config --modversion qel_gridwork):"

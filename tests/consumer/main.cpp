@@ -2,6 +2,7 @@
 #include <qel/gridwork.h>
 
 #include <cstdio>
+#include <string>
 
 int main() {
   using namespace qel;
@@ -16,7 +17,8 @@ int main() {
   dense2D<double> merged_coords;
   dense2D<unsigned> merged_triangles;
   int const result = gridwork::STL_input("consumer.stl", merged_coords, merged_triangles);
-  std::printf("gridwork %s: result %d, %u nodes, %u triangles\n", gridwork::version(), result,
+  std::printf("gridwork %s: result %d, %u nodes, %u triangles\n", QEL_GRIDWORK_VERSION_STRING, result,
               static_cast<unsigned>(merged_coords.cols()), static_cast<unsigned>(merged_triangles.cols()));
-  return result == 0 && merged_coords.cols() == 4 && merged_triangles.cols() == 2 ? 0 : 1;
+  bool const same_version = gridwork::version() == QEL_GRIDWORK_VERSION_STRING + std::string(".0");
+  return same_version && result == 0 && merged_coords.cols() == 4 && merged_triangles.cols() == 2 ? 0 : 1;
 }

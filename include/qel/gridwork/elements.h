@@ -52,7 +52,8 @@ enum element_type {
   ELT_HEXA27 = 22      ///< 27-node hexahedron
 };
 
-/// The library's version, "4.8.0.0", a constant string.
+/// The version of the library that runs, with a fourth number: "4.8.0.0", a constant string. version.h has that of the
+/// headers.
 QEL_GRIDWORK_API const char* version();
 
 /// Nodes of an element: the row count of a connectivity of that type. Constant.
