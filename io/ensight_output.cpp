@@ -85,20 +85,20 @@ int write_file(const char* filename, const dense2D<double>& coords, const matrix
 
 int ensight_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                    element_type type) {
-  const int codes[] = {type};
-  return write_file(filename, coords, {&connectivity, &connectivity + 1, codes, 1});
+  const int types[] = {type};
+  return write_file(filename, coords, {&connectivity, &connectivity + 1, types, 1});
 }
 
 int ensight_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity1,
                    const dense2D<unsigned>& connectivity2, element_type type1, element_type type2) {
   const dense2D<unsigned> both[] = {connectivity1, connectivity2};
-  const int codes[] = {type1, type2};
-  return write_file(filename, coords, {both, both + 2, codes, 2});
+  const int types[] = {type1, type2};
+  return write_file(filename, coords, {both, both + 2, types, 2});
 }
 
 int ensight_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>* first,
-                   const dense2D<unsigned>* last, const dense1D<int>& codes) {
-  return write_file(filename, coords, {first, last, codes.begin(), codes.size()});
+                   const dense2D<unsigned>* last, const dense1D<int>& types) {
+  return write_file(filename, coords, {first, last, types.begin(), types.size()});
 }
 
 }  // namespace qel::gridwork

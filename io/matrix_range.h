@@ -13,29 +13,30 @@ namespace qel::gridwork::detail::io {
 struct matrix_range {
   const dense2D<unsigned>* first;
   const dense2D<unsigned>* last;
-  const int* codes;
-  std::uint64_t nbr_codes;
+  const int* types;
+  std::uint64_t nbr_types;
 
   std::uint64_t size() const noexcept { return static_cast<std::uint64_t>(last - first); }
 
   /// The type of matrix i; a short mixed matrix is its pure type.
   element_type type(std::uint64_t i) const noexcept {
-    return resolve_type(static_cast<element_type>(codes[i]), first[i].rows());
+    return resolve_type(static_cast<element_type>(types[i]), first[i].rows());
   }
 };
 
-/// 0, or the code that the writers share: -4, -5 for a range that does not fit its codes, -3 for a matrix that does not
+/// 0, or the code that the writers share: -4, -5 for a range that does not fit its types, -3 for a matrix that does not
 /// fit its type or holds nodes from n on.
 inline int check_matrices(const matrix_range& range, unsigned n) noexcept {
   if (range.first > range.last) return -4;
-  if (range.size() != range.nbr_codes) return -5;
+  if (range.size() != range.nbr_types) return -5;
   for (std::uint64_t i = 0; i < range.size(); ++i) {
-    if (!is_element_type(range.codes[i]) || !check_IDs(range.first[i], range.type(i), n)) return -3;
+    if (!is_element_type(range.types[i]) || !check_IDs(range.first[i], range.type(i), n)) return -3;
   }
   return 0;
 }
 
-/// The plain type of one column of a matrix of `type`: in a mixed one, the first unused row decides.
+/// The plain type of one column of a matrix of `type`: in a mixed one, the first unused row decides, whatever lies
+/// before or behind; core/shapes.h has the other ways to read a column, which differ on malformed ones.
 constexpr element_type plain_type(element_type type, const unsigned* nodes) noexcept {
   if (type == ELT_FACE_MIX) return nodes[3] == none ? ELT_TRIA3 : ELT_QUAD4;
   if (type != ELT_SOLID_MIX) return type;

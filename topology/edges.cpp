@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <numeric>
 
-#include "core/append_columns.h"
 #include "core/check.h"
 #include "core/distribute.h"
 #include "core/elements.h"
+#include "core/growth.h"
 #include "core/limits.h"
 #include "core/outputs.h"
 #include "core/shapes.h"
@@ -49,10 +49,10 @@ static_assert(sizeof(types_of_edges) / sizeof(types_of_edges[0]) == ELT_HEXA27 +
 struct typed_range {
   const dense2D<unsigned>* first;
   const dense2D<unsigned>* last;
-  const int* codes;
+  const int* types;
 
   element_type type(const dense2D<unsigned>* matrix) const noexcept {
-    return resolve_type(static_cast<element_type>(codes[matrix - first]), matrix->rows());
+    return resolve_type(static_cast<element_type>(types[matrix - first]), matrix->rows());
   }
 };
 
@@ -198,15 +198,15 @@ int copy_edges(const dense2D<unsigned>& connectivity, element_type type, dense2D
   return append_edges({&connectivity, &connectivity + 1, &code}, appended(edges, connectivity));
 }
 
-int copy_edges(const dense2D<unsigned>* first, const dense2D<unsigned>* last, const dense1D<int>& codes,
+int copy_edges(const dense2D<unsigned>* first, const dense2D<unsigned>* last, const dense1D<int>& types,
                dense2D<unsigned>& edges) {
   if (last < first) return -2;
-  if (static_cast<std::uint64_t>(last - first) != codes.size()) return -3;
+  if (static_cast<std::uint64_t>(last - first) != types.size()) return -3;
   if (holds_no_pairs(edges)) return -4;
   for (const dense2D<unsigned>* matrix = first; matrix != last; ++matrix) {
-    if (!fits(*matrix, codes[static_cast<std::uint64_t>(matrix - first)])) return -1;
+    if (!fits(*matrix, types[static_cast<std::uint64_t>(matrix - first)])) return -1;
   }
-  return append_edges({first, last, codes.data()}, appended(edges, matrices{first, last}));
+  return append_edges({first, last, types.data()}, appended(edges, matrices{first, last}));
 }
 
 }  // namespace qel::gridwork

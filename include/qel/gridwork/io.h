@@ -3,7 +3,7 @@
 ///
 /// Every file is closed when a function returns. Types are enumerators of element_type; a mixed matrix with the row
 /// count of a smaller member holds only that member, and a matrix without entries no element. The overloads on a range
-/// take the matrices from `first` up to but excluding `last`, matrix i being of the type `codes[i]`.
+/// take the matrices from `first` up to but excluding `last`, matrix i being of the type `types[i]`.
 ///
 /// Readers take a failure of the stream for the end of the file. A call that a signal breaks off is repeated, also by
 /// writers; only a stream of the caller's, which has a buffer, may lose what the buffer held then.
@@ -214,7 +214,7 @@ QEL_GRIDWORK_API int vtk_output(std::FILE* stream, const dense2D<double>& coords
 ///         -2 when `coords` has neither 2 nor 3 rows, or a type is not accepted
 ///         -3 when a matrix is not one of its type on these nodes
 ///         -4 when `first` lies after `last`
-///         -5 when `codes` has not one entry a matrix
+///         -5 when `types` has not one entry a matrix
 ///         -199 when memory ran out
 ///
 /// Cost: linear.
@@ -228,7 +228,7 @@ QEL_GRIDWORK_API int vtk_output(const char* filename, const dense2D<double>& coo
 
 /// The same for a range of matrices, one after the other.
 QEL_GRIDWORK_API int vtk_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>* first,
-                                const dense2D<unsigned>* last, const dense1D<int>& codes);
+                                const dense2D<unsigned>* last, const dense1D<int>& types);
 
 /// Reads a legacy VTK file, text or binary, of an unstructured grid or of polydata.
 ///
@@ -310,7 +310,7 @@ QEL_GRIDWORK_API int vtk_input(const char* filename, dense2D<double>& coords, de
 ///         -2 when `coords` has no row or more than 3
 ///         -3 when a matrix is not one of its type on these nodes
 ///         -4 when `first` lies after `last`
-///         -5 when `codes` has not one entry a matrix
+///         -5 when `types` has not one entry a matrix
 ///         -199 when memory ran out
 ///
 /// Cost: linear.
@@ -324,7 +324,7 @@ QEL_GRIDWORK_API int medit_output(const char* filename, const dense2D<double>& c
 
 /// The same for a range of matrices.
 QEL_GRIDWORK_API int medit_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>* first,
-                                  const dense2D<unsigned>* last, const dense1D<int>& codes);
+                                  const dense2D<unsigned>* last, const dense1D<int>& types);
 
 /// The same for elements with references of their own; inside a section they are written by increasing reference.
 ///
@@ -681,7 +681,7 @@ QEL_GRIDWORK_API int FEMAP_output(const char* filename, const dense2D<double>& c
 ///         -2 when `coords` has no row or more than 3
 ///         -3 when a matrix has not the row count of its type
 ///         -4 when `first` lies after `last`
-///         -5 when `codes` has not one entry a matrix
+///         -5 when `types` has not one entry a matrix
 ///         -199 when memory ran out
 ///
 /// Cost: linear.
@@ -695,7 +695,7 @@ QEL_GRIDWORK_API int ensight_output(const char* filename, const dense2D<double>&
 
 /// The same for a range of matrices.
 QEL_GRIDWORK_API int ensight_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>* first,
-                                    const dense2D<unsigned>* last, const dense1D<int>& codes);
+                                    const dense2D<unsigned>* last, const dense1D<int>& types);
 
 }  // namespace gridwork
 }  // namespace qel

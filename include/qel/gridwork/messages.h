@@ -140,7 +140,7 @@ inline constexpr operation_name operation_names[] = {
     {operation::get_connected_elements, "get_connected_elements", ""},
     {operation::get_node_graph, "get_node_graph", ""},
     {operation::copy_edges, "copy_edges", "(connectivity, type, edges)"},
-    {operation::copy_edges_range, "copy_edges", "(first, last, codes, edges)"},
+    {operation::copy_edges_range, "copy_edges", "(first, last, types, edges)"},
     {operation::shape_qualities, "shape_qualities", ""},
     {operation::min_quality, "min_quality", ""},
     {operation::jacobians, "jacobians", ""},
@@ -242,7 +242,7 @@ inline constexpr const char* memory_or_count = "memory ran out, or a count does 
 inline constexpr const char* hmin = "hmin is not finite";
 inline constexpr const char* hmax = "hmax is not finite";
 inline constexpr const char* tensor_rows = "the matrix of tensors has neither 3 nor 6 rows";
-inline constexpr const char* type_codes = "the list of element types has not one entry per connectivity";
+inline constexpr const char* types = "the list of element types has not one entry per connectivity";
 inline constexpr const char* edge_rows = "edges is not empty and has not 2 rows";
 inline constexpr const char* skipped_edge =
     "an edge was skipped: an end is no node, or has no size greater than 0 or no positive definite metric";
@@ -356,7 +356,7 @@ inline constexpr result_code result_codes[] = {
     {operation::copy_edges, -199, sentences::memory},
     {operation::copy_edges_range, -1, sentences::matrix},
     {operation::copy_edges_range, -2, sentences::range},
-    {operation::copy_edges_range, -3, sentences::type_codes},
+    {operation::copy_edges_range, -3, sentences::types},
     {operation::copy_edges_range, -4, sentences::edge_rows},
     {operation::copy_edges_range, -199, sentences::memory},
     {operation::shape_qualities, -1, sentences::plane_or_space},
@@ -379,7 +379,7 @@ inline constexpr result_code result_codes[] = {
     {operation::edge_qualities, -199, sentences::memory},
     {operation::edge_qualities_range, -1, sentences::plane_or_space},
     {operation::edge_qualities_range, -2, sentences::mesh},
-    {operation::edge_qualities_range, -4, sentences::type_codes},
+    {operation::edge_qualities_range, -4, sentences::types},
     {operation::edge_qualities_range, -5, sentences::skipped_edge},
     {operation::edge_qualities_range, -7, sentences::excluded},
     {operation::edge_qualities_range, -199, sentences::memory},
@@ -452,7 +452,7 @@ inline constexpr result_code result_codes[] = {
     {operation::vtk_output, -2, "coords has neither 2 nor 3 rows, or the format does not have an element type"},
     {operation::vtk_output, -3, sentences::mesh},
     {operation::vtk_output, -4, sentences::range},
-    {operation::vtk_output, -5, sentences::type_codes},
+    {operation::vtk_output, -5, sentences::types},
     {operation::vtk_output, -199, sentences::memory},
     {operation::vtk_output_cells, -1, "the stream is null"},
     {operation::vtk_output_cells, -2, sentences::plane_or_space},
@@ -472,7 +472,7 @@ inline constexpr result_code result_codes[] = {
     {operation::medit_output, -2, sentences::one_to_three_rows},
     {operation::medit_output, -3, sentences::mesh},
     {operation::medit_output, -4, sentences::range},
-    {operation::medit_output, -5, sentences::type_codes},
+    {operation::medit_output, -5, sentences::types},
     {operation::medit_output, -199, sentences::memory},
     {operation::medit_output_references, -1, sentences::not_opened},
     {operation::medit_output_references, -2, sentences::one_to_three_rows},
@@ -518,7 +518,7 @@ inline constexpr result_code result_codes[] = {
     {operation::ensight_output, -2, sentences::one_to_three_rows},
     {operation::ensight_output, -3, sentences::matrix},
     {operation::ensight_output, -4, sentences::range},
-    {operation::ensight_output, -5, sentences::type_codes},
+    {operation::ensight_output, -5, sentences::types},
     {operation::ensight_output, -199, sentences::memory},
 };
 

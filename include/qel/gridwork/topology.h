@@ -272,15 +272,15 @@ QEL_GRIDWORK_API int copy_edges(const dense2D<unsigned>& connectivity, element_t
 /// Appends the edges of the matrices [first, last), each once in all.
 ///
 /// @param first,last  array of connectivity matrices
-/// @param codes       their element types, one for each matrix
+/// @param types       their element types, one for each matrix
 /// @param edges       appended to: 2 x edges
-/// @return 0; -2 when `last` lies before `first`; -3 when `codes` has another number of entries; -4 when `edges` is not
+/// @return 0; -2 when `last` lies before `first`; -3 when `types` has another number of entries; -4 when `edges` is not
 ///         empty and has not 2 rows; -1 for a matrix that does not fit its type; -199. `edges` is unchanged on every
 ///         negative result
 ///
 /// Cost: expected linear.
 QEL_GRIDWORK_API int copy_edges(const dense2D<unsigned>* first, const dense2D<unsigned>* last,
-                                const dense1D<int>& codes, dense2D<unsigned>& edges);
+                                const dense1D<int>& types, dense2D<unsigned>& edges);
 
 }  // namespace gridwork
 }  // namespace qel
