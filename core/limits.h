@@ -197,7 +197,7 @@ constexpr unsigned places_per_ID = limit(4U, 1U);
 /// Bits of a reference by which elements are distributed at once: 2^11 places to write to stay in the first caches.
 constexpr unsigned reference_digit_bits = limit(11U, 2U);
 
-/// Triangles of an STL file between the call for the table's slots of their corners and its search, as many as hide the
+/// Triangles of an STL file between the prefetch of the table's slots of their corners and its search, as many as hide the
 /// way to memory, and those for which there is room at least.
 constexpr unsigned triangle_queue = limit(16U, 2U);
 constexpr std::uint64_t fewest_triangles = limit<std::uint64_t>(256, 6);

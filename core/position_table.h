@@ -29,6 +29,11 @@ inline void prefetch(const void* address) noexcept {
 
 /// Open addressing with linear probing. A slot holds half of the hash beside the position: nearly every probe of a
 /// wrong key ends without a look at the caller's list, and the table can grow without the keys.
+///
+/// For keys that are larger than a number and that the caller keeps anyway. Two tables are not made of this one:
+/// index_hash_set (ids/growing_index_set.h), whose keys are so small that they stand in the slots themselves, without
+/// hashes or positions; and slot_groups (topology/slot_groups.h), which is refilled for each range of slots, never
+/// grows, and is searched without branches.
 class position_table {
  public:
   /// Empties the table and makes room for `count` positions.
@@ -44,7 +49,7 @@ class position_table {
   /// Room for `count` more positions; called before insertions that reset() did not count on.
   [[nodiscard]] bool make_room(std::uint64_t count = 1) noexcept {
     while (used_ + count > room_in(mask_ + 1)) {
-      if (!grow()) return false;
+      if (!double_slots()) return false;
     }
     return true;
   }
@@ -103,7 +108,7 @@ class position_table {
     }
   }
 
-  [[nodiscard]] bool grow() noexcept {
+  [[nodiscard]] bool double_slots() noexcept {
     dense1D<slot> larger;
     if (!larger.resize(2 * (mask_ + 1), slot{0, none})) return false;
     mask_ = 2 * mask_ + 1;

@@ -96,6 +96,11 @@ inline constexpr shape hexahedron_shape = {
     {{0, 3, 7, 4}, {1, 5, 6, 2}, {0, 4, 5, 1}, {3, 2, 6, 7}, {0, 1, 2, 3}, {4, 7, 6, 5}},
     {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6}, {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7}}};
 
+// Where a column of a mixed matrix ends, there are three answers, which agree on all columns that check_IDs() accepts:
+// - check_IDs() (elements.cpp): `none` in row 4, 5 or 6 and in every later one, or there is no end before row 8;
+// - here, for topology and quality: behind the first of rows 3, 4 and 5 that holds a node and is followed by `none`;
+// - plain_type() (io/matrix_range.h), for writers: at the first `none` from row 4 on, whatever lies before or behind.
+
 /// The shape of one column of a mixed face connectivity of 4 rows.
 constexpr const shape& face_shape(const unsigned* nodes) noexcept {
   return nodes[3] == none ? triangle_shape : quadrangle_shape;

@@ -14,11 +14,12 @@
 
 namespace qel::gridwork::detail {
 
-/// Open addressing, at most half full. `none` marks empty slots.
+/// Open addressing, at most half full. `none` marks empty slots. A key is its own slot, of half the size that it had in
+/// a position_table, whose hashes and positions are of no use here.
 class index_hash_set {
  public:
   /// Room for one more index.
-  [[nodiscard]] bool make_room() noexcept { return 2 * (used_ + 1) <= keys_.size() || grow(); }
+  [[nodiscard]] bool make_room() noexcept { return 2 * (used_ + 1) <= keys_.size() || double_keys(); }
 
   /// True when `index` was not in the set.
   bool insert(unsigned index) noexcept {
@@ -40,7 +41,7 @@ class index_hash_set {
     return &keys[i];
   }
 
-  [[nodiscard]] bool grow() noexcept {
+  [[nodiscard]] bool double_keys() noexcept {
     dense1D<unsigned> larger;
     if (!larger.resize(std::max(limits::fewest_keys, 2 * keys_.size()), none)) return false;
     for (const unsigned key : keys_) {

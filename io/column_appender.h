@@ -37,7 +37,7 @@ class column_appender {
     return rows_ == 0 ? 0 : static_cast<std::uint64_t>(next_ - matrix_.data()) / rows_;
   }
 
-  /// The place of the next column, which commit() then counts; null when grow() has to make room first.
+  /// The place of the next column, which commit() then counts; null when make_room() comes first.
   T* room() const noexcept { return next_ == end_ ? nullptr : next_; }
   void commit() noexcept {
     QEL_GRIDWORK_CHECK(next_ != end_);
@@ -45,14 +45,14 @@ class column_appender {
   }
 
   [[nodiscard]] bool append(const T* column, std::uint64_t rows, const file_progress& file) noexcept {
-    if (next_ == end_ && !grow(rows, file)) return false;
+    if (next_ == end_ && !make_room(rows, file)) return false;
     std::copy_n(column, rows, next_);
     commit();
     return true;
   }
 
  private:
-  bool grow(std::uint64_t rows, const file_progress& file) noexcept {
+  bool make_room(std::uint64_t rows, const file_progress& file) noexcept {
     QEL_GRIDWORK_CHECK(rows != 0 && (rows_ == 0 || rows_ == rows));
     const std::uint64_t old_count = count();
     if (old_count == 0) start_ = file.position;

@@ -6,6 +6,7 @@
 
 #include "core/check.h"
 #include "core/compact_columns.h"
+#include "core/growth.h"
 #include "core/index_flags.h"
 #include "core/limits.h"
 #include "core/result.h"
@@ -14,13 +15,6 @@
 
 namespace qel::gridwork::detail::io {
 namespace {
-
-/// Gives back capacity that is no longer needed. Without memory for the smaller copy, the array stays as it is.
-template <class T>
-void trim(dense2D<T>& matrix) {
-  dense2D<T> fitting;
-  if (matrix.capacity() > matrix.size() + matrix.size() / 8 && fitting.copy(matrix)) matrix.shallow_copy(fitting);
-}
 
 /// Renumbers the triangles, moves up those that do not repeat a node, and notes their nodes. Returns their number.
 std::uint64_t renumber(dense2D<unsigned>& connectivity, const dense1D<unsigned>& new_IDs, index_flags& used) noexcept {
@@ -142,8 +136,8 @@ int triangle_soup::finish() {
   if (!merge_queue()) return out_of_memory;
   if (!coords_.resize(3, node_count_) || !connectivity_.resize(3, triangle_count_)) return out_of_memory;
   const int result = merge_near_nodes();
-  trim(coords_);
-  trim(connectivity_);
+  trim(coords_, coords_.size() / 8);
+  trim(connectivity_, connectivity_.size() / 8);
   return result;
 }
 

@@ -2,6 +2,7 @@
 #include "core/coordinates.h"
 #include "core/outputs.h"
 #include "core/result.h"
+#include "ids/distinct_indices.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/search.h"
 #include "search/merging/element_merge.h"
@@ -35,7 +36,7 @@ bool move_merged_nodes(dense2D<double>& coords, const dense1D<unsigned>& new_IDs
 bool distinct_nodes(const dense1D<unsigned>& IDs, dense1D<unsigned>& storage, node_list& nodes) {
   nodes = node_list::of(IDs);
   if (nodes.ids == nullptr) return true;
-  if (!storage.reserve(IDs.size()) || unique_indices(storage, IDs) != 0) return false;
+  if (list_distinct(IDs, storage) != 0) return false;
   nodes = node_list::of(storage);
   return true;
 }
@@ -57,9 +58,8 @@ int merge_checked(const dense2D<double>& coords, const dense1D<unsigned>& IDs1, 
   new_IDs.clear();
   if (coords.cols() == 0) return 0;
   if (!in_plane_or_space(coords)) return -1;
-  const auto node_count = static_cast<unsigned>(coords.cols());
-  if (!check_IDs(IDs1, node_count)) return -2;
-  if (&IDs1 != &IDs2 && !check_IDs(IDs2, node_count)) return -3;
+  if (!check_IDs(IDs1, node_bound(coords))) return -2;
+  if (&IDs1 != &IDs2 && !check_IDs(IDs2, node_bound(coords))) return -3;
   if (!(tol >= 0)) return -4;
   if (IDs1.empty() || IDs2.empty()) return 0;
   return finish(merge_lists(coords, IDs1, IDs2, new_IDs, tol), new_IDs);
@@ -83,9 +83,9 @@ int merge_checked(const dense2D<double>& coords, dense2D<unsigned>* first, dense
   if (!(tol >= 0)) return -5;
   if (mode > 2) return -6;
   dense1D<unsigned> nodes;
-  if (collect_nodes(first, last, nodes) != 0) return out_of_memory;
+  if (list_distinct(first, last, nodes) != 0) return out_of_memory;
   if (nodes.empty()) return 0;
-  if (!check_IDs(nodes, static_cast<unsigned>(coords.cols()))) return -2;
+  if (!check_IDs(nodes, node_bound(coords))) return -2;
   return finish(merge_used_nodes(coords, first, last, nodes, new_IDs, tol, mode), new_IDs);
 }
 

@@ -2,10 +2,10 @@
 #include <new>
 
 #include "core/coordinates.h"
+#include "core/identity_map.h"
 #include "core/result.h"
-#include "qel/gridwork/ids.h"
+#include "ids/distinct_indices.h"
 #include "qel/gridwork/search.h"
-#include "search/node_list.h"
 #include "search/tree/node_tree.h"
 
 namespace qel::gridwork {
@@ -72,14 +72,13 @@ int node_detector::reinit(const dense2D<double>& coords) {
   clear();
   if (!in_plane_or_space(coords)) return -1;
   dense1D<unsigned> all;
-  if (coords.cols() >= none || !all.resize(coords.cols())) return out_of_memory;
-  for (unsigned i = 0; i < all.size(); ++i) all[i] = i;
+  if (!set_identity(all, coords.cols())) return out_of_memory;
   return reinit(coords, all);
 }
 
 int node_detector::reinit(const dense2D<double>& coords, const dense1D<unsigned>& IDs) {
   if (!in_plane_or_space(coords)) return -1;
-  if (!check_IDs(IDs, static_cast<unsigned>(coords.cols()))) return -2;
+  if (!check_IDs(IDs, node_bound(coords))) return -2;
   clear();
   if (coords.rows() == 2) {
     planar_ = make_tree<2>(coords, IDs);
@@ -96,7 +95,7 @@ int node_detector::reinit(const dense2D<double>& coords, const dense2D<unsigned>
 int node_detector::reinit(const dense2D<double>& coords, const dense2D<unsigned>* first,
                           const dense2D<unsigned>* last) {
   dense1D<unsigned> nodes;
-  const int result = collect_nodes(first, last, nodes);
+  const int result = list_distinct(first, last, nodes);
   return result != 0 ? result : reinit(coords, nodes);
 }
 
@@ -108,7 +107,7 @@ unsigned node_detector::insert(const dense1D<unsigned>& IDs) {
 
 unsigned node_detector::insert(const dense2D<unsigned>& connectivity) {
   dense1D<unsigned> nodes;
-  return collect_nodes(&connectivity, &connectivity + 1, nodes) == 0 ? insert(nodes) : 0;
+  return list_distinct(connectivity, nodes) == 0 ? insert(nodes) : 0;
 }
 
 unsigned node_detector::find_closest(const vector_fixed<double, 2>& P) const {

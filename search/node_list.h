@@ -4,9 +4,7 @@
 
 #include <cstdint>
 
-#include "core/result.h"
 #include "qel/dense.h"
-#include "qel/gridwork/ids.h"
 
 namespace qel::gridwork::detail {
 
@@ -29,13 +27,6 @@ struct node_list {
     return ids != nullptr ? ids[rank] : static_cast<unsigned>(rank);
   }
 };
-
-/// Collects the distinct nodes of [first, last). Unlike plain unique_indices(), it reports a list that cannot grow.
-inline int collect_nodes(const dense2D<unsigned>* first, const dense2D<unsigned>* last, dense1D<unsigned>& nodes) {
-  std::uint64_t entries = 0;
-  for (const dense2D<unsigned>* matrix = first; matrix < last; ++matrix) entries += matrix->size();
-  return nodes.reserve(entries) ? unique_indices(nodes, first, last) : out_of_memory;
-}
 
 }  // namespace qel::gridwork::detail
 

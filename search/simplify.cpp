@@ -3,6 +3,7 @@
 
 #include "core/columns.h"
 #include "core/compact_columns.h"
+#include "core/coordinates.h"
 #include "core/index_flags.h"
 #include "core/limits.h"
 #include "core/outputs.h"
@@ -90,7 +91,7 @@ int remove_unused(dense2D<double>& coords, dense2D<unsigned>* first, dense2D<uns
   if (last < first) return -3;
   const std::uint64_t count = coords.cols();
   for (const dense2D<unsigned>* matrix = first; matrix != last; ++matrix) {
-    if (!check_IDs(*matrix, static_cast<unsigned>(count))) return -2;
+    if (!check_IDs(*matrix, node_bound(coords))) return -2;
   }
   if (coords.empty() || first_node >= count) return 0;
   index_flags used;

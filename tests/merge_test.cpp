@@ -162,7 +162,7 @@ TEST(merge, many_nodes) {
   }
 }
 
-// From more nodes within the tolerance of one another than cells can part to few that have company. The first nodes lie
+// From more nodes within the tolerance of one another than cells can part to few that have others near. The first nodes lie
 // closer than the others: in their own order, the last ones do not tell of them.
 TEST(merge, dense_and_sparse) {
   constexpr unsigned n = 6000;

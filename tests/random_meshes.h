@@ -90,7 +90,7 @@ inline std::vector<cloud> clouds(unsigned dim, unsigned n) {
   add("flat in the last axis", mesh_size, [&](unsigned, unsigned k) { return k + 1 == dim ? 3.0 : real(random); });
   add("flat in the first axis", mesh_size, [&](unsigned, unsigned k) { return k == 0 ? 0.0 : real(random); });
   add("coarse beside rounding", 1e-7, [&](unsigned, unsigned) { return 1e9 + 1e-6 * real(random); });
-  // Lonely triples: from the first of one, the second lies on the next number in x and the third a little farther off.
+  // Isolated triples: from the first of one, the second lies on the next number in x and the third a little farther off.
   add("triples beside rounding", 1, [side](unsigned j, unsigned k) {
     const unsigned triple = j / 3;
     const unsigned line = triple / side;

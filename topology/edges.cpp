@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <numeric>
 
+#include "core/append_columns.h"
 #include "core/check.h"
 #include "core/distribute.h"
 #include "core/elements.h"
-#include "core/growth.h"
 #include "core/limits.h"
 #include "core/outputs.h"
 #include "core/shapes.h"

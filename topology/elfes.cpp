@@ -4,10 +4,10 @@
 // sorted, and the slots are counted into place.
 #include <algorithm>
 #include <climits>
-#include <numeric>
 #include <utility>
 
 #include "core/distribute.h"
+#include "core/identity_map.h"
 #include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
@@ -41,8 +41,7 @@ class pair_numbers {
   [[nodiscard]] bool sort(dense1D<unsigned>& place) {
     dense1D<unsigned> numbers;
     dense1D<std::uint64_t> sorted;
-    if (!numbers.resize(size()) || !sorted.resize(size()) || !place.resize(size())) return false;
-    std::iota(numbers.begin(), numbers.end(), 0U);
+    if (!set_identity(numbers, size()) || !sorted.resize(size()) || !place.resize(size())) return false;
     std::sort(numbers.begin(), numbers.end(), [this](unsigned a, unsigned b) { return keys_[a] < keys_[b]; });
     for (unsigned i = 0; i < numbers.size(); ++i) {
       place[numbers[i]] = i;
@@ -131,7 +130,7 @@ void replace_numbers(const dense1D<unsigned>& place, dense1D<unsigned>& groups) 
   for (unsigned& group : groups) group = group == none ? static_cast<unsigned>(place.size()) : place[group];
 }
 
-/// Sorts items into groups, of which the last one has no entry in `offsets`.
+/// Sorts slots into groups, of which the last one has no entry in `offsets`.
 [[nodiscard]] bool distribute_slots(const dense1D<unsigned>& groups, std::uint64_t count, dense1D<unsigned>& order,
                                     dense1D<unsigned>& offsets) {
   const auto walk = [&groups](auto visit) {

@@ -6,6 +6,7 @@
 #include "core/check.h"
 #include "core/columns.h"
 #include "core/distribute.h"
+#include "core/growth.h"
 #include "core/limits.h"
 #include "core/outputs.h"
 #include "core/position_table.h"
@@ -96,12 +97,6 @@ class row_writer {
   unsigned* marks_;  // the node that saw a node last
 };
 
-/// Gives back memory of which less than half is used. Without memory for a copy, the list stays as it is.
-void trim(dense1D<unsigned>& list) {
-  dense1D<unsigned> fitting;
-  if (!list.is_borrowed() && list.capacity() > 2 * list.size() && fitting.copy(list)) list.shallow_copy(fitting);
-}
-
 template <class Rows>
 bool list_nodes(const dense2D<unsigned>& connectivity, Rows rows, dense1D<unsigned>& offsets,
                 dense1D<unsigned>& adjacency) {
@@ -128,7 +123,7 @@ bool list_nodes(const dense2D<unsigned>& connectivity, Rows rows, dense1D<unsign
     element = last_element;
   }
   if (!adjacency.resize(size)) return false;
-  trim(adjacency);
+  trim(adjacency, size);  // where less than half is used
   return true;
 }
 

@@ -4,10 +4,10 @@
 // the lowest. As that one comes first, a second pass in the order of the elements turns the pointers into colours.
 #include <algorithm>
 #include <climits>
-#include <numeric>
 #include <utility>
 
 #include "core/elements.h"
+#include "core/identity_map.h"
 #include "core/limits.h"
 #include "core/position_table.h"
 #include "core/result.h"
@@ -63,8 +63,7 @@ unsigned color_parts(dense1D<unsigned>& lower) noexcept {
 template <class IsOpen>
 int color_subdomains(const dense2D<unsigned>& neighbors, IsOpen is_open, dense1D<unsigned>& colors) {
   dense1D<unsigned> parts;
-  if (neighbors.cols() >= none || !parts.resize(neighbors.cols())) return out_of_memory;
-  std::iota(parts.begin(), parts.end(), 0U);
+  if (!set_identity(parts, neighbors.cols())) return out_of_memory;
   join_neighbors(neighbors, is_open, parts.data());
   const unsigned count = color_parts(parts);
   if (count > INT_MAX) return out_of_memory;

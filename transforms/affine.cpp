@@ -1,6 +1,7 @@
 // Translation, rotation and scaling of all nodes, of the nodes of a list or of those of a connectivity.
+#include "core/growth.h"
+#include "ids/distinct_indices.h"
 #include "qel/gridwork/transforms.h"
-#include "transforms/growth.h"
 #include "transforms/motion.h"
 #include "transforms/selection.h"
 
@@ -38,7 +39,7 @@ int move_nodes(dense2D<double>& coords, const Motion<Dim>& motion, const Nodes& 
 template <class List, class Motion>
 int move_used_nodes(dense2D<double>& coords, const Motion& motion, const dense2D<unsigned>& connectivity) {
   dense1D<unsigned> nodes;
-  if (coords.empty() || motion.is_identity() || !list_nodes(connectivity, nodes)) return 0;
+  if (coords.empty() || motion.is_identity() || list_distinct(connectivity, nodes) != 0) return 0;
   return move_nodes(coords, motion, List{nodes});
 }
 

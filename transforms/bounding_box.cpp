@@ -1,5 +1,6 @@
 // Enlarges a box until it holds all nodes, the nodes of a list or those of a connectivity.
 #include "core/result.h"
+#include "ids/distinct_indices.h"
 #include "qel/gridwork/transforms.h"
 #include "transforms/selection.h"
 
@@ -35,7 +36,7 @@ template <unsigned Dim>
 int enlarge_box_by_used(const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                         vector_fixed<double, Dim>& box_min, vector_fixed<double, Dim>& box_max) {
   dense1D<unsigned> nodes;
-  if (!list_nodes(connectivity, nodes)) return out_of_memory;
+  if (list_distinct(connectivity, nodes) != 0) return out_of_memory;
   return enlarge_box(coords, listed_nodes{nodes}, box_min, box_max);
 }
 

@@ -5,12 +5,12 @@
 
 #include "core/coordinates.h"
 #include "core/elements.h"
+#include "core/growth.h"
 #include "core/result.h"
 #include "qel/gridwork/elements.h"
 #include "qel/gridwork/transforms.h"
 #include "transforms/cut_edges.h"
 #include "transforms/cut_elements.h"
-#include "transforms/growth.h"
 #include "transforms/half_space.h"
 #include "transforms/selected_elements.h"
 

@@ -3,13 +3,14 @@
 #include <limits>
 #include <utility>
 
+#include "core/growth.h"
 #include "core/outputs.h"
 #include "core/result.h"
 #include "core/scaling.h"
 #include "core/vectors.h"
+#include "ids/distinct_indices.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/transforms.h"
-#include "transforms/growth.h"
 #include "transforms/motion.h"
 #include "transforms/selection.h"
 
@@ -32,7 +33,7 @@ struct part {
   /// False when memory, or the indices for the new nodes, do not suffice.
   [[nodiscard]] bool read(const dense2D<unsigned>& connectivity, std::uint64_t node_count, std::uint64_t copies,
                           std::uint64_t first) {
-    return list_nodes(connectivity, nodes) && have_indices(node_count, nodes.size(), copies) &&
+    return list_distinct(connectivity, nodes) == 0 && have_indices(node_count, nodes.size(), copies) &&
            elements.copy(connectivity) && number_elements(static_cast<unsigned>(first));
   }
 

@@ -59,12 +59,6 @@ struct trusted_nodes {
   }
 };
 
-/// Puts the distinct nodes of a connectivity into an empty list. Room is made first: unique_indices() drops what does
-/// not fit.
-[[nodiscard]] inline bool list_nodes(const dense2D<unsigned>& connectivity, dense1D<unsigned>& nodes) {
-  return nodes.reserve(connectivity.size()) && unique_indices(nodes, connectivity) == 0;
-}
-
 }  // namespace qel::gridwork::detail
 
 #endif

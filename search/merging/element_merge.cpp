@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/identity_map.h"
 #include "core/limits.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
@@ -140,8 +141,7 @@ int merge_elements(const dense2D<double>& coords, dense2D<unsigned>* first, dens
 
 int element_merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last,
                   const dense1D<unsigned>& nodes, dense1D<unsigned>& new_IDs, double tol, bool repeat) {
-  if (coords.cols() >= none || !new_IDs.resize(coords.cols())) return out_of_memory;
-  for (unsigned i = 0; i < new_IDs.size(); ++i) new_IDs[i] = i;
+  if (!set_identity(new_IDs, coords.cols())) return out_of_memory;
   return coords.rows() == 2 ? merge_elements<2>(coords, first, last, nodes, new_IDs, tol, repeat)
                             : merge_elements<3>(coords, first, last, nodes, new_IDs, tol, repeat);
 }

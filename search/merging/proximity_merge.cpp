@@ -12,6 +12,7 @@
 #include <cmath>
 #include <utility>
 
+#include "core/identity_map.h"
 #include "core/index_flags.h"
 #include "core/result.h"
 #include "search/geometry.h"
@@ -20,12 +21,6 @@
 
 namespace qel::gridwork::detail {
 namespace {
-
-[[nodiscard]] bool set_identity(dense1D<unsigned>& map, std::uint64_t count) {
-  if (count >= none || !map.resize(count)) return false;
-  for (unsigned i = 0; i < count; ++i) map[i] = i;
-  return true;
-}
 
 /// Makes the map the one that was found: its block, unless a caller's memory is to be filled.
 [[nodiscard]] bool take(const dense1D<unsigned>& found, dense1D<unsigned>& map) {

@@ -1,6 +1,17 @@
-// Growth of a caller's matrix, of which there may be other views.
-#ifndef QEL_GRIDWORK_TRANSFORMS_GROWTH_H
-#define QEL_GRIDWORK_TRANSFORMS_GROWTH_H
+// How matrices grow and shrink that belong to a caller or become his.
+//
+// Which way for what:
+//
+// | what grows | how | why so |
+// |---|---|---|
+// | an output that calls append to | append_columns.h | doubles, so that repeated calls are amortised |
+// | a caller's matrix with other views | make_room(), grow() | in a block of its own: other views see nothing |
+// | a list, entry by entry or by portions | reserve(n, 2) of dense1D | doubles; entries written without a test for each |
+// | what a file gives, column by column | io/column_appender.h | from the bytes that are left follows what will come |
+// | what an STL file gives | io/triangle_soup.cpp | the same, from the triangles that are left |
+// | hash tables | make_room() of each | keys move, so it happens before a search, never within |
+#ifndef QEL_GRIDWORK_CORE_GROWTH_H
+#define QEL_GRIDWORK_CORE_GROWTH_H
 
 #include <algorithm>
 #include <cstdint>
@@ -35,6 +46,15 @@ template <class T>
   if (rows == matrix.rows() && cols == matrix.cols()) return true;
   QEL_GRIDWORK_CHECK(rows >= matrix.rows() && cols >= matrix.cols());
   return make_room(matrix, rows, cols) && matrix.resize(rows, matrix.cols(), fill) && matrix.resize(rows, cols);
+}
+
+/// Gives back memory if more than `slack` entries of it are unused; but for a caller's, which is not ours to give.
+/// Without memory for the smaller copy, the array stays as it is.
+template <class Array>
+void trim(Array& array, std::uint64_t slack) {
+  Array fitting;
+  if (array.is_borrowed() || array.capacity() <= array.size() + slack) return;
+  if (fitting.copy(array)) array.shallow_copy(fitting);
 }
 
 }  // namespace qel::gridwork::detail
