@@ -14,7 +14,7 @@ LDFLAGS=$(dpkg-buildflags --get LDFLAGS)
 
 rm -rf build/deb/packages
 cmake --preset release -B build/deb -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_INSTALL_DOCDIR=share/doc/libqel-gridwork-dev \
-  -DQEL_GRIDWORK_DEVELOPER=OFF -DQEL_GRIDWORK_BUILD_TESTS=OFF -DQEL_GRIDWORK_BUILD_EXAMPLES=OFF \
+  -DQEL_GRIDWORK_DEVELOPER=OFF -DQEL_GRIDWORK_BUILD_TESTS=OFF -DQEL_GRIDWORK_BUILD_EXAMPLES=OFF -DQEL_GRIDWORK_BUILD_TOOL=OFF \
   -DCMAKE_CXX_FLAGS="$CPPFLAGS $CXXFLAGS" -DCMAKE_SHARED_LINKER_FLAGS="$LDFLAGS" > /dev/null
 cmake --build build/deb
 (cd build/deb && cpack -G DEB -B packages > cpack.log) || { cat build/deb/cpack.log >&2; exit 1; }

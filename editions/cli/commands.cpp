@@ -1,0 +1,26 @@
+#include "commands.h"
+
+#include <cstdio>
+
+namespace cli {
+
+void add_input_options(CLI::App& command, input_options& options) {
+  command.add_option("FILE", options.files, "mesh files; - is standard input")->required();
+  command.add_option("--from", options.from, "format of the files, in place of their extensions");
+}
+
+void add_in_out_options(CLI::App& command, in_out_options& options) {
+  command.add_option("IN", options.in, "mesh file that is read; - is standard input")->required();
+  command.add_option("OUT", options.output.out, "mesh file that is written; - is standard output")->required();
+  command.add_option("--from", options.from, "format of IN, in place of its extension");
+  command.add_option("--to", options.output.to, "format of OUT, in place of its extension");
+  command.add_flag("--ascii", options.output.text, "write text where the format has both (STL)");
+  command.add_flag("--drop", options.output.drop, "leave out elements that the format of OUT does not hold");
+  command.add_flag("-f,--force", options.output.force, "overwrite OUT if it exists; it may be IN");
+}
+
+void print_count(const char* label, unsigned long long value) {
+  std::printf("  %-30s %15s\n", label, grouped(value).c_str());
+}
+
+}  // namespace cli

@@ -1,0 +1,77 @@
+// The commands, each with its options in a file of its own.
+#ifndef QEL_GRIDWORK_CLI_COMMANDS_H
+#define QEL_GRIDWORK_CLI_COMMANDS_H
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "input.h"
+#include "output.h"
+#include "session.h"
+
+namespace cli {
+
+void add_info(CLI::App& app, session& s);
+void add_check(CLI::App& app, session& s);
+void add_convert(CLI::App& app, session& s);
+void add_merge(CLI::App& app, session& s);
+void add_quality(CLI::App& app, session& s);
+void add_formats(CLI::App& app, session& s);
+
+/// What the commands that read files take.
+struct input_options {
+  std::vector<std::string> files;
+  std::string from;
+};
+
+void add_input_options(CLI::App& command, input_options& options);
+
+/// IN and OUT, and what is said about them.
+struct in_out_options {
+  std::string in;
+  std::string from;
+  output_options output;
+};
+
+void add_in_out_options(CLI::App& command, in_out_options& options);
+
+/// Does `work` for a file; where it fails, says so and goes on.
+template <class Work>
+void guard(session& s, const std::string& command, const std::string& file, Work work) {
+  try {
+    work();
+  } catch (const report::failure& f) {
+    s.report_error(command, file, f.what(), f.result());
+  } catch (const std::bad_alloc&) {
+    s.report_error(command, file, "memory ran out", -199);
+  }
+}
+
+/// Reads IN, lets `change` work on the mesh and add to the report, and writes OUT.
+template <class Change>
+void rewrite(session& s, const std::string& command, const in_out_options& options, Change change) {
+  bool read = false;
+  loaded file;
+  json object = s.object(command, options.in);
+  guard(s, command, options.output.out, [&] { check_output(options.output), read = true; });
+  if (!read) return;
+  read = false;
+  guard(s, command, options.in, [&] { file = load(s, options.in, options.from), change(file.m, object), read = true; });
+  if (!read) return;
+  guard(s, command, options.output.out, [&] {
+    object.add("out", options.output.out);
+    object.add("nodes", file.m.coords.cols()).add("elements", count_elements(file.m));
+    save(s, std::move(file.m), options.output);
+    if (s.as_json && options.output.out != "-") s.print(object);
+  });
+}
+
+/// Prints one line of a report.
+void print_count(const char* label, unsigned long long value);
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,113 @@
+#include "input.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "progress.h"
+
+namespace cli {
+
+using report::failure;
+
+namespace {
+
+[[noreturn]] void fail_by_errno() { throw failure(std::strerror(errno), -1); }
+
+struct stat state_of(int descriptor) {
+  struct stat state = {};
+  if (fstat(descriptor, &state) != 0) fail_by_errno();
+  return state;
+}
+
+void write_all(int to, const char* bytes, ssize_t count) {
+  while (count > 0) {
+    const ssize_t written = write(to, bytes, static_cast<std::size_t>(count));
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) fail_by_errno();
+    bytes += written;
+    count -= written;
+  }
+}
+
+void copy_stream(int from, int to) {
+  std::vector<char> block(1U << 16U);
+  for (;;) {
+    const ssize_t count = read(from, block.data(), block.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) fail_by_errno();
+    if (count == 0) return;
+    write_all(to, block.data(), count);
+  }
+}
+
+std::string known_formats() {
+  std::string words;
+  for (const report::format& kind : report::formats()) {
+    if (kind.read != nullptr) words += (words.empty() ? "" : ", ") + std::string(kind.option);
+  }
+  return words;
+}
+
+const report::format& readable_format(const std::string& name, const std::string& from) {
+  const report::format* kind = report::find_format(name, from);
+  if (kind == nullptr && name == "-") throw failure("standard input needs --from, one of " + known_formats());
+  if (kind == nullptr) throw failure("the format is not known; --from names it, one of " + known_formats());
+  if (kind->read == nullptr) throw failure(std::string(kind->name) + " is written, but not read");
+  return *kind;
+}
+
+}  // namespace
+
+input_file::input_file(const std::string& name) {
+  descriptor_ = name == "-" ? dup(STDIN_FILENO) : open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor_ < 0) fail_by_errno();
+  const mode_t mode = state_of(descriptor_).st_mode;
+  if (S_ISDIR(mode)) throw failure(std::strerror(EISDIR), -1);
+  if (!S_ISREG(mode)) keep_in_memory();
+  path_ = "/proc/self/fd/" + std::to_string(descriptor_);
+  map();
+}
+
+input_file::~input_file() {
+  if (!bytes_.empty()) munmap(const_cast<char*>(bytes_.data()), bytes_.size());
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+void input_file::keep_in_memory() {
+  const int memory = memfd_create("gridwork", MFD_CLOEXEC);
+  if (memory < 0) fail_by_errno();
+  copy_stream(descriptor_, memory);
+  close(descriptor_);
+  descriptor_ = memory;
+}
+
+void input_file::map() {
+  const auto size = static_cast<std::size_t>(state_of(descriptor_).st_size);
+  if (size == 0) throw failure("the file is empty");
+  void* start = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, descriptor_, 0);
+  if (start == MAP_FAILED) fail_by_errno();
+  bytes_ = {static_cast<const char*>(start), size};
+}
+
+loaded load(const session& s, const std::string& name, const std::string& from) {
+  loaded file;
+  file.kind = &readable_format(name, from);
+  const step progress(s, "reading " + name);
+  const input_file input(name);
+  file.bytes = input.bytes().size();
+  file.facts = file.kind->look(input.bytes());
+  const int result = file.kind->read(input.path(), file.m);
+  if (result < 0) throw failure(file.kind->explain(result, input.bytes()), result);
+  // Damaged text may read as a sound binary file without triangles.
+  if (file.facts.elements > 0 && file.m.blocks.empty()) throw failure(file.kind->explain(0, input.bytes()));
+  file.left_out = static_cast<std::uint64_t>(result);
+  return file;
+}
+
+}  // namespace cli

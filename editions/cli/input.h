@@ -1,0 +1,48 @@
+// Mesh files that are read, from a path or from standard input.
+#ifndef QEL_GRIDWORK_CLI_INPUT_H
+#define QEL_GRIDWORK_CLI_INPUT_H
+
+#include <string>
+#include <string_view>
+
+#include "report/formats.h"
+#include "session.h"
+
+namespace cli {
+
+/// A file that can be read as often as is needed: what comes from a pipe is kept in memory.
+class input_file {
+ public:
+  /// "-" is standard input. Fails with the words of errno.
+  explicit input_file(const std::string& name);
+  ~input_file();
+  input_file(const input_file&) = delete;
+  input_file& operator=(const input_file&) = delete;
+
+  const char* path() const { return path_.c_str(); }
+  std::string_view bytes() const { return bytes_; }
+
+ private:
+  void keep_in_memory();
+  void map();
+
+  int descriptor_ = -1;
+  std::string path_;
+  std::string_view bytes_;
+};
+
+/// A mesh, and what is told about the file that it came from.
+struct loaded {
+  const report::format* kind = nullptr;
+  report::file_facts facts;
+  std::uint64_t bytes = 0;
+  std::uint64_t left_out = 0;  ///< elements in sections of the file that cannot be read
+  report::mesh m;
+};
+
+/// Reads a file; fails in words, with the line where it is known.
+loaded load(const session& s, const std::string& name, const std::string& from);
+
+}  // namespace cli
+
+#endif

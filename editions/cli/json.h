@@ -1,0 +1,66 @@
+// Objects in JSON, in the order in which their members are added.
+#ifndef QEL_GRIDWORK_CLI_JSON_H
+#define QEL_GRIDWORK_CLI_JSON_H
+
+#include <charconv>
+#include <cmath>
+#include <concepts>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cli {
+
+class json {
+ public:
+  template <class Value>
+  json& add(std::string_view name, const Value& value) {
+    text_ += text_.empty() ? "{" : ",";
+    text_ += quoted(name) + ":" + written(value);
+    return *this;
+  }
+
+  std::string text() const { return text_.empty() ? "{}" : text_ + "}"; }
+
+ private:
+  static std::string written(const json& object) { return object.text(); }
+  static std::string written(std::string_view value) { return quoted(value); }
+  static std::string written(const std::string& value) { return quoted(value); }
+  static std::string written(const char* value) { return quoted(value); }
+  static std::string written(bool value) { return value ? "true" : "false"; }
+
+  static std::string written(std::integral auto value) { return std::to_string(value); }
+
+  // The fewest digits that read back; JSON has no word for what is not finite.
+  static std::string written(double value) {
+    if (!std::isfinite(value)) return "null";
+    char digits[32];
+    return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
+  }
+
+  template <class Value>
+  static std::string written(const std::vector<Value>& values) {
+    std::string list;
+    for (const Value& value : values) list += (list.empty() ? "" : ",") + written(value);
+    return "[" + list + "]";
+  }
+
+  static std::string quoted(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) quoted += escaped(c);
+    return quoted + "\"";
+  }
+
+  static std::string escaped(char c) {
+    if (c == '"' || c == '\\') return {'\\', c};
+    if (static_cast<unsigned char>(c) >= 0x20) return {c};
+    constexpr char digits[] = "0123456789abcdef";
+    return {'\\', 'u', '0', '0', digits[c >> 4], digits[c & 15]};
+  }
+
+  std::string text_;
+};
+
+}  // namespace cli
+
+#endif

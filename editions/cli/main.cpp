@@ -1,0 +1,101 @@
+// gridwork: the library's functions on mesh files, from a shell.
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <numeric>
+
+#include "commands.h"
+
+namespace cli {
+
+namespace {
+
+std::size_t edit_distance(const std::string& a, const std::string& b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i + 1;
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, diagonal + 1, row[j] + 1});
+    }
+  }
+  return row.back();
+}
+
+std::string nearest_command(CLI::App& app, const std::string& word) {
+  std::string nearest;
+  for (const CLI::App* command : app.get_subcommands(nullptr)) {
+    const std::string name = command->get_name();
+    if (nearest.empty() || edit_distance(word, name) < edit_distance(word, nearest)) nearest = name;
+  }
+  return nearest;
+}
+
+bool is_command(CLI::App& app, const std::string& word) {
+  const std::vector<CLI::App*> commands = app.get_subcommands(nullptr);
+  return std::any_of(commands.begin(), commands.end(), [&](const CLI::App* c) { return c->get_name() == word; });
+}
+
+// The first argument that is no option, if no command has that name; null when all is well.
+const char* unknown_command(CLI::App& app, int argc, char** argv) {
+  for (int k = 1; k < argc; ++k) {
+    if (std::strcmp(argv[k], "--color") == 0)
+      ++k;
+    else if (argv[k][0] != '-')
+      return is_command(app, argv[k]) ? nullptr : argv[k];
+  }
+  return nullptr;
+}
+
+void add_all(CLI::App& app, session& s) {
+  app.add_flag("--json", s.as_json, "print one JSON object a line and file");
+  app.add_flag("-q,--quiet", s.quiet, "say nothing but results and errors");
+  app.add_option("--color", s.color, "colours: auto (on a terminal), always, never")
+      ->check(CLI::IsMember({"auto", "always", "never"}));
+  app.set_version_flag("--version", std::string("gridwork ") + qel::gridwork::version());
+  app.require_subcommand(1);
+  app.fallthrough();
+  for (const auto add : {add_info, add_check, add_convert, add_merge, add_quality, add_formats}) add(app, s);
+}
+
+// Help and versions are results; all else that parsing throws is an error.
+int end_of_parsing(const CLI::App& app, const CLI::ParseError& problem) {
+  if (problem.get_exit_code() == 0) return app.exit(problem);
+  std::fprintf(stderr, "gridwork: %s\nRun `gridwork --help` for more.\n", problem.what());
+  return error;
+}
+
+int run(int argc, char** argv) {
+  session s;
+  CLI::App app("Finite-element meshes: looked at, checked, cleaned and converted.", "gridwork");
+  add_all(app, s);
+  if (const char* word = unknown_command(app, argc, argv)) {
+    std::fprintf(stderr, "gridwork: there is no command \"%s\"; did you mean \"%s\"?\n", printable(word).c_str(),
+                 nearest_command(app, word).c_str());
+    return error;
+  }
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& problem) {
+    const int status = end_of_parsing(app, problem);
+    return std::max(status, s.finish());
+  }
+  return s.finish();
+}
+
+}  // namespace
+
+}  // namespace cli
+
+int main(int argc, char** argv) {
+  cli::remove_temporary_on_signals();
+  try {
+    return cli::run(argc, argv);
+  } catch (const std::exception& problem) {
+    std::fprintf(stderr, "gridwork: %s\n", problem.what());
+    return cli::error;
+  }
+}

@@ -1,0 +1,51 @@
+// gridwork merge: near nodes become one.
+#include <cstdio>
+#include <memory>
+
+#include "commands.h"
+#include "progress.h"
+#include "report/cleaning.h"
+
+namespace cli {
+
+namespace {
+
+struct merge_command {
+  in_out_options files;
+  double tolerance = 0;
+  unsigned mode = 0;
+};
+
+// Standard output may be the mesh.
+void tell(const session& s, const report::cleaned& counts) {
+  if (s.quiet || s.as_json) return;
+  std::fprintf(stderr, "merged nodes %s, degenerate elements removed %s, nodes removed %s\n",
+               grouped(counts.merged).c_str(), grouped(counts.removed_elements).c_str(),
+               grouped(counts.removed_nodes).c_str());
+}
+
+void merge_nodes(const session& s, report::mesh& m, json& object, const merge_command& options) {
+  const step progress(s, "merging");
+  const report::cleaned counts = clean(m, options.tolerance, options.mode);
+  object.add("merged", counts.merged).add("removed_elements", counts.removed_elements);
+  object.add("removed_nodes", counts.removed_nodes);
+  tell(s, counts);
+}
+
+}  // namespace
+
+void add_merge(CLI::App& app, session& s) {
+  CLI::App* command =
+      app.add_subcommand("merge", "Merges near nodes, and removes degenerate elements and unused nodes");
+  const auto options = std::make_shared<merge_command>();
+  add_in_out_options(*command, options->files);
+  command->add_option("-t,--tolerance", options->tolerance, "distance within which nodes are merged, 0 by default")
+      ->check(CLI::NonNegativeNumber);
+  command->add_option("--mode", options->mode, "0: all nodes; 1: nodes of one element; 2: the same until none is left")
+      ->check(CLI::Range(0, 2));
+  command->callback([&s, options] {
+    rewrite(s, "merge", options->files, [&](report::mesh& m, json& object) { merge_nodes(s, m, object, *options); });
+  });
+}
+
+}  // namespace cli

@@ -1,0 +1,20 @@
+// Merging of the nodes of a mesh.
+#ifndef QEL_GRIDWORK_CLI_REPORT_CLEANING_H
+#define QEL_GRIDWORK_CLI_REPORT_CLEANING_H
+
+#include "mesh.h"
+
+namespace report {
+
+struct cleaned {
+  std::uint64_t merged = 0;            ///< nodes that became others
+  std::uint64_t removed_elements = 0;  ///< that held a node twice then
+  std::uint64_t removed_nodes = 0;     ///< that no element uses, those merged among them
+};
+
+/// Merges near nodes, then removes degenerate elements and unused nodes. `mode` is that of merge() for connectivities.
+cleaned clean(mesh& m, double tolerance, unsigned mode);
+
+}  // namespace report
+
+#endif

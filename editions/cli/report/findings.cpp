@@ -1,0 +1,173 @@
+#include "findings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "shapes.h"
+#include "topology.h"
+
+namespace report {
+
+namespace {
+
+std::string element_words(const block& b, std::uint64_t element) {
+  return std::string(type_name(b.type)) + " " + std::to_string(element);
+}
+
+std::string node_words(std::uint64_t node) { return "node " + std::to_string(node); }
+
+std::string side_words(const std::uint64_t (&nodes)[2]) {
+  return "at nodes " + std::to_string(nodes[0]) + " and " + std::to_string(nodes[1]);
+}
+
+void note(finding& fault, const std::string& where) {
+  if (fault.count++ == 0) fault.first = where;
+}
+
+// Counts the elements for which `is_faulty(block, element)` holds.
+template <class Test>
+finding find_elements(const mesh& m, const char* name, const char* words, Test is_faulty) {
+  finding fault{name, words, 0, {}};
+  for (const block& b : m.blocks) {
+    for (std::uint64_t e = 0; e < b.connectivity.cols(); ++e) {
+      if (!is_faulty(b, e)) continue;
+      if (fault.count++ == 0) fault.first = element_words(b, e);
+    }
+  }
+  return fault;
+}
+
+finding find_bad_indices(const mesh& m) {
+  return find_elements(m, "bad_indices", "elements with a node that is not there",
+                       [&](const block& b, std::uint64_t e) {
+                         return std::any_of(b.connectivity.begin_column(e), b.connectivity.end_column(e),
+                                            [&](unsigned node) { return node >= m.coords.cols(); });
+                       });
+}
+
+finding find_not_finite(const mesh& m) {
+  finding fault{"not_finite", "nodes with a coordinate that is no finite number", 0, {}};
+  for (std::uint64_t n = 0; n < m.coords.cols(); ++n) {
+    const double* first = m.coords.begin_column(n);
+    if (!std::all_of(first, first + m.coords.rows(), [](double x) { return std::isfinite(x); }))
+      note(fault, node_words(n));
+  }
+  return fault;
+}
+
+finding find_near_nodes(const mesh& m, double tolerance) {
+  finding fault{"near_nodes", "nodes at, or within the tolerance of, another one", 0, {}};
+  qel::dense2D<double> coords;
+  qel::dense1D<unsigned> survivors;
+  require_memory(coords.copy(m.coords));
+  fault.count =
+      static_cast<std::uint64_t>(require(gw::operation::merge_nodes, gw::merge(coords, survivors, tolerance)));
+  for (unsigned n = 0; n < survivors.size() && fault.first.empty(); ++n) {
+    if (survivors[n] != n) fault.first = node_words(n) + ", beside node " + std::to_string(survivors[n]);
+  }
+  return fault;
+}
+
+finding find_unused(const mesh& m) {
+  const node_use use = measure_node_use(m);
+  finding fault{"unused_nodes", "nodes that no element uses", m.coords.cols() - use.used, {}};
+  if (fault.count != 0) fault.first = node_words(use.first_unused);
+  return fault;
+}
+
+finding find_degenerate(const mesh& m) {
+  return find_elements(m, "degenerate", "elements that hold a node twice", [](const block& b, std::uint64_t e) {
+    const unsigned* end = b.connectivity.end_column(e);
+    for (const unsigned* node = b.connectivity.begin_column(e); node != end; ++node) {
+      if (std::find(node + 1, end, *node) != end) return true;
+    }
+    return false;
+  });
+}
+
+using node_set = std::vector<unsigned>;
+
+node_set nodes_of(const block& b, std::uint64_t e) {
+  node_set nodes(b.connectivity.begin_column(e), b.connectivity.end_column(e));
+  std::sort(nodes.begin(), nodes.end());
+  return nodes;
+}
+
+// The same for all orders of the nodes.
+std::uint64_t hash_of(const block& b, std::uint64_t e) {
+  std::uint64_t sum = 0;
+  for (const unsigned* node = b.connectivity.begin_column(e); node != b.connectivity.end_column(e); ++node) {
+    const std::uint64_t mixed = (*node + 1ULL) * 0x9E3779B97F4A7C15ULL;
+    sum += (mixed ^ mixed >> 29U) * 0xBF58476D1CE4E5B9ULL;
+  }
+  return sum;
+}
+
+void find_duplicates_of_block(const block& b, finding& fault) {
+  std::vector<std::pair<std::uint64_t, std::uint64_t>> order;
+  for (std::uint64_t e = 0; e < b.connectivity.cols(); ++e) order.emplace_back(hash_of(b, e), e);
+  std::sort(order.begin(), order.end());
+  for (std::size_t i = 1; i < order.size(); ++i) {
+    const auto [hash, element] = order[i];
+    if (hash != order[i - 1].first || nodes_of(b, element) != nodes_of(b, order[i - 1].second)) continue;
+    note(fault, element_words(b, element) + ", as " + std::to_string(order[i - 1].second));
+  }
+}
+
+finding find_duplicates(const mesh& m) {
+  finding fault{"duplicates", "elements of the same nodes as another one", 0, {}};
+  for (const block& b : m.blocks) find_duplicates_of_block(b, fault);
+  return fault;
+}
+
+finding find_inverted(const std::vector<shapes>& all) {
+  finding fault{"inverted", "elements turned over, against most of their type", 0, {}};
+  for (const shapes& s : all) {
+    if (s.inverted != 0 && fault.count == 0) {
+      fault.first = std::string(type_name(s.type)) + " " + std::to_string(s.worst.front().element);
+    }
+    fault.count += s.inverted;
+  }
+  return fault;
+}
+
+finding find_low_quality(const mesh& m, const std::vector<shapes>& all, double bound) {
+  finding fault{"low_quality", "elements below the quality asked for", count_below(m, bound), {}};
+  for (const shapes& s : all) {
+    if (!(s.smallest < bound)) continue;
+    fault.first = std::string(type_name(s.type)) + " " + std::to_string(s.worst.front().element);
+    break;
+  }
+  return fault;
+}
+
+void add_sides(const mesh& m, bool closed, std::vector<finding>& faults) {
+  const topology found = measure_topology(m);
+  faults.push_back(
+      {"non_manifold", "sides of three or more elements", found.non_manifold, side_words(found.first_non_manifold)});
+  if (closed) faults.push_back({"open", "sides of one element alone", found.open, side_words(found.first_open)});
+}
+
+void add_shapes(const mesh& m, double min_quality, std::vector<finding>& faults) {
+  const std::vector<shapes> all = measure_shapes(m, 1);
+  if (mesh_dim(m) == 3 || m.coords.rows() == 2) faults.push_back(find_inverted(all));
+  if (min_quality > -2) faults.push_back(find_low_quality(m, all, min_quality));
+}
+
+}  // namespace
+
+std::vector<finding> find_faults(const mesh& m, const check_options& options) {
+  std::vector<finding> faults = {find_bad_indices(m), find_not_finite(m)};
+  const bool valid = faults.front().count == 0;
+  if (m.coords.rows() >= 2) faults.push_back(find_near_nodes(m, options.tolerance));
+  if (valid) faults.push_back(find_unused(m));
+  faults.push_back(find_degenerate(m));
+  faults.push_back(find_duplicates(m));
+  if (valid) add_sides(m, options.closed, faults);
+  if (valid && m.coords.rows() >= 2) add_shapes(m, options.min_quality, faults);
+  std::erase_if(faults, [](const finding& fault) { return fault.count == 0; });
+  return faults;
+}
+
+}  // namespace report

@@ -1,0 +1,53 @@
+// The formats of mesh files: a new one is one more row of the table in formats.cpp.
+#ifndef QEL_GRIDWORK_CLI_REPORT_FORMATS_H
+#define QEL_GRIDWORK_CLI_REPORT_FORMATS_H
+
+#include <string_view>
+
+#include "mesh.h"
+
+namespace report {
+
+/// What the bytes of a file say of it beside the mesh.
+struct file_facts {
+  bool text = true;
+  std::uint64_t elements = 0;  ///< that the file has or claims to have, where it tells before it is read; else 0
+};
+
+/// A format that is not read has neither read() nor look() nor explain(); one that is not written has no write().
+struct format {
+  const char* name;
+  const char* option;         ///< as --from and --to take it
+  const char* extensions[3];  ///< in lower case, the rest null
+  const char* written_types;  ///< in words
+  int (*read)(const char* path, mesh& m);
+  file_facts (*look)(std::string_view bytes);
+  /// Why read() gave `result`, a negative code or, for a file without elements, 0.
+  std::string (*explain)(int result, std::string_view bytes);
+  bool (*holds)(gw::element_type type);
+  int (*write)(const char* path, const mesh& m, bool text);
+  gw::operation writer;
+};
+
+const std::vector<format>& formats();
+
+/// The format of an option's word or, without one, of a path's extension; null when there is none.
+const format* find_format(std::string_view path, std::string_view option);
+
+// --- What the rows are made of --------------------------------------------------------------------------------------
+
+file_facts look_at_text(std::string_view bytes);
+
+int read_stl(const char* path, mesh& m);
+file_facts look_at_stl(std::string_view bytes);
+std::string explain_stl(int result, std::string_view bytes);
+
+int read_obj(const char* path, mesh& m);
+std::string explain_obj(int result, std::string_view bytes);
+
+int read_medit(const char* path, mesh& m);
+std::string explain_medit(int result, std::string_view bytes);
+
+}  // namespace report
+
+#endif

@@ -1,0 +1,99 @@
+#include "topology.h"
+
+#include <algorithm>
+#include <array>
+
+namespace report {
+
+namespace {
+
+using side = std::array<unsigned, 4>;  // its nodes by increasing index
+
+// The sides without a neighbour: those of one element, and those of three or more, which come once for each of them.
+std::vector<side> unpaired_sides(const block& elements, std::uint64_t& slots) {
+  qel::dense2D<unsigned> neighbors, boundaries;
+  require(gw::operation::get_neighbors, get_neighbors(elements.connectivity, elements.type, false, neighbors));
+  require(gw::operation::get_mesh_boundaries,
+          get_mesh_boundaries(elements.connectivity, neighbors, elements.type, boundaries));
+  slots = 0;
+  for (std::uint64_t e = 0; e < neighbors.cols(); ++e) {
+    slots +=
+        static_cast<std::uint64_t>(neighbors.rows() - static_cast<std::uint64_t>(std::count(
+                                                          neighbors.begin_column(e), neighbors.end_column(e), ~0U)));
+  }
+  std::vector<side> sides(boundaries.cols(), side{~0U, ~0U, ~0U, ~0U});
+  for (std::uint64_t b = 0; b < boundaries.cols(); ++b) {
+    std::copy(boundaries.begin_column(b), boundaries.end_column(b), sides[b].begin());
+    std::sort(sides[b].begin(), sides[b].end());
+  }
+  std::sort(sides.begin(), sides.end());
+  return sides;
+}
+
+void note(std::uint64_t& count, std::uint64_t (&first)[2], const side& nodes) {
+  if (count++ != 0) return;
+  first[0] = nodes[0];
+  first[1] = nodes[1];
+}
+
+unsigned root_of(std::vector<unsigned>& parent, unsigned node) {
+  for (; parent[node] != node; node = parent[node]) parent[node] = parent[parent[node]];
+  return node;
+}
+
+// Joins the nodes of an element; returns how many pieces became one.
+unsigned join(std::vector<unsigned>& parent, const unsigned* nodes, std::uint64_t count) {
+  unsigned joined = 0;
+  for (std::uint64_t k = 1; k < count; ++k) {
+    const unsigned a = root_of(parent, nodes[0]), b = root_of(parent, nodes[k]);
+    if (a == b) continue;
+    parent[std::max(a, b)] = std::min(a, b);
+    ++joined;
+  }
+  return joined;
+}
+
+}  // namespace
+
+topology measure_topology(const mesh& m) {
+  topology found;
+  found.dim = mesh_dim(m) >= 2 ? mesh_dim(m) : 0;
+  if (found.dim == 0) return found;
+  const block elements = linear_elements(m, found.dim);
+  std::uint64_t paired_slots = 0;
+  const std::vector<side> sides = unpaired_sides(elements, paired_slots);
+  for (auto first = sides.begin(); first != sides.end();) {
+    const auto last = std::find_if(first, sides.end(), [&](const side& s) { return s != *first; });
+    if (last - first == 1)
+      note(found.open, found.first_open, *first);
+    else
+      note(found.non_manifold, found.first_non_manifold, *first);
+    first = last;
+  }
+  found.elements = elements.connectivity.cols();
+  found.sides = paired_slots / 2 + found.open + found.non_manifold;
+  return found;
+}
+
+node_use measure_node_use(const mesh& m) {
+  std::vector<unsigned> parent(m.coords.cols());
+  for (unsigned node = 0; node < parent.size(); ++node) parent[node] = node;
+  std::vector<bool> used(parent.size());
+  std::uint64_t joined = 0;
+  for (const block& b : m.blocks) {
+    for (std::uint64_t e = 0; e < b.connectivity.cols(); ++e) {
+      const unsigned* nodes = b.connectivity.column(e);
+      joined += join(parent, nodes, b.connectivity.rows());
+      for (std::uint64_t k = 0; k < b.connectivity.rows(); ++k) used[nodes[k]] = true;
+    }
+  }
+  node_use found;
+  found.used = static_cast<std::uint64_t>(std::count(used.begin(), used.end(), true));
+  found.pieces = found.used - joined;
+  if (found.used != used.size()) {
+    found.first_unused = static_cast<std::uint64_t>(std::find(used.begin(), used.end(), false) - used.begin());
+  }
+  return found;
+}
+
+}  // namespace report

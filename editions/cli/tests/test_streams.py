@@ -1,0 +1,115 @@
+"""Streams, exit statuses, and outputs that appear whole or not at all."""
+import os
+import pty
+import resource
+import signal
+import subprocess
+import time
+
+import pytest
+
+
+def test_help_and_version_are_results(tool):
+    for arguments in (["--help"], ["info", "--help"], ["--version"]):
+        result = tool.run(*arguments)
+        assert result.returncode == 0 and result.stdout and not result.stderr
+
+
+@pytest.mark.parametrize("arguments, words", [
+    ([], "subcommand"), (["inof"], 'did you mean "info"'), (["info"], "FILE"), (["info", "a.stl", "--wide"], "--wide"),
+    (["merge", "a.stl", "b.stl", "-t", "-1"], "-t"), (["--color", "blue", "formats"], "blue")])
+def test_wrong_calls_are_errors(tool, arguments, words):
+    result = tool.run(*arguments)
+    assert (result.returncode, result.stdout) == (2, b"")
+    assert words in result.stderr.decode()
+
+
+def test_nothing_is_overwritten_unless_forced(tool):
+    before = (tool.folder / "solid.obj").read_bytes()
+    result = tool.run("convert", "solid.obj", "solid.obj")
+    assert result.returncode == 2 and b"--force" in result.stderr
+    assert (tool.folder / "solid.obj").read_bytes() == before
+    os.chmod(tool.folder / "solid.obj", 0o640)
+    assert tool.run("merge", "solid.obj", "solid.obj", "-f").returncode == 0
+    assert os.stat(tool.folder / "solid.obj").st_mode & 0o777 == 0o640
+    assert tool.files() == ["solid.obj"]
+
+
+def test_links_are_followed(tool):
+    os.symlink("target.stl", tool.folder / "link.stl")
+    assert tool.run("convert", "solid.obj", "link.stl").returncode == 0
+    assert os.path.islink(tool.folder / "link.stl") and (tool.folder / "target.stl").is_file()
+
+
+def test_standard_output_takes_a_mesh_alone(tool):
+    result = tool.run("merge", "solid.obj", "-", "--to", "stl")
+    assert result.returncode == 0 and len(result.stdout) == 84 + 4 * 50
+    assert b"merged nodes" in result.stderr
+
+
+@pytest.mark.parametrize("extension", ["stl", "obj", "mesh", "vtk", "nas", "geo"])
+def test_a_full_device_is_noticed(tool, extension):
+    result = tool.run("convert", "solid.obj", "/dev/full", "--to", {"mesh": "medit", "nas": "nastran",
+                                                                   "geo": "ensight"}.get(extension, extension))
+    assert (result.returncode, result.stderr) == (2, b"gridwork: /dev/full: No space left on device\n")
+
+
+def test_a_full_standard_output_is_noticed(tool):
+    with open("/dev/full", "wb") as full:
+        result = subprocess.run([tool.program, "formats"], stdout=full, stderr=subprocess.PIPE, timeout=60, check=False)
+    assert result.returncode == 2 and b"No space left" in result.stderr
+
+
+def test_a_file_that_grows_too_large_leaves_nothing(tool):
+    result = tool.run("convert", "solid.obj", "out.vtk", preexec_fn=lambda: resource.setrlimit(
+        resource.RLIMIT_FSIZE, (100, 100)))
+    assert result.returncode != 0
+    assert tool.files() == ["solid.obj"]
+
+
+def test_a_folder_that_cannot_be_written_to(tool):
+    if os.geteuid() == 0:
+        pytest.skip("root may write everywhere")
+    os.chmod(tool.folder, 0o500)
+    result = tool.run("convert", "solid.obj", "out.stl")
+    os.chmod(tool.folder, 0o700)
+    assert (result.returncode, result.stderr) == (2, b"gridwork: out.stl: Permission denied\n")
+
+
+def test_a_broken_pipe_is_silent(tool):
+    reading, writing = os.pipe()
+    os.close(reading)
+    result = subprocess.run([tool.program, "formats"], stdout=writing, stderr=subprocess.PIPE, timeout=60, check=False)
+    os.close(writing)
+    assert result.returncode != 0 and result.stderr == b""
+
+
+def test_a_signal_leaves_no_file(tool):
+    os.mkfifo(tool.folder / "in.obj")
+    with subprocess.Popen([tool.program, "convert", "in.obj", "out.stl"], cwd=tool.folder) as running:
+        time.sleep(0.3)
+        running.send_signal(signal.SIGINT)
+        assert running.wait(60) == -signal.SIGINT
+    assert tool.files() == ["in.obj", "solid.obj"]
+
+
+def on_terminal(tool, *arguments, environment=None):
+    outer, inner = pty.openpty()
+    subprocess.run([tool.program, *arguments], cwd=tool.folder, stdout=inner, stderr=inner, timeout=60, check=False,
+                   env={**os.environ, **(environment or {})})
+    os.close(inner)
+    text = os.read(outer, 65536)
+    os.close(outer)
+    return text
+
+
+def test_colours_on_a_terminal_alone(tool):
+    assert b"\033[1m" in on_terminal(tool, "info", "solid.obj", environment={"NO_COLOR": ""})
+    assert b"\033" not in on_terminal(tool, "info", "solid.obj", environment={"NO_COLOR": "1"})
+    assert b"\033" not in on_terminal(tool, "info", "solid.obj", "--color", "never")
+    assert b"\033" not in tool.run("info", "solid.obj").stdout
+    assert b"\033" in tool.run("info", "solid.obj", "--color", "always").stdout
+
+
+def test_names_do_not_steer_the_terminal(tool):
+    assert b"\033" not in tool.run("info", "\033[2Jx.stl").stderr
