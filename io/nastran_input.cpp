@@ -45,8 +45,9 @@ class deck {
     }
     if (name == packed_name("GRDSET")) return read_usual_system(cards);
     for (const auto& [letter, kind] : system_letters) {
-      if (name == (packed_name("CORD1") << 8 | letter)) return read_system_of_nodes(kind, cards);
-      if (name == (packed_name("CORD2") << 8 | letter)) return read_system(kind, cards);
+      const auto last = static_cast<unsigned char>(letter);
+      if (name == (packed_name("CORD1") << 8 | last)) return read_system_of_nodes(kind, cards);
+      if (name == (packed_name("CORD2") << 8 | last)) return read_system(kind, cards);
     }
     const bool is_replication = cards.text().front() == '=';
     cards.skip();

@@ -178,24 +178,23 @@ QEL_GRIDWORK_API int get_subdomains(const dense2D<unsigned>& connectivity, const
 /// @param colors        one for each element, any numbers
 /// @param mode          0, 1 or 2
 /// @param slots         appended to: slot codes, in increasing order; only slots that their elements have
-/// @param boundaries    appended to: boundary nodes x boundaries, rows, padding and direction as by
-///                      get_element_boundaries()
 /// @param pairs         appended to: 2 x boundaries; the colour of the element, then the colour across, `~0U` for outside
 /// @return 0; -1 for a wrong row count; -2 for `neighbors` of another size or with an entry that is neither `~0U` nor
 ///         below e; -3 for a type that is not accepted; -4 when `colors` has not e entries; -5 for a `mode` above 2; -6
-///         when `boundaries` is not empty and has another row count; -7 when `pairs` is not empty and has not 2 rows;
-///         -199, also when a slot code does not fit 32 bits. The outputs are unchanged on every negative result. An empty
-///         connectivity gives 0 before any check
+///         when boundaries are appended to a matrix that is not empty and has another row count; -7 when `pairs` is not
+///         empty and has not 2 rows; -199, also when a slot code does not fit 32 bits. The outputs are unchanged on every
+///         negative result. An empty connectivity gives 0 before any check
 ///
 /// Cost: linear.
-/// @{
 QEL_GRIDWORK_API int get_colors_boundaries(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors,
                                            element_type type, const dense1D<unsigned>& colors, unsigned mode,
                                            dense1D<unsigned>& slots, dense2D<unsigned>& pairs);
+
+/// As above, as nodes: `boundaries` (boundary nodes x boundaries) is appended to, with rows, padding and direction as by
+/// get_element_boundaries().
 QEL_GRIDWORK_API int get_colors_boundaries(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors,
                                            element_type type, const dense1D<unsigned>& colors, unsigned mode,
                                            dense2D<unsigned>& boundaries, dense2D<unsigned>& pairs);
-/// @}
 
 /// Sorts slots into groups by the colours that they separate: each interface, seen from one side, becomes one run.
 ///
