@@ -178,7 +178,7 @@ class neutral_parser {
     unsigned lists = 0;
     for (unsigned k = 12; k < 16; ++k) {
       const std::string_view flag = flags.next();
-      lists += flag.find_first_not_of("0") != std::string_view::npos ? 1 : 0;
+      lists += flag.find_first_not_of('0') != std::string_view::npos ? 1 : 0;
     }
     for (; lists != 0; --lists) {
       do {

@@ -9,6 +9,7 @@
 #include "core/elements.h"
 #include "core/identity_map.h"
 #include "core/limits.h"
+#include "core/outputs.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
@@ -138,9 +139,10 @@ int get_subdomains(const dense2D<unsigned>& neighbors, dense1D<unsigned>& colors
 
 int get_subdomains(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors, element_type type,
                    const dense1D<unsigned>& walls, dense1D<unsigned>& colors) {
-  const dense1D<unsigned> given(walls);  // which may be `colors`
-  colors.clear();
-  return find_subdomains(connectivity, neighbors, type, given, colors);
+  output<dense1D<unsigned>> out(colors, walls);
+  dense1D<unsigned>& found = out;
+  found.clear();
+  return find_subdomains(connectivity, neighbors, type, walls, found);
 }
 
 int get_subdomains(const dense2D<unsigned>& connectivity, const dense2D<unsigned>& neighbors, element_type type,

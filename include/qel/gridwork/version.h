@@ -25,7 +25,8 @@
   QEL_GRIDWORK_VERSION_NUMBER(QEL_GRIDWORK_VERSION_MAJOR, QEL_GRIDWORK_VERSION_MINOR, QEL_GRIDWORK_VERSION_PATCH)
 
 /// @cond internal
-#define QEL_GRIDWORK_DOTTED(major, minor, patch) QEL_GRIDWORK_QUOTED(major.minor.patch)
+#define QEL_GRIDWORK_DOTTED(major, minor, patch) \
+  QEL_GRIDWORK_QUOTED(major) "." QEL_GRIDWORK_QUOTED(minor) "." QEL_GRIDWORK_QUOTED(patch)
 #define QEL_GRIDWORK_QUOTED(text) #text
 /// @endcond
 
