@@ -43,7 +43,7 @@ class word_reader {
     const bool quoted = *begin == '"';
     const char* end = std::find_if(begin + 1, last, [&](char c) { return quoted ? c == '"' : ends_word(c); });
     if (quoted && end != last) ++end;
-    if (end == last && last != blocks_.end()) return {};
+    if (end == last && blocks_.available() >= limits::longest_word) return {};  // else the file ends here
     pass(end);
     return {begin, static_cast<std::size_t>(end - begin)};
   }
