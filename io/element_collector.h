@@ -129,9 +129,6 @@ class element_collector {
   unsigned nbr_labels_;
 };
 
-/// True for a type that the short forms of readers take.
-constexpr bool is_readable(element_type type) noexcept { return type > ELT_EDGE_MIX && type <= ELT_HEXA27; }
-
 }  // namespace qel::gridwork::detail::io
 
 #endif

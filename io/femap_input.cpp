@@ -7,11 +7,8 @@
 #include "io/element_collector.h"
 #include "io/femap.h"
 #include "io/identified_mesh.h"
-#include "io/identified_nodes.h"
 #include "io/input_result.h"
-#include "io/text/block_reader.h"
 #include "io/text/field.h"
-#include "io/text/file.h"
 #include "io/text/record_lines.h"
 #include "qel/gridwork/io.h"
 
@@ -23,35 +20,6 @@ namespace {
 
 using io::malformed;
 using io::femap::form;
-
-/// The fields of a line, with commas, blanks or both between them.
-class field_list {
- public:
-  explicit field_list(std::string_view line) noexcept : rest_(line) {}
-
-  /// The next field; empty behind the last one.
-  std::string_view next() noexcept {
-    skip_blanks();
-    const char* p = rest_.begin();
-    while (p != rest_.end() && *p != ',' && !io::is_blank(*p)) ++p;
-    const std::string_view field = rest_.substr(0, static_cast<std::uint64_t>(p - rest_.begin()));
-    rest_.remove_prefix(field.size());
-    skip_blanks();
-    if (!rest_.empty() && rest_.front() == ',') rest_.remove_prefix(1);
-    return field;
-  }
-
-  void skip(unsigned count) noexcept {
-    for (; count != 0; --count) next();
-  }
-
- private:
-  void skip_blanks() noexcept {
-    while (!rest_.empty() && io::is_blank(rest_.front())) rest_.remove_prefix(1);
-  }
-
-  std::string_view rest_;
-};
 
 /// Reads blocks, each between two lines with nothing but -1.
 class neutral_parser {
@@ -66,7 +34,7 @@ class neutral_parser {
       do {
         if (!lines_.next(line_)) return has_block ? 0 : malformed;
       } while (is_mark());
-      if (!io::scan_integer(field_list(line_.text).next(), number)) continue;
+      if (!io::scan_integer(io::field_list(line_.text).next(), number)) continue;
       has_block = true;
       const int result = read_block(static_cast<io::femap::block>(number));
       if (result != 0) return result;
@@ -77,12 +45,7 @@ class neutral_parser {
   /// Makes the mesh, once all blocks are read.
   int finish(io::identified_mesh& mesh) noexcept {
     const int result = nodes_.finish(0);
-    if (result != 0) return result;
-    const auto to_column = [this](unsigned& node) { return (node = nodes_.find(node)) != none; };
-    if (!elements_.change_nodes(to_column)) return io::unknown_node;
-    if (!elements_.deliver(mesh.elements)) return out_of_memory;
-    nodes_.deliver(mesh.coords, mesh.node_IDs);
-    return io::result_of_left_out(left_out_);
+    return result != 0 ? result : io::make_mesh(nodes_, elements_, left_out_, mesh);
   }
 
  private:
@@ -123,12 +86,12 @@ class neutral_parser {
     double version = 0;
     has_lists_ = true;
     if (!next_line() || !next_line()) return;
-    if (reals_.scan(field_list(line_.text).next(), version)) has_lists_ = version >= 4.5;
+    if (reals_.scan(io::field_list(line_.text).next(), version)) has_lists_ = version >= 4.5;
     skip_to_mark();
   }
 
   int read_node() noexcept {
-    field_list fields(line_.text);
+    io::field_list fields(line_.text);
     unsigned ID = 0;
     double place[3];
     if (line_.is_cut || !io::scan_ID(fields.next(), ID)) return malformed;
@@ -141,7 +104,7 @@ class neutral_parser {
 
   /// Reads a record: its header, two lines of nodes, three that do not matter, flags, and the lists that they announce.
   int read_element() noexcept {
-    field_list header(line_.text);
+    io::field_list header(line_.text);
     const std::string_view ID = header.next();
     header.skip(1);
     unsigned labels[] = {0, 0};  // property, identifier
@@ -161,7 +124,7 @@ class neutral_parser {
   }
 
   bool scan_slots(unsigned* slots) const noexcept {
-    field_list fields(line_.text);
+    io::field_list fields(line_.text);
     for (unsigned k = 0; k < 10; ++k) {
       const std::string_view field = fields.next();
       slots[k] = 0;
@@ -173,7 +136,7 @@ class neutral_parser {
   /// Passes over the lists that the flags of the line announce.
   bool skip_lists() noexcept {
     if (!has_lists_) return true;
-    field_list flags(line_.text);
+    io::field_list flags(line_.text);
     flags.skip(12);
     unsigned lists = 0;
     for (unsigned k = 12; k < 16; ++k) {
@@ -183,7 +146,7 @@ class neutral_parser {
     for (; lists != 0; --lists) {
       do {
         if (!lines_.next(line_)) return false;
-      } while (field_list(line_.text).next() != "-1");
+      } while (io::field_list(line_.text).next() != "-1");
     }
     return true;
   }
@@ -224,27 +187,17 @@ class neutral_parser {
   bool has_lists_ = true;
 };
 
-int read_neutral(const char* filename, element_type only, io::identified_mesh& mesh) noexcept {
-  const io::file input(filename, "rb");
-  if (!input.is_open()) return io::not_opened;
-  io::block_reader blocks(input.stream());
-  if (!blocks.prepare()) return out_of_memory;
-  neutral_parser parser(blocks, input.size(), only);
-  const int result = parser.parse();
-  return result != 0 ? result : parser.finish(mesh);
-}
-
 }  // namespace
 
 int FEMAP_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity,
                 dense1D<unsigned>& block_offsets, dense1D<int>& block_types, dense1D<unsigned>& property_IDs,
                 dense1D<unsigned>& element_IDs, dense1D<unsigned>& node_IDs) {
-  return io::read_blocks(read_neutral, filename, coords, connectivity, block_offsets, block_types, property_IDs,
-                         element_IDs, node_IDs);
+  return io::read_blocks(io::read_identified<neutral_parser>, filename, coords, connectivity, block_offsets,
+                         block_types, property_IDs, element_IDs, node_IDs);
 }
 
 int FEMAP_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity, element_type type) {
-  return io::read_type(read_neutral, filename, coords, connectivity, type);
+  return io::read_type(io::read_identified<neutral_parser>, filename, coords, connectivity, type);
 }
 
 }  // namespace qel::gridwork

@@ -9,10 +9,10 @@
 #include "core/result.h"
 #include "io/distinct_nodes.h"
 #include "io/element_collector.h"
+#include "io/input_mesh.h"
 #include "io/input_result.h"
 #include "io/medit.h"
 #include "io/medit_words.h"
-#include "io/text/file.h"
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
@@ -28,10 +28,8 @@ using io::same_word;
 using io::unknown_node;
 using io::medit::input_section;
 
-struct medit_mesh {
-  dense2D<double> coords;
-  dense2D<unsigned> node_references{};  // one row
-  io::element_blocks elements;
+struct medit_mesh : io::input_mesh {
+  dense2D<unsigned> node_references;  // one row
 };
 
 /// The type that the eight nodes of a hexahedron make: with repeated nodes, a pyramid (a b c d e e e e) or a wedge
@@ -168,24 +166,20 @@ class mesh_parser {
   std::uint64_t left_out_ = 0;
 };
 
-/// Reads the elements of one type, or of all for ELT_UNKNOWN.
 int read_mesh(const char* filename, element_type only, medit_mesh& out) noexcept {
-  const io::file input(filename, "r");
-  if (!input.is_open()) return io::not_opened;
-  const std::uint64_t size = input.size();
-  io::block_reader blocks(input.stream());
-  if (!blocks.prepare()) return out_of_memory;
-  if (io::medit::is_binary(blocks)) return kind_not_read;
-  unsigned dim = 0;
-  int result = 0;
-  {
-    mesh_parser parser(blocks, size, only, out);
-    result = parser.parse();
-    if (result >= 0 && !parser.elements().deliver(out.elements)) return out_of_memory;
-    dim = parser.dim();
-  }
-  if (result >= 0 && out.coords.rows() == 0 && !out.coords.resize(dim, 0)) return out_of_memory;
-  return result;
+  return io::read_file(filename, [&](io::block_reader& blocks, std::uint64_t size) {
+    if (io::medit::is_binary(blocks)) return kind_not_read;
+    unsigned dim = 0;
+    int result = 0;
+    {
+      mesh_parser parser(blocks, size, only, out);
+      result = parser.parse();
+      if (result >= 0 && !parser.elements().deliver(out.elements)) return out_of_memory;
+      dim = parser.dim();
+    }
+    if (result >= 0 && out.coords.rows() == 0 && !out.coords.resize(dim, 0)) return out_of_memory;
+    return result;
+  });
 }
 
 }  // namespace
@@ -194,24 +188,14 @@ int medit_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>
                 dense1D<unsigned>& block_offsets, dense1D<int>& block_types, dense1D<unsigned>& references,
                 dense1D<unsigned>& node_references) {
   medit_mesh mesh;
-  const int result = read_mesh(filename, ELT_UNKNOWN, mesh);
-  if (result < 0) mesh = medit_mesh();
-  coords = std::move(mesh.coords);
-  connectivity = std::move(mesh.elements.connectivity);
-  block_offsets = std::move(mesh.elements.offsets);
-  block_types = std::move(mesh.elements.types);
+  const int result = io::read_blocks(read_mesh, filename, mesh, coords, connectivity, block_offsets, block_types);
   references = std::move(mesh.elements.labels[0]);
   node_references = mesh.node_references.as_vector();
   return result;
 }
 
 int medit_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity, element_type type) {
-  medit_mesh mesh;
-  const int result = io::is_readable(type) ? read_mesh(filename, type, mesh) : io::no_type_to_read;
-  if (result < 0) mesh = medit_mesh();
-  coords = std::move(mesh.coords);
-  connectivity = std::move(mesh.elements.connectivity);
-  return result;
+  return io::read_type(read_mesh, filename, coords, connectivity, type);
 }
 
 }  // namespace qel::gridwork

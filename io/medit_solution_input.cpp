@@ -6,9 +6,9 @@
 
 #include "core/result.h"
 #include "io/column_appender.h"
+#include "io/input_mesh.h"
 #include "io/input_result.h"
 #include "io/medit_words.h"
-#include "io/text/file.h"
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
@@ -125,13 +125,9 @@ class solution_parser {
 };
 
 int read_solution(const char* filename, solution& out) noexcept {
-  const io::file input(filename, "r");
-  if (!input.is_open()) return io::not_opened;
-  const std::uint64_t size = input.size();
-  io::block_reader blocks(input.stream());
-  if (!blocks.prepare()) return out_of_memory;
-  if (io::medit::is_binary(blocks)) return io::kind_not_read;
-  return solution_parser(blocks, size, out).parse();
+  return io::read_file(filename, [&](io::block_reader& blocks, std::uint64_t size) {
+    return io::medit::is_binary(blocks) ? io::kind_not_read : solution_parser(blocks, size, out).parse();
+  });
 }
 
 }  // namespace

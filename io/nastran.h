@@ -19,7 +19,7 @@ inline constexpr card no_card = {"", {}};
 inline constexpr node_order wedge15_order = {15, {0, 1, 2, 3, 4, 5, 11, 9, 10, 6, 7, 8, 14, 12, 13}};
 inline constexpr node_order hexa20_order = {20, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 16, 17, 18, 19, 12, 13, 14, 15}};
 
-inline constexpr card cards[] = {
+inline constexpr card written_cards[] = {
     no_card,                    // ELT_UNKNOWN
     no_card,                    // ELT_NODE
     no_card,                    // ELT_EDGE_MIX
@@ -44,7 +44,7 @@ inline constexpr card cards[] = {
     {"CHEXA", hexa20_order},    // ELT_HEXA20
     {"CHEXA", hexa20_order},    // ELT_HEXA27
 };
-static_assert(sizeof(cards) / sizeof(cards[0]) == ELT_HEXA27 + 1);
+static_assert(sizeof(written_cards) / sizeof(written_cards[0]) == ELT_HEXA27 + 1);
 
 /// A card that is read: an element of its linear type where a node behind the vertices is blank, else of the other one.
 struct element_card {
@@ -70,7 +70,7 @@ inline constexpr element_card element_cards[] = {
 /// as lower ones.
 constexpr node_order order_on_card(element_type type) noexcept {
   if (type == ELT_EDGE3) return in_order(3);
-  return type == ELT_QUAD9 ? in_order(9) : cards[type].order;
+  return type == ELT_QUAD9 ? in_order(9) : written_cards[type].order;
 }
 
 }  // namespace qel::gridwork::detail::io::nastran

@@ -16,7 +16,7 @@ namespace {
 
 using io::text_writer;
 using io::nastran::card;
-using io::nastran::cards;
+using io::nastran::written_cards;
 
 // --- The parts of a deck -------------------------------------------------------------------------------------------
 
@@ -82,7 +82,7 @@ struct deck_writer {
         "$                 ELEMENTS               \n"
         "$----------------------------------------\n");
     blocks.for_each_element([&](element_type type, unsigned ID, unsigned property, const unsigned* nodes) {
-      if (!cards[type].name.empty()) write_card(writer, cards[type], ID, property, nodes);
+      if (!written_cards[type].name.empty()) write_card(writer, written_cards[type], ID, property, nodes);
     });
     writer.put("ENDDATA\n");
     return true;

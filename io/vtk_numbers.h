@@ -44,6 +44,9 @@ inline constexpr number_type number_types[] = {
 inline constexpr number_type unknown_type = {"", number_form::unknown, 0};
 inline constexpr number_type int_type = {"int", number_form::i32, 4};
 
+/// More values than any file has, of which the bytes can still be counted.
+inline constexpr std::uint64_t most_numbers = std::uint64_t{1} << 60;
+
 class number_reader {
  public:
   number_reader(word_reader& words, block_reader& blocks) noexcept : words_(words), blocks_(blocks) {}

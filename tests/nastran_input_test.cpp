@@ -3,7 +3,7 @@
 #include <cmath>
 #include <string>
 
-#include "identified_mesh.h"
+#include "identified_reading.h"
 
 namespace {
 
@@ -15,12 +15,7 @@ using std::string;
 
 int read(const string& text, mesh& m) { return identified::read(NASTRAN_input, text, m); }
 
-int code_of(const string& text) {
-  mesh m;
-  const int code = read(text, m);
-  EXPECT_TRUE(code < 0 ? m.is_empty() : m.is_complete()) << text;
-  return code;
-}
+int code_of(const string& text) { return identified::code_of(NASTRAN_input, text); }
 
 /// The one place of a deck with one node.
 string place(const string& text) {
@@ -43,35 +38,16 @@ string nodes() {
 /// The nodes of the first element, as the file names them, behind its type.
 string element(const string& card) {
   mesh m;
-  const int code = read(nodes() + card, m);
-  if (code != 0 || m.types.empty()) return "code " + std::to_string(code);
-  string text = std::to_string(m.types[0]) + ":";
-  for (unsigned i = 0; i < m.connectivity.rows(); ++i) text += " " + std::to_string(m.node_IDs[m.connectivity(i, 0)]);
-  return text + " p" + std::to_string(int(m.property_IDs[0])) + " e" + std::to_string(m.element_IDs[0]);
+  const string found = identified::first_element(NASTRAN_input, nodes() + card, m);
+  if (m.types.empty()) return found;
+  return found + " p" + std::to_string(int(m.property_IDs[0])) + " e" + std::to_string(m.element_IDs[0]);
 }
 
 TEST(nastran_input, what_is_written_comes_back) {
   random_meshes::generator random(5);
   for (int turn = 0; turn < 20; ++turn) {
     const mesh m = identified::all_types(random);
-    mesh back;
-    const string first = identified::write(NASTRAN_output, m);
-    ASSERT_EQ(read(first, back), 0);
-    ASSERT_TRUE(back.is_complete());
-    EXPECT_EQ(identified::write(NASTRAN_output, back), first);
-    for (unsigned b = 0; b < m.types.size(); ++b) {
-      mesh one = m;
-      one.types = m.types.sub_vector(b, 1);
-      one.offsets = {m.offsets[b], m.offsets[b + 1]};
-      ASSERT_EQ(read(identified::write(NASTRAN_output, one), back), 0);
-      for (unsigned j = 0; j < 3; ++j) {
-        EXPECT_EQ(back.element_IDs[j], one.offsets[0] + j + 1);
-        EXPECT_EQ(back.property_IDs[j], m.property_IDs[one.offsets[0] + j]);
-        for (unsigned i = 0; i < back.connectivity.rows(); ++i) {
-          EXPECT_EQ(back.connectivity(i, j), m.connectivity(i, one.offsets[0] + j)) << "type " << m.types[b];
-        }
-      }
-    }
+    const mesh back = identified::expect_round_trip(NASTRAN_input, NASTRAN_output, m);
     for (unsigned j = 0; j < m.coords.cols(); ++j) {
       for (unsigned i = 0; i < 3; ++i) {
         char text[40];

@@ -19,6 +19,35 @@ constexpr std::string_view trim(std::string_view text) noexcept {
   return text;
 }
 
+/// The fields of a line, with commas, blanks or both between them.
+class field_list {
+ public:
+  explicit field_list(std::string_view line) noexcept : rest_(line) {}
+
+  /// The next field; empty behind the last one.
+  std::string_view next() noexcept {
+    skip_blanks();
+    const char* p = rest_.begin();
+    while (p != rest_.end() && *p != ',' && !is_blank(*p)) ++p;
+    const std::string_view field = rest_.substr(0, static_cast<std::uint64_t>(p - rest_.begin()));
+    rest_.remove_prefix(field.size());
+    skip_blanks();
+    if (!rest_.empty() && rest_.front() == ',') rest_.remove_prefix(1);
+    return field;
+  }
+
+  void skip(unsigned count) noexcept {
+    for (; count != 0; --count) next();
+  }
+
+ private:
+  void skip_blanks() noexcept {
+    while (!rest_.empty() && is_blank(rest_.front())) rest_.remove_prefix(1);
+  }
+
+  std::string_view rest_;
+};
+
 /// Scans a whole number of up to 18 digits that takes all of a field.
 constexpr bool scan_integer(std::string_view field, std::int64_t& value) noexcept {
   const bool negative = !field.empty() && field.front() == '-';
