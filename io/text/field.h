@@ -2,6 +2,7 @@
 #ifndef QEL_GRIDWORK_IO_TEXT_FIELD_H
 #define QEL_GRIDWORK_IO_TEXT_FIELD_H
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -27,9 +28,8 @@ class field_list {
   /// The next field; empty behind the last one.
   std::string_view next() noexcept {
     skip_blanks();
-    const char* p = rest_.begin();
-    while (p != rest_.end() && *p != ',' && !is_blank(*p)) ++p;
-    const std::string_view field = rest_.substr(0, static_cast<std::uint64_t>(p - rest_.begin()));
+    const auto end = std::find_if(rest_.begin(), rest_.end(), [](char c) { return c == ',' || is_blank(c); });
+    const std::string_view field = rest_.substr(0, static_cast<std::size_t>(end - rest_.begin()));
     rest_.remove_prefix(field.size());
     skip_blanks();
     if (!rest_.empty() && rest_.front() == ',') rest_.remove_prefix(1);

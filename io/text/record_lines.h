@@ -34,7 +34,7 @@ class record_lines {
     const std::uint64_t size = length_up_to('\n', text, limit);
     tail_follows_ = size == limit;
     blocks_.consume(tail_follows_ ? size : size + 1);
-    line.text = {text, length_up_to('\0', text, size)};
+    line.text = {text, static_cast<std::size_t>(length_up_to('\0', text, size))};
     line.is_cut = size == limits::longest_record && line.text.size() == size;
     return true;
   }

@@ -2,6 +2,7 @@
 #ifndef QEL_GRIDWORK_SEARCH_TREE_QUERY_STACK_H
 #define QEL_GRIDWORK_SEARCH_TREE_QUERY_STACK_H
 
+#include <cstdlib>
 #include <new>
 
 #include "core/check.h"
@@ -19,7 +20,7 @@ class query_stack {
     if (count_ < capacity) {
       inline_[count_] = entry;
     } else if (!overflow_.push_back(entry)) {
-      throw std::bad_alloc();
+      report_overflow();
     }
     ++count_;
   }
@@ -35,6 +36,14 @@ class query_stack {
 
  private:
   static constexpr unsigned capacity = limits::query_stack;
+
+  [[noreturn]] static void report_overflow() {
+#ifdef __cpp_exceptions
+    throw std::bad_alloc();
+#else
+    std::abort();
+#endif
+  }
 
   T inline_[capacity];
   dense1D<T> overflow_;
