@@ -2,18 +2,19 @@
 //
 // A double is m 2^e with a 64-bit m. A power of ten is kept as its 64 leading bits, truncated. The upper half of the
 // product of the two holds the digits that are wanted and a fraction that is too small by less than two units of its
-// last place, so rounding is certain unless the fraction lies that close below one half; then std::to_chars decides.
+// last place, so rounding is certain unless the fraction lies that close below one half; then long integers decide.
 // (The idea of Grisu, Loitsch 2010, with the fixed number of digits that printf asks for.)
 #include "io/text/number_format.h"
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
+#include "io/text/exact_number.h"
+#include "io/text/long_integer.h"
 #include "io/text/powers_of_ten.h"
 
 namespace qel::gridwork::detail::io {
@@ -86,26 +87,29 @@ char* format_parts(char* out, std::uint64_t number, unsigned digits, int exponen
   return format_exponent(out, exponent);
 }
 
+/// Writes an integer other than 0, which is taken apart.
+char* format_long(char* out, long_integer& number) noexcept {
+  constexpr unsigned block_digits = 9;
+  std::uint32_t blocks[longest_fixed / block_digits];
+  unsigned count = 0;
+  while (!number.is_zero()) blocks[count++] = number.take_nine_digits();
+  out = format_integer(out, blocks[--count]);
+  for (; count != 0; out += block_digits) format_digits(out, blocks[--count], block_digits);
+  return out;
+}
+
 char* format_special(char* out, const char* word) noexcept {
   std::memcpy(out, word, 3);
   return out + 3;
 }
 
-/// value = mantissa * 2^exponent, of a finite, positive value.
-struct binary {
-  std::uint64_t mantissa;  // below 2^53
-  int exponent;
-};
-
-binary split(double value) noexcept {
-  const auto bits = std::bit_cast<std::uint64_t>(value);
-  const auto biased = static_cast<int>(bits >> 52);
-  const std::uint64_t fraction = bits & ((std::uint64_t{1} << 52) - 1);
-  return biased == 0 ? binary{fraction, -1074} : binary{fraction | (std::uint64_t{1} << 52), biased - 1075};
-}
-
 constexpr std::uint64_t million = 1000000;
 constexpr double exact_millionths = 2e12;  // below 2^41, so that at least 12 bits of the mantissa are fraction
+
+/// What is kept of a number, plus one when what is cut off is more than half of one, or a half and the sum is even.
+constexpr std::uint64_t round_to_even(std::uint64_t kept, std::uint64_t cut, std::uint64_t half) noexcept {
+  return kept + (cut > half || (cut == half && kept % 2 != 0) ? 1 : 0);
+}
 
 /// A value below `exact_millionths` in millionths, a tie to the even one. The product with the mantissa is exact, but
 /// for ten bits, of which the last one that is kept tells whether any is set.
@@ -116,19 +120,33 @@ std::uint64_t round_to_millionths(binary value) noexcept {
   const std::uint64_t product = (product_high(value.mantissa, million) << 54) | (low >> 10) | (low % 1024 != 0 ? 1 : 0);
   const std::uint64_t kept = product >> shift;
   const std::uint64_t cut = product - (kept << shift);
-  const std::uint64_t half = std::uint64_t{1} << (shift - 1);
-  return kept + (cut > half || (cut == half && kept % 2 != 0) ? 1 : 0);
+  return round_to_even(kept, cut, std::uint64_t{1} << (shift - 1));
+}
+
+/// "%f" of a value of `exact_millionths` and more: at most 12 bits of the mantissa are fraction.
+char* format_large(char* out, const binary& value) noexcept {
+  constexpr unsigned most_bits = 12;
+  const auto bits = static_cast<unsigned>(std::max(-value.exponent, 0));
+  const std::uint64_t whole = value.mantissa >> bits;
+  const std::uint64_t fraction = (value.mantissa - (whole << bits)) << (most_bits - bits);
+  const std::uint64_t product = fraction * million;
+  const std::uint64_t kept = product >> most_bits;
+  long_integer number(whole);
+  number.shift_left(static_cast<unsigned>(std::max(value.exponent, 0)));
+  out = format_long(out, number);
+  *out = '.';
+  format_digits(out + 1, round_to_even(kept, product - (kept << most_bits), std::uint64_t{1} << (most_bits - 1)), 6);
+  return out + 7;
 }
 
 }  // namespace
 
 char* format_fixed(char* out, double value) noexcept {
-  if (!(std::fabs(value) < exact_millionths)) {
-    if (!std::isfinite(value)) return format_scientific(out, value, 6);
-    return std::to_chars(out, out + longest_fixed, value, std::chars_format::fixed, 6).ptr;
-  }
+  if (!std::isfinite(value)) return format_scientific(out, value, 6);
   if (std::signbit(value)) *out++ = '-';
-  const std::uint64_t millionths = round_to_millionths(split(std::fabs(value)));
+  value = std::fabs(value);
+  if (value >= exact_millionths) return format_large(out, split(value));
+  const std::uint64_t millionths = round_to_millionths(split(value));
   out = format_integer(out, millionths / million);
   *out = '.';
   format_digits(out + 1, millionths % million, 6);
@@ -150,11 +168,6 @@ char* format_scientific(char* out, double value, unsigned digits) noexcept {
   if (std::isnan(value)) return format_special(out, "nan");
   if (std::isinf(value)) return format_special(out, "inf");
   if (value == 0) return format_parts(out, 0, digits, 0);
-  const auto slow = [=] {
-    return std::to_chars(out, out + longest_scientific, value, std::chars_format::scientific, static_cast<int>(digits))
-        .ptr;
-  };
-  if (digits > 15) return slow();
 
   const binary parts = split(value);
   const int shift = std::countl_zero(parts.mantissa);
@@ -170,8 +183,11 @@ char* format_scientific(char* out, double value, unsigned digits) noexcept {
     result = scale(m, e, precision - exponent);
   }
   const std::uint64_t half = std::uint64_t{1} << (result.fraction_bits - 1);
-  if (result.fraction == half || result.fraction + 1 == half) return slow();
-  std::uint64_t number = result.integer + (result.fraction > half ? 1 : 0);
+  bool is_above = result.fraction > half;
+  if (result.fraction == half || result.fraction + 1 == half) {
+    is_above = rounds_up(result.integer, exponent - precision, parts);
+  }
+  std::uint64_t number = result.integer + (is_above ? 1 : 0);
   if (number == small_powers[digits + 1]) {
     number /= 10;
     ++exponent;

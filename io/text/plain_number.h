@@ -7,24 +7,17 @@
 #include <cstdint>
 
 #include "io/little_endian.h"
+#include "io/text/exact_number.h"
 #include "io/text/text.h"
 
 namespace qel::gridwork::detail::io {
-
-/// mantissa * 10^exponent, from so many digits.
-struct decimal {
-  std::uint64_t mantissa = 0;
-  std::int64_t exponent = 0;
-  std::uint64_t digits = 0;
-};
 
 /// Exact when mantissa and power of ten are exact doubles, because then one rounding remains (Clinger 1990). False when
 /// they are not.
 inline bool convert_exactly(const decimal& number, double& value) noexcept {
   constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-  constexpr std::uint64_t most_digits = 19;  // that 64 bits hold
-  if (number.digits > most_digits || number.mantissa > (std::uint64_t{1} << 53)) return false;
+  if (number.digits > most_mantissa_digits || number.mantissa > (std::uint64_t{1} << 53)) return false;
   if (number.exponent < -22 || number.exponent > 22) return false;
   const auto mantissa = static_cast<double>(static_cast<std::int64_t>(number.mantissa));
   value = number.exponent < 0 ? mantissa / powers[-number.exponent] : mantissa * powers[number.exponent];
@@ -92,9 +85,6 @@ inline const char* scan_plain_form(const char* text, decimal& number) noexcept {
   return end == nullptr || static_cast<unsigned char>(*end) > ' ' ? nullptr : end;
 }
 
-/// The double nearest to a number that was scanned from [text, end), where convert_exactly() does not tell it.
-double convert_rounded(const decimal& number, const char* text, const char* end) noexcept;
-
 /// Scans what scan_double() scans, if it is in plain form; else returns null.
 inline const char* scan_plain_double(const char* text, double& value) noexcept {
   text = skip_blanks(text);
@@ -103,7 +93,7 @@ inline const char* scan_plain_double(const char* text, double& value) noexcept {
   decimal number;
   const char* const end = scan_plain_form(text, number);
   if (end == nullptr) return nullptr;
-  if (!convert_exactly(number, value)) value = convert_rounded(number, text, end);
+  if (!convert_exactly(number, value)) value = nearest_double(number, text);
   const std::uint64_t sign = negative ? std::uint64_t{1} << 63 : 0;  // no branch: it would be a guess
   value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) | sign);
   return end;

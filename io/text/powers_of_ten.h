@@ -51,7 +51,7 @@ struct wide_mantissa {
   }
 };
 
-inline constexpr int smallest_power = -310;
+inline constexpr int smallest_power = -342;
 inline constexpr int largest_power = 345;
 
 struct power_table {
