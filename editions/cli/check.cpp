@@ -32,8 +32,9 @@ void print_findings(const session& s, const std::string& name, const std::vector
   }
 }
 
-// What a reader removed on its own is a finding as well.
+// What a reader removed or left out on its own is a finding as well.
 void add_removed(const loaded& file, std::vector<report::finding>& findings) {
+  if (file.left_out != 0) findings.push_back({"left_out", file.kind->left_out.words, file.left_out, "not known"});
   const std::uint64_t kept = count_elements(file.m);
   if (file.facts.elements <= kept) return;
   findings.push_back({"removed", "elements whose nodes coincide, not kept", file.facts.elements - kept, "not known"});
@@ -42,7 +43,8 @@ void add_removed(const loaded& file, std::vector<report::finding>& findings) {
 void check(session& s, const std::string& name, const check_command& options) {
   const loaded file = load(s, name, options.input.from);
   const step progress(s, "checking " + name);
-  std::vector<report::finding> findings = find_faults(file.m, options.wanted);
+  std::vector<report::finding> findings;
+  require(find_faults(file.m, options.wanted, findings));
   add_removed(file, findings);
   if (!findings.empty()) s.note(wanting);
   if (s.as_json)

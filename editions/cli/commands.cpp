@@ -19,6 +19,12 @@ void add_in_out_options(CLI::App& command, in_out_options& options) {
   command.add_flag("-f,--force", options.output.force, "overwrite OUT if it exists; it may be IN");
 }
 
+void tell_left_out(const session& s, const std::string& name, const loaded& file) {
+  if (file.left_out == 0 || s.quiet) return;
+  std::fprintf(stderr, "gridwork: %s: %s left out: %s\n", printable(name).c_str(), grouped(file.left_out).c_str(),
+               file.kind->left_out.words);
+}
+
 void print_count(const char* label, unsigned long long value) {
   std::printf("  %-30s %15s\n", label, grouped(value).c_str());
 }

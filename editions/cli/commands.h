@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "failure.h"
 #include "input.h"
 #include "output.h"
 #include "session.h"
@@ -43,12 +44,15 @@ template <class Work>
 void guard(session& s, const std::string& command, const std::string& file, Work work) {
   try {
     work();
-  } catch (const report::failure& f) {
+  } catch (const failure& f) {
     s.report_error(command, file, f.what(), f.result());
   } catch (const std::bad_alloc&) {
     s.report_error(command, file, "memory ran out", -199);
   }
 }
+
+/// Says on the stream of errors what a reader left out, for commands that do not report on it.
+void tell_left_out(const session& s, const std::string& name, const loaded& file);
 
 /// Reads IN, lets `change` work on the mesh and add to the report, and writes OUT.
 template <class Change>
@@ -61,6 +65,7 @@ void rewrite(session& s, const std::string& command, const in_out_options& optio
   read = false;
   guard(s, command, options.in, [&] { file = load(s, options.in, options.from), change(file.m, object), read = true; });
   if (!read) return;
+  tell_left_out(s, options.in, file);
   guard(s, command, options.output.out, [&] {
     object.add("out", options.output.out);
     object.add("nodes", file.m.coords.cols()).add("elements", count_elements(file.m));

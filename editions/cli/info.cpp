@@ -51,8 +51,8 @@ summary summarize(const report::mesh& m) {
   if (!found.valid) return found;
   found.use = measure_node_use(m);
   found.unused = m.coords.cols() - found.use.used;
-  found.sides = measure_topology(m);
-  if (m.coords.rows() >= 2) found.shapes = measure_shapes(m, 1);
+  require(measure_topology(m, found.sides));
+  if (m.coords.rows() >= 2) require(measure_shapes(m, 1, found.shapes));
   return found;
 }
 
@@ -88,7 +88,7 @@ json info_json(const session& s, const std::string& name, const loaded& file, co
   json object = s.object("info", name);
   object.add("format", file.kind->name).add("encoding", file.facts.text ? "text" : "binary").add("bytes", file.bytes);
   object.add("dim", file.m.coords.rows()).add("nodes", file.m.coords.cols()).add("elements", elements_json(file.m));
-  object.add("elements_removed", removed(file)).add("elements_left_out", file.left_out);
+  object.add("elements_removed", removed(file)).add(file.kind->left_out.name, file.left_out);
   if (file.m.coords.cols() != 0) {
     object.add("box", std::vector<std::vector<double>>{{found.bounds.lower.begin(), found.bounds.lower.end()},
                                                        {found.bounds.upper.begin(), found.bounds.upper.end()}});
@@ -102,7 +102,7 @@ void print_counts(const loaded& file) {
   print_count("nodes", file.m.coords.cols());
   for (const report::block& b : file.m.blocks) print_count(report::type_name(b.type), b.connectivity.cols());
   if (removed(file) != 0) print_count("degenerate, not kept", removed(file));
-  if (file.left_out != 0) print_count("of types that are not read", file.left_out);
+  if (file.left_out != 0) print_count(file.kind->left_out.words, file.left_out);
 }
 
 void print_box(const session& s, const box& b) {

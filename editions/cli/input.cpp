@@ -9,15 +9,12 @@
 #include <cstring>
 #include <vector>
 
+#include "failure.h"
 #include "progress.h"
 
 namespace cli {
 
-using report::failure;
-
 namespace {
-
-[[noreturn]] void fail_by_errno() { throw failure(std::strerror(errno), -1); }
 
 struct stat state_of(int descriptor) {
   struct stat state = {};

@@ -91,7 +91,7 @@ int run(int argc, char** argv) {
 }  // namespace cli
 
 int main(int argc, char** argv) {
-  cli::remove_temporary_on_signals();
+  cli::replacement::remove_all_on_signals();
   try {
     return cli::run(argc, argv);
   } catch (const std::exception& problem) {

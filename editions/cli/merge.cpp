@@ -26,7 +26,8 @@ void tell(const session& s, const report::cleaned& counts) {
 
 void merge_nodes(const session& s, report::mesh& m, json& object, const merge_command& options) {
   const step progress(s, "merging");
-  const report::cleaned counts = clean(m, options.tolerance, options.mode);
+  report::cleaned counts;
+  require(clean(m, options.tolerance, options.mode, counts));
   object.add("merged", counts.merged).add("removed_elements", counts.removed_elements);
   object.add("removed_nodes", counts.removed_nodes);
   tell(s, counts);

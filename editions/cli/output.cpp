@@ -1,87 +1,26 @@
 #include "output.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <utility>
 
+#include "failure.h"
 #include "progress.h"
 #include "sink.h"
 
 namespace cli {
 
-using report::failure;
-
 namespace {
 
 namespace fs = std::filesystem;
+namespace gw = qel::gridwork;
 
-[[noreturn]] void fail_by_errno() { throw failure(std::strerror(errno), -1); }
-
-// The file that a signal has to remove; empty when there is none.
-char temporary_path[4096] = "";
-
-void end_by_signal(int signal) {
-  if (temporary_path[0] != '\0') unlink(temporary_path);
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-}
-
-mode_t new_file_mode() {
-  const mode_t mask = umask(0);
-  umask(mask);
-  return 0666 & ~mask;
-}
-
-// A file beside the target that takes its place when it is complete.
-class replacement {
- public:
-  explicit replacement(std::string target) : target_(std::move(target)) {
-    const std::string pattern = (fs::path(target_).parent_path() / ".gridwork.XXXXXX").string();
-    if (pattern.size() >= sizeof temporary_path) throw failure(std::strerror(ENAMETOOLONG));
-    std::string path = pattern;
-    descriptor_ = mkostemp(path.data(), O_CLOEXEC);
-    if (descriptor_ < 0) fail_by_errno();
-    std::strcpy(temporary_path, path.c_str());
-  }
-
-  ~replacement() {
-    if (temporary_path[0] != '\0') unlink(temporary_path);
-    temporary_path[0] = '\0';
-    close(descriptor_);
-  }
-
-  replacement(const replacement&) = delete;
-  replacement& operator=(const replacement&) = delete;
-
-  int descriptor() const { return descriptor_; }
-
-  void take_place(bool force) {
-    struct stat old = {};
-    const mode_t mode = stat(target_.c_str(), &old) == 0 ? old.st_mode & 07777U : new_file_mode();
-    if (fchmod(descriptor_, mode) != 0 || fsync(descriptor_) != 0) fail_by_errno();
-    if (!(force ? rename(temporary_path, target_.c_str()) == 0 : appear())) fail_by_errno();
-    if (force) temporary_path[0] = '\0';
-  }
-
- private:
-  // Never over a file that came into being meanwhile; some file systems have no links.
-  bool appear() {
-    if (link(temporary_path, target_.c_str()) == 0) return true;
-    if (errno != EPERM && errno != EOPNOTSUPP) return false;
-    return renameat2(AT_FDCWD, temporary_path, AT_FDCWD, target_.c_str(), RENAME_NOREPLACE) == 0;
-  }
-
-  std::string target_;
-  int descriptor_ = -1;
-};
+using writing = std::function<report::outcome(const char* path)>;
 
 constexpr int most_links = 40;
 
@@ -95,17 +34,26 @@ std::string resolved(const std::string& out) {
   return target.string();
 }
 
-bool is_special(const std::string& out) {
-  std::error_code error;
-  const fs::file_status state = fs::status(out, error);
-  return fs::exists(state) && !fs::is_regular_file(state) && !fs::is_directory(state);
-}
-
 const report::format& writable_format(const output_options& options) {
   const report::format* kind = report::find_format(options.out, options.to);
   if (kind == nullptr && options.out == "-") throw failure("standard output needs --to; `gridwork formats` lists them");
   if (kind == nullptr) throw failure("the format is not known; --to names it, `gridwork formats` lists them");
   return *kind;
+}
+
+bool has_case(const report::format& kind, const std::string& out) {
+  return kind.writer == gw::operation::ensight_output && report::extension_of(out) == ".case";
+}
+
+std::string geometry_of(const std::string& out) { return fs::path(out).replace_extension(".geo").string(); }
+
+// A case file tells other programs which file has the mesh.
+report::outcome write_case(const char* path, const std::string& geometry) {
+  std::FILE* file = std::fopen(path, "w");
+  if (file == nullptr) fail_by_errno();
+  std::fprintf(file, "FORMAT\ntype: ensight\n\nGEOMETRY\nmodel: %s\n", fs::path(geometry).filename().c_str());
+  if (std::fclose(file) != 0) fail_by_errno();
+  return {};
 }
 
 void leave_out_or_refuse(report::mesh& m, const report::format& kind, bool drop, const session& s) {
@@ -124,19 +72,19 @@ void leave_out_or_refuse(report::mesh& m, const report::format& kind, bool drop,
   if (m.blocks.empty()) throw failure("there is no element to write");
 }
 
-void write_to(int descriptor, const report::mesh& m, const report::format& kind, bool text) {
+void write_to(int descriptor, const writing& write) {
   sink bytes(descriptor);
-  const int result = kind.write(bytes.path().c_str(), m, text);
+  const report::outcome done = write(bytes.path().c_str());
   const int failed = bytes.finish();
   if (failed != 0) throw failure(std::strerror(failed), -1);
-  report::require(kind.writer, result);
+  require(done);
 }
 
-void write_to_device(const report::mesh& m, const report::format& kind, const output_options& options) {
-  const int device = options.out == "-" ? dup(STDOUT_FILENO) : open(options.out.c_str(), O_WRONLY | O_CLOEXEC);
+void write_to_stream(const std::string& out, const writing& write) {
+  const int device = out == "-" ? dup(STDOUT_FILENO) : open(out.c_str(), O_WRONLY | O_CLOEXEC);
   if (device < 0) fail_by_errno();
   try {
-    write_to(device, m, kind, options.text);
+    write_to(device, write);
   } catch (...) {
     close(device);
     throw;
@@ -144,32 +92,76 @@ void write_to_device(const report::mesh& m, const report::format& kind, const ou
   if (close(device) != 0) fail_by_errno();
 }
 
+writing writing_of(const report::format& kind, const report::mesh& m, bool text) {
+  return [&kind, &m, text](const char* path) { return report::outcome{kind.writer, kind.write(path, m, text)}; };
+}
+
+void refuse_existing(const std::string& out, bool force) {
+  std::error_code error;
+  if (fs::is_directory(out, error)) throw failure(std::strerror(EISDIR));
+  if (!force && fs::exists(out, error))
+    throw failure(fs::path(out).filename().string() + " exists; --force overwrites it");
+}
+
 }  // namespace
 
-void check_output(const output_options& options) {
-  writable_format(options);
-  if (options.out == "-" || is_special(options.out)) return;
+bool is_stream(const std::string& out) {
   std::error_code error;
-  if (fs::is_directory(options.out, error)) throw failure(std::strerror(EISDIR));
-  if (!options.force && fs::exists(options.out, error)) throw failure("the file exists; --force overwrites it");
+  const fs::file_status state = fs::status(out, error);
+  return out == "-" || (fs::exists(state) && !fs::is_regular_file(state) && !fs::is_directory(state));
+}
+
+void check_output(const output_options& options) {
+  const report::format& kind = writable_format(options);
+  if (is_stream(options.out)) return;
+  refuse_existing(options.out, options.force);
+  if (has_case(kind, options.out)) refuse_existing(geometry_of(options.out), options.force);
 }
 
 void save(const session& s, report::mesh m, const output_options& options) {
+  if (is_stream(options.out)) {
+    const report::format& kind = writable_format(options);
+    leave_out_or_refuse(m, kind, options.drop, s);
+    const step progress(s, "writing " + options.out);
+    write_to_stream(options.out, writing_of(kind, m, options.text));
+    return;
+  }
+  output_files files(options.force);
+  files.add(s, std::move(m), options);
+  files.appear();
+}
+
+void save_bytes(const output_options& options, const writing& write) {
+  if (is_stream(options.out)) return write_to_stream(options.out, write);
+  output_files files(options.force);
+  files.add(options.out, write);
+  files.appear();
+}
+
+void output_files::add(const std::string& out, const writing& write) {
+  refuse_existing(out, force_);
+  auto file = std::make_unique<replacement>(resolved(out));
+  write_to(file->descriptor(), write);
+  file->complete();
+  files_.push_back(std::move(file));
+}
+
+void output_files::add(const session& s, report::mesh m, const output_options& options) {
   const report::format& kind = writable_format(options);
   leave_out_or_refuse(m, kind, options.drop, s);
   const step progress(s, "writing " + options.out);
-  if (options.out == "-" || is_special(options.out)) {
-    write_to_device(m, kind, options);
-    return;
-  }
-  replacement file(resolved(options.out));
-  write_to(file.descriptor(), m, kind, options.text);
-  file.take_place(options.force);
+  const std::string geometry = has_case(kind, options.out) ? geometry_of(options.out) : options.out;
+  add(geometry, writing_of(kind, m, options.text));
+  if (geometry != options.out) add(options.out, [&](const char* path) { return write_case(path, geometry); });
 }
 
-void remove_temporary_on_signals() {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXFSZ}) {
-    if (std::signal(signal, end_by_signal) == SIG_IGN) std::signal(signal, SIG_IGN);
+void output_files::appear() {
+  std::size_t placed = 0;
+  try {
+    for (; placed < files_.size(); ++placed) files_[placed]->take_place(force_);
+  } catch (...) {
+    for (std::size_t k = 0; k < placed && !force_; ++k) unlink(files_[k]->target().c_str());
+    throw;
   }
 }
 

@@ -62,10 +62,12 @@ void print_shapes(const session& s, const report::shapes& found) {
 void measure(session& s, const std::string& name, const quality_command& options) {
   const loaded file = load(s, name, options.input.from);
   const step progress(s, "measuring " + name);
-  if (!has_valid_nodes(file.m)) throw report::failure("elements have nodes that are not there");
-  if (file.m.coords.rows() < 2) throw report::failure("qualities need two or three coordinates a node");
-  const std::vector<report::shapes> all = measure_shapes(file.m, options.worst);
-  const double length = mean_edge_length(file.m);
+  if (!has_valid_nodes(file.m)) throw failure("elements have nodes that are not there");
+  if (file.m.coords.rows() < 2) throw failure("qualities need two or three coordinates a node");
+  std::vector<report::shapes> all;
+  double length = 0;
+  require(measure_shapes(file.m, options.worst, all));
+  require(mean_edge_length(file.m, length));
   for (const report::shapes& found : all) {
     if (found.smallest < options.fail_below) s.note(wanting);
   }

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <vector>
 
-#include "report/mesh.h"
+#include "failure.h"
 
 namespace cli {
 
@@ -30,7 +30,7 @@ int write_all(int to, const char* bytes, std::size_t count) {
 }  // namespace
 
 sink::sink(int to) : to_(to) {
-  if (pipe2(ends_, O_CLOEXEC) != 0) throw report::failure(std::strerror(errno));
+  if (pipe2(ends_, O_CLOEXEC) != 0) throw failure(std::strerror(errno));
   fcntl(ends_[1], F_SETPIPE_SZ, static_cast<int>(block_size));
   path_ = "/proc/self/fd/" + std::to_string(ends_[1]);
   drainer_ = std::thread(&sink::drain, this);

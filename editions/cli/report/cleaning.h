@@ -13,7 +13,11 @@ struct cleaned {
 };
 
 /// Merges near nodes, then removes degenerate elements and unused nodes. `mode` is that of merge() for connectivities.
-cleaned clean(mesh& m, double tolerance, unsigned mode);
+/// A mesh is not to be used where it fails.
+outcome clean(mesh& m, double tolerance, unsigned mode, cleaned& counts);
+
+/// Removes the nodes that no element uses.
+outcome remove_unused_nodes(mesh& m);
 
 }  // namespace report
 

@@ -56,17 +56,19 @@ finding find_not_finite(const mesh& m) {
   return fault;
 }
 
-finding find_near_nodes(const mesh& m, double tolerance) {
+outcome add_near_nodes(const mesh& m, double tolerance, std::vector<finding>& faults) {
   finding fault{"near_nodes", "nodes at, or within the tolerance of, another one", 0, {}};
   qel::dense2D<double> coords;
   qel::dense1D<unsigned> survivors;
-  require_memory(coords.copy(m.coords));
-  fault.count =
-      static_cast<std::uint64_t>(require(gw::operation::merge_nodes, gw::merge(coords, survivors, tolerance)));
+  if (!coords.copy(m.coords)) return outcome::of_memory(false);
+  const outcome merged{gw::operation::merge_nodes, gw::merge(coords, survivors, tolerance)};
+  if (merged.failed()) return merged;
+  fault.count = merged.count();
   for (unsigned n = 0; n < survivors.size() && fault.first.empty(); ++n) {
     if (survivors[n] != n) fault.first = node_words(n) + ", beside node " + std::to_string(survivors[n]);
   }
-  return fault;
+  faults.push_back(fault);
+  return {};
 }
 
 finding find_unused(const mesh& m) {
@@ -132,42 +134,54 @@ finding find_inverted(const std::vector<shapes>& all) {
   return fault;
 }
 
-finding find_low_quality(const mesh& m, const std::vector<shapes>& all, double bound) {
-  finding fault{"low_quality", "elements below the quality asked for", count_below(m, bound), {}};
+outcome add_low_quality(const mesh& m, const std::vector<shapes>& all, double bound, std::vector<finding>& faults) {
+  finding fault{"low_quality", "elements below the quality asked for", 0, {}};
+  const outcome done = count_below(m, bound, fault.count);
   for (const shapes& s : all) {
     if (!(s.smallest < bound)) continue;
     fault.first = std::string(type_name(s.type)) + " " + std::to_string(s.worst.front().element);
     break;
   }
-  return fault;
+  faults.push_back(fault);
+  return done;
 }
 
-void add_sides(const mesh& m, bool closed, std::vector<finding>& faults) {
-  const topology found = measure_topology(m);
+outcome add_sides(const mesh& m, bool closed, std::vector<finding>& faults) {
+  topology found;
+  const outcome done = measure_topology(m, found);
   faults.push_back(
       {"non_manifold", "sides of three or more elements", found.non_manifold, side_words(found.first_non_manifold)});
   if (closed) faults.push_back({"open", "sides of one element alone", found.open, side_words(found.first_open)});
+  return done;
 }
 
-void add_shapes(const mesh& m, double min_quality, std::vector<finding>& faults) {
-  const std::vector<shapes> all = measure_shapes(m, 1);
+outcome add_shapes(const mesh& m, double min_quality, std::vector<finding>& faults) {
+  std::vector<shapes> all;
+  const outcome done = measure_shapes(m, 1, all);
+  if (done.failed()) return done;
   if (mesh_dim(m) == 3 || m.coords.rows() == 2) faults.push_back(find_inverted(all));
-  if (min_quality > -2) faults.push_back(find_low_quality(m, all, min_quality));
+  return min_quality > -2 ? add_low_quality(m, all, min_quality, faults) : done;
+}
+
+outcome add_elements(const mesh& m, const check_options& options, bool valid, std::vector<finding>& faults) {
+  if (valid) faults.push_back(find_unused(m));
+  faults.push_back(find_degenerate(m));
+  faults.push_back(find_duplicates(m));
+  const outcome sides = valid ? add_sides(m, options.closed, faults) : outcome{};
+  if (sides.failed() || !valid || m.coords.rows() < 2) return sides;
+  return add_shapes(m, options.min_quality, faults);
 }
 
 }  // namespace
 
-std::vector<finding> find_faults(const mesh& m, const check_options& options) {
-  std::vector<finding> faults = {find_bad_indices(m), find_not_finite(m)};
+outcome find_faults(const mesh& m, const check_options& options, std::vector<finding>& faults) {
+  faults = {find_bad_indices(m), find_not_finite(m)};
   const bool valid = faults.front().count == 0;
-  if (m.coords.rows() >= 2) faults.push_back(find_near_nodes(m, options.tolerance));
-  if (valid) faults.push_back(find_unused(m));
-  faults.push_back(find_degenerate(m));
-  faults.push_back(find_duplicates(m));
-  if (valid) add_sides(m, options.closed, faults);
-  if (valid && m.coords.rows() >= 2) add_shapes(m, options.min_quality, faults);
+  const outcome near = m.coords.rows() >= 2 ? add_near_nodes(m, options.tolerance, faults) : outcome{};
+  if (near.failed()) return near;
+  const outcome done = add_elements(m, options, valid, faults);
   std::erase_if(faults, [](const finding& fault) { return fault.count == 0; });
-  return faults;
+  return done;
 }
 
 }  // namespace report

@@ -22,7 +22,7 @@ struct check_options {
 
 /// The findings in a fixed order, none with a count of 0. Where elements have nodes that are not there, what depends on
 /// nodes is not looked for.
-std::vector<finding> find_faults(const mesh& m, const check_options& options);
+outcome find_faults(const mesh& m, const check_options& options, std::vector<finding>& faults);
 
 }  // namespace report
 

@@ -1,23 +1,110 @@
 #include "formats.h"
 
 #include <algorithm>
-#include <cctype>
 #include <iterator>
 
+#include "file_lines.h"
 #include "written.h"
 
 namespace report {
 
 namespace {
 
-std::string extension_of(std::string_view path) {
-  const std::size_t dot = path.rfind('.');
-  if (dot == std::string_view::npos || path.find('/', dot) != std::string_view::npos) return {};
-  std::string extension(path.substr(dot));
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return extension;
-}
+constexpr left_out_kind includes = {"includes_left_out", "INCLUDE statements, not followed"};
+
+constexpr format rows[] = {
+    {
+        .name = "STL",
+        .option = "stl",
+        .extensions = {".stl"},
+        .written_types = "triangles, quadrangles as two of them",
+        .left_out = {},
+        .read = read_stl,
+        .look = look_at_stl,
+        .explain = explain_stl,
+        .holds = stl_holds,
+        .write = write_stl,
+        .writer = gw::operation::STL_output,
+    },
+    {
+        .name = "OBJ",
+        .option = "obj",
+        .extensions = {".obj"},
+        .written_types = "linear triangles and quadrangles",
+        .left_out = {},
+        .read = read_obj,
+        .look = look_at_text,
+        .explain = explain_obj,
+        .holds = obj_holds,
+        .write = write_obj,
+        .writer = gw::operation::WavefrontOBJ_output,
+    },
+    {
+        .name = "VTK",
+        .option = "vtk",
+        .extensions = {".vtk"},
+        .written_types = "edges, faces, solids",
+        .left_out = {"elements_left_out", "cells of types not read"},
+        .read = read_vtk,
+        .look = look_at_vtk,
+        .explain = explain_vtk,
+        .holds = vtk_holds,
+        .write = write_vtk,
+        .writer = gw::operation::vtk_output,
+    },
+    {
+        .name = "MEDIT",
+        .option = "medit",
+        .extensions = {".mesh"},
+        .written_types = "edges, faces, solids; middle nodes are lost",
+        .left_out = {},
+        .read = read_medit,
+        .look = look_at_text,
+        .explain = explain_medit,
+        .holds = medit_holds,
+        .write = write_medit,
+        .writer = gw::operation::medit_output,
+    },
+    {
+        .name = "NASTRAN",
+        .option = "nastran",
+        .extensions = {".nas", ".bdf", ".dat"},
+        .written_types = "edges, faces, solids; nodes within faces and solids are lost",
+        .left_out = includes,
+        .read = read_nastran,
+        .look = look_at_text,
+        .explain = explain_nastran,
+        .holds = nastran_holds,
+        .write = write_nastran,
+        .writer = gw::operation::NASTRAN_output,
+    },
+    {
+        .name = "FEMAP",
+        .option = "femap",
+        .extensions = {".neu"},
+        .written_types = "edges, faces, solids; nodes within faces and solids are lost",
+        .left_out = {},
+        .read = read_femap,
+        .look = look_at_text,
+        .explain = explain_femap,
+        .holds = nastran_holds,
+        .write = write_femap,
+        .writer = gw::operation::FEMAP_output,
+    },
+    {
+        .name = "EnSight",
+        .option = "ensight",
+        .extensions = {".case", ".geo"},
+        .written_types = "edges, faces, solids but pyramids",
+        .left_out = {},
+        .read = nullptr,
+        .look = nullptr,
+        .explain = nullptr,
+        .holds = ensight_holds,
+        .write = write_ensight,
+        .writer = gw::operation::ensight_output,
+    },
+};
 
 bool has_extension(const format& kind, const std::string& extension) {
   return std::any_of(std::begin(kind.extensions), std::end(kind.extensions),
@@ -26,77 +113,20 @@ bool has_extension(const format& kind, const std::string& extension) {
 
 }  // namespace
 
-const std::vector<format>& formats() {
-  using gw::operation;
-  static const std::vector<format> rows = {{"STL",
-                                            "stl",
-                                            {".stl"},
-                                            "triangles, quadrangles as two of them",
-                                            read_stl,
-                                            look_at_stl,
-                                            explain_stl,
-                                            stl_holds,
-                                            write_stl,
-                                            operation::STL_output},
-                                           {"OBJ",
-                                            "obj",
-                                            {".obj"},
-                                            "linear triangles and quadrangles",
-                                            read_obj,
-                                            look_at_text,
-                                            explain_obj,
-                                            obj_holds,
-                                            write_obj,
-                                            operation::WavefrontOBJ_output},
-                                           {"MEDIT",
-                                            "medit",
-                                            {".mesh"},
-                                            "edges, faces, solids; middle nodes are lost",
-                                            read_medit,
-                                            look_at_text,
-                                            explain_medit,
-                                            medit_holds,
-                                            write_medit,
-                                            operation::medit_output},
-                                           {"VTK",
-                                            "vtk",
-                                            {".vtk"},
-                                            "edges, faces, solids",
-                                            nullptr,
-                                            nullptr,
-                                            nullptr,
-                                            vtk_holds,
-                                            write_vtk,
-                                            operation::vtk_output},
-                                           {"NASTRAN",
-                                            "nastran",
-                                            {".nas", ".bdf", ".dat"},
-                                            "edges, faces, solids",
-                                            nullptr,
-                                            nullptr,
-                                            nullptr,
-                                            nastran_holds,
-                                            write_nastran,
-                                            operation::NASTRAN_output},
-                                           {"EnSight",
-                                            "ensight",
-                                            {".geo"},
-                                            "edges, faces, solids but pyramids",
-                                            nullptr,
-                                            nullptr,
-                                            nullptr,
-                                            ensight_holds,
-                                            write_ensight,
-                                            operation::ensight_output}};
-  return rows;
-}
+std::span<const format> formats() { return rows; }
 
 const format* find_format(std::string_view path, std::string_view option) {
   const std::string extension = extension_of(path);
-  for (const format& kind : formats()) {
+  for (const format& kind : rows) {
     if (option.empty() ? has_extension(kind, extension) : option == kind.option) return &kind;
   }
   return nullptr;
+}
+
+std::string extension_of(std::string_view path) {
+  const std::size_t dot = path.rfind('.');
+  if (dot == std::string_view::npos || path.find('/', dot) != std::string_view::npos) return {};
+  return lower_case(path.substr(dot));
 }
 
 file_facts look_at_text(std::string_view /*bytes*/) { return {}; }

@@ -2,6 +2,7 @@
 #ifndef QEL_GRIDWORK_CLI_REPORT_FORMATS_H
 #define QEL_GRIDWORK_CLI_REPORT_FORMATS_H
 
+#include <span>
 #include <string_view>
 
 #include "mesh.h"
@@ -14,12 +15,19 @@ struct file_facts {
   std::uint64_t elements = 0;  ///< that the file has or claims to have, where it tells before it is read; else 0
 };
 
-/// A format that is not read has neither read() nor look() nor explain(); one that is not written has no write().
+/// What a reader counts that it passed over: as programs read it, and in words.
+struct left_out_kind {
+  const char* name = "elements_left_out";
+  const char* words = "elements of types not read";
+};
+
+/// A format that is not read has neither read() nor look() nor explain().
 struct format {
   const char* name;
   const char* option;         ///< as --from and --to take it
   const char* extensions[3];  ///< in lower case, the rest null
   const char* written_types;  ///< in words
+  left_out_kind left_out;
   int (*read)(const char* path, mesh& m);
   file_facts (*look)(std::string_view bytes);
   /// Why read() gave `result`, a negative code or, for a file without elements, 0.
@@ -29,10 +37,13 @@ struct format {
   gw::operation writer;
 };
 
-const std::vector<format>& formats();
+std::span<const format> formats();
 
 /// The format of an option's word or, without one, of a path's extension; null when there is none.
 const format* find_format(std::string_view path, std::string_view option);
+
+/// The end of a path from its last dot on, in lower case.
+std::string extension_of(std::string_view path);
 
 // --- What the rows are made of --------------------------------------------------------------------------------------
 
@@ -47,6 +58,16 @@ std::string explain_obj(int result, std::string_view bytes);
 
 int read_medit(const char* path, mesh& m);
 std::string explain_medit(int result, std::string_view bytes);
+
+int read_vtk(const char* path, mesh& m);
+file_facts look_at_vtk(std::string_view bytes);
+std::string explain_vtk(int result, std::string_view bytes);
+
+int read_nastran(const char* path, mesh& m);
+std::string explain_nastran(int result, std::string_view bytes);
+
+int read_femap(const char* path, mesh& m);
+std::string explain_femap(int result, std::string_view bytes);
 
 }  // namespace report
 

@@ -28,13 +28,13 @@ void append(const qel::dense2D<unsigned>& from, qel::dense2D<unsigned>& to, std:
   }
 }
 
-block mixed(const std::vector<block>& parts, unsigned dim) {
+bool mix(const std::vector<block>& parts, unsigned dim, block& all) {
   std::uint64_t count = 0, column = 0;
   for (const block& part : parts) count += part.connectivity.cols();
-  block all{dim == 2 ? gw::ELT_FACE_MIX : gw::ELT_SOLID_MIX, {}};
-  require_memory(all.connectivity.resize(nbr_nodes(all.type), count, ~0U));
+  all.type = dim == 2 ? gw::ELT_FACE_MIX : gw::ELT_SOLID_MIX;
+  if (!all.connectivity.resize(nbr_nodes(all.type), count, ~0U)) return false;
   for (const block& part : parts) append(part.connectivity, all.connectivity, column);
-  return all;
+  return true;
 }
 
 }  // namespace
@@ -61,16 +61,16 @@ bool has_valid_nodes(const mesh& m) {
 
 block linear_block(const block& elements) {
   const qel::dense2D<unsigned>& all = elements.connectivity;
-  return {linear_type(elements.type), all.sub_matrix(0, 0, nbr_base_nodes(elements.type), all.cols())};
+  return {linear_type(elements.type), all.sub_matrix(0, 0, nbr_base_nodes(elements.type), all.cols()), {}};
 }
 
-block linear_elements(const mesh& m, unsigned dim) {
+bool linear_elements(const mesh& m, unsigned dim, block& all) {
   std::vector<block> parts;
   for (const block& b : m.blocks) {
     if (element_dim(b.type) == dim) parts.push_back(linear_block(b));
   }
-  if (parts.empty()) return {};
-  return parts.size() == 1 ? parts.front() : mixed(parts, dim);
+  all = parts.size() == 1 ? parts.front() : block{};
+  return parts.size() < 2 || mix(parts, dim, all);
 }
 
 }  // namespace report

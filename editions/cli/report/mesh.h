@@ -6,7 +6,6 @@
 #include <qel/gridwork/messages.h>
 
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -18,6 +17,7 @@ namespace gw = qel::gridwork;
 struct block {
   gw::element_type type = gw::ELT_UNKNOWN;
   qel::dense2D<unsigned> connectivity;
+  qel::dense1D<unsigned> references = {};  ///< a number of the file's own for each element, or empty
 };
 
 /// Nodes, and blocks that are not empty.
@@ -26,25 +26,19 @@ struct mesh {
   std::vector<block> blocks;
 };
 
-/// A file or a mesh that cannot be worked on: the words for it and, where a function refused it, its result code.
-class failure : public std::runtime_error {
- public:
-  explicit failure(const std::string& words, int result = 0) : std::runtime_error(words), result_(result) {}
-  int result() const noexcept { return result_; }
+constexpr int out_of_memory = -199;
 
- private:
-  int result_;
+/// How a calculation ended: with the result of the call that failed, or of the last one.
+struct outcome {
+  gw::operation call = gw::operation::merge_nodes;
+  int result = 0;
+
+  bool failed() const { return result < 0; }
+  std::uint64_t count() const { return static_cast<std::uint64_t>(result); }
+  std::string words() const { return gw::message(call, result); }
+
+  static outcome of_memory(bool granted) { return {gw::operation::merge_nodes, granted ? 0 : out_of_memory}; }
 };
-
-/// Fails in words where a function of the library did; else its result.
-inline int require(gw::operation call, int result) {
-  if (result < 0) throw failure(gw::message(call, result), result);
-  return result;
-}
-
-inline void require_memory(bool granted) {
-  if (!granted) throw failure("memory ran out", -199);
-}
 
 /// "TRIA3" for ELT_TRIA3.
 const char* type_name(gw::element_type type);
@@ -60,8 +54,9 @@ bool has_valid_nodes(const mesh& m);
 /// The vertices of a block, as elements of the linear type of that shape; no copy.
 block linear_block(const block& elements);
 
-/// The vertices of all elements of a dimension (2 or 3), in one matrix of a plain or a mixed type.
-block linear_elements(const mesh& m, unsigned dim);
+/// The vertices of all elements of a dimension (2 or 3), in one matrix of a plain or a mixed type. False when memory ran
+/// out.
+bool linear_elements(const mesh& m, unsigned dim, block& all);
 
 }  // namespace report
 

@@ -12,13 +12,13 @@ namespace {
 bool is_measured(const block& b) { return element_dim(b.type) >= 2; }
 
 // Turned where most are negative.
-bool block_qualities(const mesh& m, const block& b, qel::dense1D<double>& quality) {
+outcome block_qualities(const mesh& m, const block& b, qel::dense1D<double>& quality, bool& turned) {
   const block linear = linear_block(b);
-  require(gw::operation::shape_qualities, shape_qualities(m.coords, linear.connectivity, linear.type, quality));
+  const int result = shape_qualities(m.coords, linear.connectivity, linear.type, quality);
   const auto negative = std::count_if(quality.data(), quality.data() + quality.size(), [](double q) { return q < 0; });
-  if (2 * static_cast<std::uint64_t>(negative) <= quality.size()) return false;
-  for (std::uint64_t e = 0; e < quality.size(); ++e) quality[e] = -quality[e];
-  return true;
+  turned = 2 * static_cast<std::uint64_t>(negative) > quality.size();
+  for (std::uint64_t e = 0; turned && e < quality.size(); ++e) quality[e] = -quality[e];
+  return {gw::operation::shape_qualities, result};
 }
 
 void count_values(const qel::dense1D<double>& quality, shapes& found) {
@@ -68,48 +68,49 @@ double edge_length(const qel::dense2D<double>& coords, unsigned a, unsigned b) {
 
 }  // namespace
 
-std::vector<shapes> measure_shapes(const mesh& m, std::size_t nbr_worst) {
-  std::vector<shapes> all;
+outcome measure_shapes(const mesh& m, std::size_t nbr_worst, std::vector<shapes>& all) {
   for (const block& b : m.blocks) {
     if (!is_measured(b)) continue;
     qel::dense1D<double> quality;
     shapes found;
     found.type = b.type;
     found.elements = b.connectivity.cols();
-    found.reversed = block_qualities(m, b, quality);
+    const outcome done = block_qualities(m, b, quality, found.reversed);
+    if (done.failed()) return done;
     count_values(quality, found);
     find_worst(m, b, quality, nbr_worst, found);
     all.push_back(std::move(found));
   }
-  return all;
+  return {};
 }
 
-std::uint64_t count_below(const mesh& m, double bound) {
-  std::uint64_t count = 0;
+outcome count_below(const mesh& m, double bound, std::uint64_t& count) {
   for (const block& b : m.blocks) {
     if (!is_measured(b)) continue;
     qel::dense1D<double> quality;
-    block_qualities(m, b, quality);
+    bool turned = false;
+    const outcome done = block_qualities(m, b, quality, turned);
+    if (done.failed()) return done;
     for (std::uint64_t e = 0; e < quality.size(); ++e) count += quality[e] < bound ? 1 : 0;
   }
-  return count;
+  return {};
 }
 
-double mean_edge_length(const mesh& m) {
+outcome mean_edge_length(const mesh& m, double& length) {
   std::vector<qel::dense2D<unsigned>> matrices;
   qel::dense1D<int> types;
   for (const block& b : m.blocks) {
     if (element_dim(b.type) == 0) continue;
     const block linear = linear_block(b);
     matrices.push_back(linear.connectivity);
-    require_memory(types.push_back(linear.type));
+    if (!types.push_back(linear.type)) return outcome::of_memory(false);
   }
   qel::dense2D<unsigned> edges;
-  require(gw::operation::copy_edges_range,
-          gw::copy_edges(matrices.data(), matrices.data() + matrices.size(), types, edges));
+  const int result = gw::copy_edges(matrices.data(), matrices.data() + matrices.size(), types, edges);
   double sum = 0;
   for (std::uint64_t e = 0; e < edges.cols(); ++e) sum += edge_length(m.coords, edges(0, e), edges(1, e));
-  return edges.empty() ? 0 : sum / static_cast<double>(edges.cols());
+  length = edges.empty() ? 0 : sum / static_cast<double>(edges.cols());
+  return {gw::operation::copy_edges_range, result};
 }
 
 }  // namespace report

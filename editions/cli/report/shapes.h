@@ -28,13 +28,13 @@ struct shapes {
 };
 
 /// Of all faces and solids of a mesh whose nodes are valid; vertices count, middle nodes do not.
-std::vector<shapes> measure_shapes(const mesh& m, std::size_t nbr_worst);
+outcome measure_shapes(const mesh& m, std::size_t nbr_worst, std::vector<shapes>& all);
 
-/// How many elements have a quality below `bound`, and the worst one of them is in `shapes::worst`.
-std::uint64_t count_below(const mesh& m, double bound);
+/// How many elements have a quality below `bound`.
+outcome count_below(const mesh& m, double bound, std::uint64_t& count);
 
 /// The mean length of the distinct edges; 0 without edges.
-double mean_edge_length(const mesh& m);
+outcome mean_edge_length(const mesh& m, double& length);
 
 }  // namespace report
 

@@ -9,25 +9,25 @@ namespace {
 
 using side = std::array<unsigned, 4>;  // its nodes by increasing index
 
-// The sides without a neighbour: those of one element, and those of three or more, which come once for each of them.
-std::vector<side> unpaired_sides(const block& elements, std::uint64_t& slots) {
+// The sides without a neighbour, sorted: those of one element, and those of three or more, which come once for each of
+// them; and how many slots have a neighbour.
+outcome unpaired_sides(const block& elements, std::vector<side>& sides, std::uint64_t& slots) {
   qel::dense2D<unsigned> neighbors, boundaries;
-  require(gw::operation::get_neighbors, get_neighbors(elements.connectivity, elements.type, false, neighbors));
-  require(gw::operation::get_mesh_boundaries,
-          get_mesh_boundaries(elements.connectivity, neighbors, elements.type, boundaries));
-  slots = 0;
+  const int result = get_neighbors(elements.connectivity, elements.type, false, neighbors);
+  if (result < 0) return {gw::operation::get_neighbors, result};
+  const int listed = get_mesh_boundaries(elements.connectivity, neighbors, elements.type, boundaries);
   for (std::uint64_t e = 0; e < neighbors.cols(); ++e) {
     slots +=
         static_cast<std::uint64_t>(neighbors.rows() - static_cast<std::uint64_t>(std::count(
                                                           neighbors.begin_column(e), neighbors.end_column(e), ~0U)));
   }
-  std::vector<side> sides(boundaries.cols(), side{~0U, ~0U, ~0U, ~0U});
+  sides.assign(boundaries.cols(), side{~0U, ~0U, ~0U, ~0U});
   for (std::uint64_t b = 0; b < boundaries.cols(); ++b) {
     std::copy(boundaries.begin_column(b), boundaries.end_column(b), sides[b].begin());
     std::sort(sides[b].begin(), sides[b].end());
   }
   std::sort(sides.begin(), sides.end());
-  return sides;
+  return {gw::operation::get_mesh_boundaries, listed};
 }
 
 void note(std::uint64_t& count, std::uint64_t (&first)[2], const side& nodes) {
@@ -55,13 +55,15 @@ unsigned join(std::vector<unsigned>& parent, const unsigned* nodes, std::uint64_
 
 }  // namespace
 
-topology measure_topology(const mesh& m) {
-  topology found;
+outcome measure_topology(const mesh& m, topology& found) {
   found.dim = mesh_dim(m) >= 2 ? mesh_dim(m) : 0;
-  if (found.dim == 0) return found;
-  const block elements = linear_elements(m, found.dim);
+  block elements;
   std::uint64_t paired_slots = 0;
-  const std::vector<side> sides = unpaired_sides(elements, paired_slots);
+  std::vector<side> sides;
+  if (found.dim == 0) return {};
+  if (!linear_elements(m, found.dim, elements)) return outcome::of_memory(false);
+  const outcome done = unpaired_sides(elements, sides, paired_slots);
+  if (done.failed()) return done;
   for (auto first = sides.begin(); first != sides.end();) {
     const auto last = std::find_if(first, sides.end(), [&](const side& s) { return s != *first; });
     if (last - first == 1)
@@ -72,7 +74,7 @@ topology measure_topology(const mesh& m) {
   }
   found.elements = elements.connectivity.cols();
   found.sides = paired_slots / 2 + found.open + found.non_manifold;
-  return found;
+  return {};
 }
 
 node_use measure_node_use(const mesh& m) {

@@ -18,7 +18,7 @@ struct topology {
   std::uint64_t first_non_manifold[2] = {};
 };
 
-topology measure_topology(const mesh& m);
+outcome measure_topology(const mesh& m, topology& found);
 
 /// Nodes that elements use, and the pieces that they make: elements with a common node belong to one piece.
 struct node_use {

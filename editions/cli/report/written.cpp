@@ -12,18 +12,18 @@ struct matrices {
   qel::dense1D<int> types;
 };
 
-matrices split(const mesh& m) {
-  matrices all;
+bool split(const mesh& m, matrices& all) {
   for (const block& b : m.blocks) {
     all.connectivities.push_back(b.connectivity);
-    require_memory(all.types.push_back(b.type));
+    if (!all.types.push_back(b.type)) return false;
   }
-  return all;
+  return true;
 }
 
 template <class Write>
 int write_range(const char* path, const mesh& m, Write write) {
-  const matrices all = split(m);
+  matrices all;
+  if (!split(m, all)) return out_of_memory;
   const qel::dense2D<unsigned>* first = all.connectivities.data();
   return write(path, m.coords, first, first + all.connectivities.size(), all.types);
 }
@@ -35,31 +35,71 @@ double squared_length(const qel::dense2D<double>& coords, unsigned a, unsigned b
 }
 
 // Appends the two triangles of each quadrangle on the sides of its shorter diagonal.
-void append_halves(const qel::dense2D<double>& coords, const qel::dense2D<unsigned>& quads,
+bool append_halves(const qel::dense2D<double>& coords, const qel::dense2D<unsigned>& quads,
                    qel::dense2D<unsigned>& triangles) {
   for (std::uint64_t e = 0; e < quads.cols(); ++e) {
     const unsigned* q = quads.column(e);
     const unsigned first = squared_length(coords, q[0], q[2]) <= squared_length(coords, q[1], q[3]) ? 0 : 1;
     const auto corner = [&](unsigned k) { return q[(first + k) % 4]; };
-    require_memory(triangles.push_back_column({corner(0), corner(1), corner(2)}));
-    require_memory(triangles.push_back_column({corner(0), corner(2), corner(3)}));
+    if (!triangles.push_back_column({corner(0), corner(1), corner(2)}) ||
+        !triangles.push_back_column({corner(0), corner(2), corner(3)})) {
+      return false;
+    }
   }
+  return true;
 }
 
-void append(const qel::dense2D<unsigned>& from, qel::dense2D<unsigned>& to) {
+bool append(const qel::dense2D<unsigned>& from, qel::dense2D<unsigned>& to) {
   const std::uint64_t before = to.cols();
-  require_memory(to.resize(from.rows(), before + from.cols()));
+  if (!to.resize(from.rows(), before + from.cols())) return false;
   for (std::uint64_t e = 0; e < from.cols(); ++e) {
     std::copy(from.begin_column(e), from.end_column(e), to.begin_column(before + e));
   }
+  return true;
 }
 
-qel::dense2D<unsigned> elements_of(const mesh& m, gw::element_type type) {
-  qel::dense2D<unsigned> all;
-  for (const block& b : m.blocks) {
-    if (b.type == type) append(b.connectivity, all);
+bool elements_of(const mesh& m, gw::element_type type, qel::dense2D<unsigned>& all) {
+  return std::all_of(m.blocks.begin(), m.blocks.end(),
+                     [&](const block& b) { return b.type != type || append(b.connectivity, all); });
+}
+
+// A mesh as the functions take it that write one matrix of blocks.
+struct joined {
+  qel::dense2D<unsigned> connectivity;
+  qel::dense1D<unsigned> offsets, properties;
+  qel::dense1D<int> types;
+};
+
+// Properties are IDs; MEDIT leaves out what has the last reference of all.
+bool has_references(const block& b, unsigned lower, unsigned upper) {
+  const unsigned* first = b.references.data();
+  return !b.references.empty() &&
+         std::all_of(first, first + b.references.size(), [&](unsigned r) { return lower <= r && r <= upper; });
+}
+
+// The property of an element is its reference, if all can be; else the number of its block from 1 on.
+bool append(const block& b, bool with_references, joined& all) {
+  const std::uint64_t before = all.properties.size();
+  const std::uint64_t after = before + b.connectivity.cols();
+  if (!all.types.push_back(b.type) || !all.offsets.push_back(static_cast<unsigned>(after)) ||
+      !all.properties.resize(after, static_cast<unsigned>(all.types.size()))) {
+    return false;
   }
-  return all;
+  for (std::uint64_t e = 0; e < b.connectivity.cols(); ++e) {
+    std::copy(b.connectivity.begin_column(e), b.connectivity.end_column(e), all.connectivity.begin_column(before + e));
+  }
+  if (with_references) std::copy_n(b.references.data(), b.references.size(), all.properties.data() + before);
+  return true;
+}
+
+bool join(const mesh& m, joined& all) {
+  constexpr unsigned last_ID = 0x7FFFFFFF;
+  std::uint64_t rows = 0;
+  for (const block& b : m.blocks) rows = std::max(rows, b.connectivity.rows());
+  const bool with_references =
+      std::all_of(m.blocks.begin(), m.blocks.end(), [](const block& b) { return has_references(b, 1, last_ID); });
+  return all.connectivity.resize(rows, count_elements(m), ~0U) && all.offsets.push_back(0U) &&
+         std::all_of(m.blocks.begin(), m.blocks.end(), [&](const block& b) { return append(b, with_references, all); });
 }
 
 // What has nodes at all and is no mixture.
@@ -70,23 +110,30 @@ bool is_plain(gw::element_type type) { return element_dim(type) != 0; }
 bool stl_holds(gw::element_type type) { return type == gw::ELT_TRIA3 || type == gw::ELT_QUAD4; }
 
 int write_stl(const char* path, const mesh& m, bool text) {
-  qel::dense2D<unsigned> triangles = elements_of(m, gw::ELT_TRIA3);
-  append_halves(m.coords, elements_of(m, gw::ELT_QUAD4), triangles);
-  return gw::STL_output(path, m.coords, triangles, text);
+  qel::dense2D<unsigned> triangles, quads;
+  const bool granted = elements_of(m, gw::ELT_TRIA3, triangles) && elements_of(m, gw::ELT_QUAD4, quads) &&
+                       append_halves(m.coords, quads, triangles);
+  return granted ? gw::STL_output(path, m.coords, triangles, text) : out_of_memory;
 }
 
 bool obj_holds(gw::element_type type) { return stl_holds(type); }
 
 int write_obj(const char* path, const mesh& m, bool /*text*/) {
-  return gw::WavefrontOBJ_output(path, m.coords, elements_of(m, gw::ELT_TRIA3), elements_of(m, gw::ELT_QUAD4),
-                                 gw::ELT_TRIA3, gw::ELT_QUAD4);
+  qel::dense2D<unsigned> triangles, quads;
+  if (!elements_of(m, gw::ELT_TRIA3, triangles) || !elements_of(m, gw::ELT_QUAD4, quads)) return out_of_memory;
+  return gw::WavefrontOBJ_output(path, m.coords, triangles, quads, gw::ELT_TRIA3, gw::ELT_QUAD4);
 }
 
 bool medit_holds(gw::element_type type) {
   return is_plain(type) && type != gw::ELT_PYRAMID13 && type != gw::ELT_WEDGE15;
 }
 
+// The writer takes references for one matrix only.
 int write_medit(const char* path, const mesh& m, bool /*text*/) {
+  if (m.blocks.size() == 1 && has_references(m.blocks.front(), 0, ~0U - 1)) {
+    const block& only = m.blocks.front();
+    return gw::medit_output(path, m.coords, only.connectivity, only.type, only.references);
+  }
   return write_range(path, m, [](const auto&... arguments) { return gw::medit_output(arguments...); });
 }
 
@@ -99,20 +146,15 @@ int write_vtk(const char* path, const mesh& m, bool /*text*/) {
 bool nastran_holds(gw::element_type type) { return is_plain(type); }
 
 int write_nastran(const char* path, const mesh& m, bool /*text*/) {
-  std::uint64_t rows = 0, column = 0;
-  for (const block& b : m.blocks) rows = std::max(rows, b.connectivity.rows());
-  qel::dense2D<unsigned> all;
-  qel::dense1D<unsigned> offsets, properties;
-  qel::dense1D<int> types;
-  require_memory(all.resize(rows, count_elements(m), ~0U) && offsets.push_back(0U));
-  for (const block& b : m.blocks) {
-    for (std::uint64_t e = 0; e < b.connectivity.cols(); ++e, ++column) {
-      std::copy(b.connectivity.begin_column(e), b.connectivity.end_column(e), all.begin_column(column));
-    }
-    require_memory(types.push_back(b.type) && offsets.push_back(static_cast<unsigned>(column)) &&
-                   properties.resize(column, static_cast<unsigned>(types.size())));
-  }
-  return gw::NASTRAN_output(path, m.coords, all, offsets, types, properties);
+  joined all;
+  if (!join(m, all)) return out_of_memory;
+  return gw::NASTRAN_output(path, m.coords, all.connectivity, all.offsets, all.types, all.properties);
+}
+
+int write_femap(const char* path, const mesh& m, bool /*text*/) {
+  joined all;
+  if (!join(m, all)) return out_of_memory;
+  return gw::FEMAP_output(path, m.coords, all.connectivity, all.offsets, all.types, all.properties);
 }
 
 bool ensight_holds(gw::element_type type) {

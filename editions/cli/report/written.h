@@ -23,6 +23,8 @@ int write_vtk(const char* path, const mesh& m, bool text);
 bool nastran_holds(gw::element_type type);
 int write_nastran(const char* path, const mesh& m, bool text);
 
+int write_femap(const char* path, const mesh& m, bool text);
+
 bool ensight_holds(gw::element_type type);
 int write_ensight(const char* path, const mesh& m, bool text);
 

@@ -73,7 +73,10 @@ def test_open_boundaries_and_low_quality_are_faults_where_that_is_asked(tool):
     ("empty.obj", "", "the file is empty"),
     ("bad.mesh", "Dimension 3\n", "no MEDIT mesh"),
     ("what.xyz", "1 2 3\n", "--from"),
-    ("only.vtk", "x", "written, but not read")])
+    ("bad.vtk", "x", "no VTK file"),
+    ("bad.nas", "BEGIN BULK\nGRID,1,,0.,x,0.\n", "no number"),
+    ("bad.neu", "x\n", "FEMAP"),
+    ("only.case", "x", "written, but not read")])
 def test_damaged_files_are_told_with_their_line(tool, name, text, words):
     (tool.folder / name).write_text(text)
     result = tool.run("info", name)
@@ -89,6 +92,7 @@ def test_formats_are_all_written_and_read_again_where_they_are_read(tool):
     for kind in listed["formats"]:
         out = "out" + kind["extensions"][0]
         assert tool.run("convert", "solid.obj", out).returncode == 0
+        assert tool.run("convert", "solid.obj", out).returncode == 2
         assert (tool.folder / out).stat().st_size > 0
         if kind["read"]:
             (info,) = tool.objects("info", out)
@@ -134,23 +138,60 @@ def test_what_a_format_does_not_hold_is_dropped_only_when_asked(tool):
     assert tool.objects("info", "s.stl")[0]["elements"] == {"TRIA3": 1}
 
 
+def test_ensight_has_a_case_file_beside_its_geometry(tool):
+    (tool.folder / "part.geo").write_text("here")
+    assert b"part.geo exists" in tool.run("convert", "solid.obj", "part.case").stderr
+    assert tool.run("convert", "solid.obj", "part.case", "--force").returncode == 0
+    assert "model: part.geo" in (tool.folder / "part.case").read_text()
+    assert "tria3" in (tool.folder / "part.geo").read_text()
+
+
+def test_references_are_kept_where_formats_have_them(tool):
+    deck = "".join(f"GRID,{k},,{x}.,{y}.,0.\n" for k, (x, y) in enumerate([(0, 0), (1, 0), (0, 1), (0, 1)], 1))
+    (tool.folder / "in.nas").write_text(f"BEGIN BULK\n{deck}CTRIA3,1,7,1,2,4\nCTRIA3,2,7,2,3,4\nCTRIA3,3,8,1,3,2\nENDDATA\n")
+    for out, words in {"out.neu": ",8,", "out.mesh": " 8 \n", "out.bdf": "CTRIA3,2,8,"}.items():
+        assert tool.run("merge", "in.nas", out).returncode == 0
+        assert words in (tool.folder / out).read_text()
+        assert tool.objects("info", out)[0]["elements"] == {"TRIA3": 2}
+
+
+def test_what_a_file_has_beside_its_mesh_is_counted(tool):
+    (tool.folder / "a.bdf").write_text("BEGIN BULK\nINCLUDE 'b.bdf'\nGRID,1\nGRID,2,,1.\nCBAR,1,1,1,2\nENDDATA\n")
+    (tool.folder / "p.vtk").write_text("# vtk DataFile Version 3.0\n\nASCII\nDATASET UNSTRUCTURED_GRID\nPOINTS 3 float\n"
+                                       "0 0 0 1 0 0 0 1 0\nCELLS 2 6\n1 0\n3 0 1 2\nCELL_TYPES 2\n1 5\n")
+    info, vtk = tool.objects("info", "a.bdf", "p.vtk")
+    assert (info["includes_left_out"], vtk["elements_left_out"]) == (1, 1)
+    assert b"INCLUDE statements" in tool.run("convert", "a.bdf", "a.vtk").stderr
+    (found,) = tool.objects("check", "p.vtk", status=1)
+    assert [f["name"] for f in found["findings"]] == ["left_out"]
+
+
 def test_sample_files_agree_with_their_index(tool, samples):
     expected = json.loads((samples / "expected.json").read_text())
-    read = {"STL_input", "WavefrontOBJ_input", "medit_input"}
     wrong = {}
     for name, wanted in expected.items():
-        if wanted["reader"] not in read or not (samples / name).is_file():
+        if wanted["reader"] == "medit_solution_input" or not (samples / name).is_file():
             continue
         (info,) = tool.objects("info", samples / name, status=2 if wanted["result"] < 0 else 0)
-        found = (info.get("nodes"), info.get("elements"))
-        if wanted["result"] >= 0 and found != (wanted["nodes"], wanted["elements"]):
-            wrong[name] = found
+        if wanted["result"] < 0:
+            continue
+        left_out = info.get("includes_left_out", info.get("elements_left_out"))
+        if (info["nodes"], info["elements"], left_out) != (wanted["nodes"], wanted["elements"], wanted["result"]):
+            wrong[name] = info
+        if "box" in wanted:
+            assert info["box"] == [pytest.approx(corner, abs=1e-6) for corner in wanted["box"]], name
     assert not wrong
 
 
+MESHES = {".stl", ".obj", ".mesh", ".vtk", ".nas", ".bdf", ".dat", ".neu"}
+
+
 def test_every_sample_file_ends_in_a_report_or_in_words(tool, samples):
-    for path in sorted(samples.glob("*.stl")) + sorted(samples.glob("*.obj")) + sorted(samples.glob("*.mesh")):
-        for command in ("info", "check"):
+    paths = [path for path in sorted(samples.iterdir()) if path.suffix in MESHES]
+    assert len(paths) > 80
+    for path in paths:
+        for command in ("info", "check", "quality"):
             result = tool.run(command, path)
             assert result.returncode in (0, 1, 2), (path, result)
             assert bool(result.stdout) != bool(result.stderr), (path, result)
+            assert result.returncode != 2 or result.stderr.count(b"\n") == 1, (path, result)
