@@ -3,6 +3,7 @@
 #define QEL_GRIDWORK_IO_NASTRAN_CARDS_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -35,7 +36,7 @@ class card_fields {
 
   /// Appends the fields of a line behind the first one.
   void append(const record_line& line) noexcept {
-    const std::uint64_t comma = line.text.find(',');
+    const std::size_t comma = line.text.find(',');
     if (comma == std::string_view::npos) return append_fixed(line.text);
     is_damaged_ = is_damaged_ || line.is_cut;
     append_free(line.text.substr(comma + 1), is_wide(line.text.substr(0, comma)) ? 4 : 8);
@@ -43,7 +44,7 @@ class card_fields {
 
   /// The first field of a line; with tabs, what stands before the first of them.
   static std::string_view first_field(std::string_view line) noexcept {
-    const std::uint64_t comma = line.find(',');
+    const std::size_t comma = line.find(',');
     if (comma != std::string_view::npos) return trim(line.substr(0, comma));
     line = line.substr(0, field_width);
     return trim(line.substr(0, line.find('\t')));
@@ -93,7 +94,7 @@ class card_fields {
   void append_free(std::string_view rest, unsigned usual) noexcept {
     const unsigned first = count_;
     for (unsigned number = 1;; ++number) {
-      const std::uint64_t comma = rest.find(',');
+      const std::size_t comma = rest.find(',');
       const std::string_view field = trim(rest.substr(0, comma));
       const bool is_last = comma == std::string_view::npos;
       if (!is_last || number <= usual || !is_mark(field, number == usual + 1)) add(field);
@@ -130,7 +131,7 @@ constexpr std::uint64_t first_word(std::string_view line) noexcept {
   line = trim(line);
   const auto is_letter = [](char c) { return to_lower(c) >= 'a' && to_lower(c) <= 'z'; };
   const auto end = std::find_if_not(line.begin(), line.end(), is_letter);
-  return packed_name(line.substr(0, static_cast<std::uint64_t>(end - line.begin())));
+  return packed_name(line.substr(0, static_cast<std::size_t>(end - line.begin())));
 }
 
 /// Goes from card to card.
@@ -186,7 +187,7 @@ class card_reader {
     has_line_ = false;
     while (!has_line_ && lines_.next(line_)) {
       whole_line_ = line_.text;
-      const std::uint64_t comment = line_.text.find('$');
+      const std::size_t comment = line_.text.find('$');
       line_.is_cut = line_.is_cut && comment == std::string_view::npos;
       line_.text = line_.text.substr(0, comment);
       while (!line_.text.empty() && is_blank(line_.text.back())) line_.text.remove_suffix(1);

@@ -24,7 +24,7 @@ using io::nastran::packed_name;
 bool begins_other_part(std::string_view line) noexcept {
   constexpr std::string_view parts[] = {"super", "auxm", "arbm", "module", "trmc", "flxs"};
   const auto is_letter = [](char c) { return io::to_lower(c) >= 'a' && io::to_lower(c) <= 'z'; };
-  for (std::uint64_t k = 1; k < line.size(); ++k) {
+  for (std::size_t k = 1; k < line.size(); ++k) {
     if (is_letter(line[k - 1])) continue;
     for (const std::string_view part : parts) {
       const auto same = [](char a, char b) { return io::to_lower(a) == b; };
@@ -78,7 +78,7 @@ class bulk_data {
   void pass_include() noexcept {
     if (!is_skipped_) model_->leave_out();
     const std::string_view line = cards_.whole_line();
-    const std::uint64_t quote = line.find_first_of("'\"");
+    const std::size_t quote = line.find_first_of("'\"");
     if (quote != std::string_view::npos && line.find(line[quote], quote + 1) == std::string_view::npos) {
       cards_.skip_through(line[quote]);
     }

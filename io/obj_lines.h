@@ -63,7 +63,7 @@ class obj_lines {
 
   const char* read_face(const char* p) noexcept {
     unsigned nodes[4];
-    std::uint64_t count = 0;
+    std::size_t count = 0;
     for (p = skip_blanks(p); *p != '\n'; p = skip_blanks(p), ++count) {
       unsigned node = 0;
       p = read_corner(p, node);

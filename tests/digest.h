@@ -40,7 +40,7 @@ class digest {
       for (std::uint64_t k = 0; k < x.size(); ++k) add(x(k % x.rows(), k / x.rows()));
     } else {
       for (const auto& entry : x) add(entry);
-      add(std::size(x));
+      add(std::uint64_t{std::size(x)});
     }
   }
 };

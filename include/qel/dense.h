@@ -169,7 +169,7 @@ class vector_num : public math1::ref_counted {
     const auto shift = static_cast<unsigned char>((Align - address % Align) % Align);
     T* data = reinterpret_cast<T*>(static_cast<unsigned char*>(raw) + shift);
     const size_type kept = (std::min)({keep, capacity_, capacity});
-    if (kept != 0) std::memcpy(static_cast<void*>(data), data_, kept * sizeof(T));
+    if (kept != 0) std::memcpy(static_cast<void*>(data), data_, static_cast<std::size_t>(kept * sizeof(T)));
     release();
     data_ = data;
     capacity_ = capacity;
@@ -281,7 +281,8 @@ class block_view {
     if (factor != 0 && capacity() > std::numeric_limits<size_type>::max() / factor) return false;
     Ptr<block_type> fresh = make_block((std::max)(count, capacity() * factor));
     if (!fresh) return false;
-    if (keep != 0) std::memcpy(static_cast<void*>(fresh->data()), entries(), keep * sizeof(T));
+    if (keep != 0)
+      std::memcpy(static_cast<void*>(fresh->data()), entries(), static_cast<std::size_t>(keep * sizeof(T)));
     block_ = std::move(fresh);
     offset_ = 0;
     return true;
@@ -687,7 +688,8 @@ class dense2D : public detail::block_view<T, 8> {
   void move_columns_in_place(size_type new_ld, size_type kept_rows, size_type kept_cols) noexcept {
     T* first = base::entries();
     const auto move_column = [&](size_type j) {
-      std::memmove(static_cast<void*>(first + j * new_ld), first + j * ld_, kept_rows * sizeof(T));
+      std::memmove(static_cast<void*>(first + j * new_ld), first + j * ld_,
+                   static_cast<std::size_t>(kept_rows * sizeof(T)));
     };
     if (new_ld < ld_) {
       for (size_type j = 1; j < kept_cols; ++j) move_column(j);

@@ -40,11 +40,11 @@ class block_reader {
     if (available() >= count) return true;
     if (ended_) return false;
     const std::uint64_t left = available();
-    std::memmove(block_.data(), begin_, left);
+    std::memmove(block_.data(), begin_, static_cast<std::size_t>(left));
     begin_ = block_.data();
     end_ = begin_ + left;
     while (available() < count) {
-      const std::size_t got = std::fread(end_, 1, limits::read_block - available(), stream_);
+      const std::size_t got = std::fread(end_, 1, static_cast<std::size_t>(limits::read_block - available()), stream_);
       if (got == 0 && was_interrupted(stream_)) continue;
       ended_ = got == 0;
       if (ended_) break;
@@ -63,7 +63,7 @@ class block_reader {
   /// Consumes what is left of a line; false when the stream ends before its newline.
   bool pass_line() noexcept {
     while (fill(1)) {
-      const void* newline = std::memchr(begin_, '\n', available());
+      const void* newline = std::memchr(begin_, '\n', static_cast<std::size_t>(end_ - begin_));
       begin_ = newline != nullptr ? begin_ + (static_cast<const char*>(newline) - begin_) + 1 : end_;
       if (newline != nullptr) return true;
     }

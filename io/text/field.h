@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string_view>
@@ -109,7 +110,7 @@ class real_scanner {
   bool copy_sign() noexcept { return copy_if('-') || copy_if('+'); }
 
   unsigned copy_digits() noexcept {
-    const std::uint64_t first = at_;
+    const std::size_t first = at_;
     for (; is_digit(peek()); ++at_) *out_++ = peek();
     return static_cast<unsigned>(at_ - first);
   }
@@ -125,7 +126,7 @@ class real_scanner {
   }
 
   std::string_view field_;
-  std::uint64_t at_ = 0;
+  std::size_t at_ = 0;
   char* out_ = nullptr;
   char text_[limits::longest_record + 2 + scan_margin];
 };

@@ -40,7 +40,7 @@ class line_reader {
     const std::uint64_t limit = std::min(blocks_.available(), longest);
     if (limit == 0) return nullptr;
     const char* line = blocks_.begin();
-    const void* newline = std::memchr(line, '\n', limit);
+    const void* newline = std::memchr(line, '\n', static_cast<std::size_t>(limit));
     if (newline != nullptr) {
       blocks_.consume(static_cast<std::uint64_t>(static_cast<const char*>(newline) - line) + 1);
       return line;

@@ -43,7 +43,7 @@ class record_lines {
 
  private:
   static std::uint64_t length_up_to(char c, const char* text, std::uint64_t limit) noexcept {
-    const void* const end = std::memchr(text, c, limit);
+    const void* const end = std::memchr(text, c, static_cast<std::size_t>(limit));
     return end == nullptr ? limit : static_cast<std::uint64_t>(static_cast<const char*>(end) - text);
   }
 
