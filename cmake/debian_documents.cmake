@@ -1,4 +1,5 @@
-# Run by CPack between installing and packing: puts licence and changelogs into each Debian package.
+# Run by CPack between installing and packing: puts licence and changelogs into each Debian package, and
+# compresses man pages.
 if(NOT CPACK_GENERATOR STREQUAL "DEB")
   return()
 endif()
@@ -18,3 +19,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ
     DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 endforeach()
+file(GLOB_RECURSE pages ${CPACK_TEMPORARY_DIRECTORY}/*/usr/share/man/*.1)
+if(pages)
+  execute_process(COMMAND gzip -9nf ${pages} COMMAND_ERROR_IS_FATAL ANY)
+endif()

@@ -1,5 +1,5 @@
-# `cpack -G DEB` makes two Debian packages of a build that was configured with the prefix /usr (scripts/package_deb.sh):
-# the shared library, and what programs are built with.
+# `cpack -G DEB` makes Debian packages of a build that was configured with the prefix /usr (scripts/package_deb.sh): the
+# shared library, what programs are built with, and the command-line tool.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qel-gridwork)
@@ -10,6 +10,9 @@ set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
 
 set(CPACK_COMPONENTS_ALL qel_gridwork_runtime qel_gridwork_development)
+if(TARGET gridwork)
+  list(APPEND CPACK_COMPONENTS_ALL qel_gridwork_tools)
+endif()
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -40,6 +43,16 @@ set(CPACK_DEBIAN_QEL_GRIDWORK_DEVELOPMENT_PACKAGE_DEPENDS
 set(CPACK_COMPONENT_QEL_GRIDWORK_DEVELOPMENT_DESCRIPTION
   "finite-element mesh utilities - development files\n${about}\n\nThis package holds the headers, the files for CMake and pkg-config, and
 examples.")
+
+set(CPACK_DEBIAN_QEL_GRIDWORK_TOOLS_PACKAGE_NAME qel-gridwork-tools)
+set(CPACK_DEBIAN_QEL_GRIDWORK_TOOLS_PACKAGE_SECTION math)
+set(CPACK_DEBIAN_QEL_GRIDWORK_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_CURRENT_BINARY_DIR})
+set(CPACK_DEBIAN_QEL_GRIDWORK_TOOLS_PACKAGE_DEPENDS
+  "${CPACK_DEBIAN_QEL_GRIDWORK_RUNTIME_PACKAGE_NAME} (>= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_QEL_GRIDWORK_TOOLS_DESCRIPTION
+  "finite-element mesh utilities - command-line tool\n${about}\n\nThis package holds the program gridwork, which tells what is in mesh files,
+looks for faults, merges nodes, converts, cuts and measures.")
 
 # What every Debian package carries beside the files that are installed.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_documents.cmake)

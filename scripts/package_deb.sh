@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Builds the Debian packages libqel-gridwork4 and libqel-gridwork-dev into build/deb/packages/, holds them against
+# Builds the Debian packages libqel-gridwork4, libqel-gridwork-dev and qel-gridwork-tools into build/deb/packages/, holds them against
 # lintian, unpacks them into an empty root, and builds and runs a user's project against that.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
-need_packages g++ cmake ninja-build dpkg-dev file lintian pkg-config
+need_packages g++ cmake ninja-build dpkg-dev file lintian pkg-config libcli11-dev
 
 # Debian's flags, but for debug information, which would be stripped anyway.
 export DEB_CXXFLAGS_MAINT_STRIP=-g DEB_BUILD_MAINT_OPTIONS=hardening=+all
@@ -14,8 +14,9 @@ LDFLAGS=$(dpkg-buildflags --get LDFLAGS)
 
 rm -rf build/deb/packages
 cmake --preset release -B build/deb -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_INSTALL_DOCDIR=share/doc/libqel-gridwork-dev \
-  -DQEL_GRIDWORK_DEVELOPER=OFF -DQEL_GRIDWORK_BUILD_TESTS=OFF -DQEL_GRIDWORK_BUILD_EXAMPLES=OFF -DQEL_GRIDWORK_BUILD_TOOL=OFF \
-  -DCMAKE_CXX_FLAGS="$CPPFLAGS $CXXFLAGS" -DCMAKE_SHARED_LINKER_FLAGS="$LDFLAGS" > /dev/null
+  -DQEL_GRIDWORK_DEVELOPER=OFF -DQEL_GRIDWORK_BUILD_TESTS=OFF -DQEL_GRIDWORK_BUILD_EXAMPLES=OFF \
+  -DCMAKE_CXX_FLAGS="$CPPFLAGS $CXXFLAGS" -DCMAKE_SHARED_LINKER_FLAGS="$LDFLAGS" -DCMAKE_EXE_LINKER_FLAGS="$LDFLAGS -pie" \
+  -DCMAKE_SKIP_INSTALL_RPATH=ON -DQEL_GRIDWORK_ZSH_DIR=share/zsh/vendor-completions > /dev/null
 cmake --build build/deb
 (cd build/deb && cpack -G DEB -B packages > cpack.log) || { cat build/deb/cpack.log >&2; exit 1; }
 rm -rf build/deb/packages/_CPack_Packages
@@ -29,4 +30,7 @@ root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 for package in build/deb/packages/*.deb; do dpkg -x "$package" "$root"; done
 tests/consumer/installed.sh "$root/usr" "lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH)" c++
+
+echo "--- the tool"
+LD_LIBRARY_PATH=$root/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH) "$root/usr/bin/gridwork" info examples/data/bracket.stl
 ls build/deb/packages/*.deb

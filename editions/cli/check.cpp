@@ -61,9 +61,11 @@ void add_check(CLI::App& app, session& s) {
   const auto options = std::make_shared<check_command>();
   add_input_options(*command, options->input);
   command->add_option("-t,--tolerance", options->wanted.tolerance, "nodes this near to one another are a fault")
+      ->type_name("LENGTH")
       ->check(CLI::NonNegativeNumber);
   command->add_flag("--closed", options->wanted.closed, "open boundaries are a fault");
-  command->add_option("--min-quality", options->wanted.min_quality, "elements of a lower shape quality are a fault");
+  command->add_option("--min-quality", options->wanted.min_quality, "elements of a lower shape quality are a fault")
+      ->type_name("QUALITY");
   command->callback([&s, options] {
     for (const std::string& name : options->input.files) guard(s, "check", name, [&] { check(s, name, *options); });
   });

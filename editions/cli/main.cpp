@@ -1,10 +1,10 @@
 // gridwork: the library's functions on mesh files, from a shell.
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <numeric>
 
 #include "commands.h"
+#include "generate.h"
 
 namespace cli {
 
@@ -39,23 +39,39 @@ bool is_command(CLI::App& app, const std::string& word) {
   return std::any_of(commands.begin(), commands.end(), [&](const CLI::App* c) { return c->get_name() == word; });
 }
 
+bool takes_value(CLI::App& app, const std::string& word) {
+  const CLI::Option* option = app.get_option_no_throw(word);
+  return option != nullptr && option->get_expected_max() != 0;
+}
+
 // The first argument that is no option, if no command has that name; null when all is well.
 const char* unknown_command(CLI::App& app, int argc, char** argv) {
   for (int k = 1; k < argc; ++k) {
-    if (std::strcmp(argv[k], "--color") == 0)
-      ++k;
-    else if (argv[k][0] != '-')
-      return is_command(app, argv[k]) ? nullptr : argv[k];
+    if (argv[k][0] != '-') return is_command(app, argv[k]) ? nullptr : argv[k];
+    if (takes_value(app, argv[k])) ++k;
   }
   return nullptr;
 }
 
+[[noreturn]] void print_generated(const CLI::App& app, const std::string& what) {
+  std::fputs(generate(app, what).c_str(), stdout);
+  throw CLI::Success();
+}
+
 void add_all(CLI::App& app, session& s) {
+  app.set_help_flag("-h,--help", "print what there is to say about the program or a command");
   app.add_flag("--json", s.as_json, "print one JSON object a line and file");
   app.add_flag("-q,--quiet", s.quiet, "say nothing but results and errors");
   app.add_option("--color", s.color, "colours: auto (on a terminal), always, never")
+      ->type_name("WHEN")
       ->check(CLI::IsMember({"auto", "always", "never"}));
-  app.set_version_flag("--version", std::string("gridwork ") + qel::gridwork::version());
+  app.add_option_function<std::string>(
+         "--generate", [&app](const std::string& what) { print_generated(app, what); },
+         "print the man page or the completion of a shell")
+      ->type_name("TEXT")
+      ->check(CLI::IsMember(generated_texts))
+      ->trigger_on_parse();
+  app.set_version_flag("--version", std::string("gridwork ") + qel::gridwork::version(), "print the version");
   app.require_subcommand(1);
   app.fallthrough();
   for (const auto add : {add_info, add_check, add_convert, add_merge, add_quality, add_formats}) add(app, s);

@@ -41,9 +41,11 @@ void add_merge(CLI::App& app, session& s) {
   const auto options = std::make_shared<merge_command>();
   add_in_out_options(*command, options->files);
   command->add_option("-t,--tolerance", options->tolerance, "distance within which nodes are merged, 0 by default")
+      ->type_name("LENGTH")
       ->check(CLI::NonNegativeNumber);
   command->add_option("--mode", options->mode, "0: all nodes; 1: nodes of one element; 2: the same until none is left")
-      ->check(CLI::Range(0, 2));
+      ->type_name("MODE")
+      ->check(CLI::IsMember({0, 1, 2}));
   command->callback([&s, options] {
     rewrite(s, "merge", options->files, [&](report::mesh& m, json& object) { merge_nodes(s, m, object, *options); });
   });

@@ -87,8 +87,10 @@ void add_quality(CLI::App& app, session& s) {
   CLI::App* command = app.add_subcommand("quality", "Measures the shapes of elements and the lengths of edges");
   const auto options = std::make_shared<quality_command>();
   add_input_options(*command, options->input);
-  command->add_option("--worst", options->worst, "how many of the worst elements of a type are named, 5 by default");
-  command->add_option("--fail-below", options->fail_below, "exit with 1 when an element has a lower quality");
+  command->add_option("--worst", options->worst, "how many of the worst elements of a type are named, 5 by default")
+      ->type_name("COUNT");
+  command->add_option("--fail-below", options->fail_below, "exit with 1 when an element has a lower quality")
+      ->type_name("QUALITY");
   command->callback([&s, options] {
     for (const std::string& name : options->input.files) guard(s, "quality", name, [&] { measure(s, name, *options); });
   });
