@@ -9,14 +9,23 @@ namespace fuzz {
 
 using reader_of_type = int (*)(const char*, dense2D<double>&, dense2D<unsigned>&, element_type);
 
-/// A mesh or nothing; the short form with the same elements; what is written comes back as it was written.
-inline void check_identified(const std::string& bytes, identified::reader read, reader_of_type read_type,
-                             identified::writer write) {
+/// Replaces a character.
+inline std::string replaced(const std::string& bytes, char old, const char* text) {
+  std::string result;
+  for (const char c : bytes) c == old ? result += text : result += c;
+  return result;
+}
+
+/// A mesh or nothing; the same of the same file in another, less usual form; the short form with the same elements; what
+/// is written comes back as it was written.
+inline void check_identified(const std::string& bytes, const std::string& unusual, identified::reader read,
+                             reader_of_type read_type, identified::writer write) {
   static const memory_file file;
   identified::mesh m, back;
   const int code = identified::read(read, bytes, m);
   CHECK(code >= -6 && code != -1 && code != -4);
   CHECK(code < 0 ? m.is_empty() : m.is_complete());
+  CHECK(identified::read(read, unusual, back) == code && back.digest() == m.digest());
   file.write(bytes);
   for (unsigned b = 0; code >= 0 && b < m.types.size(); ++b) {
     dense2D<double> coords;

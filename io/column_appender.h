@@ -27,8 +27,13 @@ class column_appender {
   explicit column_appender(dense2D<T>& matrix) noexcept : matrix_(matrix) {}
   column_appender(const column_appender&) = delete;
   column_appender& operator=(const column_appender&) = delete;
-  ~column_appender() {
+  ~column_appender() { finish(); }
+
+  /// Gives the matrix its final size before the appender is gone; nothing can be appended any more.
+  void finish() noexcept {
     if (rows_ != 0) static_cast<void>(matrix_.resize(rows_, count()));  // never grows
+    rows_ = 0;
+    next_ = end_ = nullptr;
   }
 
   /// Rows of the first column; 0 as long as there is none.
@@ -81,6 +86,16 @@ class column_appender {
   T* next_ = nullptr;
   T* end_ = nullptr;
 };
+
+/// Appends to a matrix of one row.
+template <class T>
+[[nodiscard]] bool push(column_appender<T>& list, T value, const file_progress& file) noexcept {
+  T* const place = list.room();
+  if (place == nullptr) return list.append(&value, 1, file);
+  *place = value;
+  list.commit();
+  return true;
+}
 
 }  // namespace qel::gridwork::detail::io
 

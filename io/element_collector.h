@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "core/check.h"
 #include "core/result.h"
@@ -40,22 +41,34 @@ class element_collector {
   /// True when elements of a plain type are kept.
   bool keeps(element_type plain) const noexcept { return only_ == ELT_UNKNOWN || may_hold(only_, plain); }
 
+  /// True when an element of a plain type is kept and can be appended without new memory.
+  bool has_room(element_type plain) const noexcept {
+    if (!keeps(plain)) return false;
+    const list& all = lists_[only_ == ELT_UNKNOWN ? plain : only_];
+    bool has_room = all.columns.room() != nullptr;
+    for (unsigned k = 0; k < nbr_labels_; ++k) has_room = has_room && all.label_entries[k].room() != nullptr;
+    return has_room;
+  }
+
   /// Appends an element of a type that is kept. False when memory ran out, or for the 2^32 - 1st.
   [[nodiscard]] bool append(element_type plain, const unsigned* nodes, const unsigned* labels,
                             const file_progress& file) noexcept {
     QEL_GRIDWORK_CHECK(keeps(plain));
     const element_type type = only_ == ELT_UNKNOWN ? plain : only_;
-    const unsigned count = nbr_nodes(plain), rows = nbr_nodes(type);
-    column_appender<unsigned>& columns = lists_[type].columns;
-    unsigned fresh[most_nodes + most_labels];
-    unsigned* const room = columns.room();
-    unsigned* const record = room != nullptr ? room : fresh;
-    for (unsigned k = 0; k < count; ++k) record[k] = nodes[k];  // short: copies by a call take longer
-    for (unsigned k = count; k < rows; ++k) record[k] = none;
-    for (unsigned k = 0; k < nbr_labels_; ++k) record[rows + k] = labels[k];
+    list& all = lists_[type];
+    unsigned fresh[most_nodes];
+    unsigned* const room = all.columns.room();
+    const unsigned rows = room != nullptr ? static_cast<unsigned>(all.columns.rows()) : nbr_nodes(type);
+    const unsigned count = plain == type ? rows : nbr_nodes(plain);
+    unsigned* const column = room != nullptr ? room : fresh;
+    for (unsigned k = 0; k < count; ++k) column[k] = nodes[k];  // short: copies by a call take longer
+    for (unsigned k = count; k < rows; ++k) column[k] = none;
     if (++count_ >= none) return false;
-    if (room == nullptr) return columns.append(fresh, rows + nbr_labels_, file);
-    columns.commit();
+    for (unsigned k = 0; k < nbr_labels_; ++k) {
+      if (!push(all.label_entries[k], labels[k], file)) return false;
+    }
+    if (room == nullptr) return all.columns.append(fresh, rows, file);
+    all.columns.commit();
     return true;
   }
 
@@ -66,7 +79,7 @@ class element_collector {
       list& all = lists_[type];
       const unsigned rows = nbr_nodes(static_cast<element_type>(type));
       for (std::uint64_t j = 0; j < all.columns.count(); ++j) {
-        unsigned* const nodes = all.records.column(j);
+        unsigned* const nodes = all.nodes.column(j);
         for (unsigned k = 0; k < rows && nodes[k] != none; ++k) {
           if (!change(nodes[k])) return false;
         }
@@ -75,22 +88,24 @@ class element_collector {
     return true;
   }
 
-  /// Makes one block of each type that there is, in the order of element_type, `none` below shorter columns. False when
-  /// memory ran out.
-  [[nodiscard]] bool deliver(element_blocks& out) const noexcept {
-    const std::uint64_t rows = most_rows();
-    if (rows != 0 && !out.connectivity.resize(rows, count_)) return false;
-    for (unsigned k = 0; k < nbr_labels_; ++k) {
-      if (!out.labels[k].resize(count_)) return false;
-    }
+  /// Hands out one block of each type that there is, in the order of element_type, `none` below shorter columns. The
+  /// elements of a mesh of one type are not copied. Nothing can be appended any more. False when memory ran out.
+  [[nodiscard]] bool deliver(element_blocks& out) noexcept {
     if (!out.offsets.push_back(0)) return false;
     std::uint64_t end = 0;
     for (int type = 0; type < nbr_types; ++type) {
       const std::uint64_t count = lists_[type].columns.count();
       if (count == 0) continue;
-      copy_block(type, end, out);
       end += count;
       if (!out.types.push_back(type) || !out.offsets.push_back(static_cast<unsigned>(end))) return false;
+    }
+    if (out.types.size() != 1) return copy_blocks(out);
+    list& all = lists_[out.types[0]];
+    all.columns.finish();
+    out.connectivity = std::move(all.nodes);
+    for (unsigned k = 0; k < nbr_labels_; ++k) {
+      all.label_entries[k].finish();
+      out.labels[k] = std::move(all.labels[k]).as_vector();
     }
     return true;
   }
@@ -100,27 +115,31 @@ class element_collector {
   static constexpr int nbr_types = ELT_HEXA27 + 1;
 
   struct list {
-    dense2D<unsigned> records;  // nodes, then labels
-    column_appender<unsigned> columns{records};
+    dense2D<unsigned> nodes, labels[most_labels];  // labels in one row
+    column_appender<unsigned> columns{nodes};
+    column_appender<unsigned> label_entries[most_labels] = {column_appender(labels[0]), column_appender(labels[1])};
   };
 
-  std::uint64_t most_rows() const noexcept {
+  /// Makes one matrix of the elements of several types, or of none.
+  bool copy_blocks(element_blocks& out) const noexcept {
     unsigned rows = 0;
-    for (int type = 0; type < nbr_types; ++type) {
-      if (lists_[type].columns.count() != 0) rows = std::max(rows, nbr_nodes(static_cast<element_type>(type)));
+    for (const int type : out.types) rows = std::max(rows, nbr_nodes(static_cast<element_type>(type)));
+    if (rows != 0 && !out.connectivity.resize(rows, count_)) return false;
+    for (unsigned k = 0; k < nbr_labels_; ++k) {
+      if (!out.labels[k].resize(count_)) return false;
     }
-    return rows;
+    for (unsigned b = 0; b < out.types.size(); ++b) copy_block(lists_[out.types[b]], out.types[b], out.offsets[b], out);
+    return true;
   }
 
-  void copy_block(int type, std::uint64_t first, element_blocks& out) const noexcept {
-    const list& all = lists_[type];
+  void copy_block(const list& all, int type, std::uint64_t first, element_blocks& out) const noexcept {
     const unsigned rows = nbr_nodes(static_cast<element_type>(type));
-    for (std::uint64_t j = 0; j < all.columns.count(); ++j) {
-      const unsigned* const record = all.records.column(j);
+    const std::uint64_t count = all.columns.count();
+    for (std::uint64_t j = 0; j < count; ++j) {
       unsigned* const column = out.connectivity.column(first + j);
-      std::fill(std::copy_n(record, rows, column), column + out.connectivity.rows(), none);
-      for (unsigned k = 0; k < nbr_labels_; ++k) out.labels[k][first + j] = record[rows + k];
+      std::fill(std::copy_n(all.nodes.column(j), rows, column), column + out.connectivity.rows(), none);
     }
+    for (unsigned k = 0; k < nbr_labels_; ++k) std::copy_n(all.labels[k].data(), count, out.labels[k].begin() + first);
   }
 
   list lists_[nbr_types];

@@ -63,6 +63,25 @@ constexpr const form* form_of_topology(std::int64_t topology) noexcept {
   return nullptr;
 }
 
+/// The nodes of an element by local number, from its slots: those of its topology or, where others are in use, the first
+/// ones. Returns its type: the linear one when a middle node is missing, ELT_UNKNOWN when a vertex is.
+inline element_type take_slots(const form& f, const unsigned* slots, unsigned* nodes) noexcept {
+  const node_order all = nastran::order_on_card(f.type);
+  const unsigned vertices = nastran::order_on_card(f.linear).count;
+  unsigned used = 0, expected = 0;
+  for (unsigned k = 0; k < nbr_slots; ++k) used += slots[k] != 0 ? 1 : 0;
+  for (unsigned k = 0; k < all.count; ++k) expected += slots[f.slots[k]] != 0 ? 1 : 0;
+  const bool is_packed = used != expected;
+  element_type type = f.type;
+  for (unsigned k = 0; k < all.count; ++k) {
+    const unsigned node = slots[is_packed ? k : f.slots[k]];
+    if (node == 0) type = k < vertices ? ELT_UNKNOWN : f.linear;
+    if (type == ELT_UNKNOWN) break;
+    nodes[all.nodes[k]] = node;
+  }
+  return type;
+}
+
 }  // namespace qel::gridwork::detail::io::femap
 
 #endif

@@ -1,11 +1,11 @@
 // Reads FEMAP neutral files.
-#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
 #include "core/result.h"
 #include "io/element_collector.h"
 #include "io/femap.h"
+#include "io/femap_lines.h"
 #include "io/identified_mesh.h"
 #include "io/input_result.h"
 #include "io/text/field.h"
@@ -64,19 +64,26 @@ class neutral_parser {
 
   int read_block(io::femap::block number) noexcept {
     if (number == io::femap::block::header) return read_version(), 0;
-    if (number == io::femap::block::nodes) return read_lines([this] { return read_node(); });
-    if (number == io::femap::block::elements) return read_lines([this] { return read_element(); });
+    if (number == io::femap::block::nodes) {
+      return read_lines([this] { return read_node(); },
+                        [this](const char* text, const char* end) { return usual_.read_nodes(text, end); });
+    }
+    if (number == io::femap::block::elements) {
+      return read_lines([this] { return read_element(); },
+                        [this](const char* text, const char* end) { return usual_.read_elements(text, end); });
+    }
     skip_to_mark();
     return 0;
   }
 
-  /// Calls read() at the first line of each record.
-  template <class Read>
-  int read_lines(Read read) noexcept {
+  /// Calls read() at the first line of each record but those that read_usual(text, end) reads where they lie.
+  template <class Read, class ReadUsual>
+  int read_lines(Read read, ReadUsual read_usual) noexcept {
     while (next_line()) {
       if (io::trim(line_.text).empty()) continue;
       const int result = read();
       if (result != 0) return result;
+      lines_.read_in_place(read_usual);
     }
     return 0;
   }
@@ -152,27 +159,11 @@ class neutral_parser {
   }
 
   int append(const form& f, const unsigned* slots, const unsigned* labels) noexcept {
-    const io::node_order all = io::nastran::order_on_card(f.type);
-    const unsigned vertices = nbr_nodes(f.linear);
-    const bool is_packed = has_other_slots(f, all.count, slots);
     unsigned nodes[io::femap::nbr_slots];
-    element_type type = f.type;
-    for (unsigned k = 0; k < all.count; ++k) {
-      const unsigned node = slots[is_packed ? k : f.slots[k]];
-      if (node == 0 && k < vertices) return malformed;
-      if (node == 0) type = f.linear;
-      nodes[all.nodes[k]] = node;
-    }
+    const element_type type = io::femap::take_slots(f, slots, nodes);
+    if (type == ELT_UNKNOWN) return malformed;
     if (!elements_.keeps(type)) return 0;
     return elements_.append(type, nodes, labels, progress()) ? 0 : out_of_memory;
-  }
-
-  /// True when there are nodes in slots that a topology leaves empty: then they stand in the first ones.
-  static bool has_other_slots(const form& f, unsigned count, const unsigned* slots) noexcept {
-    unsigned expected = 0;
-    for (unsigned k = 0; k < count; ++k) expected += slots[f.slots[k]] != 0 ? 1 : 0;
-    const auto there = std::count_if(slots, slots + io::femap::nbr_slots, [](unsigned node) { return node != 0; });
-    return static_cast<unsigned>(there) != expected;
   }
 
   io::file_progress progress() const noexcept { return {lines_.position(), file_size_}; }
@@ -183,6 +174,7 @@ class neutral_parser {
   std::uint64_t file_size_;
   io::identified_nodes nodes_;
   io::element_collector elements_;
+  io::femap::usual_records usual_{nodes_, elements_};
   std::uint64_t left_out_ = 0;
   bool has_lists_ = true;
 };

@@ -24,6 +24,9 @@ class identified_nodes {
     return lists_->places.append(place, 3, file) && lists_->names.append(names, 2, file);
   }
 
+  /// True when a node can be appended without new memory.
+  bool has_room() const noexcept { return lists_->places.room() != nullptr && lists_->names.room() != nullptr; }
+
   /// Ends the collection; nodes of the system `none` get the usual one. A node that is there once more is dropped. 0,
   /// out_of_memory, or node_differs when the other one has another place or system.
   [[nodiscard]] int finish(unsigned usual_system) noexcept {

@@ -63,7 +63,7 @@ class mesh_parser {
     return node_bound_ > coords_.count() ? unknown_node : io::result_of_left_out(left_out_);
   }
 
-  const io::element_collector& elements() const noexcept { return elements_; }
+  io::element_collector& elements() noexcept { return elements_; }
   unsigned dim() const noexcept { return dim_; }
 
  private:

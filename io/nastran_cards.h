@@ -167,6 +167,14 @@ class card_reader {
     return fields_;
   }
 
+  /// Has cards read where they lie; read(text, end) returns the start of the first line that it left.
+  template <class Read>
+  void read_in_place(Read read) noexcept {
+    if (has_line_) lines_.give_back();
+    has_line_ = false;
+    lines_.read_in_place(read);
+  }
+
   /// Passes over the card's lines.
   void skip() noexcept {
     while (next_line() && goes_on(line_.text)) continue;

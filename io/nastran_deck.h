@@ -13,6 +13,7 @@
 #include "io/input_result.h"
 #include "io/nastran.h"
 #include "io/nastran_cards.h"
+#include "io/nastran_lines.h"
 #include "io/nastran_systems.h"
 #include "io/text/field.h"
 
@@ -40,6 +41,9 @@ class deck {
     cards.skip();
     return is_replication ? malformed : 0;
   }
+
+  /// Reads what is usual of the cards at hand. Returns the start of the first line that it left.
+  const char* read_usual(const char* text) noexcept { return usual_.read(text); }
 
   void leave_out() noexcept { ++left_out_; }
 
@@ -150,6 +154,7 @@ class deck {
 
   identified_nodes nodes_;
   element_collector elements_;
+  usual_cards usual_{nodes_, elements_};
   coordinate_systems systems_;
   real_scanner reals_;
   std::uint64_t file_size_;

@@ -58,6 +58,8 @@ class bulk_data {
         cards_.skip();
       } else {
         result = model_->read(cards_);
+        if (result == 0)
+          cards_.read_in_place([this](const char* text, const char*) { return model_->read_usual(text); });
       }
       if (result == out_of_memory || (result != 0 && has_begun_)) break;
     }

@@ -41,7 +41,7 @@ class list_reader {
     column_appender<unsigned char> types(list.types);
     return numbers_.read_integers(int_type, count, [&](std::int64_t value) {
       const unsigned char type = value >= 0 && value < no_type ? static_cast<unsigned char>(value) : no_type;
-      return push(types, type) ? 0 : out_of_memory;
+      return push(types, type, progress()) ? 0 : out_of_memory;
     });
   }
 
@@ -63,10 +63,10 @@ class list_reader {
         left = value;
       } else {
         const unsigned node = node_of(value);
-        if (!push(nodes, node) || ++total == none) return out_of_memory;
+        if (!push(nodes, node, progress()) || ++total == none) return out_of_memory;
         --left;
       }
-      return left != 0 || push(ends, total) ? 0 : out_of_memory;
+      return left != 0 || push(ends, total, progress()) ? 0 : out_of_memory;
     });
     if (result != 0) return result;
     return left == 0 && ends.count() == count ? 0 : malformed;
@@ -81,7 +81,7 @@ class list_reader {
       last = value;
       const auto end = static_cast<unsigned>(value);
       if (value >= std::int64_t{none}) return out_of_memory;
-      return is_first || push(ends, end) ? 0 : out_of_memory;
+      return is_first || push(ends, end, progress()) ? 0 : out_of_memory;
     };
     const number_type type = numbers_.read_type();
     const int result = numbers_.read_integers(type, count, take);
@@ -93,18 +93,8 @@ class list_reader {
     if (!same_word(words_.read_word(), "CONNECTIVITY")) return malformed;
     column_appender<unsigned> nodes(list.nodes);
     const number_type type = numbers_.read_type();
-    return numbers_.read_integers(type, size,
-                                  [&](std::int64_t value) { return push(nodes, node_of(value)) ? 0 : out_of_memory; });
-  }
-
-  /// Appends to a matrix of one row.
-  template <class T>
-  bool push(column_appender<T>& list, T value) const noexcept {
-    T* const place = list.room();
-    if (place == nullptr) return list.append(&value, 1, progress());
-    *place = value;
-    list.commit();
-    return true;
+    return numbers_.read_integers(
+        type, size, [&](std::int64_t value) { return push(nodes, node_of(value), progress()) ? 0 : out_of_memory; });
   }
 
   static unsigned node_of(std::int64_t value) noexcept {

@@ -38,6 +38,8 @@ int cell_converter::convert(const cell_list& cells, std::uint64_t first_ID) noex
   const std::uint64_t count = cells.size();
   int result = 0;
   for (std::uint64_t i = 0; i < count && result == 0; ++i) {
+    i += append_run(cells, i, first_ID);
+    if (i == count) break;
     ID_ = static_cast<unsigned>(first_ID + i);
     progress_ = {bytes_per_cell * i, bytes_per_cell * count};
     const cell c = cell_at(cells, i);
@@ -50,6 +52,31 @@ int cell_converter::convert(const cell_list& cells, std::uint64_t first_ID) noex
     i += is_joined ? 1 : 0;
   }
   return result;
+}
+
+/// Appends cells from the one at `i` on while they are of its type, have all nodes of its element and no more, and there is
+/// room for them. Returns their number; what stopped them is for others to decide.
+std::uint64_t cell_converter::append_run(const cell_list& cells, std::uint64_t i, std::uint64_t first_ID) noexcept {
+  const unsigned char* const types = cells.types.data();
+  const unsigned* const ends = cells.ends.data();
+  const unsigned char type = types[i];
+  const cell_form form = form_of(type);
+  if (form.type == ELT_UNKNOWN) return 0;
+  const unsigned size = nbr_nodes(form.type);
+  std::uint64_t last = i;
+  unsigned begin = i == 0 ? 0 : ends[i - 1], nodes[27];
+  for (; last < cells.size() && types[last] == type && ends[last] - begin == size; ++last, begin += size) {
+    if (last + 1 < cells.size() && types[last + 1] == poly_vertex) break;
+    unsigned largest = 0;
+    for (unsigned k = 0; k < size; ++k) {
+      const unsigned node = cells.nodes.data()[begin + k];
+      nodes[form.order != nullptr ? form.order[k] : k] = node;
+      largest = std::max(largest, node);
+    }
+    const auto ID = static_cast<unsigned>(first_ID + last);
+    if (largest >= nbr_nodes_ || !out_.has_room(form.type) || !out_.append(form.type, nodes, &ID, {})) break;
+  }
+  return last - i;
 }
 
 int cell_converter::append_joined(element_type type, const cell& first, const cell& second) noexcept {

@@ -39,6 +39,7 @@ class cell_converter {
   };
 
   static cell cell_at(const cell_list& cells, std::uint64_t i) noexcept;
+  std::uint64_t append_run(const cell_list& cells, std::uint64_t i, std::uint64_t first_ID) noexcept;
   int append_joined(element_type type, const cell& first, const cell& second) noexcept;
   int append_cell(const cell& c) noexcept;
   int append_plain(element_type type, const unsigned char* order, const cell& c) noexcept;

@@ -17,7 +17,10 @@ int read(const string& text, mesh& m) { return identified::read(NASTRAN_input, t
 
 int code_of(const string& text) { return identified::code_of(NASTRAN_input, text); }
 
-/// The one place of a deck with one node.
+/// What stands round cards of which most are read where they lie in the file: a first one, and one behind them.
+string among_others(const string& cards) { return "GRID,1000000000\n" + cards + "\nMAT1,1\n"; }
+
+/// The place of a deck's last node.
 string place(const string& text) {
   mesh m;
   const int code = read(text, m);
@@ -38,7 +41,9 @@ string nodes() {
 /// The nodes of the first element, as the file names them, behind its type.
 string element(const string& card) {
   mesh m;
+  const string amidst = identified::first_element(NASTRAN_input, nodes() + card + "\nMAT1,1\n", m);
   const string found = identified::first_element(NASTRAN_input, nodes() + card, m);
+  EXPECT_EQ(amidst, found);
   if (m.types.empty()) return found;
   return found + " p" + std::to_string(int(m.property_IDs[0])) + " e" + std::to_string(m.element_IDs[0]);
 }
@@ -87,12 +92,14 @@ TEST(nastran_input, forms_of_fields_and_lines) {
            "GRID,7,,1.,-2.,3.5-3,0,123,0,+\n",
        }) {
     EXPECT_EQ(place(text), expected) << text;
+    EXPECT_EQ(place(among_others(text)), expected) << text;
   }
   EXPECT_EQ(place("GRID,7"), "0 0 0");
   for (const char* text : {"GRID,0", "GRID,-1", "GRID,2147483648", "GRID,1.", "GRID,x", "GRID,", "GRID,1,-1",
                            "GRID,1,,1.e", "GRID,1,,.", "GRID,1,,1..", "GRID,1,,1 2", "GRID,1,,nan", "GRID,1,,inf",
                            "GRID,1,,1e999", "GRID,1,,0x10", "GRID,1,,1+", "=,*(1),=", "GRID,1\n=,2", "=(3)"}) {
     EXPECT_EQ(code_of(text), -2) << text;
+    EXPECT_EQ(code_of(among_others(text)), -2) << text;
   }
   EXPECT_EQ(element("CHEXA,1,2,1,2,3,4,5,6,+\n+,7,8\n"), "20: 1 2 3 4 5 6 7 8 p2 e1");
   EXPECT_EQ(element("CHEXA,1,2,1,2,3,4,5,6,7,8\n"), "20: 1 2 3 4 5 6 7 8 p2 e1");

@@ -27,10 +27,14 @@ inline bool convert_exactly(const decimal& number, double& value) noexcept {
 /// Without a branch, for it would be a guess.
 constexpr const char* skip_sign(const char* text) noexcept { return text + (*text == '-' || *text == '+' ? 1 : 0); }
 
-/// True when a word of eight characters, of which the lowest byte is the first, is all digits.
-constexpr bool is_eight_digits(std::uint64_t word) noexcept {
-  return (((word + 0x4646464646464646) | (word - 0x3030303030303030)) & 0x8080808080808080) == 0;
+/// A mark in the highest bit of each byte of a word of eight characters that is no digit; above the lowest such byte, of
+/// others as well. The lowest byte is the first character.
+constexpr std::uint64_t marks_of_others(std::uint64_t word) noexcept {
+  return ((word + 0x4646464646464646) | (word - 0x3030303030303030)) & 0x8080808080808080;
 }
+
+/// True when a word of eight characters is all digits.
+constexpr bool is_eight_digits(std::uint64_t word) noexcept { return marks_of_others(word) == 0; }
 
 /// The number that eight digits make, joined to pairs, fours and eight (Lemire 2021, "Number parsing at a gigabyte per
 /// second").
@@ -41,6 +45,17 @@ constexpr std::uint64_t join_eight_digits(std::uint64_t word) noexcept {
   return ((word & every_second_pair) * (100 + (std::uint64_t{1000000} << 32)) +
           ((word >> 16) & every_second_pair) * (1 + (std::uint64_t{10000} << 32))) >>
          32;
+}
+
+/// Scans up to seven digits and returns the position behind them; the text itself when there are none, or more. Without
+/// a branch for each digit: how many there are would be a guess.
+inline const char* scan_short_unsigned(const char* text, unsigned& value) noexcept {
+  const std::uint64_t word = load_uint64(text), others = marks_of_others(word);
+  const int bits = std::countr_zero(others) & ~7;  // of the digits
+  if (bits == 0 || others == 0) return text;
+  constexpr std::uint64_t zeros = 0x3030303030303030;
+  value = static_cast<unsigned>(join_eight_digits(word << (64 - bits) | zeros >> bits));
+  return text + bits / 8;
 }
 
 /// Appends the digits at `text` to a number, which wraps when there are more than it holds. Returns the position behind
@@ -69,9 +84,8 @@ inline const char* scan_plain_exponent(const char* text, std::int64_t& exponent)
   return end;
 }
 
-/// Scans the form of a decimal number without a sign. Null when there is none, and when it does not end at a blank, a
-/// control character or the end of the text.
-inline const char* scan_plain_form(const char* text, decimal& number) noexcept {
+/// Scans the form of a decimal number without a sign, whatever follows. Null when there is none.
+inline const char* scan_plain_digits(const char* text, decimal& number) noexcept {
   const char* end = append_digits(text, number.mantissa);
   number.digits = static_cast<std::uint64_t>(end - text);
   if (*end == '.') {
@@ -81,22 +95,32 @@ inline const char* scan_plain_form(const char* text, decimal& number) noexcept {
     number.exponent = fraction - end;
   }
   if (number.digits == 0) return nullptr;
-  if (to_lower(*end) == 'e') end = scan_plain_exponent(end + 1, number.exponent);
+  return to_lower(*end) == 'e' ? scan_plain_exponent(end + 1, number.exponent) : end;
+}
+
+/// The same for a number that ends at a blank, a control character or the end of the text; else null.
+inline const char* scan_plain_form(const char* text, decimal& number) noexcept {
+  const char* const end = scan_plain_digits(text, number);
   return end == nullptr || static_cast<unsigned char>(*end) > ' ' ? nullptr : end;
 }
 
-/// Scans what scan_double() scans, if it is in plain form; else returns null.
-inline const char* scan_plain_double(const char* text, double& value) noexcept {
-  text = skip_blanks(text);
+/// Scans a sign and what Scan finds behind it; null when that is nothing.
+template <const char* (*Scan)(const char*, decimal&)>
+const char* scan_signed(const char* text, double& value) noexcept {
   const bool negative = *text == '-';
   text = skip_sign(text);
   decimal number;
-  const char* const end = scan_plain_form(text, number);
+  const char* const end = Scan(text, number);
   if (end == nullptr) return nullptr;
   if (!convert_exactly(number, value)) value = nearest_double(number, text);
   const std::uint64_t sign = negative ? std::uint64_t{1} << 63 : 0;  // no branch: it would be a guess
   value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) | sign);
   return end;
+}
+
+/// Scans what scan_double() scans, if it is in plain form; else returns null.
+inline const char* scan_plain_double(const char* text, double& value) noexcept {
+  return scan_signed<scan_plain_form>(skip_blanks(text), value);
 }
 
 }  // namespace qel::gridwork::detail::io

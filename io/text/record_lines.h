@@ -9,7 +9,6 @@
 
 #include "core/limits.h"
 #include "io/text/block_reader.h"
-#include "io/text/token_reader.h"
 
 namespace qel::gridwork::detail::io {
 
@@ -25,21 +24,35 @@ class record_lines {
 
   /// The next line, valid until the next call; false at the end of the file.
   bool next(record_line& line) noexcept {
-    if (tail_follows_) token_reader(blocks_).next_line();
-    tail_follows_ = false;
+    pass_last();
     blocks_.fill(limits::longest_record);
     const std::uint64_t limit = std::min(blocks_.available(), limits::longest_record);
     if (limit == 0) return false;
     const char* const text = blocks_.begin();
     const std::uint64_t size = length_up_to('\n', text, limit);
     tail_follows_ = size == limit;
-    blocks_.consume(tail_follows_ ? size : size + 1);
+    last_ = tail_follows_ ? size : size + 1;
     line.text = {text, static_cast<std::size_t>(length_up_to('\0', text, size))};
     line.is_cut = size == limits::longest_record && line.text.size() == size;
     return true;
   }
 
-  std::uint64_t position() const noexcept { return blocks_.position(); }
+  /// Makes the last line the next one again.
+  void give_back() noexcept {
+    last_ = 0;
+    tail_follows_ = false;
+  }
+
+  /// Has lines read where they lie: read(text, end) returns the start of the first line that it left. At `end` are a NUL
+  /// and scan_margin bytes more.
+  template <class Read>
+  void read_in_place(Read read) noexcept {
+    pass_last();
+    blocks_.fill(limits::longest_record);
+    blocks_.consume(static_cast<std::uint64_t>(read(blocks_.begin(), blocks_.end()) - blocks_.begin()));
+  }
+
+  std::uint64_t position() const noexcept { return blocks_.position() + last_; }
 
  private:
   static std::uint64_t length_up_to(char c, const char* text, std::uint64_t limit) noexcept {
@@ -47,7 +60,14 @@ class record_lines {
     return end == nullptr ? limit : static_cast<std::uint64_t>(static_cast<const char*>(end) - text);
   }
 
+  void pass_last() noexcept {
+    blocks_.consume(last_);
+    if (tail_follows_) blocks_.pass_line();
+    give_back();
+  }
+
   block_reader& blocks_;
+  std::uint64_t last_ = 0;  // bytes of the last line that are at hand
   bool tail_follows_ = false;
 };
 

@@ -70,7 +70,7 @@ class word_reader {
     return true;
   }
 
-  /// Reads integers of usual length with nothing but blanks between them, up to `count`, where they lie in the block.
+  /// Reads integers of up to seven digits with nothing but blanks between them, up to `count`, where they lie in the block.
   /// Calls take(number) for each up to the first that does not return 0, which is `result` then. Returns their number;
   /// what stopped it is for read_integer() to decide.
   template <class Take>
@@ -84,10 +84,10 @@ class word_reader {
       while (p < last && is_space(*p)) ++p;
       const bool negative = *p == '-';
       const char* const first = skip_sign(p);
-      std::uint64_t digits = 0;
-      const char* const end = append_digits(first, digits);
-      if (p >= last || end == first || end - first > most_digits || !is_space(*end)) break;
-      result = take(negative ? -static_cast<std::int64_t>(digits) : static_cast<std::int64_t>(digits));
+      unsigned digits = 0;
+      const char* const end = scan_short_unsigned(first, digits);
+      if (p >= last || end == first || !is_space(*end)) break;
+      result = take(negative ? -std::int64_t{digits} : std::int64_t{digits});
       done = end;
       ++found;
     }

@@ -1,0 +1,229 @@
+// The cards that make up nearly all of a NASTRAN deck, read where they lie in the block.
+#ifndef QEL_GRIDWORK_IO_NASTRAN_LINES_H
+#define QEL_GRIDWORK_IO_NASTRAN_LINES_H
+
+#include <cstddef>
+#include <cstring>
+
+#include "core/result.h"
+#include "io/element_collector.h"
+#include "io/identified_nodes.h"
+#include "io/nastran.h"
+#include "io/text/plain_field.h"
+#include "io/text/text.h"
+
+namespace qel::gridwork::detail::io::nastran {
+
+/// Reads whole cards of plain numbers, as long as there is room for what they hold.
+///
+/// The text ends with a NUL and scan_margin bytes more. No card is taken that may go on behind it, or is unusual in any
+/// way: what it means is decided elsewhere. All positions are those behind what was read, or null for what is unusual.
+class usual_cards {
+ public:
+  usual_cards(identified_nodes& nodes, element_collector& elements) noexcept : nodes_(nodes), elements_(elements) {}
+
+  /// The start of the first card that was not read.
+  const char* read(const char* line) noexcept {
+    while (const char* next = *line == 'G' ? read_node(line) : read_element(line)) line = next;
+    return line;
+  }
+
+ private:
+  static constexpr std::ptrdiff_t width = 8, data_end = 72;
+  static constexpr unsigned fields_per_line = 8, most_fields = 22;
+
+  /// The start of the next card, where a line ends; null when that cannot be told, or when the card goes on there.
+  static const char* next_card(const char* p) noexcept {
+    p += *p == '\r' ? 1 : 0;
+    return *p == '\n' && is_letter(p[1]) ? p + 1 : nullptr;
+  }
+
+  static bool is_letter(char c) noexcept { return to_lower(c) >= 'a' && to_lower(c) <= 'z'; }
+
+  /// The field behind a comma, and a blank.
+  static const char* behind_comma(const char* p) noexcept { return p + (p[1] == ' ' ? 2 : 1); }
+
+  // --- Nodes -------------------------------------------------------------------------------------------------------
+
+  const char* read_node(const char* line) noexcept {
+    if (!nodes_.has_room() || std::memcmp(line, "GRID", 4) != 0) return nullptr;
+    unsigned ID = 0, system = none;
+    double place[3];
+    const char* p = line[4] == ','   ? read_free_node(line + 4, ID, system, place)
+                    : line[4] == '*' ? read_wide_node(line, ID, system, place)
+                                     : read_narrow_node(line, ID, system, place);
+    if (p == nullptr || ID == 0) return nullptr;
+    p = next_card(p);
+    return p != nullptr && nodes_.append(ID, system, place, {}) ? p : nullptr;
+  }
+
+  static const char* read_free_node(const char* p, unsigned& ID, unsigned& system, double* place) noexcept {
+    p = scan_plain_unsigned(behind_comma(p), ID);
+    if (p == nullptr || *p != ',') return nullptr;
+    p = behind_comma(p);
+    if (*p != ',') p = scan_plain_unsigned(p, system);
+    for (unsigned k = 0; k < 3; ++k) {
+      if (p == nullptr || *p != ',') return nullptr;
+      p = scan_plain_real(behind_comma(p), place[k]);
+    }
+    return p;
+  }
+
+  static const char* read_narrow_node(const char* line, unsigned& ID, unsigned& system, double* place) noexcept {
+    const char* p = read_start(line, 4, width, ID, system);
+    for (unsigned k = 0; k < 3 && p != nullptr; ++k) p = read_real(p, width, place[k]);
+    return p != nullptr ? find_newline(p, ",") : nullptr;
+  }
+
+  static const char* read_wide_node(const char* line, unsigned& ID, unsigned& system, double* place) noexcept {
+    const char* p = read_start(line, 5, 2 * width, ID, system);
+    for (unsigned k = 0; k < 2 && p != nullptr; ++k) p = read_real(p, 2 * width, place[k]);
+    if (p != nullptr) p = find_newline(p, ",");
+    if (p == nullptr || p[1] != '*') return nullptr;
+    p = skip_mark(p + 1);
+    if (p != nullptr) p = read_real(p, 2 * width, place[2]);
+    return p != nullptr ? find_newline(p, ",") : nullptr;
+  }
+
+  /// Reads the identifier and the system, which may be blank, behind a name.
+  static const char* read_start(const char* line, std::ptrdiff_t name, std::ptrdiff_t size, unsigned& ID,
+                                unsigned& system) noexcept {
+    const char* p = skip_blank_columns(line + name, width - name);
+    if (p != nullptr) p = read_unsigned(p, size, ID);
+    if (p == nullptr) return nullptr;
+    const char* const blank = skip_blank_columns(p, size);
+    return blank != nullptr ? blank : read_unsigned(p, size, system);
+  }
+
+  // --- Fixed fields ------------------------------------------------------------------------------------------------
+
+  static const char* skip_blank_columns(const char* p, std::ptrdiff_t count) noexcept {
+    for (; count != 0; --count, ++p) {
+      if (*p != ' ') return nullptr;
+    }
+    return p;
+  }
+
+  /// The end of a field whose number ends at `p`; that of the line if it comes first.
+  static const char* end_field(const char* p, const char* end) noexcept {
+    if (p == nullptr || p > end) return nullptr;
+    for (; p != end && !is_line_end(p); ++p) {
+      if (*p != ' ') return nullptr;
+    }
+    return p;
+  }
+
+  static const char* read_unsigned(const char* p, std::ptrdiff_t size, unsigned& value) noexcept {
+    return end_field(scan_plain_unsigned(skip_spaces(p), value), p + size);
+  }
+
+  static const char* read_real(const char* p, std::ptrdiff_t size, double& value) noexcept {
+    return end_field(scan_plain_real(skip_spaces(p), value), p + size);
+  }
+
+  /// Passes over the first field of a line that goes on with a card.
+  static const char* skip_mark(const char* p) noexcept {
+    const char* const end = p + width;
+    for (; p != end; ++p) {
+      if (*p == ',' || *p == '$' || static_cast<unsigned char>(*p) < ' ') return nullptr;
+    }
+    return p;
+  }
+
+  // --- Elements ----------------------------------------------------------------------------------------------------
+
+  static bool has_name(const char* line, const element_card& form) noexcept {
+    const char behind = line[form.name.size()];
+    return std::memcmp(line, form.name.data(), form.name.size()) == 0 && (behind == ',' || behind == ' ');
+  }
+
+  bool find_form(const char* line) noexcept {
+    if (has_name(line, *form_)) return true;  // as that of the last one
+    for (const element_card& form : element_cards) {
+      if (!form.has_property || !has_name(line, form)) continue;
+      form_ = &form;
+      orders_[0] = order_on_card(form.linear);
+      orders_[1] = order_on_card(form.quadratic);
+      return true;
+    }
+    return false;
+  }
+
+  const char* read_element(const char* line) noexcept {
+    if (*line != 'C' || !find_form(line)) return nullptr;
+    const char* p = line + form_->name.size();
+    unsigned fields[most_fields], count = 0;
+    p = *p == ',' ? read_free_fields(p, fields, count) : read_fixed_fields(line, p, fields, count);
+    if (p == nullptr || count < 3 || fields[0] == 0) return nullptr;
+    const bool is_linear = count - 2 == orders_[0].count;
+    return append(is_linear ? form_->linear : form_->quadratic, orders_[is_linear ? 0 : 1], fields, count) ? p
+                                                                                                           : nullptr;
+  }
+
+  /// Reads the fields of a card with commas, up to the start of the next one.
+  static const char* read_free_fields(const char* p, unsigned* fields, unsigned& count) noexcept {
+    while (*p == ',') {
+      if (count == most_fields) return nullptr;
+      p = scan_plain_unsigned(behind_comma(p), fields[count]);
+      if (p == nullptr) return nullptr;
+      if (++count % fields_per_line == 0) p = go_on(p);
+    }
+    return next_card(p);
+  }
+
+  /// Where a line has all its fields: the comma behind the mark of the next one, if that goes on.
+  static const char* go_on(const char* p) noexcept {
+    const char* end = p;
+    if (p[0] == ',' && p[1] == '+') end = find_newline(p + 1, ",$");
+    if (end == nullptr || *end != '\n') return p;
+    if (end[1] == ',') return end + 1;
+    if (end[1] != '+') return end;
+    for (++end; *end != ','; ++end) {
+      if (*end == '$' || *end == '*' || static_cast<unsigned char>(*end) < ' ') return p;
+    }
+    return end;
+  }
+
+  /// Reads the fields of a card in columns, up to the start of the next one.
+  static const char* read_fixed_fields(const char* line, const char* p, unsigned* fields, unsigned& count) noexcept {
+    p = skip_blank_columns(p, line + width - p);
+    while (p != nullptr) {
+      for (unsigned k = 0; k < fields_per_line && !is_line_end(p); ++k) {
+        if (count == most_fields) return nullptr;
+        p = read_unsigned(p, width, fields[count++]);
+        if (p == nullptr) return nullptr;
+      }
+      p = find_newline(p, ",");
+      if (p == nullptr) return nullptr;
+      const bool goes_on = p[1] == '+' || p[1] == ' ';
+      if (!goes_on) return next_card(p);
+      if (count % fields_per_line != 0) return nullptr;
+      p = p[1] == '+' ? skip_narrow_mark(p + 1) : skip_blank_columns(p + 1, width);
+    }
+    return nullptr;
+  }
+
+  static const char* skip_narrow_mark(const char* p) noexcept {
+    return std::memchr(p, '*', static_cast<std::size_t>(width)) == nullptr ? skip_mark(p) : nullptr;
+  }
+
+  bool append(element_type type, const node_order& order, const unsigned* fields, unsigned count) noexcept {
+    if (count - 2 != order.count || !elements_.has_room(type)) return false;
+    unsigned nodes[most_fields];
+    for (unsigned k = 0; k < order.count; ++k) {
+      if (fields[2 + k] == 0) return false;
+      nodes[order.nodes[k]] = fields[2 + k];
+    }
+    const unsigned labels[] = {fields[1], fields[0]};
+    return elements_.append(type, nodes, labels, {});
+  }
+
+  identified_nodes& nodes_;
+  element_collector& elements_;
+  const element_card* form_ = element_cards;
+  node_order orders_[2] = {order_on_card(form_->linear), order_on_card(form_->quadratic)};
+};
+
+}  // namespace qel::gridwork::detail::io::nastran
+
+#endif
