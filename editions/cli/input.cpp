@@ -68,11 +68,9 @@ input_file::input_file(const std::string& name) {
   if (S_ISDIR(mode)) throw failure(std::strerror(EISDIR), -1);
   if (!S_ISREG(mode)) keep_in_memory();
   path_ = "/proc/self/fd/" + std::to_string(descriptor_);
-  map();
 }
 
 input_file::~input_file() {
-  if (!bytes_.empty()) munmap(const_cast<char*>(bytes_.data()), bytes_.size());
   if (descriptor_ >= 0) close(descriptor_);
 }
 
@@ -84,26 +82,13 @@ void input_file::keep_in_memory() {
   descriptor_ = memory;
 }
 
-void input_file::map() {
-  const auto size = static_cast<std::size_t>(state_of(descriptor_).st_size);
-  if (size == 0) throw failure("the file is empty");
-  void* start = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, descriptor_, 0);
-  if (start == MAP_FAILED) fail_by_errno();
-  bytes_ = {static_cast<const char*>(start), size};
-}
-
 loaded load(const session& s, const std::string& name, const std::string& from) {
   loaded file;
   file.kind = &readable_format(name, from);
   const step progress(s, "reading " + name);
   const input_file input(name);
-  file.bytes = input.bytes().size();
-  file.facts = file.kind->look(input.bytes());
-  const int result = file.kind->read(input.path(), file.m);
-  if (result < 0) throw failure(file.kind->explain(result, input.bytes()), result);
-  // Damaged text may read as a sound binary file without triangles.
-  if (file.facts.elements > 0 && file.m.blocks.empty()) throw failure(file.kind->explain(0, input.bytes()));
-  file.left_out = static_cast<std::uint64_t>(result);
+  const report::refusal refused = read_file(input.path(), file);
+  if (!refused.words.empty()) throw failure(refused.words, refused.result);
   return file;
 }
 

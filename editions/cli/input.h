@@ -3,12 +3,13 @@
 #define QEL_GRIDWORK_CLI_INPUT_H
 
 #include <string>
-#include <string_view>
 
-#include "report/formats.h"
+#include "report/reading.h"
 #include "session.h"
 
 namespace cli {
+
+using report::loaded;
 
 /// A file that can be read as often as is needed: what comes from a pipe is kept in memory.
 class input_file {
@@ -20,24 +21,12 @@ class input_file {
   input_file& operator=(const input_file&) = delete;
 
   const char* path() const { return path_.c_str(); }
-  std::string_view bytes() const { return bytes_; }
 
  private:
   void keep_in_memory();
-  void map();
 
   int descriptor_ = -1;
   std::string path_;
-  std::string_view bytes_;
-};
-
-/// A mesh, and what is told about the file that it came from.
-struct loaded {
-  const report::format* kind = nullptr;
-  report::file_facts facts;
-  std::uint64_t bytes = 0;
-  std::uint64_t left_out = 0;  ///< elements in sections of the file that cannot be read
-  report::mesh m;
 };
 
 /// Reads a file; fails in words, with the line where it is known.

@@ -6,7 +6,7 @@
 
 #include "commands.h"
 #include "progress.h"
-#include "report/shapes.h"
+#include "report/summary.h"
 
 namespace cli {
 
@@ -19,22 +19,6 @@ struct quality_command {
   std::size_t worst = 5;
   double fail_below = -2;
 };
-
-json worst_json(const report::placed_element& e) {
-  json object;
-  object.add("element", e.element).add("quality", e.quality);
-  return object.add("centre", std::vector<double>(e.centre, e.centre + 3));
-}
-
-json shapes_json(const report::shapes& found) {
-  json object;
-  object.add("type", report::type_name(found.type)).add("elements", found.elements).add("reversed", found.reversed);
-  object.add("min", found.smallest).add("mean", found.mean).add("max", found.largest).add("inverted", found.inverted);
-  object.add("histogram", std::vector<std::uint64_t>(found.bins, found.bins + report::shape_bins));
-  std::vector<json> worst;
-  for (const report::placed_element& e : found.worst) worst.push_back(worst_json(e));
-  return object.add("worst", worst);
-}
 
 void print_histogram(const report::shapes& found) {
   const std::uint64_t most = std::max<std::uint64_t>(1, *std::max_element(found.bins, found.bins + report::shape_bins));

@@ -5,9 +5,11 @@
 #include <string>
 #include <string_view>
 
-#include "json.h"
+#include "report/json.h"
 
 namespace cli {
+
+using report::json;
 
 /// Exit statuses.
 enum status { done = 0, wanting = 1, error = 2 };

@@ -1,7 +1,7 @@
 // MEDIT, VTK, NASTRAN and FEMAP files: read as one matrix of blocks, one a type.
 #include <algorithm>
 
-#include "file_lines.h"
+#include "file_bytes.h"
 #include "formats.h"
 
 namespace report {
@@ -37,7 +37,7 @@ std::string words_for(gw::operation reader, int result) {
   return result < 0 ? message(reader, result) : "it has no element that can be read";
 }
 
-std::string_view third_line(std::string_view bytes) {
+std::string_view third_line(const file_bytes& bytes) {
   line_reader lines(bytes);
   for (int k = 0; k < 3 && lines.next();) ++k;
   return lines.line();
@@ -53,7 +53,7 @@ int read_medit(const char* path, mesh& m) {
   return take_blocks(all, result, m);
 }
 
-std::string explain_medit(int result, std::string_view /*bytes*/) {
+std::string explain_medit(int result, const file_bytes& /*bytes*/) {
   return words_for(gw::operation::medit_input, result);
 }
 
@@ -64,9 +64,9 @@ int read_vtk(const char* path, mesh& m) {
   return take_blocks(all, result, m);
 }
 
-file_facts look_at_vtk(std::string_view bytes) { return {!holds(lower_case(third_line(bytes)), "binary"), 0}; }
+file_facts look_at_vtk(const file_bytes& bytes) { return {!holds(lower_case(third_line(bytes)), "binary"), 0}; }
 
-std::string explain_vtk(int result, std::string_view /*bytes*/) { return words_for(gw::operation::vtk_input, result); }
+std::string explain_vtk(int result, const file_bytes& /*bytes*/) { return words_for(gw::operation::vtk_input, result); }
 
 int read_nastran(const char* path, mesh& m) {
   blocks_read all;
@@ -76,7 +76,7 @@ int read_nastran(const char* path, mesh& m) {
   return take_blocks(all, result, m);
 }
 
-std::string explain_nastran(int result, std::string_view /*bytes*/) {
+std::string explain_nastran(int result, const file_bytes& /*bytes*/) {
   return words_for(gw::operation::NASTRAN_input, result);
 }
 
@@ -88,7 +88,7 @@ int read_femap(const char* path, mesh& m) {
   return take_blocks(all, result, m);
 }
 
-std::string explain_femap(int result, std::string_view /*bytes*/) {
+std::string explain_femap(int result, const file_bytes& /*bytes*/) {
   return words_for(gw::operation::FEMAP_input, result);
 }
 

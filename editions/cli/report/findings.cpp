@@ -17,8 +17,12 @@ std::string element_words(const block& b, std::uint64_t element) {
 
 std::string node_words(std::uint64_t node) { return "node " + std::to_string(node); }
 
-std::string side_words(const std::uint64_t (&nodes)[2]) {
-  return "at nodes " + std::to_string(nodes[0]) + " and " + std::to_string(nodes[1]);
+finding side_fault(const char* name, const char* words, const std::vector<side>& sides) {
+  finding fault{name, words, sides.size(), {}};
+  if (!sides.empty()) {
+    fault.first = "at nodes " + std::to_string(sides[0][0]) + " and " + std::to_string(sides[0][1]);
+  }
+  return fault;
 }
 
 void note(finding& fault, const std::string& where) {
@@ -149,9 +153,8 @@ outcome add_low_quality(const mesh& m, const std::vector<shapes>& all, double bo
 outcome add_sides(const mesh& m, bool closed, std::vector<finding>& faults) {
   topology found;
   const outcome done = measure_topology(m, found);
-  faults.push_back(
-      {"non_manifold", "sides of three or more elements", found.non_manifold, side_words(found.first_non_manifold)});
-  if (closed) faults.push_back({"open", "sides of one element alone", found.open, side_words(found.first_open)});
+  faults.push_back(side_fault("non_manifold", "sides of three or more elements", found.non_manifold));
+  if (closed) faults.push_back(side_fault("open", "sides of one element alone", found.open));
   return done;
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "file_lines.h"
+#include "file_bytes.h"
 #include "written.h"
 
 namespace report {
@@ -129,6 +129,6 @@ std::string extension_of(std::string_view path) {
   return lower_case(path.substr(dot));
 }
 
-file_facts look_at_text(std::string_view /*bytes*/) { return {}; }
+file_facts look_at_text(const file_bytes& /*bytes*/) { return {}; }
 
 }  // namespace report

@@ -5,6 +5,7 @@
 #include <span>
 #include <string_view>
 
+#include "file_bytes.h"
 #include "mesh.h"
 
 namespace report {
@@ -29,9 +30,9 @@ struct format {
   const char* written_types;  ///< in words
   left_out_kind left_out;
   int (*read)(const char* path, mesh& m);
-  file_facts (*look)(std::string_view bytes);
+  file_facts (*look)(const file_bytes& bytes);
   /// Why read() gave `result`, a negative code or, for a file without elements, 0.
-  std::string (*explain)(int result, std::string_view bytes);
+  std::string (*explain)(int result, const file_bytes& bytes);
   bool (*holds)(gw::element_type type);
   int (*write)(const char* path, const mesh& m, bool text);
   gw::operation writer;
@@ -47,27 +48,27 @@ std::string extension_of(std::string_view path);
 
 // --- What the rows are made of --------------------------------------------------------------------------------------
 
-file_facts look_at_text(std::string_view bytes);
+file_facts look_at_text(const file_bytes& bytes);
 
 int read_stl(const char* path, mesh& m);
-file_facts look_at_stl(std::string_view bytes);
-std::string explain_stl(int result, std::string_view bytes);
+file_facts look_at_stl(const file_bytes& bytes);
+std::string explain_stl(int result, const file_bytes& bytes);
 
 int read_obj(const char* path, mesh& m);
-std::string explain_obj(int result, std::string_view bytes);
+std::string explain_obj(int result, const file_bytes& bytes);
 
 int read_medit(const char* path, mesh& m);
-std::string explain_medit(int result, std::string_view bytes);
+std::string explain_medit(int result, const file_bytes& bytes);
 
 int read_vtk(const char* path, mesh& m);
-file_facts look_at_vtk(std::string_view bytes);
-std::string explain_vtk(int result, std::string_view bytes);
+file_facts look_at_vtk(const file_bytes& bytes);
+std::string explain_vtk(int result, const file_bytes& bytes);
 
 int read_nastran(const char* path, mesh& m);
-std::string explain_nastran(int result, std::string_view bytes);
+std::string explain_nastran(int result, const file_bytes& bytes);
 
 int read_femap(const char* path, mesh& m);
-std::string explain_femap(int result, std::string_view bytes);
+std::string explain_femap(int result, const file_bytes& bytes);
 
 }  // namespace report
 

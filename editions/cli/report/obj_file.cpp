@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "file_lines.h"
+#include "file_bytes.h"
 #include "formats.h"
 
 namespace report {
@@ -55,7 +55,7 @@ std::string fault_of(std::string_view line) {
   return {};
 }
 
-std::string find_fault(std::string_view bytes) {
+std::string find_fault(const file_bytes& bytes) {
   for (line_reader lines(bytes); lines.next();) {
     const std::string fault = fault_of(lines.line());
     if (!fault.empty()) return "line " + std::to_string(lines.number()) + " breaks the OBJ grammar: " + fault;
@@ -75,7 +75,7 @@ int read_obj(const char* path, mesh& m) {
   return result;
 }
 
-std::string explain_obj(int result, std::string_view bytes) {
+std::string explain_obj(int result, const file_bytes& bytes) {
   if (result == 0) return "it has no face of three or four corners";
   return result == -2 ? find_fault(bytes) : message(gw::operation::WavefrontOBJ_input, result);
 }

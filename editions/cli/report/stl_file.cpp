@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <iterator>
 
-#include "file_lines.h"
+#include "file_bytes.h"
 #include "formats.h"
 
 namespace report {
@@ -14,31 +14,32 @@ namespace {
 constexpr std::size_t header_size = 84;  // bytes before the first triangle of a binary file
 constexpr std::size_t triangle_size = 50;
 
-std::uint64_t binary_count(std::string_view bytes) {
-  if (bytes.size() < header_size) return 0;
+std::uint64_t binary_count(const file_bytes& bytes) {
+  const std::string_view head = bytes.head();
+  if (head.size() < header_size) return 0;
   std::uint64_t count = 0;
-  for (std::size_t i = header_size; i-- > header_size - 4;) count = count << 8U | static_cast<unsigned char>(bytes[i]);
+  for (std::size_t i = header_size; i-- > header_size - 4;) count = count << 8U | static_cast<unsigned char>(head[i]);
   return count;
 }
 
 // A binary header may begin with "solid" as well, but then its count holds a zero byte or agrees with the size.
-bool is_text(std::string_view bytes) {
-  const std::string_view start = bytes.substr(0, 256);
+bool is_text(const file_bytes& bytes) {
+  const std::string_view start = bytes.head().substr(0, 256);
   if (!holds(lower_case(start.substr(0, start.find('\n'))), "solid")) return false;
   if (start.find('\0') < header_size) return false;
   return bytes.size() < header_size || bytes.size() < header_size + triangle_size * binary_count(bytes);
 }
 
-bool is_printable(std::string_view bytes) {
-  const std::string_view start = bytes.substr(0, 256);
+bool is_printable(const file_bytes& bytes) {
+  const std::string_view start = bytes.head().substr(0, 256);
   return std::all_of(start.begin(), start.end(),
                      [](unsigned char c) { return std::isprint(c) != 0 || std::isspace(c) != 0; });
 }
 
 // Lines, in any case, that end a facet.
-std::uint64_t count_facets(std::string_view bytes) {
+std::uint64_t count_facets(const file_bytes& bytes) {
   std::uint64_t count = 0;
-  for (line_reader lines(bytes); lines.next();) count += holds(lower_case(lines.line()), "endfacet") ? 1 : 0;
+  for (line_reader lines(bytes); lines.next();) count += holds_in_any_case(lines.line(), "endfacet") ? 1 : 0;
   return count;
 }
 
@@ -72,7 +73,7 @@ std::string wrong_line(std::uint64_t number, const facet_line& rule) {
 }
 
 // Finds the first line that breaks the grammar of text STL.
-std::string explain_text(std::string_view bytes) {
+std::string explain_text(const file_bytes& bytes) {
   line_reader lines(bytes);
   std::size_t at = 0;
   bool ended = false;
@@ -93,7 +94,7 @@ std::string explain_text(std::string_view bytes) {
   return ended ? "it has no facet" : "the file is cut short: it ends without \"endsolid\"";
 }
 
-std::string explain_binary(std::string_view bytes) {
+std::string explain_binary(const file_bytes& bytes) {
   if (bytes.size() < header_size) return "the file is cut short: the count of triangles is missing";
   const std::uint64_t present = (bytes.size() - header_size) / triangle_size;
   if (present >= binary_count(bytes)) return "it has no triangle";
@@ -110,12 +111,12 @@ int read_stl(const char* path, mesh& m) {
   return result;
 }
 
-file_facts look_at_stl(std::string_view bytes) {
+file_facts look_at_stl(const file_bytes& bytes) {
   const bool text = is_text(bytes);
   return {text, text ? count_facets(bytes) : binary_count(bytes)};
 }
 
-std::string explain_stl(int result, std::string_view bytes) {
+std::string explain_stl(int result, const file_bytes& bytes) {
   if (result != 0 && result != -2 && result != -3) return message(gw::operation::STL_input, result);
   if (is_text(bytes)) return explain_text(bytes);
   if (result == -2 || is_printable(bytes)) {

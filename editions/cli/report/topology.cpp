@@ -1,13 +1,11 @@
 #include "topology.h"
 
 #include <algorithm>
-#include <array>
+#include <utility>
 
 namespace report {
 
 namespace {
-
-using side = std::array<unsigned, 4>;  // its nodes by increasing index
 
 // The sides without a neighbour, sorted: those of one element, and those of three or more, which come once for each of
 // them; and how many slots have a neighbour.
@@ -28,12 +26,6 @@ outcome unpaired_sides(const block& elements, std::vector<side>& sides, std::uin
   }
   std::sort(sides.begin(), sides.end());
   return {gw::operation::get_mesh_boundaries, listed};
-}
-
-void note(std::uint64_t& count, std::uint64_t (&first)[2], const side& nodes) {
-  if (count++ != 0) return;
-  first[0] = nodes[0];
-  first[1] = nodes[1];
 }
 
 unsigned root_of(std::vector<unsigned>& parent, unsigned node) {
@@ -66,14 +58,11 @@ outcome measure_topology(const mesh& m, topology& found) {
   if (done.failed()) return done;
   for (auto first = sides.begin(); first != sides.end();) {
     const auto last = std::find_if(first, sides.end(), [&](const side& s) { return s != *first; });
-    if (last - first == 1)
-      note(found.open, found.first_open, *first);
-    else
-      note(found.non_manifold, found.first_non_manifold, *first);
+    (last - first == 1 ? found.open : found.non_manifold).push_back(*first);
     first = last;
   }
   found.elements = elements.connectivity.cols();
-  found.sides = paired_slots / 2 + found.open + found.non_manifold;
+  found.sides = paired_slots / 2 + found.open.size() + found.non_manifold.size();
   return {};
 }
 
@@ -95,6 +84,9 @@ node_use measure_node_use(const mesh& m) {
   if (found.used != used.size()) {
     found.first_unused = static_cast<std::uint64_t>(std::find(used.begin(), used.end(), false) - used.begin());
   }
+  // No parent lies behind its node.
+  for (unsigned& first : parent) first = parent[first];
+  found.piece = std::move(parent);
   return found;
 }
 

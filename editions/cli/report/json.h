@@ -1,15 +1,17 @@
 // Objects in JSON, in the order in which their members are added.
-#ifndef QEL_GRIDWORK_CLI_JSON_H
-#define QEL_GRIDWORK_CLI_JSON_H
+#ifndef QEL_GRIDWORK_CLI_REPORT_JSON_H
+#define QEL_GRIDWORK_CLI_REPORT_JSON_H
 
-#include <charconv>
 #include <cmath>
 #include <concepts>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace cli {
+namespace report {
+
+/// The fewest digits that read back as the same number, which is finite.
+std::string shortest_number(double value);
 
 class json {
  public:
@@ -31,12 +33,8 @@ class json {
 
   static std::string written(std::integral auto value) { return std::to_string(value); }
 
-  // The fewest digits that read back; JSON has no word for what is not finite.
-  static std::string written(double value) {
-    if (!std::isfinite(value)) return "null";
-    char digits[32];
-    return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
-  }
+  // JSON has no word for what is not finite.
+  static std::string written(double value) { return std::isfinite(value) ? shortest_number(value) : "null"; }
 
   template <class Value>
   static std::string written(const std::vector<Value>& values) {
@@ -61,6 +59,6 @@ class json {
   std::string text_;
 };
 
-}  // namespace cli
+}  // namespace report
 
 #endif
