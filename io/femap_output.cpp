@@ -1,6 +1,7 @@
 // Writes FEMAP neutral files, version 7.
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
 #include "core/result.h"
@@ -105,14 +106,23 @@ void write_nodes(text_writer& writer, const dense2D<double>& coords) {
   end_block(writer);
 }
 
+char* append_line(char* out, const unsigned* slots) {
+  for (unsigned k = 0; k < slots_per_line; ++k) {
+    *out++ = '0';
+    if (slots[k] != 0) out = io::append_id(out - 1, slots[k]);
+    *out++ = ',';
+  }
+  *out++ = '\n';
+  return out;
+}
+
 char* append_slots(char* out, const form& f, const unsigned* nodes) {
   const io::node_order order = io::nastran::order_on_card(f.type);
   unsigned slots[io::femap::nbr_slots] = {};
   for (unsigned k = 0; k < order.count; ++k) slots[f.slots[k]] = nodes[order.nodes[k]] + 1;
-  for (unsigned k = 0; k < io::femap::nbr_slots; ++k) {
-    out = io::append(io::append_id(out, slots[k]), (k + 1) % slots_per_line == 0 ? ",\n" : ",");
-  }
-  return out;
+  const bool has_second_line = std::any_of(slots + slots_per_line, std::end(slots), [](unsigned s) { return s != 0; });
+  out = append_line(out, slots);
+  return has_second_line ? append_line(out, slots + slots_per_line) : io::append(out, "0,0,0,0,0,0,0,0,0,0,\n");
 }
 
 void write_element(text_writer& writer, const form& f, unsigned ID, unsigned property, const unsigned* nodes) {

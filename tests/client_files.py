@@ -22,15 +22,26 @@ VTK_CELLS = {3: (3, range(2)), 5: (6, range(3)), 8: (7, (0, 1, 3, 2)), 9: (7, ra
              32: (19, (0, 1, 2, 3, 4, 5, 11, 9, 10, 14, 12, 13, 6, 7, 8, 17, 15, 16))}
 MESHIO_CELLS = {"line": 3, "triangle": 5, "quad": 9, "tetra": 10, "pyramid": 14, "hexahedron": 12, "wedge": 13,
                 "triangle6": 22, "quad8": 23, "tetra10": 24, "hexahedron20": 25}
+# By meshio's name: the library's type, and the local node that NASTRAN's card lists as number k. gmsh writes the middle
+# node of a line as one that tells a direction.
+NASTRAN_CELLS = {"line": (3, range(2)), "line3": (3, range(2)), "triangle": (6, range(3)), "quad": (7, range(4)),
+                 "tetra": (12, (0, 2, 1, 3)), "pyramid": (14, range(5)), "wedge": (17, range(6)),
+                 "hexahedron": (20, range(8)), "triangle6": (8, (0, 1, 2, 5, 3, 4)),
+                 "tetra10": (13, (0, 2, 1, 3, 5, 4, 6, 7, 9, 8))}
+
+
+def turned(form, nodes):
+    """What the library makes of nodes in the order of a format."""
+    type_code, order = form
+    result = [0] * len(order)
+    for local, node in zip(order, nodes):
+        result[local] = int(node)
+    return (type_code, *result)
 
 
 def element(vtk_type, nodes):
     """What the library makes of a cell."""
-    type_code, order = VTK_CELLS[vtk_type]
-    turned = [0] * len(order)
-    for k, local in enumerate(order):
-        turned[local] = int(nodes[k])
-    return (type_code, *turned)
+    return turned(VTK_CELLS[vtk_type], nodes)
 
 
 def difference(program, path, points, elements, precision, left_out=0):
@@ -121,13 +132,43 @@ def files_of_meshio(folder):
             yield path, points, elements, 1e-9
 
 
+def decks_of_meshio(folder):
+    """Linear elements in all forms of fields that it can write, with places that fit in eight columns."""
+    for name, form in NASTRAN_CELLS.items():
+        size = len(form[1])
+        points = (7 * numpy.arange(6.0 * size) % 11 / 8).reshape(2 * size, 3)
+        mesh = meshio.Mesh(points, [(name, numpy.arange(2 * size).reshape(2, size))])
+        elements = [turned(form, c) for c in mesh.cells[0].data]
+        for fields in ("free", "fixed-small", "fixed-large") if size <= 8 and name[-1].isalpha() else ():
+            path = folder / f"meshio_{name}_{fields}.bdf"
+            cells = "fixed-small" if fields == "free" else fields
+            meshio.write(str(path), mesh, file_format="nastran", point_format=fields, cell_format=cells)
+            yield path, points, elements, 0
+
+
+def run_gmsh(folder, path, *options):
+    subprocess.run(["gmsh", "-3", str(folder / "box.geo"), "-save_all", *options, "-o", str(path)], check=True,
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
+
+
+def decks_of_gmsh(folder):
+    """The box, linear and quadratic, in each form of fields; nodes as in the VTK file of the same mesh."""
+    for order in "12":
+        run_gmsh(folder, folder / "box.vtk", "-format", "vtk", "-order", order)
+        mesh = meshio.read(str(folder / "box.vtk"))
+        elements = [turned(NASTRAN_CELLS[b.type], c) for b in mesh.cells if b.type != "vertex" for c in b.data]
+        for fields in "012":
+            path = folder / f"gmsh_box_{order}_{fields}.bdf"
+            run_gmsh(folder, path, "-format", "bdf", "-order", order, "-setnumber", "Mesh.BdfFieldFormat", fields)
+            yield path, mesh.points, elements, 1e-7 if fields == "2" else 1e-4
+
+
 def files_of_gmsh(folder):
     """A box of tetrahedra with its faces and edges, as meshio reads it."""
     (folder / "box.geo").write_text('SetFactory("OpenCASCADE"); Box(1) = {0, 0, 0, 1, 2, 3}; Mesh.MeshSizeMax = 1;\n')
     for suffix, form in ((".mesh", "mesh"), (".vtk", "vtk")):
         path = folder / f"gmsh_box{suffix}"
-        subprocess.run(["gmsh", "-3", str(folder / "box.geo"), "-save_all", "-format", form, "-o", str(path)],
-                       check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
+        run_gmsh(folder, path, "-format", form)
         mesh, elements, left_out = meshio.read(str(path)), [], 0
         for block in mesh.cells:
             vtk_type = MESHIO_CELLS.get(block.type)
@@ -136,11 +177,12 @@ def files_of_gmsh(folder):
             for nodes in block.data if vtk_type else []:
                 elements.append(element(vtk_type, nodes) if is_vtk else (VTK_CELLS[vtk_type][0], *map(int, nodes)))
         yield path, mesh.points, elements, 1e-9, left_out
+    yield from decks_of_gmsh(folder)
 
 
 def differences(program, folder):
     """The number of files, and what the library reads of them otherwise than it was written."""
-    files = list(files_of_meshio(folder))
+    files = [*files_of_meshio(folder), *decks_of_meshio(folder)]
     files += list(files_of_vtk(folder)) if vtk else []
     files += list(files_of_gmsh(folder)) if shutil.which("gmsh") else []
     return len(files), [d for d in (difference(program, *file) for file in files) if d]

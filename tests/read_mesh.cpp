@@ -1,6 +1,6 @@
 // Prints a mesh that the library reads, as JSON: its points, and for each element its type and its nodes.
 //
-// usage: read_mesh FILE (.mesh or .vtk)
+// usage: read_mesh FILE (.bdf, .mesh or .vtk)
 #include <cstdio>
 #include <string>
 
@@ -20,7 +20,10 @@ struct mesh {
 };
 
 int read(const std::string& path, mesh& m) {
-  dense1D<unsigned> labels, node_labels;
+  dense1D<unsigned> labels, node_labels, element_IDs;
+  if (path.ends_with(".bdf")) {
+    return NASTRAN_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, labels, element_IDs, node_labels);
+  }
   if (path.ends_with(".vtk")) return vtk_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, labels);
   return medit_input(path.c_str(), m.coords, m.connectivity, m.offsets, m.types, labels, node_labels);
 }
