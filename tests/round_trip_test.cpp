@@ -1,0 +1,89 @@
+// What comes back of every element type in every format that is written and read.
+#include <gtest/gtest.h>
+
+#include "input_meshes.h"
+#include "memory_file.h"
+
+namespace {
+
+using namespace input_meshes;
+
+struct format {
+  const char* name;
+  int (*write)(const char*, const dense2D<double>&, const matrix&, element_type);
+  int (*read)(const char*, dense2D<double>&, matrix&, element_type);
+};
+
+constexpr format formats[] = {{"VTK", vtk_output, vtk_input},
+                              {"MEDIT", medit_output, medit_input},
+                              {"NASTRAN", NASTRAN_output, NASTRAN_input},
+                              {"FEMAP", FEMAP_output, FEMAP_input}};
+
+constexpr element_type lost = ELT_UNKNOWN;  // what a format does not write
+
+/// A type, and what it comes back as from each format.
+constexpr struct {
+  element_type written, read[4];
+} types[] = {
+    {ELT_EDGE2, {ELT_EDGE2, ELT_EDGE2, ELT_EDGE2, ELT_EDGE2}},
+    {ELT_EDGE3, {ELT_EDGE3, ELT_EDGE2, ELT_EDGE2, ELT_EDGE3}},
+    {ELT_FACE_MIX, {ELT_FACE_MIX, ELT_FACE_MIX, ELT_FACE_MIX, ELT_FACE_MIX}},
+    {ELT_TRIA3, {ELT_TRIA3, ELT_TRIA3, ELT_TRIA3, ELT_TRIA3}},
+    {ELT_QUAD4, {ELT_QUAD4, ELT_QUAD4, ELT_QUAD4, ELT_QUAD4}},
+    {ELT_TRIA6, {ELT_TRIA6, ELT_TRIA3, ELT_TRIA6, ELT_TRIA6}},
+    {ELT_QUAD8, {ELT_QUAD8, ELT_QUAD4, ELT_QUAD8, ELT_QUAD8}},
+    {ELT_QUAD9, {ELT_QUAD9, ELT_QUAD4, ELT_QUAD8, ELT_QUAD8}},
+    {ELT_SOLID_MIX, {ELT_SOLID_MIX, ELT_SOLID_MIX, ELT_SOLID_MIX, ELT_SOLID_MIX}},
+    {ELT_TETRA4, {ELT_TETRA4, ELT_TETRA4, ELT_TETRA4, ELT_TETRA4}},
+    {ELT_TETRA10, {ELT_TETRA10, ELT_TETRA4, ELT_TETRA10, ELT_TETRA10}},
+    {ELT_PYRAMID5, {ELT_PYRAMID5, ELT_PYRAMID5, ELT_PYRAMID5, ELT_PYRAMID5}},
+    {ELT_PYRAMID13, {lost, lost, ELT_PYRAMID13, ELT_PYRAMID13}},
+    {ELT_PYRAMID14, {ELT_PYRAMID14, ELT_PYRAMID5, ELT_PYRAMID13, ELT_PYRAMID13}},
+    {ELT_WEDGE6, {ELT_WEDGE6, ELT_WEDGE6, ELT_WEDGE6, ELT_WEDGE6}},
+    {ELT_WEDGE15, {lost, lost, ELT_WEDGE15, ELT_WEDGE15}},
+    {ELT_WEDGE18, {ELT_WEDGE18, ELT_WEDGE6, ELT_WEDGE15, ELT_WEDGE15}},
+    {ELT_HEXA8, {ELT_HEXA8, ELT_HEXA8, ELT_HEXA8, ELT_HEXA8}},
+    {ELT_HEXA20, {ELT_HEXA20, ELT_HEXA8, ELT_HEXA20, ELT_HEXA20}},
+    {ELT_HEXA27, {ELT_HEXA27, ELT_HEXA8, ELT_HEXA20, ELT_HEXA20}},
+};
+
+/// Elements of a mixed type by increasing node count, as all formats write them.
+matrix mixed_elements(element_type type) {
+  const bool is_solid = type == ELT_SOLID_MIX;
+  matrix elements(is_solid ? 8 : 4, 8, none);
+  for (unsigned j = 0; j < 8; ++j) {
+    const unsigned counts[] = {4, 5, 6, 8}, count = is_solid ? counts[j / 2] : 3 + j / 4;
+    for (unsigned k = 0; k < count; ++k) elements(k, j) = (7 * k + 11 * j) % 60;
+  }
+  return elements;
+}
+
+/// Writes elements, reads them and writes them again: the bytes are the same, and the nodes as far as they are written.
+void expect_round_trip(const format& f, const sample& m, const matrix& elements, element_type written,
+                       element_type comes_back) {
+  const memory_file first, second;
+  dense2D<double> coords;
+  matrix back;
+  ASSERT_EQ(f.write(first.path(), m.coords, elements, written), 0);
+  ASSERT_EQ(f.read(first.path(), coords, back, comes_back), 0);
+  EXPECT_EQ(back, elements.sub_matrix(0, 0, nbr_nodes(comes_back), elements.cols()));
+  EXPECT_EQ(coords.cols(), m.coords.cols());
+  ASSERT_EQ(f.write(second.path(), coords, back, comes_back), 0);
+  EXPECT_EQ(second.content(), first.content());
+}
+
+TEST(round_trip, every_type_in_every_format) {
+  for (const auto& type : types) {
+    const bool is_mixed = type.written == ELT_FACE_MIX || type.written == ELT_SOLID_MIX;
+    for (unsigned k = 0; k < 4; ++k) {
+      for (unsigned rows = 2; rows <= 3 && type.read[k] != lost; ++rows) {
+        SCOPED_TRACE(std::string(formats[k].name) + ", type " + std::to_string(type.written));
+        const sample m(type.written, rows);
+        expect_round_trip(formats[k], m, is_mixed ? mixed_elements(type.written) : m.elements, type.written,
+                          type.read[k]);
+      }
+    }
+  }
+}
+
+}  // namespace
