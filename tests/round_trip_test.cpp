@@ -86,4 +86,62 @@ TEST(round_trip, every_type_in_every_format) {
   }
 }
 
+/// What is left of an output that lay in memory of a caller's.
+template <class Matrix>
+class lent {
+ public:
+  Matrix view;
+
+  explicit lent(std::uint64_t rows = 1) {
+    std::fill(std::begin(memory_), std::end(memory_), 7);
+    if constexpr (std::is_same_v<Matrix, dense2D<typename Matrix::value_type>>) {
+      view = Matrix(rows, 1000 / rows, memory_);
+    } else {
+      view = Matrix(1000, memory_);
+    }
+  }
+  ~lent() {
+    EXPECT_FALSE(view.is_borrowed());
+    EXPECT_TRUE(std::all_of(std::begin(memory_), std::end(memory_), [](auto x) { return x == 7; }));
+  }
+
+ private:
+  typename Matrix::value_type memory_[1000];
+};
+
+/// Outputs leave memory of a caller's alone; a list that is passed for several outputs ends as one of them.
+TEST(readers, outputs_in_the_memory_of_a_caller_and_one_list_for_several) {
+  const sample m(ELT_TRIA3, 3);
+  const memory_file vtk, medit, nastran, femap, solution;
+  ASSERT_EQ(vtk_output(vtk.path(), m.coords, m.elements, ELT_TRIA3), 0);
+  ASSERT_EQ(medit_output(medit.path(), m.coords, m.elements, ELT_TRIA3), 0);
+  ASSERT_EQ(NASTRAN_output(nastran.path(), m.coords, m.elements, ELT_TRIA3), 0);
+  ASSERT_EQ(FEMAP_output(femap.path(), m.coords, m.elements, ELT_TRIA3), 0);
+  ASSERT_EQ(medit_vector(solution.path(), 3, m.coords), 0);
+  for (unsigned k = 0; k < 5; ++k) {
+    lent<dense2D<double>> coords(3);
+    lent<matrix> elements(3);
+    lent<dense1D<unsigned>> list;
+    lent<dense1D<int>> codes;
+    dense2D<double>& c = coords.view;
+    matrix& e = elements.view;
+    dense1D<unsigned>& l = list.view;
+    dense1D<int>& t = codes.view;
+    unsigned dim = 0;
+    const auto call = [&] {
+      if (k == 0) return vtk_input(vtk.path(), c, e, l, t, l);
+      if (k == 1) return medit_input(medit.path(), c, e, l, t, l, l);
+      if (k == 2) return NASTRAN_input(nastran.path(), c, e, l, t, l, l, l);
+      if (k == 3) return FEMAP_input(femap.path(), c, e, l, t, l, l, l);
+      e = matrix(), l = dense1D<unsigned>();
+      return medit_solution_input(solution.path(), dim, c, t);
+    };
+    EXPECT_EQ(call(), 0);
+    EXPECT_EQ(c.cols(), 60U);
+    EXPECT_EQ(e.cols(), k < 4 ? 5U : 0U);
+    EXPECT_EQ(l.size(), k == 0 ? 5U : k < 4 ? 60U : 0U);
+    EXPECT_EQ(t.size(), 1U);
+  }
+}
+
 }  // namespace

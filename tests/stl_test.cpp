@@ -10,6 +10,7 @@
 #include <sstream>
 #include <thread>
 
+#include "core/growth.h"
 #include "core/limits.h"
 #include "io/stl_geometry.h"
 #include "io/text/line_reader.h"
@@ -372,6 +373,20 @@ TEST_F(stl, lines_across_the_borders_of_blocks) {
   for (const std::size_t cut : {0U, 1U, 700U, 1000000U}) {
     EXPECT_EQ(read_bytes(text.substr(0, text.size() - cut)).code, cut < 2 ? 0 : -3);
   }
+}
+
+/// Neither reading nor giving back what is not used touches it.
+TEST_F(stl, memory_of_a_caller) {
+  double memory[900];
+  std::fill(std::begin(memory), std::end(memory), 7.0);
+  dense2D<double> coords(3, 300, memory), view = coords;
+  dense2D<unsigned> triangles;
+  ASSERT_EQ(gw::STL_input(hold(solid(facet("0 0 0", "1 0 0", "0 1 0"))), coords, triangles), 0);
+  EXPECT_FALSE(coords.is_borrowed());
+  ASSERT_TRUE(view.resize(3, 2));
+  gw::detail::trim(view, 0);
+  EXPECT_TRUE(view.is_borrowed());
+  EXPECT_TRUE(std::all_of(std::begin(memory), std::end(memory), [](double x) { return x == 7; }));
 }
 
 TEST_F(stl, tails_of_lines_can_be_dropped) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "core/limits.h"
+#include "tests/faults.h"
 #include "tests/topology_reference.h"
 #include "topology/boundary_ranges.h"
 
@@ -205,6 +206,11 @@ TEST(topology, slot_codes_beyond_32_bits) {
   dense1D<unsigned> slots{5};
   EXPECT_EQ(get_mesh_bounding_elements(m, m, ELT_TRIA3, slots, B), -199);
   EXPECT_EQ(slots.size(), 1U);
+#ifndef QEL_SANITIZED  // which would take a minute
+  const dense2D<unsigned> least(3, none / 3 + 1, 0, nodes), edge(2, 1, {0, 1});
+  EXPECT_EQ(get_elements_on_boundaries(edge, least, least, {0, 0, 0}, ELT_TRIA3, slots, B), -199);
+  EXPECT_TRUE(slots.empty());
+#endif
 }
 
 // Counts of independent readers; the Euler characteristic, nodes - edges + triangles, is 2 for a sphere.
