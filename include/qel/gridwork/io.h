@@ -5,6 +5,9 @@
 /// count of a smaller member holds only that member, and a matrix without entries no element. The overloads on a range
 /// take the matrices from `first` up to but excluding `last`, matrix i being of the type `types[i]`.
 ///
+/// A positive result of a reader counts the parts of the file that are not in the mesh, which is there: what has failed is
+/// told by `result < 0`.
+///
 /// Readers take a failure of the stream for the end of the file. A call that a signal breaks off is repeated, also by
 /// writers; only a stream of the caller's, which has a buffer, may lose what the buffer held then.
 ///
