@@ -206,6 +206,20 @@ static_assert(fewest_triangles >= 3 * triangle_queue);
 /// Facets of an STL text after which the file's length tells how many there are.
 constexpr std::uint64_t facets_to_measure = limit<std::uint64_t>(1000, 2);
 
+// --- editions/parallel ---------------------------------------------------------------------------------------------
+
+/// Bytes that a rank sends, or receives, at once: counts of MPI are ints, and its buffers lie beside the items.
+constexpr std::uint64_t exchange_round = limit<std::uint64_t>(1 << 26, 64);
+
+/// Triangles of a file that a rank reads at once.
+constexpr std::uint64_t triangles_per_read = limit<std::uint64_t>(1 << 15, 3);
+
+/// Positions in a cell by which ranks find what they have in common: a cell costs 9 bytes to ask about, a position that
+/// is sent in vain 40. How many cells hold positions is told by a sample, in two coarse grids.
+constexpr std::uint64_t positions_per_cell = limit<std::uint64_t>(8, 2);
+constexpr std::uint64_t counted_cells = limit<std::uint64_t>(4096, 8);
+constexpr std::uint64_t counted_positions = limit<std::uint64_t>(16384, 16);
+
 }  // namespace qel::gridwork::detail::limits
 
 #endif

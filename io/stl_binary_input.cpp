@@ -13,18 +13,6 @@ namespace {
 constexpr int no_header = -2;
 constexpr int cut_short = -3;
 
-triangle load_triangle(const char* bytes) noexcept {
-  triangle t;
-  bytes += stl_vector_bytes;  // the normal is not used
-  for (vector3& corner : t.corners) {
-    for (double& x : corner) {
-      x = load_float(bytes);
-      bytes += sizeof(float);
-    }
-  }
-  return t;
-}
-
 }  // namespace
 
 int read_stl_binary(const stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {

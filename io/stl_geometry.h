@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "core/vectors.h"
+#include "qel/dense.h"
 
 namespace qel::gridwork::detail::io {
 
@@ -15,6 +16,16 @@ using vector3 = vector_fixed<double, 3>;
 struct triangle {
   vector3 corners[3];
 };
+
+/// Three nodes of a mesh, in space.
+inline triangle corners_of(const dense2D<double>& coords, const unsigned* nodes) noexcept {
+  triangle t;
+  for (unsigned k = 0; k < 3; ++k) {
+    const double* p = coords.column(nodes[k]);
+    t.corners[k] = {p[0], p[1], coords.rows() == 3 ? p[2] : 0.0};
+  }
+  return t;
+}
 
 /// The smallest squared distance of a corner from the line through the other two.
 double smallest_squared_height(const triangle& t) noexcept;

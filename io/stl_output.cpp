@@ -34,18 +34,8 @@ constexpr std::string_view loop_open = "      outer loop\n";
 constexpr std::string_view vertex_open = "         vertex";
 constexpr std::string_view loop_close = "      endloop\n";
 constexpr std::string_view facet_close = "   endfacet\n";
-constexpr std::string_view binary_header = "QEL STL Binary";
 
 constexpr std::uint64_t most_text_per_facet = 4 * (16 + 3 * (1 + io::longest_scientific)) + 64;
-
-triangle corners_of(const dense2D<double>& coords, const unsigned* nodes) noexcept {
-  triangle t;
-  for (unsigned k = 0; k < 3; ++k) {
-    const double* p = coords.column(nodes[k]);
-    t.corners[k] = {p[0], p[1], coords.rows() == 3 ? p[2] : 0.0};
-  }
-  return t;
-}
 
 char* append_vector_line(char* out, std::string_view opening, const vector3& v) noexcept {
   out = append(out, opening);
@@ -65,17 +55,6 @@ char* append_facet(char* out, const triangle& t) noexcept {
   return append(out, facet_close);
 }
 
-char* append_floats(char* out, const vector3& v) noexcept {
-  for (const double x : v) out = io::store_float(out, static_cast<float>(x));
-  return out;
-}
-
-char* append_binary(char* out, const triangle& t) noexcept {
-  out = append_floats(out, io::facet_normal(t));
-  for (const vector3& corner : t.corners) out = append_floats(out, corner);
-  return std::fill_n(out, io::stl_attribute_bytes, '\0');
-}
-
 /// Writes every triangle by `append_triangle`, which takes up to `most` bytes each.
 template <class AppendTriangle>
 bool write_triangles(io::block_writer& writer, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
@@ -84,7 +63,7 @@ bool write_triangles(io::block_writer& writer, const dense2D<double>& coords, co
   for (std::uint64_t j = 0; j < count; ++j) {
     char* out = writer.room(most);
     if (out == nullptr) return false;
-    writer.commit(append_triangle(out, corners_of(coords, connectivity.column(j))));
+    writer.commit(append_triangle(out, io::corners_of(coords, connectivity.column(j))));
   }
   return true;
 }
@@ -96,10 +75,10 @@ bool write_text(io::block_writer& writer, const dense2D<double>& coords, const d
 
 bool write_binary(io::block_writer& writer, const dense2D<double>& coords, const dense2D<unsigned>& connectivity) {
   char header[io::stl_header_bytes + io::stl_count_bytes] = {};
-  append(header, binary_header);
+  append(header, io::stl_binary_header);
   io::store_uint32(header + io::stl_header_bytes, static_cast<std::uint32_t>(io::element_count(connectivity)));
   return writer.put({header, sizeof header}) &&
-         write_triangles(writer, coords, connectivity, io::stl_triangle_bytes, append_binary) && writer.flush();
+         write_triangles(writer, coords, connectivity, io::stl_triangle_bytes, io::store_triangle) && writer.flush();
 }
 
 }  // namespace

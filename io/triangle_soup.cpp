@@ -77,7 +77,8 @@ bool triangle_soup::make_room() {
     const auto likely = static_cast<std::uint64_t>(1.02 * share * static_cast<double>(expected_));
     if (node_count_ + at_least >= none || !widen(coords_, node_count_ + at_least, likely)) return false;
   }
-  if (triangle_count_ % block_size == 0 && !table_.reset(table_.used())) return false;
+  const bool block_begins = triangle_count_ == 0 || (first_ + triangle_count_) % block_size == 0;
+  if (block_begins && !table_.reset(table_.used())) return false;
   return table_.make_room(3 * queue_size);
 }
 
@@ -97,13 +98,13 @@ unsigned triangle_soup::node_at(const vector3& p, std::uint64_t hash) {
 
 bool triangle_soup::merge_queue() {
   if (!make_room()) return false;
-  QEL_GRIDWORK_CHECK(in_queue_ <= queue_size && triangle_count_ + in_queue_ <= connectivity_.cols());
-  QEL_GRIDWORK_CHECK(node_count_ + 3 * in_queue_ <= coords_.cols());
-  for (unsigned i = 0; i < in_queue_; ++i) {
+  QEL_GRIDWORK_CHECK(in_queue_ <= queue_size && triangle_count_ + in_queue_ - skipped_ <= connectivity_.cols());
+  QEL_GRIDWORK_CHECK(node_count_ + 3 * (in_queue_ - skipped_) <= coords_.cols());
+  for (unsigned i = skipped_; i < in_queue_; ++i) {
     unsigned* nodes = connectivity_.column(triangle_count_++);
     for (unsigned k = 0; k < 3; ++k) nodes[k] = node_at(queue_[i].t.corners[k], queue_[i].hashes[k]);
   }
-  in_queue_ = 0;
+  in_queue_ = skipped_ = 0;
   return true;
 }
 
@@ -131,10 +132,14 @@ bool triangle_soup::hand_out_raw() {
   return true;
 }
 
+bool triangle_soup::hand_out_blocks() {
+  return (raw_.empty() || merge_raw()) && merge_queue() && coords_.resize(3, node_count_) &&
+         connectivity_.resize(3, triangle_count_);
+}
+
 int triangle_soup::finish() {
   if (smallest_height_ == 0) return hand_out_raw() ? 0 : out_of_memory;
-  if (!merge_queue()) return out_of_memory;
-  if (!coords_.resize(3, node_count_) || !connectivity_.resize(3, triangle_count_)) return out_of_memory;
+  if (!hand_out_blocks()) return out_of_memory;
   const int result = merge_near_nodes();
   trim(coords_, coords_.size() / 8);
   trim(connectivity_, connectivity_.size() / 8);

@@ -25,6 +25,12 @@ class triangle_soup {
   /// How many triangles are likely to come, so that outputs are sized once; a wrong number does no harm.
   void expect(std::uint64_t triangles) noexcept { expected_ = triangles; }
 
+  /// The triangles that come are those of a file from this one on: blocks are those of the whole file.
+  void begin_at(std::uint64_t triangle) noexcept {
+    first_ = triangle;
+    in_queue_ = skipped_ = static_cast<unsigned>(triangle % queue_size);
+  }
+
   [[nodiscard]] bool add(const triangle& t) {
     note_height(t);
     if (smallest_height_ == 0) return keep_raw(t);
@@ -34,13 +40,25 @@ class triangle_soup {
   /// Makes the mesh. 0, or a negative result.
   int finish();
 
+  /// What finish() does before it merges near nodes, for those who merge them with triangles of others: makes the mesh of
+  /// the corners that are merged block by block, or of three nodes a triangle. Nodes are in the order of their first
+  /// corners. False when memory ran out.
+  /// @{
+  [[nodiscard]] bool hand_out_blocks();
+  [[nodiscard]] bool hand_out_raw();
+  /// @}
+
+  /// 0 as long as no triangle has a positive height.
+  double least_squared_height() const noexcept { return smallest_height_; }
+
+  static constexpr std::uint64_t block_size = 100000;
+
  private:
   struct hashed_triangle {
     triangle t;
     std::uint64_t hashes[3];
   };
 
-  static constexpr std::uint64_t block_size = 100000;
   static constexpr unsigned queue_size = limits::triangle_queue;
 
   void note_height(const triangle& t) noexcept {
@@ -67,7 +85,6 @@ class triangle_soup {
   bool make_room();
   unsigned node_at(const vector3& p, std::uint64_t hash);
   int merge_near_nodes();
-  bool hand_out_raw();
 
   dense2D<double>& coords_;          // sized ahead: the first node_count_ columns are nodes
   dense2D<unsigned>& connectivity_;  // sized ahead: the first triangle_count_ columns are triangles
@@ -76,9 +93,11 @@ class triangle_soup {
   position_table table_;  // the nodes of the block
   std::uint64_t node_count_ = 0;
   std::uint64_t triangle_count_ = 0;  // of whole blocks and the one at work
+  std::uint64_t first_ = 0;           // the triangle of the file that came first
   std::uint64_t expected_ = 0;
   double smallest_height_ = 0;  // squared; 0 as long as there is no positive one
   unsigned in_queue_ = 0;
+  unsigned skipped_ = 0;  // places of the first queue that stay empty, so that queues end where blocks end
 };
 
 }  // namespace qel::gridwork::detail::io

@@ -9,7 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 need_packages g++ clang libclang-rt-14-dev cmake ninja-build libgtest-dev pkg-config clang-format clang-tidy git \
-  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema
+  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema libopenmpi-dev openmpi-bin
 
 sources() { git -c safe.directory="$PWD" ls-files --cached --others --exclude-standard -- "$@"; }
 
@@ -24,7 +24,7 @@ echo "== formatting"
 sources '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
 
 echo "== release build"
-cmake --preset release > /dev/null
+cmake --preset release -DQEL_GRIDWORK_BUILD_MPI=ON > /dev/null
 cmake --build --preset release
 
 echo "== clang-tidy"
@@ -64,7 +64,7 @@ scripts/fuzz.sh --small all 20
 
 for build in asan small; do
   echo "== tests, under the address and undefined-behaviour sanitizers: $build"
-  cmake --preset "$build" > /dev/null
+  cmake --preset "$build" -DQEL_GRIDWORK_BUILD_MPI=$([[ $build == small ]] && echo ON || echo OFF) > /dev/null
   cmake --build --preset "$build"
   ctest --preset "$build"
 done

@@ -1,0 +1,120 @@
+// Merging, removal of degenerate elements, new numbers.
+#include <cmath>
+
+#include "parts.h"
+#include "random_meshes.h"
+
+using namespace parts;
+
+namespace {
+
+/// Elements on the nodes of a cloud in order, and some at random.
+mesh mesh_on(const random_meshes::cloud& cloud, unsigned rows) {
+  std::mt19937 random(11);
+  const auto n = static_cast<unsigned>(cloud.coords.cols());
+  mesh m{cloud.name, cloud.coords, dense2D<unsigned>(rows, n), rows == 3 ? ELT_TRIA3 : ELT_TETRA4};
+  for (unsigned j = 0; j < n; ++j) {
+    for (unsigned i = 0; i < rows; ++i)
+      m.connectivity(i, j) = i == 0 ? j : random() % 4 == 0 ? random() % n : (j + i) % n;
+  }
+  return m;
+}
+
+/// Serial merge of all nodes, with the map applied.
+id_type merge_whole(mesh& m, double tol) {
+  dense1D<unsigned> new_IDs;
+  EXPECT_TRUE(m.coords.copy(m.coords));
+  const int merged = merge(m.coords, new_IDs, tol);
+  EXPECT_GE(merged, 0);
+  change_indices(m.connectivity, new_IDs);
+  return static_cast<id_type>(merged);
+}
+
+TEST(merge, is_that_of_the_whole_mesh) {
+  for (const unsigned dim : {2U, 3U}) {
+    for (const auto& cloud : random_meshes::clouds(dim, 150)) {
+      for (const double factor : {0.0, 0.4, 1.0, 1.6, 40.0}) {
+        const double tol = factor * cloud.step;
+        if (std::isinf(tol * tol)) continue;
+        SCOPED_TRACE(cloud.name + " by " + std::to_string(factor));
+        mesh whole = mesh_on(cloud, dim + 1);
+        mesh_part part = part_of(whole, factor == 1  ? layout::ranges
+                                        : factor > 1 ? layout::every_other
+                                                     : layout::random);
+        id_type merged = 0;
+        ASSERT_EQ(mpi::merge(world, part, tol, merged), 0);
+        ASSERT_EQ(merged, merge_whole(whole, tol));
+        expect_part_of(part, whole.coords, whole.connectivity);
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
+TEST(merge, then_degenerate_elements_then_unused_nodes) {
+  for (const auto& cloud : random_meshes::clouds(3, 200)) {
+    for (const layout l : layouts) {
+      SCOPED_TRACE(cloud.name);
+      mesh whole = mesh_on(cloud, 4);
+      const double tol = 0.5 * cloud.step;
+      if (std::isinf(tol * tol)) continue;
+      mesh_part part = part_of(whole, l);
+      id_type merged = 0, removed = 0, nodes = 0;
+      merge_whole(whole, tol);
+      ASSERT_EQ(mpi::merge(world, part, tol, merged), 0);
+      ASSERT_EQ(static_cast<int>((mpi::remove_degenerated(world, part, false, removed), removed)),
+                remove_degenerated(whole.connectivity, false));
+      expect_part_of(part, whole.coords, whole.connectivity);
+      ASSERT_EQ(mpi::simplify(world, part, nodes), 0);
+      ASSERT_GE(simplify(whole.coords, whole.connectivity, 0), 0);
+      ASSERT_EQ(nodes, whole.connectivity.empty() ? 0 : whole.coords.cols());
+      expect_part_of(part, whole.coords, whole.connectivity);
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
+TEST(remove_degenerated, counts_unused_rows_on_demand) {
+  mesh whole = box(ELT_SOLID_MIX, 3, 3, 2);
+  for (const bool strict : {true, false}) {
+    mesh rest = whole;
+    ASSERT_TRUE(rest.connectivity.copy(whole.connectivity));
+    mesh_part part = part_of(whole, layout::random);
+    id_type removed = 0;
+    ASSERT_EQ(mpi::remove_degenerated(world, part, strict, removed), 0);
+    ASSERT_EQ(static_cast<int>(removed), remove_degenerated(rest.connectivity, strict));
+    expect_part_of(part, rest.coords, rest.connectivity);
+  }
+}
+
+TEST(make_part, puts_meshes_one_behind_the_other) {
+  const mesh own = box(ELT_TETRA4, 1 + static_cast<unsigned>(rank()) % 3, 2, 1);
+  mesh_part part;
+  ASSERT_EQ(mpi::make_part(world, own.coords, own.connectivity, part), 0);
+  id_type first = own.coords.cols();
+  MPI_Exscan(MPI_IN_PLACE, &first, 1, MPI_UINT64_T, MPI_SUM, world);
+  if (rank() == 0) first = 0;
+  ASSERT_EQ(part.node_IDs.size(), own.coords.cols());
+  for (id_type i = 0; i < part.node_IDs.size(); ++i) ASSERT_EQ(part.node_IDs[i], first + i);
+  EXPECT_EQ(part.connectivity, own.connectivity);
+  const bool wrong = rank() == size() - 1;
+  EXPECT_EQ(mpi::make_part(world, own.coords, wrong ? dense2D<unsigned>(4, 1, 1000U) : own.connectivity, part), -1);
+  EXPECT_TRUE(part.node_IDs.empty());
+}
+
+TEST(merge, refuses) {
+  const mesh whole = box(ELT_TETRA4, 2, 2, 2);
+  mesh_part part = part_of(whole, layout::random);
+  id_type merged = 0;
+  EXPECT_EQ(mpi::merge(world, part, -1, merged), -3);
+  EXPECT_EQ(mpi::merge(world, part, std::nan(""), merged), -3);
+  EXPECT_EQ(mpi::merge(world, part, 1e200, merged), -201);
+  id_type removed = 0;
+  if (size() > 1) {
+    EXPECT_EQ(mpi::merge(world, part, rank() == 0 ? 0.5 : 0.6, merged), -3);
+    EXPECT_EQ(mpi::remove_degenerated(world, part, rank() == 0, removed), -3);
+  }
+  expect_part_of(part, whole.coords, whole.connectivity);
+}
+
+}  // namespace
