@@ -129,6 +129,22 @@ TEST(femap, blocks_versions_and_lists) {
             -4);
 }
 
+TEST(femap, properties_and_identifiers) {
+  const auto with = [](const string& start) {
+    return nodes() + block(404, start + record(2, "1,2,3,0,0,0,0,0,0,0,", zeros).substr(7));
+  };
+  for (const auto& [text, property] : {std::pair("-1", ~0U), {"4294967295", ~0U}, {"0", 0U}, {" 7 ", 7U}}) {
+    mesh m;
+    ASSERT_EQ(identified::read(FEMAP_input, with("8,124," + string(text)), m), 0) << text;
+    EXPECT_EQ(m.property_IDs, dense1D<unsigned>{property});
+    EXPECT_EQ(m.element_IDs, dense1D<unsigned>{8});
+  }
+  for (const char* const start : {"8,124,4294967296", "8,124,-2147483649", "8,124,1.", "8,124,", "0,124,1", "-2,124,1",
+                                  "2147483648,124,1", "x,124,1"}) {
+    EXPECT_EQ(code_of(with(start)), -2) << start;
+  }
+}
+
 TEST(femap, one_type) {
   const memory_file file(nodes() + block(404, record(2, "1,2,3,0,0,0,0,0,0,0,", zeros) +
                                                   record(4, "4,3,2,1,0,0,0,0,0,0,", zeros) +

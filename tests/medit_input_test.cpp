@@ -189,6 +189,19 @@ TEST(medit_input, codes) {
   EXPECT_EQ(medit_reading(nullptr).code, -1);
 }
 
+TEST(medit_input, sections_that_are_counted_and_others) {
+  for (const char* const section :
+       {"EdgesP3",          "EdgesP4",      "TrianglesP3",  "TrianglesP4", "Quadrilaterals6", "QuadrilateralsQ3",
+        "QuadrilateralsQ4", "TetrahedraP3", "TetrahedraP4", "PyramidsP2",  "PyramidsP3",      "PyramidsP4",
+        "PrismsP2",         "PrismsP3",     "PrismsP4",     "Prisms9",     "Hexahedra12",     "HexahedraQ2",
+        "HexahedraQ3",      "HexahedraQ4",  "Polyhedra"}) {
+    EXPECT_EQ(read(five + section + " 2 1 2 3 4 5 6 0\nTriangles 1 1 2 3 0").code, 2) << section;
+  }
+  for (const char* const section : {"Corners", "Ridges", "RequiredVertices", "NormalAtVertices", "Tangents", "Any"}) {
+    EXPECT_EQ(read(five + section + " 2 1 2 3 4 5 6 0\nTriangles 1 1 2 3 0").connectivity, matrix(3, 1, {0, 1, 2}));
+  }
+}
+
 /// What medit_solution_input() makes of a file.
 struct solution_reading {
   unsigned dim = 9;

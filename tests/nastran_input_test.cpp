@@ -84,6 +84,7 @@ TEST(nastran_input, forms_of_fields_and_lines) {
     EXPECT_EQ(place(among_others(text)), expected) << text;
   }
   EXPECT_EQ(place("GRID,7"), "0 0 0");
+  EXPECT_EQ(place("GRID,7,,1.,2.,3.,99"), "1 2 3") << "the system of displacements";
   for (const char* text : {"GRID,0", "GRID,-1", "GRID,2147483648", "GRID,1.", "GRID,x", "GRID,", "GRID,1,-1",
                            "GRID,1,,1.e", "GRID,1,,.", "GRID,1,,1..", "GRID,1,,1 2", "GRID,1,,nan", "GRID,1,,inf",
                            "GRID,1,,1e999", "GRID,1,,0x10", "GRID,1,,1+", "=,*(1),=", "GRID,1\n=,2", "=(3)"}) {
@@ -109,6 +110,21 @@ TEST(nastran_input, elements_and_their_kinds) {
   EXPECT_EQ(element("CQUAD,9,1,1,2,3,4,5,6\n,7,8,9"), "10: 1 2 3 4 5 6 7 8 9 p1 e9");
   EXPECT_EQ(element("CPYRA,9,1,1,2,3,4,5"), "14: 1 2 3 4 5 p1 e9");
   EXPECT_EQ(element("CTETRA,9,1,1,2,3,4,5,6,\n,7,8,9,10"), "13: 1 3 2 4 6 5 7 8 10 9 p1 e9");
+  for (const char* const name : {"CBAR", "CBEAM", "CROD", "CTUBE", "CBEND"}) {
+    EXPECT_EQ(element(name + string(",9,1,1,2")), "3: 1 2 p1 e9") << name;
+  }
+  for (const char* const name : {"CTRIA3", "CTRIAR", "CTRIA6"}) {
+    EXPECT_EQ(element(name + string(",9,1,1,2,3")), "6: 1 2 3 p1 e9") << name;
+  }
+  for (const char* const name : {"CQUAD4", "CQUADR", "CSHEAR", "CQUAD8", "CQUAD"}) {
+    EXPECT_EQ(element(name + string(",9,1,1,2,3,4")), "7: 1 2 3 4 p1 e9") << name;
+  }
+  EXPECT_EQ(element("CPYRAM,9,1,1,2,3,4,5"), "14: 1 2 3 4 5 p1 e9");
+  EXPECT_EQ(element("CPENTA,9,1,1,2,3,4,5,6"), "17: 1 2 3 4 5 6 p1 e9");
+  EXPECT_EQ(element("CTRIA3,2147483647,1,1,2,3"), "6: 1 2 3 p1 e2147483647");
+  for (const char* const ID : {"0", "-1", "2147483648", "", "1."}) {
+    EXPECT_EQ(element("CTRIA3," + string(ID) + ",1,1,2,3"), "code -2") << ID;
+  }
   EXPECT_EQ(element("CPENTA,9,1,1,2,3,4,5"), "code -2") << "a vertex is missing";
   EXPECT_EQ(element("CPENTA,9,1,1,2,3,4,5,0"), "code -2");
   EXPECT_EQ(element("CTRIA3,9,1,1,2,31"), "code -3");

@@ -1,6 +1,9 @@
 // What comes back of every element type in every format that is written and read.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+
 #include "input_meshes.h"
 #include "memory_file.h"
 
@@ -68,6 +71,9 @@ void expect_round_trip(const format& f, const sample& m, const matrix& elements,
   ASSERT_EQ(f.read(first.path(), coords, back, comes_back), 0);
   EXPECT_EQ(back, elements.sub_matrix(0, 0, nbr_nodes(comes_back), elements.cols()));
   EXPECT_EQ(coords.cols(), m.coords.cols());
+  const bool is_flat = m.coords.rows() == 2 && f.write != formats[1].write;  // MEDIT has its dimension
+  EXPECT_EQ(coords.rows(), is_flat ? 3 : m.coords.rows());
+  for (unsigned j = 0; is_flat && j < coords.cols(); ++j) EXPECT_EQ(coords(2, j), 0);
   ASSERT_EQ(f.write(second.path(), coords, back, comes_back), 0);
   EXPECT_EQ(second.content(), first.content());
 }
@@ -84,6 +90,35 @@ TEST(round_trip, every_type_in_every_format) {
       }
     }
   }
+}
+
+/// Numbers without a value come back from VTK and MEDIT, and large ones from VTK as they were.
+TEST(round_trip, unusual_numbers) {
+  const matrix edge(2, 1, {0, 1});
+  for (const format& f : formats) {
+    const bool takes_all = f.write == formats[0].write || f.write == formats[1].write;
+    for (const double x : {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
+                           std::numeric_limits<double>::quiet_NaN()}) {
+      const memory_file first, second;
+      dense2D<double> coords;
+      matrix back;
+      ASSERT_EQ(f.write(first.path(), dense2D<double>(3, 2, {1, x, 2}), edge, ELT_EDGE2), 0);
+      EXPECT_EQ(f.read(first.path(), coords, back, ELT_EDGE2), takes_all ? 0 : -2) << f.name << x;
+      if (!takes_all) continue;
+      ASSERT_EQ(f.write(second.path(), coords, back, ELT_EDGE2), 0);
+      EXPECT_EQ(second.content(), first.content()) << f.name;
+    }
+  }
+  random_meshes::generator random(3);
+  dense2D<double> large(3, 1000), coords;
+  for (double& x : large.as_vector()) {
+    x = std::ldexp(1 + random_meshes::real(random), 33 + int(random_meshes::below(random, 100)));
+  }
+  const memory_file file;
+  matrix back;
+  ASSERT_EQ(vtk_output(file.path(), large, edge, ELT_EDGE2), 0);
+  ASSERT_EQ(vtk_input(file.path(), coords, back, ELT_EDGE2), 0);
+  EXPECT_EQ(coords, large);
 }
 
 /// What is left of an output that lay in memory of a caller's.

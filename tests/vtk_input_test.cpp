@@ -117,6 +117,7 @@ TEST(vtk_input, cells_of_every_type) {
                {22, 6, ELT_TRIA6, {0, 1, 2, 4, 5, 3}},
                {23, 8, ELT_QUAD8, {0, 1, 2, 3, 4, 5, 6, 7}},
                {24, 10, ELT_TETRA10, {0, 1, 3, 2, 8, 7, 4, 6, 5, 9}},
+               {25, 20, ELT_HEXA20, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19}},
                {26, 15, ELT_WEDGE15, {0, 1, 2, 3, 4, 5, 12, 13, 14, 7, 8, 6, 10, 11, 9}},
                {27, 13, ELT_PYRAMID13, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}},
                {28, 9, ELT_QUAD9, {0, 1, 2, 3, 4, 5, 6, 7, 8}},
@@ -133,6 +134,8 @@ TEST(vtk_input, cells_of_every_type) {
     EXPECT_TRUE(got.code == 1 && got.types.empty()) << type;
   }
   EXPECT_EQ(read(with_cell(7, 5)).code, 1);
+  const vtk_reading wedge = read(with_points("CELLS 1 9 8 0 1 2 2 3 4 5 5 CELL_TYPES 1 12"));
+  EXPECT_EQ(wedge.connectivity, matrix(8, 1, {0, 1, 2, 2, 3, 4, 5, 5})) << "a hexahedron stays one";
   EXPECT_EQ(read(with_cell(4, 4)).connectivity, matrix(2, 3, {0, 1, 1, 2, 2, 3}));
   EXPECT_EQ(read(with_cell(6, 5)).connectivity, matrix(3, 3, {0, 1, 2, 2, 1, 3, 2, 3, 4}));
   EXPECT_EQ(read(with_cell(4, 1)).code, -2);
