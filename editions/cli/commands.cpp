@@ -23,12 +23,16 @@ void add_input_options(CLI::App& command, input_options& options) {
       ->check(CLI::IsMember(format_options(true)));
 }
 
-void add_in_out_options(CLI::App& command, in_out_options& options) {
-  command.add_option("IN", options.in, "mesh file that is read; - is standard input")->required();
-  command.add_option("OUT", options.output.out, "mesh file that is written; - is standard output")->required();
-  command.add_option("--from", options.from, "format of IN, in place of its extension")
+void add_in_option(CLI::App& command, std::string& in, std::string& from) {
+  command.add_option("IN", in, "mesh file that is read; - is standard input")->required();
+  command.add_option("--from", from, "format of IN, in place of its extension")
       ->type_name("FORMAT")
       ->check(CLI::IsMember(format_options(true)));
+}
+
+void add_in_out_options(CLI::App& command, in_out_options& options) {
+  add_in_option(command, options.in, options.from);
+  command.add_option("OUT", options.output.out, "mesh file that is written; - is standard output")->required();
   command.add_option("--to", options.output.to, "format of OUT, in place of its extension")
       ->type_name("FORMAT")
       ->check(CLI::IsMember(format_options(false)));

@@ -20,6 +20,11 @@ void add_check(CLI::App& app, session& s);
 void add_convert(CLI::App& app, session& s);
 void add_merge(CLI::App& app, session& s);
 void add_quality(CLI::App& app, session& s);
+void add_boundary(CLI::App& app, session& s);
+void add_transform(CLI::App& app, session& s);
+void add_clip(CLI::App& app, session& s);
+void add_split(CLI::App& app, session& s);
+void add_metric(CLI::App& app, session& s);
 void add_formats(CLI::App& app, session& s);
 
 /// What the commands that read files take.
@@ -37,39 +42,44 @@ struct in_out_options {
   output_options output;
 };
 
+/// IN and --from.
+void add_in_option(CLI::App& command, std::string& in, std::string& from);
 void add_in_out_options(CLI::App& command, in_out_options& options);
 
-/// Does `work` for a file; where it fails, says so and goes on.
+/// Does `work` for a file; where it fails, says so, and returns false.
 template <class Work>
-void guard(session& s, const std::string& command, const std::string& file, Work work) {
+bool guard(session& s, const std::string& command, const std::string& file, Work work) {
   try {
     work();
+    return true;
   } catch (const failure& f) {
     s.report_error(command, file, f.what(), f.result());
   } catch (const std::bad_alloc&) {
     s.report_error(command, file, "memory ran out", -199);
   }
+  return false;
 }
 
 /// Says on the stream of errors what a reader left out, for commands that do not report on it.
 void tell_left_out(const session& s, const std::string& name, const loaded& file);
 
-/// Reads IN, lets `change` work on the mesh and add to the report, and writes OUT.
+/// Reads IN, lets `change` work on the mesh and add to the report, and writes OUT; nothing without elements, if that may be.
 template <class Change>
-void rewrite(session& s, const std::string& command, const in_out_options& options, Change change) {
-  bool read = false;
+void rewrite(session& s, const std::string& command, const in_out_options& options, Change change,
+             bool may_be_empty = false) {
   loaded file;
   json object = s.object(command, options.in);
-  guard(s, command, options.output.out, [&] { check_output(options.output), read = true; });
-  if (!read) return;
-  read = false;
-  guard(s, command, options.in, [&] { file = load(s, options.in, options.from), change(file.m, object), read = true; });
-  if (!read) return;
+  if (!guard(s, command, options.output.out, [&] { check_output(options.output); })) return;
+  const bool changed = guard(s, command, options.in, [&] {
+    file = load(s, options.in, options.from);
+    change(file.m, object);
+  });
+  if (!changed) return;
   tell_left_out(s, options.in, file);
   guard(s, command, options.output.out, [&] {
     object.add("out", options.output.out);
     object.add("nodes", file.m.coords.cols()).add("elements", count_elements(file.m));
-    save(s, std::move(file.m), options.output);
+    if (!may_be_empty || !file.m.blocks.empty()) save(s, std::move(file.m), options.output);
     if (s.as_json && options.output.out != "-") s.print(object);
   });
 }

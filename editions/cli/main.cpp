@@ -74,7 +74,9 @@ void add_all(CLI::App& app, session& s) {
   app.set_version_flag("--version", std::string("gridwork ") + qel::gridwork::version(), "print the version");
   app.require_subcommand(1);
   app.fallthrough();
-  for (const auto add : {add_info, add_check, add_convert, add_merge, add_quality, add_formats}) add(app, s);
+  for (const auto add : {add_info, add_check, add_convert, add_merge, add_quality, add_boundary, add_transform,
+                         add_clip, add_split, add_metric, add_formats})
+    add(app, s);
 }
 
 // Help and versions are results; all else that parsing throws is an error.

@@ -111,11 +111,14 @@ bool is_stream(const std::string& out) {
   return out == "-" || (fs::exists(state) && !fs::is_regular_file(state) && !fs::is_directory(state));
 }
 
+void check_overwriting(const output_options& options) {
+  if (!is_stream(options.out)) refuse_existing(options.out, options.force);
+}
+
 void check_output(const output_options& options) {
   const report::format& kind = writable_format(options);
-  if (is_stream(options.out)) return;
-  refuse_existing(options.out, options.force);
-  if (has_case(kind, options.out)) refuse_existing(geometry_of(options.out), options.force);
+  check_overwriting(options);
+  if (!is_stream(options.out) && has_case(kind, options.out)) refuse_existing(geometry_of(options.out), options.force);
 }
 
 void save(const session& s, report::mesh m, const output_options& options) {

@@ -25,6 +25,9 @@ struct output_options {
 /// Fails early, before anything is read, when the output cannot become one.
 void check_output(const output_options& options);
 
+/// The same for files whose format is not that of a mesh.
+void check_overwriting(const output_options& options);
+
 /// Writes a mesh; fails in words, and leaves nothing then.
 void save(const session& s, report::mesh m, const output_options& options);
 

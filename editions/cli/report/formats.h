@@ -28,6 +28,7 @@ struct format {
   const char* option;         ///< as --from and --to take it
   const char* extensions[3];  ///< in lower case, the rest null
   const char* written_types;  ///< in words
+  bool has_references;        ///< one an element, or properties, which take their place
   left_out_kind left_out;
   int (*read)(const char* path, mesh& m);
   file_facts (*look)(const file_bytes& bytes);

@@ -39,6 +39,13 @@ bool mix(const std::vector<block>& parts, unsigned dim, block& all) {
 
 }  // namespace
 
+bool append_element(const unsigned* nodes, block& b) {
+  const std::uint64_t at = b.connectivity.cols();
+  if (!b.connectivity.resize(nbr_nodes(b.type), at + 1)) return false;
+  std::copy_n(nodes, nbr_nodes(b.type), b.connectivity.begin_column(at));
+  return true;
+}
+
 const char* type_name(gw::element_type type) { return type_names[type]; }
 
 std::uint64_t count_elements(const mesh& m) {
@@ -71,6 +78,19 @@ bool linear_elements(const mesh& m, unsigned dim, block& all) {
   }
   all = parts.size() == 1 ? parts.front() : block{};
   return parts.size() < 2 || mix(parts, dim, all);
+}
+
+outcome find_edges(const mesh& m, qel::dense2D<unsigned>& edges) {
+  std::vector<qel::dense2D<unsigned>> matrices;
+  qel::dense1D<int> types;
+  for (const block& b : m.blocks) {
+    if (element_dim(b.type) == 0) continue;
+    const block linear = linear_block(b);
+    matrices.push_back(linear.connectivity);
+    if (!types.push_back(linear.type)) return outcome::of_memory(false);
+  }
+  const qel::dense2D<unsigned>* const first = matrices.data();
+  return {gw::operation::copy_edges_range, gw::copy_edges(first, first + matrices.size(), types, edges)};
 }
 
 }  // namespace report

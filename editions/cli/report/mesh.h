@@ -40,6 +40,9 @@ struct outcome {
   static outcome of_memory(bool granted) { return {gw::operation::merge_nodes, granted ? 0 : out_of_memory}; }
 };
 
+/// Appends an element, of whose nodes those of the block's type count. False when memory ran out.
+bool append_element(const unsigned* nodes, block& b);
+
 /// "TRIA3" for ELT_TRIA3.
 const char* type_name(gw::element_type type);
 
@@ -57,6 +60,9 @@ block linear_block(const block& elements);
 /// The vertices of all elements of a dimension (2 or 3), in one matrix of a plain or a mixed type. False when memory ran
 /// out.
 bool linear_elements(const mesh& m, unsigned dim, block& all);
+
+/// The edges of all elements, each once.
+outcome find_edges(const mesh& m, qel::dense2D<unsigned>& edges);
 
 }  // namespace report
 

@@ -97,20 +97,12 @@ outcome count_below(const mesh& m, double bound, std::uint64_t& count) {
 }
 
 outcome mean_edge_length(const mesh& m, double& length) {
-  std::vector<qel::dense2D<unsigned>> matrices;
-  qel::dense1D<int> types;
-  for (const block& b : m.blocks) {
-    if (element_dim(b.type) == 0) continue;
-    const block linear = linear_block(b);
-    matrices.push_back(linear.connectivity);
-    if (!types.push_back(linear.type)) return outcome::of_memory(false);
-  }
   qel::dense2D<unsigned> edges;
-  const int result = gw::copy_edges(matrices.data(), matrices.data() + matrices.size(), types, edges);
+  const outcome listed = find_edges(m, edges);
   double sum = 0;
   for (std::uint64_t e = 0; e < edges.cols(); ++e) sum += edge_length(m.coords, edges(0, e), edges(1, e));
   length = edges.empty() ? 0 : sum / static_cast<double>(edges.cols());
-  return {gw::operation::copy_edges_range, result};
+  return listed;
 }
 
 }  // namespace report

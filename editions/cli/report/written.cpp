@@ -102,6 +102,21 @@ bool join(const mesh& m, joined& all) {
          std::all_of(m.blocks.begin(), m.blocks.end(), [&](const block& b) { return append(b, with_references, all); });
 }
 
+// Elements of one dimension, with their references.
+bool join_linear(const mesh& m, block& all) {
+  if (m.blocks.size() == 1) {
+    all = m.blocks.front();
+    return true;
+  }
+  if (!linear_elements(m, mesh_dim(m), all)) return false;
+  for (const block& b : m.blocks) {
+    const std::uint64_t before = all.references.size();
+    if (!all.references.resize(before + b.references.size())) return false;
+    std::copy_n(b.references.data(), b.references.size(), all.references.data() + before);
+  }
+  return true;
+}
+
 // What has nodes at all and is no mixture.
 bool is_plain(gw::element_type type) { return element_dim(type) != 0; }
 
@@ -128,11 +143,15 @@ bool medit_holds(gw::element_type type) {
   return is_plain(type) && type != gw::ELT_PYRAMID13 && type != gw::ELT_WEDGE15;
 }
 
-// The writer takes references for one matrix only.
+// The writer takes references for one matrix only, which may be a mixed one.
 int write_medit(const char* path, const mesh& m, bool /*text*/) {
-  if (m.blocks.size() == 1 && has_references(m.blocks.front(), 0, ~0U - 1)) {
-    const block& only = m.blocks.front();
-    return gw::medit_output(path, m.coords, only.connectivity, only.type, only.references);
+  const bool with_references = !m.blocks.empty() && std::all_of(m.blocks.begin(), m.blocks.end(), [&](const block& b) {
+    return has_references(b, 0, ~0U - 1) && element_dim(b.type) == mesh_dim(m);
+  });
+  if (with_references) {
+    block all;
+    if (!join_linear(m, all)) return out_of_memory;
+    return gw::medit_output(path, m.coords, all.connectivity, all.type, all.references);
   }
   return write_range(path, m, [](const auto&... arguments) { return gw::medit_output(arguments...); });
 }

@@ -8,7 +8,7 @@ import subprocess
 
 import pytest
 
-COMMANDS = "info check convert merge quality".split()
+COMMANDS = "info check convert merge quality boundary transform clip split metric formats".split()
 
 
 def generated(tool, what):
@@ -43,7 +43,7 @@ def test_mandoc_misses_the_date_alone(tool):
     assert [line for line in result.stdout.splitlines() if b"missing date" not in line] == []
 
 
-COMPLETED = [("", set(COMMANDS)), ("me", {"merge"}), ("merge --mo", {"--mode"}), ("merge --mode ", {"0", "1", "2"}),
+COMPLETED = [("", set(COMMANDS)), ("mer", {"merge"}), ("merge --mo", {"--mode"}), ("merge --mode ", {"0", "1", "2"}),
              ("convert --to e", {"ensight"}), ("info so", {"solid.obj"})]
 
 
