@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <utility>
 
@@ -14,34 +15,37 @@ using namespace gridwork::detail;
 
 namespace {
 
+/// Entries of a triangle. (On some systems a `long` does not hold as many as memory does.)
+constexpr std::ptrdiff_t packed_size(std::ptrdiff_t order) noexcept { return order * (order + 1) / 2; }
+
 /// A matrix in upper packed storage, with what its reduction to tridiagonal form needs; d and e are that form.
 struct packed_problem {
-  long n;
+  std::ptrdiff_t n;
   double* ap;
   double* d;
   double* e;
   double* tau;
   double* scratch;
 
-  double* column(long j) const noexcept { return ap + j * (j + 1) / 2; }
+  double* column(std::ptrdiff_t j) const noexcept { return ap + packed_size(j); }
 };
 
-double dot(const double* x, const double* y, long n) noexcept {
+double dot(const double* x, const double* y, std::ptrdiff_t n) noexcept {
   double sum = 0;
-  for (long k = 0; k < n; ++k) sum += x[k] * y[k];
+  for (std::ptrdiff_t k = 0; k < n; ++k) sum += x[k] * y[k];
   return sum;
 }
 
-void add_multiple(double factor, const double* x, double* y, long n) noexcept {
-  for (long k = 0; k < n; ++k) y[k] += factor * x[k];
+void add_multiple(double factor, const double* x, double* y, std::ptrdiff_t n) noexcept {
+  for (std::ptrdiff_t k = 0; k < n; ++k) y[k] += factor * x[k];
 }
 
 /// The length of x, also where squares underflow.
-double length(const double* x, long n) noexcept {
+double length(const double* x, std::ptrdiff_t n) noexcept {
   const double largest = largest_magnitude(x, x + n);
   if (largest == 0) return 0;
   double sum = 0;
-  for (long k = 0; k < n; ++k) sum += (x[k] / largest) * (x[k] / largest);
+  for (std::ptrdiff_t k = 0; k < n; ++k) sum += (x[k] / largest) * (x[k] / largest);
   return largest * std::sqrt(sum);
 }
 
@@ -51,7 +55,7 @@ constexpr double negligible = 0x1p-500;
 
 /// Makes the reflection 1 - tau v v' that turns x(0..last) into a multiple of its last unit vector, with v(last) = 1; v
 /// replaces x. Returns that multiple.
-double make_reflection(double* x, long last, double& tau) noexcept {
+double make_reflection(double* x, std::ptrdiff_t last, double& tau) noexcept {
   const double alpha = x[last];
   const double rest = length(x, last);
   tau = 0;
@@ -59,14 +63,14 @@ double make_reflection(double* x, long last, double& tau) noexcept {
   if (rest <= negligible) return alpha;
   const double beta = -std::copysign(hypotenuse(alpha, rest), alpha);
   tau = (beta - alpha) / beta;
-  for (long k = 0; k < last; ++k) x[k] /= alpha - beta;
+  for (std::ptrdiff_t k = 0; k < last; ++k) x[k] /= alpha - beta;
   return beta;
 }
 
 /// y = A v for the leading block of order `order`.
-void multiply_leading_block(const packed_problem& a, long order, const double* v, double* y) noexcept {
+void multiply_leading_block(const packed_problem& a, std::ptrdiff_t order, const double* v, double* y) noexcept {
   std::fill_n(y, order, 0.0);
-  for (long j = 0; j < order; ++j) {
+  for (std::ptrdiff_t j = 0; j < order; ++j) {
     const double* column = a.column(j);
     add_multiple(v[j], column, y, j);
     y[j] += dot(column, v, j + 1);
@@ -74,12 +78,12 @@ void multiply_leading_block(const packed_problem& a, long order, const double* v
 }
 
 /// Applies the reflection from both sides to the leading block: A -= v w' + w v'.
-void reflect_leading_block(const packed_problem& a, long order, const double* v, double tau) noexcept {
+void reflect_leading_block(const packed_problem& a, std::ptrdiff_t order, const double* v, double tau) noexcept {
   double* w = a.scratch;
   multiply_leading_block(a, order, v, w);
-  for (long k = 0; k < order; ++k) w[k] *= tau;
+  for (std::ptrdiff_t k = 0; k < order; ++k) w[k] *= tau;
   add_multiple(-0.5 * tau * dot(w, v, order), v, w, order);
-  for (long j = 0; j < order; ++j) {
+  for (std::ptrdiff_t j = 0; j < order; ++j) {
     add_multiple(-w[j], v, a.column(j), j + 1);
     add_multiple(-v[j], w, a.column(j), j + 1);
   }
@@ -87,7 +91,7 @@ void reflect_leading_block(const packed_problem& a, long order, const double* v,
 
 /// Reduces the matrix from its last column on; the reflections stay in the columns.
 void make_tridiagonal(const packed_problem& a) noexcept {
-  for (long i = a.n - 2; i >= 0; --i) {
+  for (std::ptrdiff_t i = a.n - 2; i >= 0; --i) {
     double* v = a.column(i + 1);
     a.d[i + 1] = v[i + 1];
     a.e[i] = make_reflection(v, i, a.tau[i]);
@@ -99,23 +103,23 @@ void make_tridiagonal(const packed_problem& a) noexcept {
 /// The columns of a square matrix; none of them when the vectors are not wanted.
 struct vectors {
   double* z;
-  long n;
-  long ld;
+  std::ptrdiff_t n;
+  std::ptrdiff_t ld;
 
-  double* column(long j) const noexcept { return z + j * ld; }
+  double* column(std::ptrdiff_t j) const noexcept { return z + j * ld; }
 
   void set_identity() const noexcept {
-    for (long j = 0; z != nullptr && j < n; ++j) {
+    for (std::ptrdiff_t j = 0; z != nullptr && j < n; ++j) {
       std::fill_n(column(j), n, 0.0);
       column(j)[j] = 1;
     }
   }
 
-  void rotate(long i, double c, double s) const noexcept {
+  void rotate(std::ptrdiff_t i, double c, double s) const noexcept {
     if (z == nullptr) return;
     double* x = column(i);
     double* y = column(i + 1);
-    for (long k = 0; k < n; ++k) {
+    for (std::ptrdiff_t k = 0; k < n; ++k) {
       const double old_y = y[k];
       y[k] = s * x[k] + c * old_y;
       x[k] = c * x[k] - s * old_y;
@@ -127,16 +131,16 @@ struct vectors {
 void multiply_reflections(const packed_problem& a, const vectors& z) noexcept {
   z.set_identity();
   if (z.z == nullptr) return;
-  for (long i = 0; i + 1 < a.n; ++i) {
+  for (std::ptrdiff_t i = 0; i + 1 < a.n; ++i) {
     const double* v = a.column(i + 1);
-    for (long j = 0; j <= i; ++j) add_multiple(-a.tau[i] * dot(v, z.column(j), i + 1), v, z.column(j), i + 1);
+    for (std::ptrdiff_t j = 0; j <= i; ++j) add_multiple(-a.tau[i] * dot(v, z.column(j), i + 1), v, z.column(j), i + 1);
   }
 }
 
 /// The last row of the unreduced block that begins at row `first`.
-long block_end(const double* d, const double* e, long first, long n) noexcept {
+std::ptrdiff_t block_end(const double* d, const double* e, std::ptrdiff_t first, std::ptrdiff_t n) noexcept {
   constexpr double relative = 0x1p-53;
-  long last = first;
+  std::ptrdiff_t last = first;
   while (last + 1 < n) {
     const double bound = relative * std::sqrt(std::abs(d[last])) * std::sqrt(std::abs(d[last + 1]));
     if (std::abs(e[last]) <= std::max(bound, negligible)) break;
@@ -146,13 +150,13 @@ long block_end(const double* d, const double* e, long first, long n) noexcept {
 }
 
 /// One implicit QL step with Wilkinson's shift on the rows first..last.
-void ql_step(double* d, double* e, long first, long last, const vectors& z) noexcept {
+void ql_step(double* d, double* e, std::ptrdiff_t first, std::ptrdiff_t last, const vectors& z) noexcept {
   const double half = (d[first + 1] - d[first]) / (2 * e[first]);
   double g = d[last] - d[first] + e[first] / (half + std::copysign(hypotenuse(half, 1.0), half));
   double s = 1;
   double c = 1;
   double p = 0;
-  for (long i = last - 1; i >= first; --i) {
+  for (std::ptrdiff_t i = last - 1; i >= first; --i) {
     const double f = s * e[i];
     const double b = c * e[i];
     const double r = hypotenuse(f, g);
@@ -177,11 +181,11 @@ void ql_step(double* d, double* e, long first, long last, const vectors& z) noex
 }
 
 /// Returns the number of off-diagonal entries that are left after 30 n steps.
-long diagonalise(double* d, double* e, long n, const vectors& z) noexcept {
+std::ptrdiff_t diagonalise(double* d, double* e, std::ptrdiff_t n, const vectors& z) noexcept {
   e[n - 1] = 0;
-  long steps_left = 30 * n;
-  for (long first = 0; first < n; ++first) {
-    for (long last = block_end(d, e, first, n); last != first; last = block_end(d, e, first, n)) {
+  std::ptrdiff_t steps_left = 30 * n;
+  for (std::ptrdiff_t first = 0; first < n; ++first) {
+    for (std::ptrdiff_t last = block_end(d, e, first, n); last != first; last = block_end(d, e, first, n)) {
       if (steps_left-- == 0) return std::count_if(e, e + n - 1, [](double x) { return x != 0; });
       ql_step(d, e, first, last, z);
     }
@@ -190,17 +194,17 @@ long diagonalise(double* d, double* e, long n, const vectors& z) noexcept {
   return 0;
 }
 
-void sort_pairs(double* d, long n, const vectors& z) noexcept {
-  for (long i = 0; i + 1 < n; ++i) {
-    const long least = std::min_element(d + i, d + n) - d;
+void sort_pairs(double* d, std::ptrdiff_t n, const vectors& z) noexcept {
+  for (std::ptrdiff_t i = 0; i + 1 < n; ++i) {
+    const std::ptrdiff_t least = std::min_element(d + i, d + n) - d;
     if (least == i) continue;
     std::swap(d[i], d[least]);
     if (z.z != nullptr) std::swap_ranges(z.column(i), z.column(i) + n, z.column(least));
   }
 }
 
-long solve_any_order(long n, double* ap, double* w, const vectors& z, double* work) noexcept {
-  const long count = n * (n + 1) / 2;
+std::ptrdiff_t solve_any_order(std::ptrdiff_t n, double* ap, double* w, const vectors& z, double* work) noexcept {
+  const std::ptrdiff_t count = packed_size(n);
   if (!std::all_of(ap, ap + count, [](double x) { return std::isfinite(x); })) {
     std::fill_n(w, n, std::numeric_limits<double>::quiet_NaN());
     z.set_identity();
@@ -211,20 +215,20 @@ long solve_any_order(long n, double* ap, double* w, const vectors& z, double* wo
   const packed_problem a = {n, ap, w, work, work + n, work + 2 * n};
   make_tridiagonal(a);
   multiply_reflections(a, z);
-  const long left = diagonalise(a.d, a.e, n, z);
+  const std::ptrdiff_t left = diagonalise(a.d, a.e, n, z);
   if (left == 0) sort_pairs(w, n, z);
   scale(w, w + n, -exponent);
   return left;
 }
 
-long solve_order_3(const double* ap, double* w, const vectors& z) noexcept {
+std::ptrdiff_t solve_order_3(const double* ap, double* w, const vectors& z) noexcept {
   double v[9];
   const bool solved = z.z != nullptr ? eigen_pairs3(ap, w, v) : eigenvalues3(ap, w);
-  for (long j = 0; z.z != nullptr && j < 3; ++j) std::copy_n(v + 3 * j, 3, z.column(j));
+  for (std::ptrdiff_t j = 0; z.z != nullptr && j < 3; ++j) std::copy_n(v + 3 * j, 3, z.column(j));
   return solved ? 0 : 2;
 }
 
-long solve(long n, double* ap, double* w, const vectors& z, double* work) noexcept {
+std::ptrdiff_t solve(std::ptrdiff_t n, double* ap, double* w, const vectors& z, double* work) noexcept {
   if (n == 3) return solve_order_3(ap, w, z);
   if (n > 1) return solve_any_order(n, ap, w, z, work);
   if (n == 1) w[0] = ap[0];
@@ -248,8 +252,8 @@ int dspev(char jobz, char uplo, long n, double* ap, double* w, double* z, long l
   const bool lower = uplo == 'L' || uplo == 'l';
   const vectors columns = {jobz == 'V' || jobz == 'v' ? z : nullptr, n, ldz};
   // Read backwards, the lower triangle is the upper one of the matrix with its rows and columns in reverse order.
-  if (lower) std::reverse(ap, ap + n * (n + 1) / 2);
-  info = solve(n, ap, w, columns, work);
+  if (lower) std::reverse(ap, ap + packed_size(n));
+  info = static_cast<long>(solve(n, ap, w, columns, work));
   for (long j = 0; lower && columns.z != nullptr && j < n; ++j) std::reverse(columns.column(j), columns.column(j) + n);
   return static_cast<int>(info);
 }

@@ -12,7 +12,9 @@ namespace {
 constexpr double_double log_2 = {0x1.62e42fefa38p-1, 0x1.ef35793c7673p-45};
 constexpr double reciprocal_of_log_2 = 0x1.71547652b82fep+0;
 
-/// e^r - 1 - r for |r| < 0.35; what the series leaves out is below 2^-60 r.
+/// e^r - 1 - r for |r| < 0.35; what the series leaves out is below 2^-60 r. It is below 0.068, and below 0.054 for r <
+/// 0, where the result may be less than 1: its four roundings that count are below 0.22 ulp of the result, those of the
+/// sums below 0.58.
 double exponential_series(double r) noexcept {
   constexpr double coefficients[] = {1.0 / 6227020800, 1.0 / 479001600, 1.0 / 39916800, 1.0 / 3628800,
                                      1.0 / 362880,     1.0 / 40320,     1.0 / 5040,     1.0 / 720,

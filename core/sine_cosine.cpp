@@ -82,8 +82,10 @@ reduced_angle reduce(double angle) noexcept {
   return {quarters, (upper + double_double{lower, 0}) * half_pi};
 }
 
-/// sin(hi + lo) for a rest: the series up to the 17th power leaves less than 2^-67 of the result. All terms but the first
-/// are below 0.12 times the result, so that their rounding errors stay below 0.3 ulp.
+/// sin(hi + lo) for a rest: the series up to the 17th power leaves less than 2^-67 of the result. The sum T of all
+/// terms but the first is below 0.0784; six roundings of it and its coefficients, of which that of 1/120 counts little,
+/// are below 5.2 2^-53 T, which is 0.41 ulp where the result is 1/2 and more and less below. The inner sum is off by
+/// 0.08 ulp at most, the outer one by 0.5: together less than 0.99.
 double sine_of_rest(const double_double& rest) noexcept {
   const double x = rest.hi;
   const double t = x * x;
@@ -96,8 +98,9 @@ double sine_of_rest(const double_double& rest) noexcept {
   return x + (rest.lo * (1 - t / 2) - t * x * (1.0 / 6 - t * tail));
 }
 
-/// cos(hi + lo) for a rest, the series up to the 18th power; 1 - x^2 / 2 with what its rounding loses. The other terms are
-/// below 0.03.
+/// cos(hi + lo) for a rest, the series up to the 18th power; 1 - x^2 / 2 with what its rounding loses. The other terms
+/// are below 0.0156 and the result above 0.7, so that their roundings are below 0.13 ulp: with that of the sum, less
+/// than 0.64.
 double cosine_of_rest(const double_double& rest) noexcept {
   const double x = rest.hi;
   const double_double square = exact_product(x, x);

@@ -68,7 +68,7 @@ void write_part(text_writer& writer, std::uint64_t number, const dense2D<unsigne
 }
 
 int write_file(const char* filename, const dense2D<double>& coords, const matrix_range& range) {
-  io::file output(filename, "w");
+  io::file output(filename, io::access::write);
   if (!output.is_open()) return -1;
   if (!io::has_1_to_3_rows(coords)) return -2;
   const int result = io::check_matrices(range, none);

@@ -19,7 +19,7 @@ namespace qel::gridwork::detail::io {
 /// was not called.
 template <class Read>
 int read_file(const char* filename, Read read) noexcept {
-  const file input(filename, "rb");
+  const file input(filename, access::read);
   if (!input.is_open()) return not_opened;
   const std::uint64_t size = input.size();
   block_reader blocks(input.stream());

@@ -158,7 +158,7 @@ int write_mesh(const char* filename, const dense2D<double>& coords, Elements ele
   if (!io::has_1_to_3_rows(coords)) return -2;
   const int result = elements.check(node_bound(coords));
   if (result != 0) return result;
-  io::file output(filename, "w");
+  io::file output(filename, io::access::write);
   if (!output.is_open()) return -1;
   text_writer writer(output.stream());
   if (!writer.prepare()) return out_of_memory;
@@ -228,7 +228,7 @@ int medit_output(const char* filename, const dense2D<double>& coords, const dens
 }
 
 int medit_scalar(const char* filename, unsigned dim, const dense1D<double>& values) {
-  io::file output(filename, "w");
+  io::file output(filename, io::access::write);
   if (!output.is_open()) return -1;
   text_writer writer(output.stream());
   if (!writer.prepare()) return out_of_memory;
@@ -239,13 +239,13 @@ int medit_scalar(const char* filename, unsigned dim, const dense1D<double>& valu
 }
 
 int medit_vector(const char* filename, unsigned dim, const dense2D<double>& vectors) {
-  io::file output(filename, "w");
+  io::file output(filename, io::access::write);
   if (!output.is_open()) return -1;
   return write_field(output, dim, vectors);
 }
 
 int medit_tensor(const char* filename, const dense2D<double>& metrics) {
-  io::file output(filename, "w");
+  io::file output(filename, io::access::write);
   if (!output.is_open()) return -1;
   if (metrics.rows() != 3 && metrics.rows() != 6) return -2;
   return write_field(output, metrics.rows() == 3 ? 2 : 3, metrics);

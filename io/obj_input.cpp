@@ -176,7 +176,7 @@ int read_file(const char* filename, dense2D<double>& coords, dense2D<double>& no
               dense2D<unsigned>& triangles, dense2D<unsigned>& quads) {
   for (dense2D<double>* matrix : {&coords, &normals, &uvs}) matrix->clear_hard();
   for (dense2D<unsigned>* matrix : {&triangles, &quads}) matrix->clear_hard();
-  const io::file input(filename, "r");
+  const io::file input(filename, io::access::read);
   if (!input.is_open()) return -1;
   block_reader blocks(input.stream());
   if (!coords.resize(3, 0) || !blocks.prepare()) return out_of_memory;

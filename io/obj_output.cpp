@@ -109,7 +109,7 @@ void write_mesh(text_writer& writer, const obj_mesh& mesh) {
 }
 
 int write_file(const char* filename, const obj_mesh& mesh) {
-  io::file output(filename, "w");
+  io::file output(filename, io::access::write);
   if (!output.is_open()) return -1;
   const int result = check(mesh);
   if (result != 0) return result;

@@ -77,7 +77,7 @@ int write_checked(file& output, const block_list<At>& blocks, Write write) {
 template <class Write>
 int write_matrices(const char* filename, const dense2D<double>& coords, const property_block* blocks,
                    std::uint64_t count, Write write) {
-  file output(filename, "w");
+  file output(filename, access::write);
   if (!output.is_open()) return -1;
   if (!in_plane_or_space(coords)) return -2;
   const auto at = [=](std::uint64_t k) { return blocks[k]; };
@@ -117,7 +117,7 @@ int write_parts(const char* filename, const dense2D<double>& coords, const dense
                 const dense1D<unsigned>& block_offsets, const dense1D<int>& block_types,
                 const dense1D<unsigned>& property_IDs, Write write) {
   if (connectivity.empty()) return 0;
-  file output(filename, "w");
+  file output(filename, access::write);
   if (!output.is_open()) return -1;
   if (!in_plane_or_space(coords)) return -2;
   if (block_offsets.size() != block_types.size() + 1) return -5;

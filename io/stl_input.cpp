@@ -29,7 +29,7 @@ int read_form(stl_reader read, const io::stl_source& input, dense2D<double>& coo
 int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
   coords.clear_hard();  // other views of the old blocks keep their values
   connectivity.clear_hard();
-  const io::file file(filename, "rb");
+  const io::file file(filename, io::access::read);
   if (!file.is_open()) return -1;
   io::block_reader blocks(file.stream());
   if (!blocks.prepare()) return out_of_memory;

@@ -84,7 +84,7 @@ bool write_binary(io::block_writer& writer, const dense2D<double>& coords, const
 }  // namespace
 
 int STL_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity, bool ascii) {
-  io::file output(filename, ascii ? "wt" : "wb");
+  io::file output(filename, io::access::write);
   if (!output.is_open()) return -1;
   if (!in_plane_or_space(coords)) return -2;
   if (!check_IDs(connectivity, ELT_TRIA3, node_bound(coords))) return -3;

@@ -160,7 +160,7 @@ void write_mesh(text_writer& writer, const dense2D<double>& coords, const matrix
 constexpr bool accepted(element_type type) noexcept { return io::is_mixed(type) || vtk_types[type] != 0; }
 
 int write_file(const char* filename, const dense2D<double>& coords, const matrix_range& range) {
-  io::file output(filename, "w");
+  io::file output(filename, io::access::write);
   if (!output.is_open()) return -1;
   if (!in_plane_or_space(coords)) return -2;
   const int result = io::check_matrices(range, node_bound(coords));

@@ -22,13 +22,13 @@ thread_local bool armed = false;
 thread_local std::uint64_t calls = 0;
 std::atomic<std::uint64_t> blocks{0}, streams{0};
 
-bool fails(operation what) {
+[[maybe_unused]] bool fails(operation what) {
   if (!armed || what != current.what) return false;
   ++calls;
   return current.at != 0 && (calls == current.at || (current.onwards && calls > current.at));
 }
 
-void* counted(void* block) {
+[[maybe_unused]] void* counted(void* block) {
   if (block != nullptr) ++blocks;
   return block;
 }
@@ -53,6 +53,8 @@ std::uint64_t live_blocks() { return blocks; }
 std::uint64_t live_streams() { return streams; }
 
 }  // namespace faults
+
+#if defined(__linux__)  // elsewhere nothing fails on purpose
 
 using faults::fails;
 using faults::operation;
@@ -89,6 +91,9 @@ std::FILE* __wrap_fopen(const char* path, const char* mode) {
   if (stream != nullptr) ++faults::streams;
   return stream;
 }
+
+/// What fopen is called where files beyond 2 GiB ask for it.
+std::FILE* __wrap_fopen64(const char* path, const char* mode) { return __wrap_fopen(path, mode); }
 
 std::size_t __wrap_fread(void* to, std::size_t size, std::size_t count, std::FILE* stream) {
   if (fails(operation::read)) {
@@ -130,3 +135,5 @@ void* operator new(std::size_t bytes) {
 }
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+
+#endif

@@ -1,12 +1,14 @@
 #ifndef QEL_TESTS_MEMORY_FILE_H
 #define QEL_TESTS_MEMORY_FILE_H
 
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+
+#if defined(__linux__)
+#include <sys/mman.h>
 
 /// A file without a place on any disk. Its path can be opened as often as needed.
 class memory_file {
@@ -39,5 +41,39 @@ class memory_file {
   int fd_;
   std::string path_;
 };
+
+#else
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+/// Where there is none, a file in the folder for temporary ones.
+class memory_file {
+ public:
+  memory_file() { write(""); }
+  explicit memory_file(const std::string& content) { write(content); }
+  memory_file(const memory_file&) = delete;
+  memory_file& operator=(const memory_file&) = delete;
+  ~memory_file() { std::filesystem::remove(path_); }
+
+  const char* path() const { return path_.c_str(); }
+  void write(const std::string& content) const { std::ofstream(path_, std::ios::binary) << content; }
+
+  std::string content() const {
+    std::ifstream file(path_, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  }
+
+ private:
+  static std::string fresh_path() {
+    static unsigned count = 0;
+    const std::string name = "gridwork-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+    return (std::filesystem::temp_directory_path() / name).string();
+  }
+
+  std::string path_ = fresh_path();
+};
+
+#endif
 
 #endif

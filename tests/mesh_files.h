@@ -36,7 +36,7 @@ struct mesh {
 };
 
 inline int write_to_stream(const char* path, const mesh& m) {
-  std::FILE* stream = path != nullptr ? std::fopen(path, "w") : nullptr;
+  std::FILE* stream = path != nullptr ? std::fopen(path, "wb") : nullptr;
   const int code = vtk_output(stream, m.coords, m.nbr_cells, m.cells, m.cell_types);
   if (stream != nullptr) std::fclose(stream);
   return code;

@@ -392,7 +392,7 @@ TEST_F(stl, memory_of_a_caller) {
 TEST_F(stl, tails_of_lines_can_be_dropped) {
   const string text =
       string(255, 'a') + "\n" + string(600, 'b') + "\nc\n" + string(254, 'd') + "\n\n" + string(256, 'e');
-  const gw::detail::io::file file(hold(text), "rb");
+  const gw::detail::io::file file(hold(text), gw::detail::io::access::read);
   gw::detail::io::block_reader blocks(file.stream());
   ASSERT_TRUE(blocks.prepare());
   gw::detail::io::line_reader lines(blocks);

@@ -16,12 +16,13 @@ inline bool was_interrupted(std::FILE* stream) noexcept {
   return interrupted;
 }
 
+enum class access { read, write };
+
 class file {
  public:
-  /// Opens the stream without a buffer of its own: readers and writers here move whole blocks.
-  file(const char* path, const char* mode) noexcept : stream_(path != nullptr ? open(path, mode) : nullptr) {
-    if (stream_ != nullptr) std::setvbuf(stream_, nullptr, _IONBF, 0);
-  }
+  /// Opens a stream of bytes, which no system translates, without a buffer of its own: readers and writers here move
+  /// whole blocks. A path is in UTF-8 where names of files are not just bytes.
+  file(const char* path, access wanted) noexcept;
   file(const file&) = delete;
   file& operator=(const file&) = delete;
   ~file() { close(); }
@@ -32,26 +33,12 @@ class file {
   /// Closes the stream; false when what was written did not all arrive.
   bool close() noexcept { return stream_ == nullptr || std::fclose(std::exchange(stream_, nullptr)) == 0; }
 
-  /// Size in bytes, to be called before anything is read; 0 when it is not known, as for pipes.
-  std::uint64_t size() const noexcept {
-    if (std::fseek(stream_, 0, SEEK_END) != 0) return 0;
-    const long end = std::ftell(stream_);
-    std::rewind(stream_);
-    return end > 0 ? static_cast<std::uint64_t>(end) : 0;
-  }
+  /// Size in bytes, to be called before anything is read; 0 when it is not known, as for pipes, or beyond what the system
+  /// counts.
+  std::uint64_t size() const noexcept;
 
  private:
-  /// A pipe makes this wait for its other end, and signals may come meanwhile.
-  static std::FILE* open(const char* path, const char* mode) noexcept {
-    std::FILE* stream = nullptr;
-    do {
-      errno = 0;
-      stream = std::fopen(path, mode);
-    } while (stream == nullptr && errno == EINTR);
-    return stream;
-  }
-
-  std::FILE* stream_;
+  std::FILE* stream_ = nullptr;
 };
 
 }  // namespace qel::gridwork::detail::io

@@ -8,6 +8,10 @@
 /// A positive result of a reader counts the parts of the file that are not in the mesh, which is there: what has failed is
 /// told by `result < 0`.
 ///
+/// Names of files are bytes as the system takes them; on Windows, UTF-8. Lines end with a newline on every system, and are
+/// read with a carriage return before it, too. A `FILE*` must come from the C library that this library is linked with,
+/// and is best opened as binary.
+///
 /// Readers take a failure of the stream for the end of the file. A call that a signal breaks off is repeated, also by
 /// writers; only a stream of the caller's, which has a buffer, may lose what the buffer held then.
 ///

@@ -1,0 +1,3 @@
+set(CMAKE_C_COMPILER clang-19)
+set(CMAKE_CXX_COMPILER clang++-19)
+set(CMAKE_CXX_FLAGS_INIT -stdlib=libc++)

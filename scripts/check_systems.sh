@@ -1,0 +1,91 @@
+#!/usr/bin/env bash
+# Builds the library and tests for other systems and compilers, runs them, and compares the hash of every call with that of
+# the build for this machine: the same bits everywhere.
+# Usage: scripts/check_systems.sh [--quick] [NAME ...]    without names: all of them
+# With --quick, the hashes and the tests that tell most; else all tests that do not look at the library from outside.
+# Each system is a toolchain file in cmake/systems. Needs Debian 12 on x86-64, and root, or sudo, for missing packages.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/packages.sh
+
+all=(clang19 libc++19 aarch64 s390x i386 musl windows)
+quick=false
+if [[ ${1:-} == --quick ]]; then quick=true && shift; fi
+names=("$@")
+if ((${#names[@]} == 0)); then names=("${all[@]}"); fi
+
+packages() {
+  case $1 in
+    clang19) echo clang-19 ;;
+    libc++19) echo clang-19 libc++-19-dev libc++abi-19-dev ;;
+    aarch64 | s390x) echo "g++-$1-linux-gnu" qemu-user ;;
+    i386) echo g++-i686-linux-gnu ;;
+    musl) echo clang-19 libc++-19-dev libc++abi-19-dev musl-tools ;;
+    windows) echo g++-mingw-w64-x86-64-posix wine64 ;;
+  esac
+}
+
+# The programs that run on a system, one a line.
+programs() {
+  if $quick; then
+    printf '%s\n' elementary_test numbers_test
+  else
+    sed -n '/^qel_gridwork_tests(/,/)/p' tests/CMakeLists.txt | grep -oE '\b[a-z0-9_]+_test\b'
+    if [[ $1 != windows ]]; then printf '%s\n' allocation_test hostile_files_test io_faults_test sharing_test threads_test; fi
+  fi
+}
+
+build() {  # NAME PROGRAM ...
+  local name=$1 options=()
+  shift
+  if [[ $name == musl ]]; then options=(-DBUILD_SHARED_LIBS=OFF); fi
+  cmake -G Ninja -S . -B "build/systems/$name" --toolchain "$PWD/cmake/systems/$name.cmake" "${options[@]}" \
+    -DCMAKE_BUILD_TYPE=Release -DQEL_GRIDWORK_DEVELOPER=ON -DQEL_GRIDWORK_BUILD_EXAMPLES=OFF \
+    -DQEL_GRIDWORK_BUILD_TOOL=OFF -DQEL_GRIDWORK_GOOGLETEST=/usr/src/googletest > /dev/null
+  cmake --build "build/systems/$name" --target qel_gridwork determinism "$@"
+}
+
+# A program of a system, by what runs it here.
+run() {  # NAME PROGRAM
+  local program=build/systems/$1/tests/$2 emulator
+  if [[ $1 == windows ]]; then program+=.exe; fi
+  emulator=$(sed -n 's/^CMAKE_CROSSCOMPILING_EMULATOR:[A-Z]*=//p' "build/systems/$1/CMakeCache.txt")
+  ${emulator//;/ } "$program" "${@:3}" | tr -d '\r'
+}
+
+check() {  # NAME
+  local name=$1 passed=0 count program chosen
+  mapfile -t chosen < <(programs "$name")
+  build "$name" "${chosen[@]}"
+  for program in "${chosen[@]}"; do
+    run "$name" "$program" --gtest_brief=1 | tee "build/systems/$name/$program.txt"
+    count=$(sed -n 's/^\[  PASSED  \] \([0-9]*\) tests*\.$/\1/p' "build/systems/$name/$program.txt")
+    passed=$((passed + count))
+  done
+  run "$name" determinism > "build/systems/$name/determinism.txt"
+  diff build/release/determinism.txt "build/systems/$name/determinism.txt"
+  table+="$name: $passed tests passed, $(hash "build/systems/$name/determinism.txt")"$'\n'
+}
+
+# One hash of all calls.
+hash() { echo "$(wc -l < "$1") calls, $(sha256sum "$1" | cut -c1-16)"; }
+
+# Wine keeps its files apart, and asks for nothing.
+export WINEPREFIX=$PWD/build/systems/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml=' DISPLAY=
+
+need_packages g++ cmake ninja-build libgtest-dev googletest
+for name in "${names[@]}"; do
+  [[ -f cmake/systems/$name.cmake ]] || { echo "there is no system $name; there are: ${all[*]}" >&2 && exit 1; }
+  read -ra wanted < <(packages "$name")
+  need_packages "${wanted[@]}"
+done
+
+cmake --preset release > /dev/null
+cmake --build --preset release --target determinism
+build/release/tests/determinism > build/release/determinism.txt
+table="this machine: $(hash build/release/determinism.txt)"$'\n'
+for name in "${names[@]}"; do
+  echo "== $name"
+  check "$name"
+done
+echo "$table"
