@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 
+#include "tests/facts.h"
 #include "tests/topology_reference.h"
 
 namespace qel::gridwork {
@@ -152,7 +153,7 @@ TEST(clip, places_orientation_and_fields_stay) {
     }
     for (unsigned k = 0; k < c.edges.cols(); ++k) {
       const double t = c.weights[k], a = c.coords(3, c.edges(0, k)), b = c.coords(3, c.edges(1, k));
-      EXPECT_TRUE(t > 0 && t < 1);
+      EXPECT_ALL(t > 0, t < 1);
       EXPECT_EQ(c.coords(3, old + k), a + t * (b - a));
     }
   });
@@ -227,7 +228,7 @@ TEST(clip, is_conforming_also_with_boundaries_that_are_clipped_by_themselves) {
       dense1D<double> weights;
       const int inside = clip(coords, out, point, normal, out, type, 2e-9, sources, edges, weights);
       const int outside = clip(coords, faces, point, normal, faces, boundary_type, 2e-9, sources, edges, weights);
-      ASSERT_TRUE(inside >= 0 && outside >= 0);
+      ASSERT_ALL(inside >= 0, outside >= 0);
       elements both[] = {out, faces};
       EXPECT_EQ(merge(coords, both, both + 2, 0.0, 0), outside);
       EXPECT_EQ(faces_off_plane(free_boundaries(both[0], type), coords, point, normal),
@@ -299,8 +300,8 @@ TEST(clip, refuses_in_order) {
     const int whole = clip(coords, out, p, n, mesh, mode, tol, sources);
     const int exact = clip(coords, out, p, n, mesh, type, tol, sources, edges, weights);
     EXPECT_EQ(whole, exact);
-    EXPECT_TRUE(out == elements(1, 1, 7U) && edges == elements(3, 1, 8U) && sources == dense1D<unsigned>{9} &&
-                weights == dense1D<double>{0.5});
+    EXPECT_ALL(out == elements(1, 1, 7U), edges == elements(3, 1, 8U), sources == dense1D<unsigned>{9},
+               weights == dense1D<double>{0.5});
     return whole;
   };
   EXPECT_EQ(code(nan, o, beyond, 3, ELT_NODE, -1, 1), -1);
@@ -315,7 +316,7 @@ TEST(clip, refuses_in_order) {
   EXPECT_EQ(solids.count, -6);
   clipped empty(square, elements(4, 0), ELT_HEXA8, nan, o, -1);
   EXPECT_EQ(empty.count, 0);
-  EXPECT_TRUE(empty.out.empty() && empty.edges.empty() && empty.sources.empty() && empty.weights.empty());
+  EXPECT_ALL(empty.out.empty(), empty.edges.empty(), empty.sources.empty(), empty.weights.empty());
 }
 
 // The planes pass within rounding of nodes: an element near them is kept, cut or dropped, but never in part lost.

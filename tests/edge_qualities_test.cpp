@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "facts.h"
 #include "qel/gridwork.h"
 
 namespace qel::gridwork {
@@ -26,9 +27,9 @@ TEST(edge_quality, is_the_length_over_the_logarithmic_mean) {
   }
   const double infinity = HUGE_VAL;
   for (const auto& [h1, h2] : {std::pair(1.0, infinity), {infinity, infinity}, {1e-300, 1e300}}) {
-    EXPECT_TRUE(edge_quality(1, h1, h2, q) == 0 && q == 0) << h1;
+    EXPECT_ALL(edge_quality(1, h1, h2, q) == 0, q == 0) << h1;
   }
-  EXPECT_TRUE(edge_quality(infinity, 1, 2, q) == 0 && q == infinity);
+  EXPECT_ALL(edge_quality(infinity, 1, 2, q) == 0, q == infinity);
 }
 
 /// Two triangles, a quadrangle and an excluded edge; sizes and tensors that mean the same must give the same values.
@@ -50,7 +51,7 @@ TEST(edge_qualities, every_edge_once_in_order) {
     const auto both = [&](const dense1D<int>& codes, const auto& prescribed, recorder& into, const auto& out) {
       return edge_qualities(coords, meshes, meshes + 2, codes, prescribed, into, out);
     };
-    EXPECT_TRUE(both(types, sizes, H, excluded) == 7 && both(types, metrics, K, excluded) == 7);
+    EXPECT_ALL(both(types, sizes, H, excluded) == 7, both(types, metrics, K, excluded) == 7);
     ASSERT_EQ(H.values.size(), 7U);
     for (unsigned k = 0; k < 7; ++k) {
       const auto [a, b] = expected[k];
@@ -62,8 +63,8 @@ TEST(edge_qualities, every_edge_once_in_order) {
     }
     EXPECT_EQ(single(sizes, ELT_TRIA3, nothing), 5);
     metrics(0, 1) = 0, sizes[1] = std::nan("");  // three edges meet in node 1
-    EXPECT_TRUE(both(types, sizes, H, nothing) == -5 && both(types, metrics, K, nothing) == -5);
-    EXPECT_TRUE(H.values.size() == 7 + 5 && K.values.size() == 7 + 5);
+    EXPECT_ALL(both(types, sizes, H, nothing) == -5, both(types, metrics, K, nothing) == -5);
+    EXPECT_ALL(H.values.size() == 7 + 5, K.values.size() == 7 + 5);
     EXPECT_EQ(single(sizes, ELT_TRIA3, nothing), -4);
     EXPECT_EQ(single(dense1D<double>(), ELT_TRIA3, nothing), -4);  // no node has a size,
     EXPECT_EQ(single(coords, ELT_TRIA3, nothing), -4);             // or a tensor of this dimension

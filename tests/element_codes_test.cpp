@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "facts.h"
 #include "faults.h"
 #include "mesh_files.h"
 #include "qel/gridwork.h"
@@ -38,7 +39,7 @@ TEST_P(element_codes, have_no_nodes) {
   }
   EXPECT_TRUE(check_IDs(matrix(3, 0), wrong, 1));
   matrix shifted(2, 1, {4, ~0U});
-  EXPECT_TRUE(shift_indices(shifted, 2, wrong) == 0 && shifted == matrix(2, 1, {6, 1}));
+  EXPECT_ALL(shift_indices(shifted, 2, wrong) == 0, shifted == matrix(2, 1, {6, 1}));
 }
 
 TEST_P(element_codes, are_refused_by_queries) {
@@ -66,7 +67,7 @@ TEST_P(element_codes, are_refused_by_queries) {
   EXPECT_EQ(edge_qualities(m.coords, t, wrong, metrics, H, {}), -2);
   EXPECT_EQ(edge_qualities(m.coords, m.both, m.both + 2, codes, sizes, H, {}), -2);
   EXPECT_EQ(edge_qualities(m.coords, m.both, m.both + 2, codes, metrics, H, {}), -2);
-  EXPECT_TRUE(out.empty() && slots.empty() && values.empty() && bound == 0);
+  EXPECT_ALL(out.empty(), slots.empty(), values.empty(), bound == 0);
 }
 
 TEST_P(element_codes, are_refused_by_writers) {

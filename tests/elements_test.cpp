@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "qel/gridwork.h"
+#include "tests/facts.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
@@ -17,8 +18,8 @@ TEST(elements, tables) {
   const unsigned boundaries[] = {0, 0, 2, 2, 2, 4, 3, 4, 3, 4, 4, 6, 4, 4, 5, 5, 5, 5, 5, 5, 6, 6, 6};
   for (unsigned t = 0; t < type_count; ++t) {
     const auto type = static_cast<element_type>(t);
-    EXPECT_TRUE(nbr_nodes(type) == nodes[t] && nbr_base_nodes(type) == vertices[t] && element_dim(type) == dims[t] &&
-                nbr_boundaries(type) == boundaries[t])
+    EXPECT_ALL(nbr_nodes(type) == nodes[t], nbr_base_nodes(type) == vertices[t], element_dim(type) == dims[t],
+               nbr_boundaries(type) == boundaries[t])
         << t;
   }
 }
@@ -33,7 +34,7 @@ TEST(elements, version) {
 TEST(check_IDs_of_a_type, shapes) {
   for (unsigned t = 0; t < type_count; ++t) {
     const auto type = static_cast<element_type>(t);
-    EXPECT_TRUE(check_IDs(dense2D<unsigned>(7, 0), type, 0) && check_IDs(dense2D<unsigned>(0, 7), type, 0));
+    EXPECT_ALL(check_IDs(dense2D<unsigned>(7, 0), type, 0), check_IDs(dense2D<unsigned>(0, 7), type, 0));
     for (unsigned rows = 1; rows <= 28; ++rows) {
       const dense2D<unsigned> huge(rows, 2, 4000000000U);
       for (const unsigned n : {none, 4000000001U, 4000000000U}) {

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string>
 
+#include "facts.h"
 #include "identified_reading.h"
 
 namespace {
@@ -154,7 +155,7 @@ TEST(femap, one_type) {
   ASSERT_EQ(FEMAP_input(file.path(), coords, c, ELT_FACE_MIX), 0);
   EXPECT_EQ(c, dense2D<unsigned>(4, 2, {0, 1, 2, ~0U, 3, 2, 1, 0}));
   EXPECT_EQ(FEMAP_input(file.path(), coords, c, ELT_TETRA4), -3);
-  EXPECT_TRUE(c.empty() && coords.empty());
+  EXPECT_ALL(c.empty(), coords.empty());
   EXPECT_EQ(FEMAP_input("/nonexistent/file", coords, c, ELT_TETRA4), -1);
 }
 

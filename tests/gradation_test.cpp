@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "qel/gridwork.h"
+#include "tests/facts.h"
 #include "tests/random_meshes.h"
 
 namespace qel::gridwork {
@@ -129,7 +130,7 @@ TEST(gradation, edges_that_are_not_sound_are_skipped) {
     reals two{0.5, bad};
     const chain one(2);
     EXPECT_EQ(one.bound(two, 0.25, changed), -4);
-    EXPECT_TRUE(changed.empty() && two[0] == 0.5 && std::memcmp(&two[1], &bad, sizeof bad) == 0);
+    EXPECT_ALL(changed.empty(), two[0] == 0.5, std::memcmp(&two[1], &bad, sizeof bad) == 0);
   }
   // A length beyond the range of numbers, and a square beyond it.
   chain far(2, 1.5e308), distant(2, 1e200);
@@ -137,7 +138,7 @@ TEST(gradation, edges_that_are_not_sound_are_skipped) {
   far.coords(0, 0) = -1e308;
   EXPECT_EQ(far.bound(sizes1, 1, changed), -4);
   EXPECT_EQ(distant.bound(sizes2, 1, changed), 1);
-  EXPECT_TRUE(sizes1[1] == 1e300 && sizes2[1] == 1e200);
+  EXPECT_ALL(sizes1[1] == 1e300, sizes2[1] == 1e200);
 }
 
 TEST(gradation, invalid_tensors_and_missing_ones_are_skipped) {
@@ -171,7 +172,7 @@ TEST(gradation, coincident_nodes_get_the_same_size) {
   EXPECT_EQ(c.bound(sizes, 7, changed), 2);
   EXPECT_EQ(sizes, reals(3, 1.0));
   EXPECT_EQ(bound_metric_gradations(c.coords, c.edges, ELT_EDGE2, tensors, 3), 3);
-  for (unsigned j = 0; j < 3; ++j) EXPECT_TRUE(tensors(0, j) == 4 && tensors(1, j) == 0 && tensors(2, j) == 4);
+  for (unsigned j = 0; j < 3; ++j) EXPECT_ALL(tensors(0, j) == 4, tensors(1, j) == 0, tensors(2, j) == 4);
   EXPECT_EQ(H_shock(c.coords, c.edges, ELT_EDGE2, tensors, shock), 2);
   EXPECT_EQ(shock, 1);
 }
@@ -224,9 +225,9 @@ TEST(gradation, mid_side_nodes_and_types_without_edges) {
   for (unsigned i = 0; i < 4; ++i) ten(i, 0) = i;
   reals sizes{1e-3, 9, 9, 9, 9, 9, 9, -1}, generated;
   EXPECT_EQ(bound_metric_gradations(m.coords, ten, ELT_TETRA10, sizes, 1.5), 3);
-  EXPECT_TRUE(sizes[4] == 9 && sizes[7] == -1);
+  EXPECT_ALL(sizes[4] == 9, sizes[7] == -1);
   EXPECT_EQ(metrics_gen_iso(m.coords, ten, ELT_TETRA10, generated), 4);
-  EXPECT_TRUE(generated.size() == 8 && generated[7] == 0);
+  EXPECT_ALL(generated.size() == 8, generated[7] == 0);
   double shock = 0;
   EXPECT_EQ(bound_metric_gradations(m.coords, twenty, ELT_HEXA20, sizes, 1.5), 0);
   EXPECT_EQ(H_shock(m.coords, twenty, ELT_HEXA20, sizes, shock), 0);
@@ -247,7 +248,7 @@ TEST(gradation, long_chains_stars_and_pieces) {
   reals round(n, 1e9);
   round[7] = 1;
   EXPECT_EQ(bound_metric_variations(c.coords, star, ELT_EDGE2, round, 1), 100000);
-  EXPECT_TRUE(round[0] == 1 + 7 * 0x1p-10 && round[1] == 1 + 8 * 0x1p-10 && round[2] == 1e9);
+  EXPECT_ALL(round[0] == 1 + 7 * 0x1p-10, round[1] == 1 + 8 * 0x1p-10, round[2] == 1e9);
 }
 
 TEST(gradation, sizes_over_hundreds_of_orders_of_magnitude) {
@@ -276,7 +277,7 @@ TEST(gradation, bounded_by_larger_and_scaled_alike) {
   EXPECT_GT(m.bound(denser, 1.3), 0);
   EXPECT_GT(m.bound(stricter, 1.2), 0);
   for (unsigned i = 0; i < given.size(); ++i) {
-    EXPECT_TRUE(denser[i] <= bounded[i] && stricter[i] <= bounded[i] && bounded[i] <= given[i]);
+    EXPECT_ALL(denser[i] <= bounded[i], stricter[i] <= bounded[i], bounded[i] <= given[i]);
   }
   for (const double factor : {0x1p-700, 0x1p-3, 0x1p900}) {
     lattice other = m;
@@ -325,7 +326,7 @@ TEST_P(tensor_gradation, isotropic_tensors_become_those_of_the_bounded_sizes) {
                            ? [](const reals& h, dense2D<double>& M) { return metrics_iso_to_aniso2d(h, M); }
                            : [](const reals& h, dense2D<double>& M) { return metrics_iso_to_aniso3d(h, M); };
   EXPECT_EQ(convert(sizes, tensors), 0);
-  EXPECT_TRUE(varied.copy(tensors) && expected.copy(tensors));
+  EXPECT_ALL(varied.copy(tensors), expected.copy(tensors));
   const int changed = mesh.bound(sizes, 1.3);
   EXPECT_EQ(convert(sizes, expected), 0);
   EXPECT_EQ(mesh.bound(tensors, 1.3), changed);
@@ -475,7 +476,7 @@ TEST(gradation, outputs_may_share_blocks_with_inputs) {
   unsigned memory[4] = {9, 9, 9, 9};
   ids mine(4, memory), second = mine;
   EXPECT_EQ(c.bound(sizes, 0.25, mine), 3);
-  EXPECT_TRUE(memory[0] == 1 && memory[2] == 3 && second[1] == 2);
+  EXPECT_ALL(memory[0] == 1, memory[2] == 3, second[1] == 2);
   reals places = c.coords.as_vector();
   EXPECT_EQ(metrics_gen_iso(c.coords, c.edges, ELT_EDGE2, places), 4);
   EXPECT_EQ(places, reals(4, 1.0));
@@ -491,10 +492,10 @@ TEST(H_shock, of_one_edge) {
     EXPECT_EQ(H_shock(1, 1, bad, shock), -3);
   }
   EXPECT_EQ(shock, 7);
-  EXPECT_TRUE(H_shock(0, 3, 3, shock) == 0 && shock == 1);
-  EXPECT_TRUE(H_shock(0, 3, 4, shock) == 0 && shock == infinity);
-  EXPECT_TRUE(H_shock(infinity, 3, 4, shock) == 0 && shock == 1);
-  EXPECT_TRUE(H_shock(2, 3, 5, shock) == 0 && edge_quality(2, 3, 5, q) == 0);
+  EXPECT_ALL(H_shock(0, 3, 3, shock) == 0, shock == 1);
+  EXPECT_ALL(H_shock(0, 3, 4, shock) == 0, shock == infinity);
+  EXPECT_ALL(H_shock(infinity, 3, 4, shock) == 0, shock == 1);
+  EXPECT_ALL(H_shock(2, 3, 5, shock) == 0, edge_quality(2, 3, 5, q) == 0);
   EXPECT_NEAR(shock, std::pow(5.0 / 3, 1 / q), 1e-14);
 }
 
@@ -521,7 +522,7 @@ TEST(H_shock, of_tensors_along_the_shortest_edges) {
   histogram H;
   double shock = 0;
   EXPECT_EQ(H_shock(c.coords, c.edges, ELT_EDGE2, tensors, H), 1);
-  EXPECT_TRUE(H.above() == 1 && H.not_a_number() == 0);
+  EXPECT_ALL(H.above() == 1, H.not_a_number() == 0);
   EXPECT_EQ(H_shock(c.coords, c.edges, ELT_EDGE2, tensors, shock), 1);
   EXPECT_EQ(shock, infinity);
 }
@@ -546,7 +547,7 @@ TEST(metrics_gen_iso, the_mean_of_the_largest_lengths_is_finite) {
   reals sizes;
   EXPECT_EQ(metrics_gen_iso(coords, edges, ELT_EDGE2, sizes), 4);
   EXPECT_NEAR(sizes[0] / largest, 2.0 / 3, 1e-15);
-  EXPECT_TRUE(sizes[1] == largest && sizes[3] == 1);
+  EXPECT_ALL(sizes[1] == largest, sizes[3] == 1);
 }
 
 }  // namespace

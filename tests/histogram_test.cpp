@@ -4,6 +4,8 @@
 
 #include <limits>
 
+#include "facts.h"
+
 namespace {
 
 using qel::misc::histogram;
@@ -20,13 +22,13 @@ TEST(histogram, counts_every_sample_once) {
     histogram copy(H);
     H.clear();
     EXPECT_EQ(H.count() + H.bin(bins - 1) + H.not_a_number(), 0U);
-    EXPECT_TRUE(copy.below() == 2 && copy.inside() == bins + 1 && copy.above() == 2 && copy.not_a_number() == 1);
-    EXPECT_TRUE(copy.min() == -1 && copy.max() == infinity && copy.bin(bins - 1) == 2 && H.mean() == 0);
+    EXPECT_ALL(copy.below() == 2, copy.inside() == bins + 1, copy.above() == 2, copy.not_a_number() == 1);
+    EXPECT_ALL(copy.min() == -1, copy.max() == infinity, copy.bin(bins - 1) == 2, H.mean() == 0);
   }
   for (const double upper : {1.0, 0.0, infinity, not_a_number}) {  // no range, no bins
     histogram none(1, upper, 4);
     none.process(1);
-    EXPECT_TRUE(none.bins() == 0 && none.count() == 1 && none.mean() == 1);
+    EXPECT_ALL(none.bins() == 0, none.count() == 1, none.mean() == 1);
   }
   EXPECT_EQ(histogram(-1e308, 1e308, 4).bins(), 0U);  // no width
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/facts.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
@@ -19,8 +20,8 @@ TEST(max_ID, and_check_IDs_ignore_none) {
   for (const auto& [ids, max, bound] : cases) {
     for (const auto& m : {dense2D<unsigned>(1, ids.size(), const_cast<unsigned*>(ids.data())),
                           with_gaps(dense2D<unsigned>(ids.size(), 1, const_cast<unsigned*>(ids.data())), none - 1)}) {
-      EXPECT_TRUE(max_ID(ids) == max && max_ID(m) == max) << max;
-      EXPECT_TRUE(check_IDs(ids, bound) && check_IDs(m, bound) && check_IDs(ids, none) && check_IDs(m, none));
+      EXPECT_ALL(max_ID(ids) == max, max_ID(m) == max) << max;
+      EXPECT_ALL(check_IDs(ids, bound), check_IDs(m, bound), check_IDs(ids, none), check_IDs(m, none));
       EXPECT_FALSE(bound != 0 && (check_IDs(ids, bound - 1) || check_IDs(m, bound - 1)));
     }
   }
@@ -36,7 +37,7 @@ TEST(shift_indices, wraps_and_treats_none_by_kind) {
     dense2D<unsigned> m = with_gaps(dense2D<unsigned>(3, 2, {0, 1, none, 9, 8, 7}), 50U);
     EXPECT_EQ(shift_indices(m, 0, type) + shift_indices(m, 5, type), 0);
     EXPECT_EQ(columns(m), (std::vector<id_list>{{5, 6, mixed ? none : 4}, {14, 13, 12}})) << t;
-    EXPECT_TRUE(m.data()[-1] == 50 && m.data()[3] == 50) << "an entry between the columns was shifted";
+    EXPECT_ALL(m.data()[-1] == 50, m.data()[3] == 50) << "an entry between the columns was shifted";
   }
 }
 
@@ -79,7 +80,7 @@ TEST(permutation, leaves_a_callers_memory) {
   dense1D<unsigned> view(3, memory);
   EXPECT_EQ(permutation(view, {2, 0, 1}), 0);
   EXPECT_EQ(to_list(view), id_list({8, 9, 7}));
-  EXPECT_TRUE(memory[0] == 7 && memory[1] == 8 && memory[2] == 9);
+  EXPECT_ALL(memory[0] == 7, memory[1] == 8, memory[2] == 9);
 }
 
 TEST(change_indices, by_a_table_that_it_changes) {
@@ -150,7 +151,7 @@ TEST(get_IDs, refuses_other_row_counts) {
   const dense2D<unsigned> quad(4, 1, {1, 2, 3, 4});
   for (const bool exact : {true, false}) {
     EXPECT_EQ(get_IDs(quad, two_triangles(), B_in_A, A_in_B, exact), -2);
-    EXPECT_TRUE(B_in_A.empty() && A_in_B.empty());
+    EXPECT_ALL(B_in_A.empty(), A_in_B.empty());
     EXPECT_EQ(get_IDs(dense2D<unsigned>(), quad, B_in_A, A_in_B, exact), -2);
   }
 }
@@ -226,7 +227,7 @@ TEST(unique_indices, few_elements_of_a_large_mesh) {
   ASSERT_TRUE(grown.copy(coords));
   EXPECT_EQ(count_unique_indices(mesh), 8);
   EXPECT_EQ(translate(grown, vector_fixed<double, 2>{0, 1}, mesh), 8);
-  EXPECT_TRUE(grown(1, 5999) == 1 && grown(1, 4200) == 1 && grown(1, 4204) == 0);
+  EXPECT_ALL(grown(1, 5999) == 1, grown(1, 4200) == 1, grown(1, 4204) == 0);
   dense2D<unsigned> elements;
   ASSERT_TRUE(elements.copy(mesh));
   EXPECT_EQ(copy_mesh(grown, elements, elements), 0);
@@ -235,7 +236,7 @@ TEST(unique_indices, few_elements_of_a_large_mesh) {
   dense1D<unsigned> found;
   detector.find_in_box(vector_fixed<double, 2>{0, 0}, vector_fixed<double, 2>{6000, 0}, found);
   EXPECT_EQ(detector.size(), 8U);
-  EXPECT_TRUE(to_list(found) == reference::unique(to_list(found)) && found.size() == 8) << "a node twice";
+  EXPECT_ALL(to_list(found) == reference::unique(to_list(found)), found.size() == 8) << "a node twice";
   EXPECT_EQ(merge(coords, mesh, 0.1, 0), 4);
 }
 
@@ -255,7 +256,7 @@ TEST(get_sorted_order, is_stable) {
     EXPECT_EQ(to_list(order), expected_order);
   }
   EXPECT_EQ(get_sorted_order({3, none - 1}, order, offsets), -199);
-  EXPECT_TRUE(order.empty() && offsets.empty());
+  EXPECT_ALL(order.empty(), offsets.empty());
 }
 
 }  // namespace

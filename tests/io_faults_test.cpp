@@ -17,6 +17,7 @@
 
 #include "core/limits.h"
 #include "digest.h"
+#include "facts.h"
 #include "faults.h"
 #include "identified_mesh.h"
 #include "input_meshes.h"
@@ -57,7 +58,7 @@ TEST(io_faults, every_call_of_every_writer_may_fail) {
           const bool failed = faults::disarm();
           EXPECT_EQ(code, failed && refused ? -1 : 0) << w.name << ", call " << plan.at;
           EXPECT_EQ(faults::live_streams(), 0U) << w.name;
-          EXPECT_TRUE(w.write(file.path(), m) == 0 && file.content() == whole) << w.name << " after a failure";
+          EXPECT_ALL(w.write(file.path(), m) == 0, file.content() == whole) << w.name << " after a failure";
           points += failed ? 1 : 0;
           return failed && !::testing::Test::HasFailure();
         });
@@ -86,7 +87,7 @@ TEST(io_faults, places_that_take_no_file) {
   EXPECT_EQ(STL_input(folder.c_str(), a, t), -2) << "opened, but without a byte";
   EXPECT_EQ(WavefrontOBJ_input(folder.c_str(), a, b, c, t, q), 0);
   EXPECT_EQ(medit_input(folder.c_str(), a, t, ELT_TRIA3) + vtk_input(folder.c_str(), a, t, ELT_TRIA3), -4);
-  EXPECT_TRUE(a.empty() && t.empty() && q.empty());
+  EXPECT_ALL(a.empty(), t.empty(), q.empty());
   std::filesystem::remove(sealed);
 }
 
@@ -236,7 +237,7 @@ TEST(io_faults, every_call_of_every_reader_may_fail) {
     for (const reader& r : readers(n)) {
       memory_file file(r.content);
       const reading whole = r.read(file.path());
-      ASSERT_TRUE(whole.code == 0 && whole.triangles >= n - 1) << r.name;
+      ASSERT_ALL(whole.code == 0, whole.triangles >= n - 1) << r.name;
       for (const operation what : {operation::open, operation::read, operation::close, operation::seek}) {
         for_each_plan(what, [&](const faults::plan& plan) {
           faults::arm(plan);
@@ -268,7 +269,7 @@ TEST(io_faults, files_that_shrink_while_they_are_read) {
       faults::arm(plan);
       const reading got = r.read(file.path());
       const bool failed = faults::disarm();
-      EXPECT_TRUE(got.sound && (got == whole || got.code < 0 || r.may_end_anywhere)) << r.name << ", read " << plan.at;
+      EXPECT_ALL(got.sound, (got == whole || got.code < 0 || r.may_end_anywhere)) << r.name << ", read " << plan.at;
       return failed;
     });
   }

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "facts.h"
 #include "input_meshes.h"
 #include "written_file.h"
 
@@ -41,9 +42,9 @@ struct medit_reading : reading {
   explicit medit_reading(const char* path) {
     code = medit_input(path, coords, connectivity, offsets, types, references, node_references);
     if (code < 0) {
-      EXPECT_TRUE(is_blank() && references.empty() && node_references.empty());
+      EXPECT_ALL(is_blank(), references.empty(), node_references.empty());
     } else {
-      EXPECT_TRUE(is_sound() && references.size() == connectivity.cols() && node_references.size() == coords.cols());
+      EXPECT_ALL(is_sound(), references.size() == connectivity.cols(), node_references.size() == coords.cols());
     }
   }
 };
@@ -78,7 +79,7 @@ TEST(medit_input, comes_back_as_it_was_written) {
       matrix elements;
       second.hold(bytes);
       ASSERT_EQ(medit_input(second.path(), coords, elements, linear_type(type)), 0);
-      EXPECT_TRUE(elements == got.connectivity && coords.cols() == m.coords.cols());
+      EXPECT_ALL(elements == got.connectivity, coords.cols() == m.coords.cols());
     }
   }
 }
@@ -224,7 +225,7 @@ TEST(medit_solution_input, comes_back_as_it_was_written) {
     const dense1D<double> scalars = tensors.as_vector();
     ASSERT_EQ(medit_scalar(file.path(), dim, scalars), 0);
     const solution_reading scalar(file.path());
-    EXPECT_TRUE(scalar.code == 0 && scalar.dim == dim && scalar.kinds == dense1D<int>{1});
+    EXPECT_ALL(scalar.code == 0, scalar.dim == dim, scalar.kinds == dense1D<int>{1});
     string bytes = file.content();
     ASSERT_EQ(medit_scalar(file.path(), dim, scalar.values.as_vector()), 0);
     EXPECT_EQ(file.content(), bytes);
@@ -233,7 +234,7 @@ TEST(medit_solution_input, comes_back_as_it_was_written) {
     if (dim == 1) continue;
     ASSERT_EQ(medit_tensor(file.path(), tensors), 0);
     const solution_reading tensor(file.path());
-    EXPECT_TRUE(tensor.code == 0 && tensor.dim == dim);
+    EXPECT_ALL(tensor.code == 0, tensor.dim == dim);
     EXPECT_EQ(tensor.kinds, dense1D<int>{3});
     bytes = file.content();
     ASSERT_EQ(medit_tensor(file.path(), tensor.values), 0);
@@ -270,7 +271,7 @@ TEST(medit_solution_input, fields_below_one_another) {
                {-7, string("\1\0\0\0", 4), {}}};
   for (const auto& c : cases) {
     const solution_reading other(file.hold(c.text));
-    EXPECT_TRUE(other.code == c.code && other.kinds == c.kinds) << c.text << ": " << other.code;
+    EXPECT_ALL(other.code == c.code, other.kinds == c.kinds) << c.text << ": " << other.code;
   }
   EXPECT_EQ(solution_reading("/nonexistent/file").code, -1);
 }

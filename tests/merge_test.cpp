@@ -4,6 +4,7 @@
 #include <numeric>
 #include <utility>
 
+#include "tests/facts.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
@@ -34,9 +35,9 @@ TEST(merge, leaves_the_coordinates_of_a_caller_and_fills_its_map) {
     dense1D<unsigned> map(4, filled), small(2, filled + 2);
     EXPECT_EQ(merge(coords, map, tol), 1);
     EXPECT_TRUE(std::equal(std::begin(values), std::end(values), memory));
-    EXPECT_TRUE(map.data() == filled && map.size() == 3 && filled[0] == 0 && filled[1] == 1 && filled[2] == 0);
+    EXPECT_ALL(map.data() == filled, map.size() == 3, filled[0] == 0, filled[1] == 1, filled[2] == 0);
     EXPECT_EQ(merge(coords, small, tol), 1);
-    EXPECT_TRUE(small.size() == 3 && filled[3] == 9) << "a map that does not fit goes elsewhere";
+    EXPECT_ALL(small.size() == 3, filled[3] == 9) << "a map that does not fit goes elsewhere";
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include "core/vectors.h"
 #include "qel/gridwork.h"
+#include "tests/facts.h"
 #include "tests/random_meshes.h"
 
 namespace qel::gridwork {
@@ -57,8 +58,8 @@ void expect_isotropic_bounds_of_broken_tensors() {
 
 TEST(metrics, intersection_and_union) {
   tensor2 M;
-  EXPECT_TRUE(minimum_metric(tensor2{1, 0, 4}, tensor2{4, 0, 1}, M) && M == (tensor2{4, 0, 4}));
-  EXPECT_TRUE(maximum_metric(tensor2{1, 0, 4}, tensor2{4, 0, 1}, M) && M == (tensor2{1, 0, 1}));
+  EXPECT_ALL(minimum_metric(tensor2{1, 0, 4}, tensor2{4, 0, 1}, M), M == (tensor2{4, 0, 4}));
+  EXPECT_ALL(maximum_metric(tensor2{1, 0, 4}, tensor2{4, 0, 1}, M), M == (tensor2{1, 0, 1}));
 }
 
 using direction = vector_fixed<double, 3>;
@@ -97,17 +98,17 @@ TEST(metrics, intersection_and_union_of_very_anisotropic_tensors) {
       for (unsigned k = 0; k < 3; ++k) tilted[k] = mirror[k] + tilt * (real(random) - 0.5);
       const tensor3 A = reflected(spectra[run % 3], mirror), B = reflected(spectra[run / 3 % 3], tilted);
       tensor3 least, most, least_back, most_back;
-      ASSERT_TRUE(minimum_metric(A, B, least) && maximum_metric(A, B, most));
-      ASSERT_TRUE(minimum_metric(B, A, least_back) && maximum_metric(B, A, most_back));
+      ASSERT_ALL(minimum_metric(A, B, least), maximum_metric(A, B, most));
+      ASSERT_ALL(minimum_metric(B, A, least_back), maximum_metric(B, A, most_back));
       direction w;
       matrix_fixed<double, 3, 3> V[3];
-      ASSERT_TRUE(eigen_pairs(A, w, V[0]) && eigen_pairs(least, w, V[1]) && eigen_pairs(most, w, V[2]));
+      ASSERT_ALL(eigen_pairs(A, w, V[0]), eigen_pairs(least, w, V[1]), eigen_pairs(most, w, V[2]));
       for (unsigned j = 0; j < 9; ++j) {
         const direction u = {V[j / 3](0, j % 3), V[j / 3](1, j % 3), V[j / 3](2, j % 3)};
         const auto [a, b] = std::minmax({form(A, u), form(B, u)});
         ASSERT_NEAR(double(form(least_back, u) / form(least, u)), 1, tolerance);
         ASSERT_NEAR(double(form(most_back, u) / form(most, u)), 1, tolerance);
-        ASSERT_TRUE(form(least, u) > b * (1 - tolerance) && form(most, u) < a * (1 + tolerance));
+        ASSERT_ALL(form(least, u) > b * (1 - tolerance), form(most, u) < a * (1 + tolerance));
       }
     }
   }
@@ -128,11 +129,11 @@ TEST(metrics, bounds) {
   EXPECT_EQ(ids, (dense1D<unsigned>{0, 2, 3}));
   EXPECT_EQ(sizes, (dense1D<double>{0.5, 1, 2, 0.5, 0.5, 2}));
   dense1D<double> none_left{-1, 3, not_a_number}, contradicted{1, 2.5, 5, infinity};
-  EXPECT_TRUE(bound_metrics(none_left, 0, 0) == 3 && none_left == (dense1D<double>{0, 0, 0}));
-  EXPECT_TRUE(bound_metrics(contradicted, 3, 2) == 4 && contradicted == (dense1D<double>{3, 3, 2, 2}));
+  EXPECT_ALL(bound_metrics(none_left, 0, 0) == 3, none_left == (dense1D<double>{0, 0, 0}));
+  EXPECT_ALL(bound_metrics(contradicted, 3, 2) == 4, contradicted == (dense1D<double>{3, 3, 2, 2}));
   tensor2 both{100, 0, 0.01}, indefinite{1, 0, -1};
-  EXPECT_TRUE(bound_metric(both, 3, 2) == 1 && both == (tensor2{0.25, 0, 0.25}));
-  EXPECT_TRUE(bound_metric(indefinite, 0.5, 0) == 1 && indefinite == (tensor2{1, 0, 0}));
+  EXPECT_ALL(bound_metric(both, 3, 2) == 1, both == (tensor2{0.25, 0, 0.25}));
+  EXPECT_ALL(bound_metric(indefinite, 0.5, 0) == 1, indefinite == (tensor2{1, 0, 0}));
   const struct {
     double hmin, hmax;
     int code;
@@ -152,12 +153,11 @@ TEST(metrics, validity) {
       6, 4, {1, 0, 1, 0, 0, 1e-200, 1, 1, 1, 0, 0, 1, 2, 1, 2, 1, 1, 2, 1, not_a_number, 1, 0, 0, 1});
   const dense1D<unsigned> good{2, 0}, bad{0, 2, 1, 0}, none{0, 4, 5, ~0U};
   dense1D<unsigned> ids{7};
-  EXPECT_TRUE(first_invalid_metric(sizes) == 3 && first_invalid_metric(dense1D<double>{1, largest}) == 1);
-  EXPECT_TRUE(first_invalid_metric(good, sizes) == 2 && first_invalid_metric(none, sizes) == 2);
-  EXPECT_TRUE(first_invalid_metric(tensors) == 1 && first_invalid_metric(dense2D<double>(4, 2, 1.0)) == 0);
-  EXPECT_TRUE(first_invalid_metric(bad, tensors) == 2 && first_invalid_metric(none, tensors) == 1);
-  EXPECT_TRUE(are_valid_metrics(good, tensors) && are_valid_metrics(dense2D<double>()) &&
-              are_valid_metrics(good, sizes));
+  EXPECT_ALL(first_invalid_metric(sizes) == 3, first_invalid_metric(dense1D<double>{1, largest}) == 1);
+  EXPECT_ALL(first_invalid_metric(good, sizes) == 2, first_invalid_metric(none, sizes) == 2);
+  EXPECT_ALL(first_invalid_metric(tensors) == 1, first_invalid_metric(dense2D<double>(4, 2, 1.0)) == 0);
+  EXPECT_ALL(first_invalid_metric(bad, tensors) == 2, first_invalid_metric(none, tensors) == 1);
+  EXPECT_ALL(are_valid_metrics(good, tensors), are_valid_metrics(dense2D<double>()), are_valid_metrics(good, sizes));
   EXPECT_FALSE(are_valid_metrics(bad, tensors) || are_valid_metrics(dense2D<double>(4, 2, 1.0)) ||
                are_valid_metrics(sizes));
   valid_metrics(with_gaps(tensors, 1.0), ids);
@@ -181,7 +181,7 @@ TEST(metrics, conversions_and_repair) {
   tensor2 one, other;
   metric_iso_to_aniso2d(0.5, F, one);
   metric_aniso3d_to_aniso2d({4, 0, 4, 0, 0, 4}, F, other);
-  EXPECT_TRUE(one == (tensor2{4, 0, 8}) && other == one);
+  EXPECT_ALL(one == (tensor2{4, 0, 8}), other == one);
   tensor3 M;
   metric_iso_to_aniso(not_a_number, M);
   EXPECT_EQ(M, tensor3{});
@@ -198,7 +198,7 @@ TEST(metrics, conversions_and_repair) {
 
   dense1D<double> broken{-1, 0, not_a_number, 0, 3, 0};
   EXPECT_EQ(overwrite_invalid_metrics(broken, {5, 0, 5, 5, 5}), 2);
-  EXPECT_TRUE(std::isnan(std::exchange(broken[2], 1)) && broken == (dense1D<double>{5, 0, 1, 5, 3, 0}));
+  EXPECT_ALL(std::isnan(std::exchange(broken[2], 1)), broken == (dense1D<double>{5, 0, 1, 5, 3, 0}));
   dense2D<double> tensors(3, 4, {1, 1, 1, 1, 0, 1, not_a_number, 0, 1, -1, 0, 1}), repaired = deep_copy(tensors);
   EXPECT_EQ(overwrite_invalid_metrics(repaired, dense2D<double>(3, 3, {5, 0, 5, 6, 0, 6, 0, 0, 0})), 1);
   EXPECT_EQ(overwrite_invalid_metrics(repaired, dense1D<double>{1, 1, 0.5, 0}), 1);

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <string>
 
+#include "facts.h"
 #include "identified_reading.h"
 
 namespace {
@@ -147,9 +148,9 @@ TEST(nastran_input, one_type) {
   ASSERT_EQ(NASTRAN_input(file.path(), coords, c, ELT_TRIA3), 0);
   EXPECT_EQ(c, dense2D<unsigned>(3, 2, {0, 1, 2, 2, 3, 4}));
   ASSERT_EQ(NASTRAN_input(file.path(), coords, c, ELT_HEXA20), 0);
-  EXPECT_TRUE(c.empty() && coords.cols() == 30);
+  EXPECT_ALL(c.empty(), coords.cols() == 30);
   EXPECT_EQ(NASTRAN_input(file.path(), coords, c, ELT_SOLID_MIX), -3);
-  EXPECT_TRUE(c.empty() && coords.empty());
+  EXPECT_ALL(c.empty(), coords.empty());
   for (const int type : {ELT_UNKNOWN + 0, ELT_NODE + 0, ELT_EDGE_MIX + 0, 23, -1}) {
     EXPECT_EQ(NASTRAN_input("/nonexistent/file", coords, c, element_type(type)), -4);
   }

@@ -3,6 +3,7 @@
 #include <numeric>
 
 #include "search/tree/node_tree.h"
+#include "tests/facts.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
@@ -37,7 +38,7 @@ TEST(node_detector, failed_reinit) {
     EXPECT_EQ(detector.reinit(*wrong, good), -1);
     EXPECT_EQ(detector.reinit(*wrong, &good, &good + 1), -1);
     EXPECT_EQ(detector.reinit(*wrong, &good + 1, &good), -3);
-    EXPECT_TRUE(detector.size() == 4 && detector.find_closest(flat({0.9, 0.1, 0})) == 1) << "as it was";
+    EXPECT_ALL(detector.size() == 4, detector.find_closest(flat({0.9, 0.1, 0})) == 1) << "as it was";
     EXPECT_EQ(detector.reinit(*wrong), -1);
     EXPECT_EQ(detector.size() + detector.insert(dense1D<unsigned>{1}) + node_detector(*wrong).size(), 0U);
     EXPECT_EQ(detector.reinit(coords), 0);
@@ -72,7 +73,7 @@ TEST(node_detector, without_or_with_one_node) {
   EXPECT_EQ(detector.find_closest(flat({0.0, 0.0, 0})), none);
   EXPECT_EQ(detector.find_closest(spatial({0.0, 0.0, 0.0})), none);
   EXPECT_EQ(detector.find_closest(0), none);
-  EXPECT_TRUE(box(detector, 2, {-9, -9, -9}, {9, 9, 9}).empty() && box(detector, 3, {-9, -9, -9}, {9, 9, 9}).empty());
+  EXPECT_ALL(box(detector, 2, {-9, -9, -9}, {9, 9, 9}).empty(), box(detector, 3, {-9, -9, -9}, {9, 9, 9}).empty());
   ASSERT_EQ(detector.reinit(coords, dense1D<unsigned>{1, 1}), 0);
   EXPECT_EQ(detector.find_closest(1), none);
   EXPECT_EQ(detector.find_closest(2), 1U);  // another node of the same position; node 2 is not in the tree
@@ -87,7 +88,7 @@ TEST(node_detector, assignment_to_itself_from_nothing_and_across_dimensions) {
   node_detector& self = assigned;
   assigned = self;
   original.clear();
-  EXPECT_TRUE(assigned.find_closest(flat({0.9, 0.1, 0})) == 1 && assigned.size() == 4);
+  EXPECT_ALL(assigned.find_closest(flat({0.9, 0.1, 0})) == 1, assigned.size() == 4);
   assigned = original;
   EXPECT_EQ(assigned.insert(dense1D<unsigned>{0}) + assigned.size() + node_detector(original).size(), 0U);
   assigned = node_detector(space);

@@ -2,6 +2,7 @@
 
 #include "core/shapes.h"
 #include "qel/gridwork.h"
+#include "tests/facts.h"
 #include "tests/random_meshes.h"
 
 namespace qel::gridwork {
@@ -141,7 +142,7 @@ TEST(shapes, ideal_scaled_distant_collapsed_and_broken_elements) {
     const bool edge = s.s.type == ELT_EDGE2;
     const auto quality = [&](const points& p) {  // before, behind and without a sound neighbour: the same
       const auto Q = mesh(s, 3, {p, s.ideal, s.ideal, p, p}).measure(true);
-      EXPECT_TRUE(Q[0] == Q[4] && Q[3] == Q[4] && Q[1] == Q[2]);
+      EXPECT_ALL(Q[0] == Q[4], Q[3] == Q[4], Q[1] == Q[2]);
       return Q[4];
     };
     const auto jacobian = [&](const points& p) { return mesh(s, 3, {p}).measure(false)[0]; };
@@ -273,14 +274,14 @@ TEST(shapes, mixed_and_short_matrices_ties_and_codes) {
       EXPECT_EQ(measure(coords, with_gaps(mixed, 3U), type, in_mixed), 0);
       EXPECT_EQ(measure(coords, pure, s.s.type, in_pure), 0);
       EXPECT_EQ(measure(coords, pure, type, in_short), 0);
-      EXPECT_TRUE(in_mixed == in_pure && in_short == in_pure) << s.s.nodes;
+      EXPECT_ALL(in_mixed == in_pure, in_short == in_pure) << s.s.nodes;
     }
   }
   double q;
   unsigned j;
   const dense2D<unsigned> twice(3, 3, {0, 1, 2, 0, 1, 1, 2, 2, 0});
   EXPECT_EQ(min_quality(coords, twice, ELT_TRIA3, q, j), 0);
-  EXPECT_TRUE(q == 0 && j == 1);
+  EXPECT_ALL(q == 0, j == 1);
 
   const dense2D<double> four_rows(4, 8, 0.0);
   const struct {
@@ -303,7 +304,7 @@ TEST(shapes, mixed_and_short_matrices_ties_and_codes) {
     EXPECT_EQ(shape_qualities(c.coords, c.connectivity, c.type, Q), c.code);
     EXPECT_EQ(jacobians(c.coords, c.connectivity, c.type, J), c.code);
     EXPECT_EQ(min_quality(c.coords, c.connectivity, c.type, q, j), c.code);
-    EXPECT_TRUE(q == 1 && j == none);
+    EXPECT_ALL(q == 1, j == none);
     EXPECT_EQ(Q.size() + J.size(), c.code == 0 ? 2 * c.connectivity.cols() : 0);
   }
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/facts.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
@@ -13,14 +14,14 @@ TEST(simplify, one_matrix_passed_twice_is_renumbered_once) {
   dense2D<double> coords(2, 5, {0, 0, 1, 0, 2, 0, 3, 0, 4, 0});
   dense2D<unsigned> mesh(3, 1, {1, 2, 4});
   EXPECT_EQ(simplify(coords, mesh, mesh, 0), 2);
-  EXPECT_TRUE(mesh(0, 0) == 0 && mesh(1, 0) == 1 && mesh(2, 0) == 2 && coords(0, 2) == 4);
+  EXPECT_ALL(mesh(0, 0) == 0, mesh(1, 0) == 1, mesh(2, 0) == 2, coords(0, 2) == 4);
 }
 
 TEST(remove_degenerated, matrices_without_rows_or_columns) {
   for (const auto& [rows, cols] : {std::pair(0U, 0U), {0U, 4U}, {3U, 0U}}) {
     dense2D<unsigned> m(rows, cols);
     EXPECT_EQ(remove_degenerated(m, true), 0);
-    EXPECT_TRUE(m.rows() == rows && m.cols() == cols);
+    EXPECT_ALL(m.rows() == rows, m.cols() == cols);
   }
 }
 
@@ -44,8 +45,8 @@ TEST(simplify, refuses_or_ignores) {
   EXPECT_EQ(simplify(coords, m[1], 0), -2);
   EXPECT_EQ(simplify(coords, m[1], new_ids, 0), -2);
   EXPECT_EQ(simplify(coords, m[0], m[1], 0), -2);
-  EXPECT_TRUE(coords == old_coords && no_rows.cols() == 3);
-  EXPECT_TRUE(columns(m[0])[0] == id_list({2, none}) && columns(m[1])[0] == id_list({1, 3}));
+  EXPECT_ALL(coords == old_coords, no_rows.cols() == 3);
+  EXPECT_ALL(columns(m[0])[0] == id_list({2, none}), columns(m[1])[0] == id_list({1, 3}));
 }
 
 }  // namespace

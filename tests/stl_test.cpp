@@ -12,6 +12,7 @@
 
 #include "core/growth.h"
 #include "core/limits.h"
+#include "facts.h"
 #include "io/stl_geometry.h"
 #include "io/text/line_reader.h"
 #include "random_meshes.h"
@@ -82,7 +83,7 @@ class stl : public ::testing::Test, protected written_file {
     mesh m = read(name), expected;
     expected.code = stl_reference::STL_input(name.c_str(), expected.coords, expected.triangles);
     EXPECT_EQ(m.code, expected.code) << label;
-    EXPECT_TRUE(same_bits(m.coords, expected.coords) && m.triangles == expected.triangles) << label;
+    EXPECT_ALL(same_bits(m.coords, expected.coords), m.triangles == expected.triangles) << label;
     EXPECT_TRUE(m.code == 0 || (m.coords == dense2D<double>() && m.triangles == dense2D<unsigned>())) << label;
     return m;
   }
@@ -93,7 +94,7 @@ class stl : public ::testing::Test, protected written_file {
   void expect_all(const file_case (&cases)[N]) const {
     for (const file_case& c : cases) {
       const mesh m = read_bytes(c.bytes);
-      EXPECT_TRUE(m.code == c.code && m.coords.cols() == c.nodes && m.triangles.cols() == c.triangles)
+      EXPECT_ALL(m.code == c.code, m.coords.cols() == c.nodes, m.triangles.cols() == c.triangles)
           << shown(c.bytes) << ": " << m.code << ' ' << m.coords.cols() << ' ' << m.triangles.cols();
       EXPECT_TRUE(c.nodes == 0 || (m.coords.rows() == 3 && m.triangles.rows() == 3)) << shown(c.bytes);
     }
@@ -194,8 +195,8 @@ TEST_F(stl, the_exact_pass_ends_at_100000_triangles) {
       found |= m.coords(0, j) == x && m.coords(1, j) == y && m.coords(2, j) == 0;
     return found;
   };
-  EXPECT_TRUE(has(a, 0) && !has(b, 0) && !has(c, 0)) << "copies of c in one block";
-  EXPECT_TRUE(has(a, 10) && !has(b, 10) && has(c, 10)) << "copies of c in two blocks";
+  EXPECT_ALL(has(a, 0), !has(b, 0), !has(c, 0)) << "copies of c in one block";
+  EXPECT_ALL(has(a, 10), !has(b, 10), has(c, 10)) << "copies of c in two blocks";
 }
 
 TEST_F(stl, blocks_of_degenerate_triangles_come_first) {
@@ -205,13 +206,13 @@ TEST_F(stl, blocks_of_degenerate_triangles_come_first) {
     triangles.push_back({x, 0, 0, y, 0, 0, x, 0, 0});
   }
   mesh m = read_twice(hold(binary(triangles)), "degenerate");
-  EXPECT_TRUE(m.coords.cols() == 3 * triangles.size() && m.triangles.cols() == triangles.size()) << "unmerged";
+  EXPECT_ALL(m.coords.cols() == 3 * triangles.size(), m.triangles.cols() == triangles.size()) << "unmerged";
   for (unsigned k = 0; k < 500; ++k) {
     const float x = static_cast<float>(k);
     triangles.push_back({x, 0, 0, x + 1, 0, 0, x, 1, 0});
   }
   m = read_twice(hold(binary(triangles)), "degenerate, then others");
-  EXPECT_TRUE(m.coords.cols() == 1001 && m.triangles.cols() == 500);
+  EXPECT_ALL(m.coords.cols() == 1001, m.triangles.cols() == 500);
 }
 
 TEST_F(stl, heights_are_those_of_the_reference_and_the_short_cut_is_safe) {
@@ -304,7 +305,7 @@ TEST_F(stl, streams_that_are_no_plain_files) {
     std::thread writer([&] { std::ofstream(path()) << c.bytes; });
     const mesh m = read(path());
     writer.join();
-    EXPECT_TRUE(m.code == c.code && m.coords.cols() == c.nodes && m.triangles.cols() == c.triangles)
+    EXPECT_ALL(m.code == c.code, m.coords.cols() == c.nodes, m.triangles.cols() == c.triangles)
         << "case " << &c - cases << ": " << m.code << ' ' << m.coords.cols() << ' ' << m.triangles.cols();
   }
 }
@@ -331,7 +332,7 @@ TEST_F(stl, sample_files_read_and_round_trip) {
   unsigned nodes, triangles;
   for (string name; counted >> name >> nodes >> triangles;) {
     const mesh m = read(QEL_TEST_MESHES "/stl-" + name + ".stl");
-    EXPECT_TRUE(m.coords.cols() == nodes && m.triangles.cols() == triangles)
+    EXPECT_ALL(m.coords.cols() == nodes, m.triangles.cols() == triangles)
         << name << ": " << m.coords.cols() << ' ' << m.triangles.cols();
   }
 #else
@@ -354,7 +355,7 @@ TEST_F(stl, files_do_not_depend_on_the_locale) {
   EXPECT_EQ(gw::STL_output(path(), plain.coords, plain.triangles, true), 0);
   std::setlocale(LC_ALL, "C");
   const string ours = content();
-  EXPECT_TRUE(m.code == 0 && same_bits(m.coords, plain.coords) && comma.code == -3);
+  EXPECT_ALL(m.code == 0, same_bits(m.coords, plain.coords), comma.code == -3);
   expect(ours, 0, [&] { return stl_reference::STL_output(path(), plain.coords, plain.triangles, true); });
 }
 

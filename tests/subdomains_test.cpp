@@ -3,6 +3,7 @@
 
 #include <set>
 
+#include "tests/facts.h"
 #include "tests/topology_reference.h"
 
 namespace qel::gridwork {
@@ -133,7 +134,7 @@ TEST(subdomains, empty_meshes) {
     EXPECT_TRUE(colors.empty());
     EXPECT_EQ(get_colors_boundaries(m, boundaries, ELT_TRIA6, colors, 9, slots, pairs), 0);
     EXPECT_EQ(get_colors_boundaries(m, boundaries, ELT_TRIA6, colors, 9, boundaries, pairs), 0);
-    EXPECT_TRUE(slots.size() == 1 && pairs.size() == 5 && boundaries.size() == 7);
+    EXPECT_ALL(slots.size() == 1, pairs.size() == 5, boundaries.size() == 7);
   }
 }
 
@@ -181,7 +182,7 @@ TEST(subdomains, walls_do_not_depend_on_who_names_them) {
         const unsigned n = across[e][k];
         if (n == none || n < e || below(random, 3) != 0) continue;
         const auto back = std::find(across[n].begin(), across[n].end(), e) - across[n].begin();
-        ASSERT_TRUE(here.push_back(e * B + k) && there.push_back(n * B + unsigned(back)));
+        ASSERT_ALL(here.push_back(e * B + k), there.push_back(n * B + unsigned(back)));
         id_list nodes = model.boundaries[e][k];
         std::rotate(nodes.begin(), nodes.begin() + 1, nodes.end());
         std::reverse(nodes.begin(), nodes.end());
@@ -193,7 +194,7 @@ TEST(subdomains, walls_do_not_depend_on_who_names_them) {
     EXPECT_GT(count, 1);
     EXPECT_EQ(get_subdomains(m, neighbors, type, there, by_there), count);
     EXPECT_EQ(get_subdomains(m, neighbors, type, to_matrix(turned, boundary_rows[type]), by_nodes), count);
-    EXPECT_TRUE(by_here == by_there && by_here == by_nodes);
+    EXPECT_ALL(by_here == by_there, by_here == by_nodes);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "calls.h"
+#include "facts.h"
 
 namespace {
 
@@ -54,7 +55,7 @@ TEST(threads, a_block_lives_until_its_last_owner_leaves) {
         qel::Ptr<witness> second(owners[t]), third;
         third = second;
         second = nullptr;
-        EXPECT_TRUE(third && destroyed == 0);
+        EXPECT_ALL(third, destroyed == 0);
       }
       owners[t] = nullptr;
     });
@@ -67,7 +68,7 @@ TEST(threads, some_thread_drops_the_last_view) {
     std::vector<dense1D<unsigned>> views(thread_count, dense1D<unsigned>(100, round));
     in_threads([&](unsigned t) {
       dense1D<unsigned> grown(views[t]);
-      EXPECT_TRUE(views[t].sub_vector(50, 50)[49] == round && grown.reserve(2000) && grown == views[t]);  // leaves
+      EXPECT_ALL(views[t].sub_vector(50, 50)[49] == round, grown.reserve(2000), grown == views[t]);  // leaves
       views[t].clear_hard();
     });
   }

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "core/limits.h"
+#include "tests/facts.h"
 #include "tests/faults.h"
 #include "tests/topology_reference.h"
 #include "topology/boundary_ranges.h"
@@ -101,13 +102,13 @@ TEST(topology, empty_meshes) {
     dense2D<unsigned> out(7, 1, 7U);
     dense1D<unsigned> list{7}, offsets{7, 7};
     unsigned B = 77;
-    EXPECT_TRUE(get_element_boundaries(m, ELT_TRIA6, out) == 0 && get_mesh_boundaries(m, out, ELT_TRIA6, out) == 0 &&
-                copy_edges(m, ELT_TRIA3, out) == 0 && out == dense2D<unsigned>(7, 1, 7U));
-    EXPECT_TRUE(get_mesh_bounding_elements(m, out, ELT_TRIA6, list, B) == 0 && get_ancestors(m, list) == 0 && B == 0 &&
-                list == (dense1D<unsigned>{7}));
-    EXPECT_TRUE(get_neighbors(m, ELT_TRIA6, true, out) == 0 && out.rows() + out.cols() == 0);
+    EXPECT_ALL(get_element_boundaries(m, ELT_TRIA6, out) == 0, get_mesh_boundaries(m, out, ELT_TRIA6, out) == 0,
+               copy_edges(m, ELT_TRIA3, out) == 0, out == dense2D<unsigned>(7, 1, 7U));
+    EXPECT_ALL(get_mesh_bounding_elements(m, out, ELT_TRIA6, list, B) == 0, get_ancestors(m, list) == 0, B == 0,
+               list == (dense1D<unsigned>{7}));
+    EXPECT_ALL(get_neighbors(m, ELT_TRIA6, true, out) == 0, out.rows() + out.cols() == 0);
     for (const auto get : {&get_connected_elements, &get_node_graph}) {
-      EXPECT_TRUE(get(m, offsets, list) == 0 && offsets == (dense1D<unsigned>{0}) && list.empty());
+      EXPECT_ALL(get(m, offsets, list) == 0, offsets == (dense1D<unsigned>{0}), list.empty());
     }
   }
 }

@@ -3,6 +3,7 @@
 #include <numeric>
 
 #include "qel/gridwork.h"
+#include "tests/facts.h"
 #include "tests/random_meshes.h"
 #include "tests/reference.h"
 
@@ -56,7 +57,7 @@ void expect_transform(unsigned dim, bool moves, bool is_zoom, auto door, auto ch
       }
       const auto hits = std::count_if(nodes.begin(), nodes.end(), [n](unsigned id) { return id < n; });
       ASSERT_EQ(door(work, selection...), acts && counts ? hits : 0);
-      ASSERT_TRUE(work.rows() == expected.rows() && work.cols() == n);
+      ASSERT_ALL(work.rows() == expected.rows(), work.cols() == n);
       for (std::uint64_t i = 0; i < work.size(); ++i) {
         const double a = work(i % work.rows(), i / work.rows()), b = expected.data()[i];
         ASSERT_TRUE(a == b || (std::isnan(a) && std::isnan(b)) || std::abs(a - b) <= 1e-13) << a << ", " << b;
@@ -146,8 +147,8 @@ TEST(inc_bounding_box, refuses) {
     auto high = low;
     const dense2D<double> x(rows, 0);
     const auto code = [&](const auto&... nodes) { return inc_bounding_box(x, nodes..., low, high); };
-    EXPECT_TRUE(code() == all && code(dense1D<unsigned>()) == 0 && code(dense2D<unsigned>(3, 1, none)) == 0);
-    EXPECT_TRUE(code(dense1D<unsigned>{0}) == listed && code(dense2D<unsigned>(2, 1, {3, none})) == listed);
+    EXPECT_ALL(code() == all, code(dense1D<unsigned>()) == 0, code(dense2D<unsigned>(3, 1, none)) == 0);
+    EXPECT_ALL(code(dense1D<unsigned>{0}) == listed, code(dense2D<unsigned>(2, 1, {3, none})) == listed);
     EXPECT_EQ(low, high);
   };
   expect(2, plane{1, 2}, 0, -2), expect(3, plane{1, 2}, -1, -1);

@@ -4,6 +4,7 @@
 #include <bit>
 #include <string>
 
+#include "facts.h"
 #include "input_meshes.h"
 #include "written_file.h"
 
@@ -19,9 +20,9 @@ struct vtk_reading : reading {
   explicit vtk_reading(const char* path) {
     code = vtk_input(path, coords, connectivity, offsets, types, cell_IDs);
     if (code < 0) {
-      EXPECT_TRUE(is_blank() && cell_IDs.empty());
+      EXPECT_ALL(is_blank(), cell_IDs.empty());
     } else {
-      EXPECT_TRUE(is_sound() && coords.rows() == 3 && cell_IDs.size() == connectivity.cols());
+      EXPECT_ALL(is_sound(), coords.rows() == 3, cell_IDs.size() == connectivity.cols());
     }
   }
 };
@@ -67,7 +68,7 @@ TEST(vtk_input, comes_back_as_it_was_written) {
       dense2D<double> coords;
       matrix elements;
       ASSERT_EQ(vtk_input(file.path(), coords, elements, type), 0);
-      EXPECT_TRUE(elements == m.elements && coords == got.coords);
+      EXPECT_ALL(elements == m.elements, coords == got.coords);
     }
   }
 }
@@ -92,7 +93,7 @@ TEST(vtk_input, types_together_come_back_by_type) {
   EXPECT_EQ(elements, quads.elements);
   for (const int code : {0, 1, 2, 23, -1}) {
     EXPECT_EQ(vtk_input(file.path(), coords, elements, element_type(code)), -4);
-    EXPECT_TRUE(coords.empty() && elements.empty());
+    EXPECT_ALL(coords.empty(), elements.empty());
   }
 }
 
@@ -131,7 +132,7 @@ TEST(vtk_input, cells_of_every_type) {
   }
   for (const unsigned type : {0, 1, 2, 15, 16, 30, 31, 33, 41, 42, 68, 75, 200, 255, 256, 1000000}) {
     const vtk_reading got = read(with_cell(type, 12));
-    EXPECT_TRUE(got.code == 1 && got.types.empty()) << type;
+    EXPECT_ALL(got.code == 1, got.types.empty()) << type;
   }
   EXPECT_EQ(read(with_cell(7, 5)).code, 1);
   const vtk_reading wedge = read(with_points("CELLS 1 9 8 0 1 2 2 3 4 5 5 CELL_TYPES 1 12"));
@@ -144,12 +145,12 @@ TEST(vtk_input, cells_of_every_type) {
 
 TEST(vtk_input, points_behind_a_cell_that_do_not_complete_it) {
   const vtk_reading fitting = read(with_points("CELLS 2 10 4 0 1 2 3 4 4 5 6 7 CELL_TYPES 2 9 2"));
-  EXPECT_TRUE(fitting.code == 0 && fitting.types == dense1D<int>{ELT_QUAD8});
+  EXPECT_ALL(fitting.code == 0, fitting.types == dense1D<int>{ELT_QUAD8});
   for (const char* const cells :
        {"CELLS 2 9 4 0 1 2 3 3 4 5 6 CELL_TYPES 2 9 2", "CELLS 2 10 4 0 1 2 3 4 4 5 6 0 CELL_TYPES 2 9 2",
         "CELLS 2 10 4 0 1 2 3 4 4 5 6 7 CELL_TYPES 2 8 2", "CELLS 2 11 5 0 1 2 3 4 4 5 6 7 8 CELL_TYPES 2 9 2"}) {
     const vtk_reading got = read(with_points(cells));
-    EXPECT_TRUE(got.code == 1 && got.types == dense1D<int>{ELT_QUAD4}) << cells;
+    EXPECT_ALL(got.code == 1, got.types == dense1D<int>{ELT_QUAD4}) << cells;
   }
 }
 
