@@ -9,7 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 need_packages g++ clang libclang-rt-14-dev cmake ninja-build libgtest-dev pkg-config clang-format clang-tidy git \
-  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema libopenmpi-dev openmpi-bin
+  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema libopenmpi-dev openmpi-bin libptscotch-dev
 
 sources() { git -c safe.directory="$PWD" ls-files --cached --others --exclude-standard -- "$@"; }
 

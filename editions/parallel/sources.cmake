@@ -3,6 +3,7 @@
 set(qel_gridwork_mpi_internal_headers
   core/coordinates.h
   core/elements.h
+  core/identity_map.h
   core/index_flags.h
   core/limits.h
   core/position_table.h
@@ -33,15 +34,23 @@ set(qel_gridwork_mpi_internal_sources
 
 set(qel_gridwork_mpi_sources
   adjacency/boundaries.cpp
+  adjacency/edges.cpp
   adjacency/neighbors.cpp
+  adjacency/node_elements.cpp
+  adjacency/subdomains.cpp
   communication/team.cpp
+  measures/measures.cpp
   merging/cell_directory.cpp
   merging/chains.cpp
   merging/handled_nodes.cpp
   merging/survivors.cpp
   parts/checks.cpp
   parts/cleaning.cpp
+  parts/curve.cpp
+  parts/graph.cpp
+  parts/migration.cpp
   parts/sharing.cpp
+  parts/shipping.cpp
   stl/binary_input.cpp
   stl/input.cpp
   stl/join_pieces.cpp

@@ -129,7 +129,11 @@ int parse_all(team& ranks, text& file, std::uint64_t bytes, piece& read) {
   if (rank != 0) start = first_facet(file, bytes / size * rank, rank + 1 == size ? bytes : bytes / size * (rank + 1));
   ranks.gather(start, starts.data());
   outcome end{io::stl_bad_facet, 0};
-  if (rank == 0 || (start != nowhere && file.go_to(start))) end = parse(file, starts, triangles);
+  if (rank == 0 || (start != nowhere && file.go_to(start))) {
+    end = parse(file, starts, triangles);
+  } else if (start != nowhere) {
+    end.result = out_of_memory;
+  }
   ranks.gather(end.encoded(), outcomes.data());
   code = ranks.agree(end.result == out_of_memory ? out_of_memory : 0);
   if (code < 0) return code;

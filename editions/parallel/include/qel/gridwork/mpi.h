@@ -29,6 +29,7 @@
 
 #include "qel/dense.h"
 #include "qel/export.h"
+#include "qel/fixed.h"
 #include "qel/gridwork/elements.h"
 
 namespace qel {
@@ -179,6 +180,148 @@ QEL_GRIDWORK_API int get_neighbors(MPI_Comm comm, const mesh_part& part, element
 QEL_GRIDWORK_API int get_mesh_boundaries(const mesh_part& part, element_type type,
                                          const dense2D<std::uint64_t>& neighbors, dense2D<std::uint64_t>& boundaries,
                                          dense1D<std::uint64_t>& slots);
+
+/// Colours the connected parts of the whole mesh: qel::gridwork::get_subdomains(), without walls.
+///
+/// @param comm       communicator
+/// @param part       part
+/// @param type       type of all elements
+/// @param sharing    of this part, from share_nodes()
+/// @param neighbors  boundaries x e, from get_neighbors()
+/// @param colors     overwritten: e; the colour of each element, counted from 0 in the order of the first elements
+/// @param parts      overwritten: number of connected parts of the whole mesh
+/// @return 0; -1 also for a wrong row count; -2 for a type that is not accepted; -3 when it differs; -4 when `sharing` does
+///         not go with the part; -5 for `neighbors` of another size
+///
+/// Cost: linear, up to a logarithm. Bytes: 16 for each boundary between ranks; then some 100 for each connected part of a
+/// part, in rounds as many as the logarithm of these.
+QEL_GRIDWORK_API int get_subdomains(MPI_Comm comm, const mesh_part& part, element_type type,
+                                    const node_sharing& sharing, const dense2D<std::uint64_t>& neighbors,
+                                    dense1D<std::uint64_t>& colors, std::uint64_t& parts);
+
+/// Lists for each node of a part the elements of all ranks that hold it: qel::gridwork::get_connected_elements().
+///
+/// @param comm      communicator
+/// @param part      part
+/// @param sharing   of this part, from share_nodes()
+/// @param offsets   overwritten: n + 1; the elements of node i are `elements[offsets[i]]` to `elements[offsets[i + 1] - 1]`
+/// @param elements  overwritten: IDs, increasing for each node; an element that holds a node twice is listed twice
+/// @return 0; -3 when `sharing` does not go with the part
+///
+/// Cost: linear, up to a logarithm. Bytes: 16 for each element of a shared node and each other rank that has it.
+QEL_GRIDWORK_API int get_connected_elements(MPI_Comm comm, const mesh_part& part, const node_sharing& sharing,
+                                            dense1D<unsigned>& offsets, dense1D<std::uint64_t>& elements);
+
+/// Numbers the edges of the whole mesh in the order of qel::gridwork::copy_edges().
+///
+/// @param comm      communicator
+/// @param part      part
+/// @param type      type of all elements
+/// @param edges     overwritten: 2 x edges of the part, indices of the part, as copy_edges() lists them
+/// @param edge_IDs  overwritten: the number of each, increasing; the same in all parts that have it
+/// @param total     overwritten: number of edges of the whole mesh
+/// @return 0; -1 also for a wrong row count; -3 when `type` differs
+///
+/// Cost: that of copy_edges(), and a logarithm for each edge. Bytes: 24 for an edge whose lower node's ID lies in the range of
+/// another rank.
+QEL_GRIDWORK_API int number_edges(MPI_Comm comm, const mesh_part& part, element_type type, dense2D<unsigned>& edges,
+                                  dense1D<std::uint64_t>& edge_IDs, std::uint64_t& total);
+
+/// Parts elements by a curve that fills space (G. M. Morton, 1966): near elements come together, as many to each part.
+///
+/// The result depends on the mesh and on `parts`, not on where elements lie now. Elements whose centroids are at one place, to
+/// 2^-21 of the mesh's extent in space and 2^-31 in the plane, go to one part.
+///
+/// @param comm     communicator
+/// @param part     part
+/// @param parts    number of parts, above 0, usually that of the ranks
+/// @param targets  overwritten: e; the part of each element, below `parts`
+/// @return 0; -3 when `parts` is not above 0, or differs
+///
+/// Cost: e log e, and 63 reductions of `parts` numbers.
+QEL_GRIDWORK_API int partition_by_curve(MPI_Comm comm, const mesh_part& part, int parts, dense1D<int>& targets);
+
+/// Parts the graph of elements and their neighbours by PT-Scotch (F. Pellegrini), so that few boundaries lie between parts.
+///
+/// Nothing is promised of the result but about as many elements in each part: it may differ from run to run. PT-Scotch
+/// duplicates the communicator for its own use, and writes what it finds wrong to the standard error output.
+///
+/// @param comm       communicator
+/// @param part       part
+/// @param neighbors  boundaries x e, from get_neighbors()
+/// @param parts      number of parts, above 0, usually that of the ranks
+/// @param targets    overwritten: e; the part of each element, below `parts`
+/// @return 0; -3 for `neighbors` of another size; -4 when `parts` is not above 0, or differs; -199 also when PT-Scotch
+///         fails; -202 when the component was built without PT-Scotch
+///
+/// Cost: that of PT-Scotch. Bytes before that: 32 for an element whose ID lies in the range of another rank, 16 to 32 for a
+/// neighbour on another rank.
+QEL_GRIDWORK_API int partition_graph(MPI_Comm comm, const mesh_part& part, const dense2D<std::uint64_t>& neighbors,
+                                     int parts, dense1D<int>& targets);
+
+/// Moves elements to other ranks, as any partitioner wishes. IDs and results of all functions stay.
+///
+/// @param comm     communicator
+/// @param part     changed; left as it was on a negative result
+/// @param targets  e; the rank that each element goes to
+/// @return 0; -3 when `targets` has not e entries, or one that is no rank
+///
+/// Cost: linear, up to a logarithm. Bytes: 8 (rows + 1) for an element that moves, 32 for each of its nodes.
+QEL_GRIDWORK_API int migrate(MPI_Comm comm, mesh_part& part, const dense1D<int>& targets);
+
+/// Copies the elements of other ranks that hold a node of this part: a layer around it, in a part of its own.
+///
+/// @param comm     communicator
+/// @param part     part
+/// @param sharing  of this part, from share_nodes()
+/// @param ghosts   overwritten: these elements, and all of their nodes
+/// @param owners   overwritten: the rank of each
+/// @return 0; -3 when `sharing` does not go with the part
+///
+/// Cost: linear in e and in the layer. Bytes: as for migrate().
+QEL_GRIDWORK_API int get_ghosts(MPI_Comm comm, const mesh_part& part, const node_sharing& sharing, mesh_part& ghosts,
+                                dense1D<int>& owners);
+
+/// The worst shape quality of the whole mesh and the first element that has it: qel::gridwork::min_quality().
+///
+/// @param comm     communicator
+/// @param part     part
+/// @param type     as for qel::gridwork::shape_qualities()
+/// @param qmin     overwritten: the smallest quality; 1 on a negative result
+/// @param element  overwritten: ID of its element; `~0` when none has a quality below 1, and on a negative result
+/// @return 0; else as shape_qualities(); -3 also when `type` differs
+///
+/// Cost: linear; bytes: those of two numbers.
+QEL_GRIDWORK_API int min_quality(MPI_Comm comm, const mesh_part& part, element_type type, double& qmin,
+                                 std::uint64_t& element);
+
+/// Counts the shape qualities of the whole mesh in equal bins, and takes their mean.
+///
+/// The mean is that of qualities rounded to multiples of 2^-52, whose sum is exact: the same on any number of ranks.
+///
+/// @param comm          communicator
+/// @param part          part
+/// @param type          as for qel::gridwork::shape_qualities()
+/// @param lower, upper  range of the bins, as of misc::histogram; qualities beyond it are in none
+/// @param bins          as many entries as there are to be bins; overwritten on success
+/// @param mean          overwritten: mean of all qualities; 0 without elements, and on a negative result
+/// @return 0; else as shape_qualities(); -3, -4, -5, -6 also when `type`, a bound or the number of bins differs; -5 when
+///         `lower` is not below `upper`
+///
+/// Cost: linear; bytes: those of the bins.
+QEL_GRIDWORK_API int quality_histogram(MPI_Comm comm, const mesh_part& part, element_type type, double lower,
+                                       double upper, dense1D<std::uint64_t>& bins, double& mean);
+
+/// The closed box around all nodes; of nodes in the plane with z = 0. A NaN counts nowhere, and -0 may stand for 0.
+///
+/// @param comm        communicator
+/// @param part        part
+/// @param Pmin, Pmax  overwritten: corners; infinity and -infinity where there is no node
+/// @return 0, or a code of all functions
+///
+/// Cost: linear; bytes: those of six numbers.
+QEL_GRIDWORK_API int bounding_box(MPI_Comm comm, const mesh_part& part, vector_fixed<double, 3>& Pmin,
+                                  vector_fixed<double, 3>& Pmax);
 
 }  // namespace mpi
 }  // namespace gridwork
