@@ -54,6 +54,32 @@ set(CPACK_COMPONENT_QEL_GRIDWORK_TOOLS_DESCRIPTION
   "finite-element mesh utilities - command-line tool\n${about}\n\nThis package holds the program gridwork, which tells what is in mesh files,
 looks for faults, merges nodes, converts, cuts and measures.")
 
+# The component for MPI, where it is built: packages of its own, as it brings MPI with it. Its library finds the other one,
+# which is in no package yet, where it was built.
+if(QEL_GRIDWORK_BUILD_MPI)
+  list(APPEND CPACK_COMPONENTS_ALL qel_gridwork_mpi_runtime qel_gridwork_mpi_development)
+  set(same_version "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+  set(about_mpi "Meshes in parts, on the ranks of an MPI communicator, with the results of
+the serial functions on the whole mesh.")
+  set(CPACK_DEBIAN_QEL_GRIDWORK_MPI_RUNTIME_PACKAGE_NAME libqel-gridwork-mpi${PROJECT_VERSION_MAJOR})
+  set(CPACK_DEBIAN_QEL_GRIDWORK_MPI_RUNTIME_PACKAGE_SECTION libs)
+  set(CPACK_DEBIAN_QEL_GRIDWORK_MPI_RUNTIME_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_QEL_GRIDWORK_MPI_RUNTIME_PACKAGE_DEPENDS
+    "${CPACK_DEBIAN_QEL_GRIDWORK_RUNTIME_PACKAGE_NAME} ${same_version}")
+  set(CPACK_DEBIAN_QEL_GRIDWORK_MPI_RUNTIME_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/triggers)
+  set(CPACK_COMPONENT_QEL_GRIDWORK_MPI_RUNTIME_DESCRIPTION
+    "finite-element mesh utilities - shared library for MPI\n${about_mpi}\n\nThis package holds the shared library.")
+  set(CPACK_DEBIAN_QEL_GRIDWORK_MPI_DEVELOPMENT_PACKAGE_NAME libqel-gridwork-mpi-dev)
+  set(CPACK_DEBIAN_QEL_GRIDWORK_MPI_DEVELOPMENT_PACKAGE_SECTION libdevel)
+  string(JOIN ", " CPACK_DEBIAN_QEL_GRIDWORK_MPI_DEVELOPMENT_PACKAGE_DEPENDS
+    "${CPACK_DEBIAN_QEL_GRIDWORK_MPI_RUNTIME_PACKAGE_NAME} ${same_version}"
+    "${CPACK_DEBIAN_QEL_GRIDWORK_DEVELOPMENT_PACKAGE_NAME} ${same_version}" "libopenmpi-dev")
+  set(CPACK_COMPONENT_QEL_GRIDWORK_MPI_DEVELOPMENT_DESCRIPTION
+    "finite-element mesh utilities - development files for MPI\n${about_mpi}\n\nThis package holds the header and the files for CMake.")
+endif()
+
 # What every Debian package carries beside the files that are installed.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_documents.cmake)
 set(CPACK_QEL_GRIDWORK_SOURCE_DIR ${CMAKE_CURRENT_SOURCE_DIR})

@@ -38,8 +38,8 @@ std::uint64_t cells_wanted(std::uint64_t nodes, std::uint64_t fine, std::uint64_
   const auto enough = static_cast<double>(limits::positions_per_cell);
   double in_cell = static_cast<double>(nodes) / static_cast<double>(std::max<std::uint64_t>(1, fine));
   std::uint64_t cells = limits::counted_cells;
-  for (; in_cell > enough && cells < most; cells *= 8) in_cell /= factor;
-  for (; in_cell * factor <= enough && cells > 1; cells /= 8) in_cell *= factor;
+  for (; in_cell >= factor * enough && cells < most; cells *= 8) in_cell /= factor;
+  for (; in_cell < enough && cells > 1; cells /= 8) in_cell *= factor;
   return cells;
 }
 
