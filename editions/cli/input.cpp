@@ -9,6 +9,7 @@
 #include <cstring>
 #include <vector>
 
+#include "descriptors.h"
 #include "failure.h"
 #include "progress.h"
 
@@ -22,24 +23,14 @@ struct stat state_of(int descriptor) {
   return state;
 }
 
-void write_all(int to, const char* bytes, ssize_t count) {
-  while (count > 0) {
-    const ssize_t written = write(to, bytes, static_cast<std::size_t>(count));
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) fail_by_errno();
-    bytes += written;
-    count -= written;
-  }
-}
-
 void copy_stream(int from, int to) {
   std::vector<char> block(1U << 16U);
   for (;;) {
-    const ssize_t count = read(from, block.data(), block.size());
-    if (count < 0 && errno == EINTR) continue;
+    const ssize_t count = read_some(from, block.data(), block.size());
     if (count < 0) fail_by_errno();
     if (count == 0) return;
-    write_all(to, block.data(), count);
+    errno = write_all(to, block.data(), static_cast<std::size_t>(count));
+    if (errno != 0) fail_by_errno();
   }
 }
 

@@ -2,11 +2,12 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "report/utf8.h"
 
 namespace cli {
 
@@ -53,10 +54,17 @@ std::string grouped(unsigned long long value) {
   return digits;
 }
 
+// Control characters lie below the blank, at DEL, and in UTF-8 between C2 80 and C2 9F.
 std::string printable(std::string_view text) {
-  std::string safe(text);
-  std::replace_if(
-      safe.begin(), safe.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
+  std::string safe;
+  while (!text.empty()) {
+    const std::size_t length = report::utf8_length(text);
+    const auto first = static_cast<unsigned char>(text[0]);
+    const bool steers =
+        length == 0 || first < 0x20 || first == 0x7F || (first == 0xC2 && static_cast<unsigned char>(text[1]) < 0xA0);
+    safe += steers ? "?" : std::string(text.substr(0, length));
+    text.remove_prefix(length == 0 ? 1 : length);
+  }
   return safe;
 }
 

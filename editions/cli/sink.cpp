@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "descriptors.h"
 #include "failure.h"
 
 namespace cli {
@@ -14,18 +15,6 @@ namespace cli {
 namespace {
 
 constexpr std::size_t block_size = 1U << 18U;
-
-// 0 or an errno.
-int write_all(int to, const char* bytes, std::size_t count) {
-  while (count > 0) {
-    const ssize_t written = write(to, bytes, count);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    bytes += written;
-    count -= static_cast<std::size_t>(written);
-  }
-  return 0;
-}
 
 }  // namespace
 
@@ -50,8 +39,7 @@ int sink::finish() {
 void sink::drain() {
   std::vector<char> block(block_size);
   for (;;) {
-    const ssize_t count = read(ends_[0], block.data(), block.size());
-    if (count < 0 && errno == EINTR) continue;
+    const ssize_t count = read_some(ends_[0], block.data(), block.size());
     if (count <= 0) return;
     if (error_ == 0) error_ = write_all(to_, block.data(), static_cast<std::size_t>(count));
   }

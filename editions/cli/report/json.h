@@ -43,18 +43,7 @@ class json {
     return "[" + list + "]";
   }
 
-  static std::string quoted(std::string_view text) {
-    std::string quoted = "\"";
-    for (const char c : text) quoted += escaped(c);
-    return quoted + "\"";
-  }
-
-  static std::string escaped(char c) {
-    if (c == '"' || c == '\\') return {'\\', c};
-    if (static_cast<unsigned char>(c) >= 0x20) return {c};
-    constexpr char digits[] = "0123456789abcdef";
-    return {'\\', 'u', '0', '0', digits[c >> 4], digits[c & 15]};
-  }
+  static std::string quoted(std::string_view text);
 
   std::string text_;
 };

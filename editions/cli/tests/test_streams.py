@@ -1,7 +1,9 @@
 """Streams, exit statuses, and outputs that appear whole or not at all."""
+import json
 import os
 import pty
 import resource
+import select
 import signal
 import subprocess
 import time
@@ -112,3 +114,86 @@ def test_colours_on_a_terminal_alone(tool):
 
 def test_names_do_not_steer_the_terminal(tool):
     assert b"\033" not in tool.run("info", "\033[2Jx.stl").stderr
+
+
+def test_names_that_are_no_utf8_come_back_from_json(tool):
+    name = b"caf\xe9 \xc3\xa9\xf0\x9f\x90\x87\x07.obj"
+    os.rename(tool.folder / "solid.obj", os.path.join(os.fsencode(tool.folder), name))
+    result = tool.run("--json", "info", os.fsdecode(name))
+    assert os.fsencode(json.loads(result.stdout.decode())["file"]) == name
+    assert b"\\udce9" in result.stdout and b"\\u0007" in result.stdout
+    assert "caf? é🐇?.obj" in tool.run("info", os.fsdecode(name)).stdout.decode()
+
+
+def test_the_status_of_a_signal_is_seen_by_shells(tool):
+    os.mkfifo(tool.folder / "in.obj")
+    script = f"'{tool.program}' info in.obj & sleep 0.3; kill -TERM $!; wait $!; echo $?"
+    assert subprocess.run(["sh", "-c", script], cwd=tool.folder, capture_output=True, timeout=60,
+                          check=True).stdout.split()[-1:] == [b"143"]
+
+
+def test_a_signal_removes_what_is_half_written(tool):
+    lines = ["v 0 0 0", "v 1 0 0", "v 0 1 0"] + ["f 1 2 3"] * 1000000
+    (tool.folder / "large.obj").write_text("\n".join(lines) + "\n")
+    with subprocess.Popen([tool.program, "convert", "large.obj", "out.vtk"], cwd=tool.folder) as running:
+        while running.poll() is None and not any(name.startswith(".gridwork") for name in tool.files()):
+            time.sleep(0.001)
+        running.send_signal(signal.SIGINT)
+        assert running.wait(60) in (-signal.SIGINT, 0)
+    assert [name for name in tool.files() if name.startswith(".gridwork")] == []
+    assert running.returncode == 0 or "out.vtk" not in tool.files()
+
+
+def test_progress_on_a_terminal_alone(tool):
+    os.mkfifo(tool.folder / "in.obj")
+    data = (tool.folder / "solid.obj").read_bytes()
+    for options, wanted in (([], True), (["--quiet"], False)):
+        outer, inner = pty.openpty()
+        with subprocess.Popen([tool.program, *options, "info", "in.obj"], cwd=tool.folder, stdout=subprocess.DEVNULL,
+                              stderr=inner) as running:
+            with open(tool.folder / "in.obj", "wb") as slow:
+                slow.write(data[:10])
+                slow.flush()
+                time.sleep(0.8)
+                slow.write(data[10:])
+            assert running.wait(60) == 0
+        shown = os.read(outer, 65536) if select.select([outer], [], [], 0.2)[0] else b""
+        os.close(inner)
+        os.close(outer)
+        assert (b"reading in.obj ... 0." in shown) == wanted, shown
+
+
+@pytest.fixture
+def small_disk(tmp_path):
+    """A file system of 64 KiB, where we may mount one."""
+    folder = tmp_path / "small"
+    folder.mkdir()
+    if os.geteuid() != 0 or subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", folder],
+                                           capture_output=True, check=False).returncode != 0:
+        pytest.skip("no file system can be mounted")
+    yield folder
+    subprocess.run(["umount", folder], check=True)
+
+
+def test_a_full_disk_leaves_what_was_there(tool, small_disk):
+    (tool.folder / "large.obj").write_text("v 0 0 0\nv 1 0 0\nv 0 1 0\n" + "f 1 2 3\n" * 20000)
+    (small_disk / "out.vtk").write_text("before")
+    for out in ("new.stl", "out.vtk", "part.case"):
+        result = tool.run("convert", "large.obj", small_disk / out, "--force")
+        assert result.returncode == 2 and b"No space left on device" in result.stderr
+    assert [path.name for path in small_disk.iterdir()] == ["out.vtk"]
+    assert (small_disk / "out.vtk").read_text() == "before"
+
+
+def test_a_pipe_that_breaks_ends_the_writing(tool):
+    (tool.folder / "large.obj").write_text("v 0 0 0\nv 1 0 0\nv 0 1 0\n" + "f 1 2 3\n" * 200000)
+    script = f"'{tool.program}' convert large.obj - --to vtk | head -c 10 > out"
+    result = subprocess.run(["sh", "-c", script], cwd=tool.folder, capture_output=True, timeout=60, check=True)
+    assert result.stderr == b"" and (tool.folder / "out").stat().st_size == 10
+
+
+def test_folders_are_no_meshes(tool):
+    (tool.folder / "folder.stl").mkdir()
+    for arguments in (["info", "folder.stl"], ["convert", "solid.obj", "folder.stl", "-f"]):
+        result = tool.run(*arguments)
+        assert (result.returncode, result.stderr) == (2, b"gridwork: folder.stl: Is a directory\n")
