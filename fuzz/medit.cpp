@@ -14,7 +14,8 @@ struct medit_reading : reading {
   }
 };
 
-/// Elements that were read and written have at most the vertices of what they were.
+/// Elements that were read and written have at most the vertices of what they were. Pyramids and wedges that have a node
+/// twice are hexahedra then.
 void check_written(const reading& m, const memory_file& file) {
   for (unsigned b = 0; b < m.types.size(); ++b) {
     const auto type = element_type(m.types[b]);
@@ -23,7 +24,8 @@ void check_written(const reading& m, const memory_file& file) {
     const std::string bytes = file.content();
     const medit_reading again(file.path());
     CHECK(again.code == 0 && again.coords.cols() == m.coords.cols() && again.coords.rows() == m.coords.rows());
-    if (nbr_nodes(type) == nbr_base_nodes(type)) CHECK(again.connectivity == elements);
+    const bool stays = (type != ELT_PYRAMID5 && type != ELT_WEDGE6) || has_distinct_nodes(elements);
+    if (stays && nbr_nodes(type) == nbr_base_nodes(type)) CHECK(again.connectivity == elements);
     if (again.types.size() != 1) continue;  // quadratic hexahedra may have linear ones that are wedges
     CHECK(medit_output(file.path(), again.coords, again.connectivity, element_type(again.types[0])) == 0);
     CHECK(file.content() == bytes);
