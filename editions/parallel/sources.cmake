@@ -28,6 +28,7 @@ set(qel_gridwork_mpi_internal_sources
   core/elements.cpp
   io/stl_geometry.cpp
   io/text/exact_number.cpp
+  io/text/file.cpp
   io/text/number_scan.cpp
   io/triangle_soup.cpp
   search/merging/near_nodes.cpp

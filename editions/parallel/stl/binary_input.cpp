@@ -19,7 +19,7 @@ constexpr std::uint64_t first_byte = io::stl_header_bytes + io::stl_count_bytes;
 
 /// The number of triangles that a file of this size has, or a negative result.
 std::int64_t count_triangles(const char* filename) {
-  const io::file file(filename, "rb");
+  const io::file file(filename, io::access::read);
   if (!file.is_open()) return not_open;
   const std::uint64_t size = file.size();
   if (size < io::stl_header_bytes) return no_header;

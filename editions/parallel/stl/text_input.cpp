@@ -34,7 +34,7 @@ class triangle_list {
 /// A text from one of its bytes on.
 class text {
  public:
-  explicit text(const char* filename) noexcept : file_(filename, "rb"), blocks_(file_.stream()) {}
+  explicit text(const char* filename) noexcept : file_(filename, io::access::read), blocks_(file_.stream()) {}
 
   bool is_open() const noexcept { return file_.is_open(); }
   [[nodiscard]] bool prepare() noexcept { return blocks_.prepare(); }
