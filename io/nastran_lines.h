@@ -29,7 +29,7 @@ class usual_cards {
   }
 
  private:
-  static constexpr std::ptrdiff_t width = 8, data_end = 72;
+  static constexpr std::ptrdiff_t width = 8;
   static constexpr unsigned fields_per_line = 8, most_fields = 22;
 
   /// The start of the next card, where a line ends; null when that cannot be told, or when the card goes on there.
@@ -188,16 +188,17 @@ class usual_cards {
   static const char* read_fixed_fields(const char* line, const char* p, unsigned* fields, unsigned& count) noexcept {
     p = skip_blank_columns(p, line + width - p);
     while (p != nullptr) {
-      for (unsigned k = 0; k < fields_per_line && !is_line_end(p); ++k) {
+      const unsigned first = count;
+      for (; count != first + fields_per_line && !is_line_end(p); ++count) {
         if (count == most_fields) return nullptr;
-        p = read_unsigned(p, width, fields[count++]);
+        p = read_unsigned(p, width, fields[count]);
         if (p == nullptr) return nullptr;
       }
       p = find_newline(p, ",");
       if (p == nullptr) return nullptr;
       const bool goes_on = p[1] == '+' || p[1] == ' ';
       if (!goes_on) return next_card(p);
-      if (count % fields_per_line != 0) return nullptr;
+      if (count != first + fields_per_line) return nullptr;
       p = p[1] == '+' ? skip_narrow_mark(p + 1) : skip_blank_columns(p + 1, width);
     }
     return nullptr;

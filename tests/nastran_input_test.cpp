@@ -95,6 +95,12 @@ TEST(nastran_input, forms_of_fields_and_lines) {
   EXPECT_EQ(element("CHEXA,1,2,1,2,3,4,5,6,+\n+,7,8\n"), "20: 1 2 3 4 5 6 7 8 p2 e1");
   EXPECT_EQ(element("CHEXA,1,2,1,2,3,4,5,6,7,8\n"), "20: 1 2 3 4 5 6 7 8 p2 e1");
   EXPECT_EQ(element("CHEXA,1,2,1,2,3,4,5,6,7,8,+x\n"), "20: 1 2 3 4 5 6 7 8 p2 e1");
+  const string hexahedron = "CHEXA          1       2       1       2       3       4       5       6";
+  EXPECT_EQ(element(hexahedron + "\n+              7       8"), "20: 1 2 3 4 5 6 7 8 p2 e1");
+  EXPECT_EQ(element(hexahedron + "+more\n              7       8\n"), "20: 1 2 3 4 5 6 7 8 p2 e1");
+  EXPECT_EQ(element(hexahedron + "\n        \n+              7       8"), "20: 1 2 3 4 5 6 7 8 p2 e1")
+      << "a blank line";
+  EXPECT_EQ(element(hexahedron + "\n+       \n+              7       8"), "code -2") << "a line of blank fields";
   EXPECT_EQ(element("CTRIA3,1,,1,2,3\n$" + string(1 << 20, ',') + "\nCTRIA3,2"), "code -2");
   EXPECT_EQ(element("CTRIA3,1,2,1,2,3" + string(100000, ' ') + "\n"), "code -2") << "cut in free fields";
   EXPECT_EQ(element("CTRIA3         1       2       1       2       3" + string(100000, ' ') + "CBAR,2\n"),
