@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds the fuzzers (with clang, in build/fuzz) and runs them from their seeds and from what they found before, which is
-# kept in build/fuzz/found. Stops at the first input that fails, and says how to run it again. With --small, the limits
-# of core/limits.h are small, and everything lies in build/fuzz_small.
+# Builds the fuzzers (with clang, in build/asan) and runs them from their seeds and from what they found before, which is
+# kept in build/asan/found. Stops at the first input that fails, and says how to run it again. With --small, the limits
+# of core/limits.h are small, and everything lies in build/small.
 # Usage: scripts/fuzz.sh [--small] [TARGET|all [SECONDS]]
 # All of them, two at a time, and 60 seconds each if not told otherwise.
 set -euo pipefail
@@ -9,9 +9,9 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 need_packages clang libclang-rt-14-dev cmake ninja-build libgtest-dev
-export preset=fuzz
+export preset=asan
 if [[ ${1:-} == --small ]]; then
-  preset=fuzz_small
+  preset=small
   shift
 fi
 cmake --preset "$preset" > /dev/null
