@@ -72,8 +72,8 @@ constexpr unsigned query_stack = limit(64U, 2U);
 
 /// The balanced tree is built once there were so many queries, and one in so many nodes more: its construction costs
 /// about as much as plain walks for these.
-constexpr std::uint64_t queries_before_leaves = limit<std::uint64_t>(16, 2);
-constexpr std::uint64_t nodes_per_query_before_leaves = limit<std::uint64_t>(64, 8);
+constexpr std::uint64_t queries_before_query_tree = limit<std::uint64_t>(16, 2);
+constexpr std::uint64_t nodes_per_query_before_query_tree = limit<std::uint64_t>(64, 8);
 
 /// Nodes in a box up to which the balanced tree answers; they have to be sorted. More are cheaper to walk in order.
 constexpr unsigned most_in_sorted_box = limit(64U, 4U);
@@ -105,7 +105,7 @@ constexpr std::uint64_t nodes_per_cell = 1;
 
 /// Partings within one another after which a cell gets a tree. Even sets need three; where clusters lie within clusters,
 /// more of them would cost a pass each.
-constexpr unsigned most_partings = limit(6U, 2U);
+constexpr unsigned most_subdivisions = limit(6U, 2U);
 
 /// The edge of the smallest cell, in tolerances: smaller ones would be entered by more nodes from beside them than from
 /// within. More than 2, so that a node enters two cells of an axis at most.

@@ -30,7 +30,7 @@ class size_gradation {
   }
 
   /// Makes the nodes that bound a neighbour wait. True when an edge is not sound.
-  bool look_at(const dense2D<unsigned>& edges) noexcept {
+  bool queue_bounding_nodes(const dense2D<unsigned>& edges) noexcept {
     bool skipped = false;
     for (std::uint64_t j = 0; j < edges.cols(); ++j) {
       const unsigned a = edges(0, j);
@@ -87,7 +87,7 @@ int bound_sizes(const dense2D<double>& coords, const dense2D<unsigned>& edges, d
                 double max_variation, dense1D<unsigned>* ids) {
   size_gradation<Dim> gradation(coords, max_variation);
   if (!gradation.prepare(sizes)) return out_of_memory;
-  const bool skipped = gradation.look_at(edges);
+  const bool skipped = gradation.queue_bounding_nodes(edges);
   int result = 0;
   if (!gradation.is_done()) result = gradation.bound(edges) ? gradation.store(sizes, ids) : out_of_memory;
   return skipped && result >= 0 ? skipped_edge : result;

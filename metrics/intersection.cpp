@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <limits>
 
 #include "metrics/spectrum.h"
 #include "qel/gridwork/metrics.h"
@@ -42,8 +41,6 @@ double squared_length(const tensor<N>& M, const matrix_fixed<double, N, N>& V, u
   }
   return sum;
 }
-
-bool is_positive_number(double x) noexcept { return x > 0 && x < std::numeric_limits<double>::max(); }
 
 /// Makes M the tensor that is diagonal in the common axes of both and has there the entries chosen of each two.
 template <unsigned N, class Choose>

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "core/coordinates.h"
 #include "core/edge_vector.h"
@@ -31,14 +30,12 @@ int with_dimension(const dense2D<double>& coords, Action action) {
   return coords.rows() == 2 ? action(dimension<2>()) : action(dimension<3>());
 }
 
-inline bool is_valid_size(double h) noexcept { return h > 0 && h < std::numeric_limits<double>::max(); }
-
 /// For each of n nodes its size, or 0 where it has none. False when memory ran out.
 [[nodiscard]] inline bool copy_valid_sizes(const dense1D<double>& sizes, std::uint64_t n, dense1D<double>& valid) {
   if (!valid.resize(n)) return false;
   const std::uint64_t given = std::min(n, sizes.size());
   std::transform(sizes.begin(), sizes.begin() + given, valid.begin(),
-                 [](double h) { return is_valid_size(h) ? h : 0; });
+                 [](double h) { return is_positive_number(h) ? h : 0; });
   std::fill(valid.begin() + given, valid.end(), 0.0);
   return true;
 }

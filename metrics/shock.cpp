@@ -84,8 +84,8 @@ int visit_shocks(const dense2D<unsigned>& edges, const Shock& shock, Take take) 
 }
 
 template <template <unsigned> class Shock, class Prescribed, class Take>
-int measure(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
-            const Prescribed& prescribed, Take take) {
+int visit_mesh_shocks(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                      const Prescribed& prescribed, Take take) {
   const int code = check_mesh(coords, connectivity, type);
   if (code != 0) return code;
   dense2D<unsigned> edges;
@@ -100,25 +100,25 @@ template <template <unsigned> class Shock, class Prescribed>
 int find_largest(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                  const Prescribed& prescribed, double& largest) {
   double most = 0;
-  const int result = measure<Shock>(coords, connectivity, type, prescribed,
-                                    [&most](double logarithm) { most = std::max(most, logarithm); });
+  const int result = visit_mesh_shocks<Shock>(coords, connectivity, type, prescribed,
+                                              [&most](double logarithm) { most = std::max(most, logarithm); });
   largest = exponential(most);
   return result;
 }
 
 template <template <unsigned> class Shock, class Prescribed>
-int feed(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
-         const Prescribed& prescribed, histogram& H) {
-  return measure<Shock>(coords, connectivity, type, prescribed,
-                        [&H](double logarithm) { H.process(exponential(logarithm)); });
+int fill_histogram(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                   const Prescribed& prescribed, histogram& H) {
+  return visit_mesh_shocks<Shock>(coords, connectivity, type, prescribed,
+                                  [&H](double logarithm) { H.process(exponential(logarithm)); });
 }
 
 }  // namespace
 
 int H_shock(double L, double h1, double h2, double& shock) {
   if (!(L >= 0)) return -1;
-  if (!is_valid_size(h1)) return -2;
-  if (!is_valid_size(h2)) return -3;
+  if (!is_positive_number(h1)) return -2;
+  if (!is_positive_number(h2)) return -3;
   shock = exponential(log_shock(L, h1, h2));
   return 0;
 }
@@ -135,12 +135,12 @@ int H_shock(const dense2D<double>& coords, const dense2D<unsigned>& connectivity
 
 int H_shock(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
             const dense1D<double>& sizes, histogram& H) {
-  return feed<shock_of_sizes>(coords, connectivity, type, sizes, H);
+  return fill_histogram<shock_of_sizes>(coords, connectivity, type, sizes, H);
 }
 
 int H_shock(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
             const dense2D<double>& tensors, histogram& H) {
-  return feed<shock_of_tensors>(coords, connectivity, type, tensors, H);
+  return fill_histogram<shock_of_tensors>(coords, connectivity, type, tensors, H);
 }
 
 }  // namespace qel::gridwork

@@ -17,7 +17,7 @@ namespace {
 
 /// Drops edges that are not sound, and those from a node to itself. True when there were some that are not sound.
 template <unsigned N>
-bool keep_sound(const dense2D<double>& coords, const dense1D<char>& valid, dense2D<unsigned>& edges) noexcept {
+bool drop_unsound_edges(const dense2D<double>& coords, const dense1D<char>& valid, dense2D<unsigned>& edges) noexcept {
   bool skipped = false;
   std::uint64_t kept = 0;
   for (std::uint64_t j = 0; j < edges.cols(); ++j) {
@@ -139,7 +139,7 @@ int bound_along(const dense2D<double>& coords, dense2D<unsigned>& edges, dense2D
   {
     dense1D<char> valid;
     if (!flag_valid_tensors<N>(tensors, coords.cols(), valid)) return out_of_memory;
-    skipped = keep_sound<N>(coords, valid, edges);
+    skipped = drop_unsound_edges<N>(coords, valid, edges);
   }
   int result = 0;
   if (!edges.empty()) {

@@ -4,12 +4,16 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include "qel/dense.h"
 #include "qel/fixed.h"
 
 namespace qel::gridwork::detail {
+
+/// What sizes and squared lengths have to be.
+inline bool is_positive_number(double x) noexcept { return x > 0 && x < std::numeric_limits<double>::max(); }
 
 template <unsigned N>
 using tensor = symmetric_fixed<double, N>;

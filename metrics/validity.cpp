@@ -1,5 +1,3 @@
-#include <limits>
-
 #include "metrics/spectrum.h"
 #include "qel/gridwork/metrics.h"
 
@@ -8,8 +6,6 @@ namespace qel::gridwork {
 using namespace detail;
 
 namespace {
-
-bool is_valid_size(double h) noexcept { return h > 0 && h < std::numeric_limits<double>::max(); }
 
 /// True when the leading minors leave no doubt that the smallest eigenvalue is greater than 0, as computed too: it is
 /// at least 4 det / trace^2, which the bound on the determinant keeps far above the rounding errors of any of these
@@ -54,7 +50,7 @@ bool is_valid_metric(const symmetric_fixed<double, 3>& M) {
 }
 
 unsigned first_invalid_metric(const dense1D<double>& sizes) {
-  return first_failing(sizes.size(), [&](std::uint64_t i) { return is_valid_size(sizes[i]); });
+  return first_failing(sizes.size(), [&](std::uint64_t i) { return is_positive_number(sizes[i]); });
 }
 
 unsigned first_invalid_metric(const dense2D<double>& tensors) {
@@ -63,7 +59,7 @@ unsigned first_invalid_metric(const dense2D<double>& tensors) {
 
 unsigned first_invalid_metric(const dense1D<unsigned>& ids, const dense1D<double>& sizes) {
   return first_failing(ids.size(),
-                       [&](std::uint64_t i) { return ids[i] < sizes.size() && is_valid_size(sizes[ids[i]]); });
+                       [&](std::uint64_t i) { return ids[i] < sizes.size() && is_positive_number(sizes[ids[i]]); });
 }
 
 unsigned first_invalid_metric(const dense1D<unsigned>& ids, const dense2D<double>& tensors) {

@@ -1,4 +1,4 @@
-// The doors of the merge family: checks, the choice of the algorithm, and what is done with the map.
+// The doors of the merge family: checks, by nearness or element by element, and what is done with the map.
 #include "core/coordinates.h"
 #include "core/outputs.h"
 #include "core/result.h"

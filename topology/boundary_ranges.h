@@ -45,12 +45,12 @@ class boundary_ranges {
     return true;
   }
 
-  std::uint64_t operator()(const boundary_nodes& boundary) const noexcept { return range_of(place_of(boundary)); }
+  std::uint64_t operator()(const boundary_nodes& boundary) const noexcept { return range_of(sort_value(boundary)); }
 
  private:
   enum class measure { smallest, sum, scattered_sum };
 
-  std::uint64_t place_of(const boundary_nodes& boundary) const noexcept {
+  std::uint64_t sort_value(const boundary_nodes& boundary) const noexcept {
     const unsigned* end = boundary.nodes + boundary.size;
     if (by_ == measure::smallest) {
       return std::accumulate(boundary.nodes, end, none, [](unsigned a, unsigned b) { return std::min(a, b); });
@@ -69,7 +69,7 @@ class boundary_ranges {
     for (std::uint64_t e = 0; e + step <= connectivity.cols(); e += step) {
       visit_boundaries<Columns>(connectivity.column(e + mix_bits(e) % step),
                                 [&](const boundary_nodes& boundary, unsigned) {
-                                  (void)places.push_back(place_of(boundary));  // there is room
+                                  (void)places.push_back(sort_value(boundary));  // there is room
                                 });
     }
   }

@@ -83,13 +83,14 @@ class colored_mesh {
 };
 
 /// Makes room for `count` more slots and pairs; nothing has changed when memory ran out.
-bool append_both(dense1D<unsigned>& slots, std::uint64_t, dense2D<unsigned>& pairs, std::uint64_t count) {
+bool make_room_for_both(dense1D<unsigned>& slots, std::uint64_t, dense2D<unsigned>& pairs, std::uint64_t count) {
   const std::uint64_t size = slots.size() + count;
   return slots.reserve(size, 2) && append_columns(pairs, 2, count) && slots.resize(size);
 }
 
 /// The same for boundaries of `rows` rows.
-bool append_both(dense2D<unsigned>& boundaries, std::uint64_t rows, dense2D<unsigned>& pairs, std::uint64_t count) {
+bool make_room_for_both(dense2D<unsigned>& boundaries, std::uint64_t rows, dense2D<unsigned>& pairs,
+                        std::uint64_t count) {
   const std::uint64_t old_rows = boundaries.rows(), old_cols = boundaries.cols();
   if (!append_columns(boundaries, rows, count)) return false;
   if (append_columns(pairs, 2, count)) return true;
@@ -97,8 +98,8 @@ bool append_both(dense2D<unsigned>& boundaries, std::uint64_t rows, dense2D<unsi
   return false;
 }
 
-unsigned* last(dense1D<unsigned>& slots, std::uint64_t count) noexcept { return slots.end() - count; }
-unsigned* last(dense2D<unsigned>& m, std::uint64_t count) noexcept { return m.column(m.cols() - count); }
+unsigned* last_columns(dense1D<unsigned>& slots, std::uint64_t count) noexcept { return slots.end() - count; }
+unsigned* last_columns(dense2D<unsigned>& m, std::uint64_t count) noexcept { return m.column(m.cols() - count); }
 
 template <class Columns>
 unsigned* write(const colored_mesh<Columns>&, unsigned e, unsigned k, const dense1D<unsigned>&,
@@ -118,9 +119,9 @@ int append_boundaries(const colored_mesh<Columns>& mesh, Boundaries& boundaries,
   std::uint64_t count = 0;
   mesh.visit_listed([&count](unsigned, unsigned, unsigned, unsigned) { ++count; });
   if (count == 0) return 0;
-  if (!append_both(boundaries, Columns::largest.boundary_nodes, pairs, count)) return out_of_memory;
-  unsigned* boundary = last(boundaries, count);
-  unsigned* pair = last(pairs, count);
+  if (!make_room_for_both(boundaries, Columns::largest.boundary_nodes, pairs, count)) return out_of_memory;
+  unsigned* boundary = last_columns(boundaries, count);
+  unsigned* pair = last_columns(pairs, count);
   mesh.visit_listed([&](unsigned e, unsigned k, unsigned own, unsigned across) {
     boundary = write(mesh, e, k, boundaries, boundary);
     *pair++ = own;

@@ -25,7 +25,7 @@ template <class Columns>
 unsigned scan_for_slot(const node_ring<Columns>& ring, const boundary_nodes& wanted) {
   best_slot best;
   ring.visit_slots([&](const boundary_nodes& boundary, unsigned slot) {
-    best.see(compare_boundaries(wanted, boundary), slot);
+    best.offer(compare_boundaries(wanted, boundary), slot);
     return !best.is_final();
   });
   return best.slot();

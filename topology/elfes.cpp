@@ -112,13 +112,13 @@ class slot_colors {
 int number_slots(const dense2D<unsigned>& neighbors, const dense1D<unsigned>& colors, const dense1D<unsigned>& slots,
                  pair_numbers& pairs, dense1D<unsigned>& groups) {
   if (!pairs.prepare() || !groups.resize(slots.size(), none)) return out_of_memory;
-  slot_colors of(neighbors, colors);
+  slot_colors colors_of(neighbors, colors);
   for (std::uint64_t first = 0; first < slots.size(); first += limits::slot_chunk) {
     const auto count = std::min<std::uint64_t>(limits::slot_chunk, slots.size() - first);
-    if (!of.read(slots.begin() + first, count)) return -1;
+    if (!colors_of.read(slots.begin() + first, count)) return -1;
     for (std::uint64_t i = 0; i < count; ++i) {
       if (slots[first + i] == none) continue;
-      groups[first + i] = pairs.find_or_add(of.own(i), of.across(i));
+      groups[first + i] = pairs.find_or_add(colors_of.own(i), colors_of.across(i));
       if (groups[first + i] == none) return out_of_memory;
     }
   }

@@ -15,7 +15,7 @@ namespace qel::gridwork::detail {
 /// Of the slots that coincide with a boundary: the first in the same direction, else the last in the other.
 class best_slot {
  public:
-  void see(direction found, unsigned slot) noexcept {
+  void offer(direction found, unsigned slot) noexcept {
     if (found == direction::same && same_ == none) same_ = slot;
     if (found == direction::opposite) opposite_ = slot;
   }
@@ -33,7 +33,7 @@ class hub_slots {
   struct answer {
     unsigned hub;
     boundary_nodes boundary;
-    best_slot along, against;  // for a boundary of this direction, and of the other one
+    best_slot same_direction, opposite_direction;  // for a boundary of this direction, and of the other one
   };
 
   /// For comparisons with what the table holds.
@@ -63,8 +63,8 @@ class hub_slots {
     const unsigned hub = wanted.nodes[0];
     const unsigned found = table_.find(hash_of(wanted) + hub, same_as(hub, wanted));
     if (found == none) return none;
-    const bool along = compare_boundaries(wanted, answers_[found].boundary) == direction::same;
-    return (along ? answers_[found].along : answers_[found].against).slot();
+    const bool same = compare_boundaries(wanted, answers_[found].boundary) == direction::same;
+    return (same ? answers_[found].same_direction : answers_[found].opposite_direction).slot();
   }
 
  private:
@@ -73,9 +73,9 @@ class hub_slots {
     if (!table_.make_room() || !answers_.reserve(next + std::uint64_t{1}, 2)) return false;
     const unsigned found = table_.find_or_insert(hash_of(boundary) + hub, next, same_as(hub, boundary));
     if (found == next && !answers_.push_back({hub, boundary, {}, {}})) return false;
-    const bool along = compare_boundaries(answers_[found].boundary, boundary) == direction::same;
-    answers_[found].along.see(along ? direction::same : direction::opposite, slot);
-    answers_[found].against.see(along ? direction::opposite : direction::same, slot);
+    const bool same = compare_boundaries(answers_[found].boundary, boundary) == direction::same;
+    answers_[found].same_direction.offer(same ? direction::same : direction::opposite, slot);
+    answers_[found].opposite_direction.offer(same ? direction::opposite : direction::same, slot);
     return true;
   }
 

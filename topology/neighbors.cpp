@@ -69,19 +69,19 @@ class boundary_matcher {
   /// One round. Slots whose group finds no room are moved to the front, and the end of these is returned.
   unsigned* match_some(unsigned* begin, unsigned* end) noexcept {
     groups_.reset(static_cast<std::uint64_t>(end - begin));
-    unsigned* left = begin;
+    unsigned* postponed = begin;
     for (const unsigned* it = begin; it != end;) {
       const unsigned* chunk_end = end - it > chunk ? it + chunk : end;
       read_keys(it, chunk_end);
       for (const auto* next_key = keys_; it != chunk_end; ++it, ++next_key) {
         prefetch_nodes(end - it > chunk ? it[chunk] : *it);
-        if (!join_group(*next_key, *it)) *left++ = *it;
+        if (!join_group(*next_key, *it)) *postponed++ = *it;
       }
     }
     for (const auto& group : groups_) {
       if (group.first != group.last && group.first != none) link(group.first, group.last);
     }
-    return left;
+    return postponed;
   }
 
   /// Keys are read before any of their groups is searched for: a search often goes another way than the processor
@@ -98,13 +98,13 @@ class boundary_matcher {
   bool join_group(const boundary_key<Columns>& boundary, unsigned slot) noexcept {
     auto* group = groups_.find_or_begin(boundary, slot);
     if (group == nullptr) return false;
-    if (group->first != group->last) leave_second(*group);
+    if (group->first != group->last) pair_middle_slot(*group);
     group->last = slot;
     return true;
   }
 
-  /// A third slot is to take the place of the second one of a group.
-  void leave_second(typename slot_groups<Columns>::group& group) const noexcept {
+  /// Of three or more elements at a boundary, neither the first slot nor the last: another one is to take its place.
+  void pair_middle_slot(typename slot_groups<Columns>::group& group) const noexcept {
     if (pair_non_manifold_) {
       neighbors_[group.last] = group.first / boundaries;
     } else {

@@ -9,11 +9,13 @@
 ///
 /// | step | functions | header |
 /// |---|---|---|
-/// | read | STL_input(), WavefrontOBJ_input() | io.h |
+/// | read | STL_input(), WavefrontOBJ_input(), vtk_input(), medit_input(), NASTRAN_input(), FEMAP_input() | io.h |
 /// | check | check_IDs() | elements.h |
 /// | merge nodes that coincide or nearly do | merge() | search.h |
 /// | drop elements that fell together, and unused nodes | remove_degenerated(), simplify() | search.h |
+/// | find the closest node, nodes in a box | node_detector | search.h |
 /// | find neighbours, free boundaries, edges | get_neighbors(), get_mesh_boundaries(), copy_edges() | topology.h |
+/// | cut into parts, name their surfaces | get_subdomains(), get_colors_boundaries(), sort_elfes() | topology.h |
 /// | measure | shape_qualities(), min_quality(), edge_qualities() | quality.h |
 /// | move, repeat, mirror, cut open | translate(), rotate(), copy_mesh(), copy_sym_mesh(), clip() | transforms.h |
 /// | prescribe sizes | bound_metrics(), minimum_metric() | metrics.h |
@@ -31,11 +33,14 @@
 /// simplify() with the connectivities that they renumber) write through to all views of the block, your memory included:
 /// copy() first what has to stay.
 ///
-/// **Results.** `int`: 0 or a count, where the function says so; a negative code when something is wrong, the first
-/// that the list at the function names; -199 when memory ran out. `bool`: false for "no". `unsigned`: `~0U` for "none".
+/// **Results.** `int`: 0 or a count, where the function says so (readers: of what the mesh has no place for, so ask for
+/// `result < 0`); a negative code when something is wrong, the first that the list at the function names; -199 when memory ran out. `bool`: false for "no". `unsigned`: `~0U` for "none".
 /// message() puts codes into words (messages.h). Nothing is thrown, printed or logged.
 ///
 /// **`~0U`** means none: no neighbour, nothing found, a row that an element of a mixed matrix does not need.
+///
+/// **Slots.** A slot is one boundary of one element, a face or an edge: boundary k of element e of a type with B
+/// boundaries has the code e B + k.
 ///
 /// **Counts.** Node indices and slot codes are 32-bit, so a mesh has at most 2^32 - 1 nodes; what does not fit gives
 /// -199. Counts that are returned as `int` are exact up to 2^31 - 1. Sizes of arrays are 64-bit.
@@ -44,6 +49,9 @@
 /// than STL_output() do not report a full disk, and leave out what their format cannot hold (the list stands in io.h).
 /// A null file name is one that cannot be opened. Node indices that a function does not say it checks are yours to check:
 /// check_IDs() does it once for all.
+///
+/// **Threads.** Functions keep no state: calls on different outputs may run side by side, queries of one node_detector
+/// too.
 ///
 /// **Versions.** QEL_GRIDWORK_VERSION, QEL_GRIDWORK_VERSION_STRING and the three numbers are those of the headers a program
 /// was compiled with (version.h); version() tells that of the library it runs with. A library of the same major number

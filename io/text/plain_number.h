@@ -1,5 +1,5 @@
 // Numbers of the usual form, eight digits at a time, in texts with scan_margin bytes in memory behind their end.
-// io/number_scan.h knows all other forms.
+// io/text/number_scan.h knows all other forms.
 #ifndef QEL_GRIDWORK_IO_TEXT_PLAIN_NUMBER_H
 #define QEL_GRIDWORK_IO_TEXT_PLAIN_NUMBER_H
 

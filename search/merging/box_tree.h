@@ -12,7 +12,7 @@
 #include "qel/dense.h"
 #include "search/geometry.h"
 #include "search/merging/placed_node.h"
-#include "search/tree/balanced_tree.h"
+#include "search/tree/median_split.h"
 
 namespace qel::gridwork::detail {
 

@@ -42,7 +42,7 @@ class coincident_nodes {
         hashes[rank % ahead] = hash_values<Dim>(positions[rank + ahead]);
         table_.prefetch(hashes[rank % ahead]);
       }
-      if (rank + soon < count) prefetch_likely(positions, hashes[(rank + soon) % ahead]);
+      if (rank + positions_ahead < count) prefetch_likely(positions, hashes[(rank + positions_ahead) % ahead]);
       if (!table_.make_room()) return false;
       leaders[rank] = enter(positions, hash, static_cast<unsigned>(rank));
       leader_count_ += leaders[rank] == rank ? 1 : 0;
@@ -55,7 +55,7 @@ class coincident_nodes {
 
  private:
   static constexpr std::uint64_t ahead = limits::slots_ahead;
-  static constexpr std::uint64_t soon = ahead / 2;  // by then the slot has come
+  static constexpr std::uint64_t positions_ahead = ahead / 2;  // by then the slot has come
 
   /// Prefetches the position that will be compared with one of this hash.
   void prefetch_likely(const ranked_positions<Dim>& positions, std::uint64_t hash) const noexcept {

@@ -79,11 +79,11 @@ class element_merger {
     return true;
   }
 
-  /// The distinct nodes of a column that may be merged, in the order of their indices. One with a NaN is near to none.
+  /// The distinct nodes of a column that may be merged, in the order of their indices. One that is not finite is near to none.
   [[nodiscard]] bool collect_nodes(const unsigned* begin, const unsigned* end) {
     nodes_.clear();
     for (const unsigned* id = begin; id != end; ++id) {
-      if (*id == none || is_merged(*id) || has_nan<Dim>(positions_[*id])) continue;
+      if (*id == none || is_merged(*id) || !is_finite<Dim>(positions_[*id])) continue;
       placed_node<Dim> node{{}, *id, true};
       std::copy_n(positions_[*id], Dim, node.p);
       if (!nodes_.push_back(node)) return false;
@@ -108,7 +108,7 @@ class element_merger {
 };
 
 /// Lets every node on the way from `node` to its survivor point at the survivor.
-void compress(dense1D<unsigned>& new_IDs, unsigned node) noexcept {
+void shorten_path(dense1D<unsigned>& new_IDs, unsigned node) noexcept {
   unsigned survivor = node;
   while (new_IDs[survivor] != survivor) survivor = new_IDs[survivor];
   while (node != survivor) {
@@ -129,7 +129,7 @@ int merge_elements(const dense2D<double>& coords, dense2D<unsigned>* first, dens
     }
     const int merged = merger.merge_pairs();
     for (const unsigned node : nodes) {
-      if (node != none) compress(new_IDs, node);
+      if (node != none) shorten_path(new_IDs, node);
     }
     for (dense2D<unsigned>* matrix = first; matrix != last; ++matrix) change_indices(*matrix, new_IDs);
     total += merged;

@@ -12,9 +12,9 @@ std::uint64_t cells_wanted(std::uint64_t nodes) noexcept {
 
 }  // namespace
 
-/// Parts the nodes of the list, which are not placed yet. Even a single cell is filled, for answer().
+/// Parts the nodes of the list, which are not placed yet. Even a single cell is filled, for choose_way().
 template <unsigned Dim>
-bool near_nodes<Dim>::part_all() {
+bool near_nodes<Dim>::subdivide_all() {
   bounding_box<Dim> box;
   std::uint64_t finite = 0;
   for (std::uint64_t rank = 0; rank < positions_.count(); ++rank) {
@@ -28,13 +28,13 @@ bool near_nodes<Dim>::part_all() {
       if (is_finite<Dim>(p)) use(p, static_cast<unsigned>(rank), true);
     }
   };
-  return distribute(cell_grid<Dim>(box, tol_, cells_wanted(finite)), for_each_node, partings_[0]);
+  return distribute(cell_grid<Dim>(box, tol_, cells_wanted(finite)), for_each_node, subdivisions_[0]);
 }
 
 template <unsigned Dim>
-bool near_nodes<Dim>::part(const cell& parted, const cell_grid<Dim>& grid, parting& into) {
+bool near_nodes<Dim>::subdivide(const cell& divided, const cell_grid<Dim>& grid, subdivision& into) {
   const auto for_each_node = [&](auto use) {
-    for (const node& n : parted) use(n.p, n.rank, n.at_home);
+    for (const node& n : divided) use(n.p, n.rank, n.at_home);
   };
   return distribute(grid, for_each_node, into);
 }
@@ -42,7 +42,7 @@ bool near_nodes<Dim>::part(const cell& parted, const cell_grid<Dim>& grid, parti
 /// Sorts nodes into cells by counting, so that those of a cell keep their order.
 template <unsigned Dim>
 template <class ForEachNode>
-bool near_nodes<Dim>::distribute(const cell_grid<Dim>& grid, ForEachNode for_each_node, parting& into) {
+bool near_nodes<Dim>::distribute(const cell_grid<Dim>& grid, ForEachNode for_each_node, subdivision& into) {
   const unsigned cells = grid.cell_count();
   into.ends.clear();
   into.nodes.clear();
@@ -67,11 +67,11 @@ bool near_nodes<Dim>::distribute(const cell_grid<Dim>& grid, ForEachNode for_eac
 
 template <unsigned Dim>
 bool near_nodes<Dim>::answer_cells(unsigned depth) {
-  const parting& parted = partings_[depth];
+  const subdivision& divided = subdivisions_[depth];
   std::uint64_t begin = 0;
-  for (std::uint64_t c = 0; c + 1 < parted.ends.size(); ++c) {
-    const std::uint64_t end = parted.ends[c];
-    if (!answer({parted.nodes.data() + begin, end - begin}, depth + 1)) return false;
+  for (std::uint64_t c = 0; c + 1 < divided.ends.size(); ++c) {
+    const std::uint64_t end = divided.ends[c];
+    if (!choose_way({divided.nodes.data() + begin, end - begin}, depth + 1)) return false;
     begin = end;
   }
   return true;
@@ -79,15 +79,15 @@ bool near_nodes<Dim>::answer_cells(unsigned depth) {
 
 /// Chooses the way to answer for the nodes of one cell.
 template <unsigned Dim>
-bool near_nodes<Dim>::answer(const cell& asked, unsigned depth) {
+bool near_nodes<Dim>::choose_way(const cell& asked, unsigned depth) {
   if (asked.count <= limits::pairwise_nodes) return answer_by_pairs(asked), true;
   bounding_box<Dim> box;
   for (const node& n : asked) box.include(n.p);
   if (is_near<Dim>(box.lower, box.upper, tol_)) return answer_by_pairs(asked), true;  // the first pairs will do
-  if (depth == limits::most_partings) return answer_by_tree(asked);
+  if (depth == limits::most_subdivisions) return answer_by_tree(asked);
   const cell_grid<Dim> grid(box, tol_, cells_wanted(asked.count));
   if (grid.cell_count() == 1) return answer_by_tree(asked);
-  return part(asked, grid, partings_[depth]) && answer_cells(depth);
+  return subdivide(asked, grid, subdivisions_[depth]) && answer_cells(depth);
 }
 
 template <unsigned Dim>
@@ -97,7 +97,7 @@ void near_nodes<Dim>::answer_by_pairs(const cell& asked) noexcept {
     for (const node& other : asked) {
       if (other.rank >= rank_bound_) break;
       if (&other == &n || !is_near<Dim>(n.p, other.p, tol_)) continue;
-      note(n.rank, other.rank);
+      record_match(n.rank, other.rank);
       break;
     }
   }
@@ -109,13 +109,13 @@ bool near_nodes<Dim>::answer_by_tree(const cell& asked) {
   for (const node& n : asked) {
     if (!n.at_home) continue;
     const unsigned first = tree_.first_near(n.p, tol_, n.rank);
-    if (first != none) note(n.rank, first);
+    if (first != none) record_match(n.rank, first);
   }
   return true;
 }
 
 template <unsigned Dim>
-void near_nodes<Dim>::note(unsigned rank, unsigned first_near) noexcept {
+void near_nodes<Dim>::record_match(unsigned rank, unsigned first_near) noexcept {
   found_[rank] = first_near;
   ++found_count_;
 }

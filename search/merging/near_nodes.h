@@ -24,7 +24,7 @@ class near_nodes {
   /// is not finite have none. False when memory ran out.
   [[nodiscard]] bool find(unsigned* found) {
     found_ = found;
-    return part_all() && answer_cells(0);
+    return subdivide_all() && answer_cells(0);
   }
 
   /// Number of nodes that have one.
@@ -34,29 +34,29 @@ class near_nodes {
   using node = placed_node<Dim>;
   using cell = cell_nodes<Dim>;
 
-  /// What one parting leads to; cells of one depth use it in turn.
-  struct parting {
+  /// What one subdivision leads to; cells of one depth use it in turn.
+  struct subdivision {
     dense1D<node> nodes;          // by cell
     dense1D<std::uint64_t> ends;  // of the cells
   };
 
-  [[nodiscard]] bool part_all();
-  [[nodiscard]] bool part(const cell& parted, const cell_grid<Dim>& grid, parting& into);
+  [[nodiscard]] bool subdivide_all();
+  [[nodiscard]] bool subdivide(const cell& divided, const cell_grid<Dim>& grid, subdivision& into);
   template <class ForEachNode>
-  [[nodiscard]] bool distribute(const cell_grid<Dim>& grid, ForEachNode for_each_node, parting& into);
+  [[nodiscard]] bool distribute(const cell_grid<Dim>& grid, ForEachNode for_each_node, subdivision& into);
 
   [[nodiscard]] bool answer_cells(unsigned depth);
-  [[nodiscard]] bool answer(const cell& asked, unsigned depth);
+  [[nodiscard]] bool choose_way(const cell& asked, unsigned depth);
   void answer_by_pairs(const cell& asked) noexcept;
   [[nodiscard]] bool answer_by_tree(const cell& asked);
-  void note(unsigned rank, unsigned first_near) noexcept;
+  void record_match(unsigned rank, unsigned first_near) noexcept;
 
   const ranked_positions<Dim>& positions_;
   unsigned rank_bound_;
   double tol_;
   unsigned* found_ = nullptr;
   unsigned found_count_ = 0;
-  parting partings_[limits::most_partings];
+  subdivision subdivisions_[limits::most_subdivisions];
   box_tree<Dim> tree_;
 };
 

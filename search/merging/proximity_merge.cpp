@@ -5,7 +5,8 @@
 //   2. Without a tolerance, a table of positions gives the first node at each (coincident_nodes.h).
 //   3. Else nodes are parted into cells (cell_grid.h), and these again, until each pair of a cell can be compared; a
 //      node is entered in all cells that its tolerance touches. A dense cell, which cannot be parted, gets a tree
-//      (near_nodes.h, box_tree.h). Each node is mapped to the first one that is near.
+//      (near_nodes.h, box_tree.h). Each node is mapped to the first one that is near. Only a tolerance whose square
+//      overflows has all nodes compared with all.
 //   4. Chains of maps are followed as long as they lead to earlier nodes (resolve_chains below).
 #include "search/merging/proximity_merge.h"
 
@@ -23,7 +24,7 @@ namespace qel::gridwork::detail {
 namespace {
 
 /// Makes the map the one that was found: its block, unless a caller's memory is to be filled.
-[[nodiscard]] bool take(const dense1D<unsigned>& found, dense1D<unsigned>& map) {
+[[nodiscard]] bool share_or_copy(const dense1D<unsigned>& found, dense1D<unsigned>& map) {
   if (!map.is_borrowed() || map.capacity() < found.size()) {
     map.shallow_copy(found);
     return true;
@@ -151,7 +152,7 @@ class merger {
     if (!positions.gather(coords_, fixed_) || !groups.build(positions)) return out_of_memory;
     const auto merged = static_cast<int>(fixed_.count - groups.leader_count());
     if (fixed_.holds_all(node_count_)) {
-      if (!take(groups.leaders(), new_IDs)) return out_of_memory;
+      if (!share_or_copy(groups.leaders(), new_IDs)) return out_of_memory;
       return merged;
     }
     if (!set_identity(new_IDs, node_count_)) return out_of_memory;

@@ -14,7 +14,7 @@ namespace qel::gridwork::detail {
 
 template <unsigned Dim>
 bool node_tree<Dim>::copy(const node_tree& other) noexcept {
-  drop_leaves();
+  drop_query_tree();
   if (!nodes_.copy(other.nodes_) || !ordinals_.copy(other.ordinals_)) return false;
   coords_ = other.coords_;
   built_ = other.built_;
@@ -25,28 +25,29 @@ bool node_tree<Dim>::copy(const node_tree& other) noexcept {
 /// The balanced tree, or null as long as it does not pay. Its construction costs about as much as plain walks for some
 /// queries, so it waits for as many.
 template <unsigned Dim>
-const leaf_tree<Dim>* node_tree<Dim>::leaves_for_query() const {
+const query_tree<Dim>* node_tree<Dim>::tree_for_query() const {
   if (has_nan_) return nullptr;
-  if (const leaf_tree<Dim>* leaves = leaves_.load(std::memory_order_acquire)) return leaves;
-  const std::uint64_t enough = nodes_.size() / limits::nodes_per_query_before_leaves + limits::queries_before_leaves;
-  if (queries_without_leaves_.fetch_add(1, std::memory_order_relaxed) < enough) return nullptr;
-  queries_without_leaves_.store(0, std::memory_order_relaxed);
+  if (const query_tree<Dim>* tree = query_tree_.load(std::memory_order_acquire)) return tree;
+  const std::uint64_t enough =
+      nodes_.size() / limits::nodes_per_query_before_query_tree + limits::queries_before_query_tree;
+  if (queries_without_tree_.fetch_add(1, std::memory_order_relaxed) < enough) return nullptr;
+  queries_without_tree_.store(0, std::memory_order_relaxed);
 
-  auto* fresh = new (std::nothrow) leaf_tree<Dim>;
+  auto* fresh = new (std::nothrow) query_tree<Dim>;
   if (fresh == nullptr || !fresh->build(nodes_)) {
     delete fresh;
     return nullptr;
   }
-  const leaf_tree<Dim>* present = nullptr;
-  if (leaves_.compare_exchange_strong(present, fresh, std::memory_order_acq_rel)) return fresh;
+  const query_tree<Dim>* present = nullptr;
+  if (query_tree_.compare_exchange_strong(present, fresh, std::memory_order_acq_rel)) return fresh;
   delete fresh;
   return present;
 }
 
 template <unsigned Dim>
-void node_tree<Dim>::drop_leaves() noexcept {
-  delete leaves_.exchange(nullptr, std::memory_order_acq_rel);
-  queries_without_leaves_.store(0, std::memory_order_relaxed);
+void node_tree<Dim>::drop_query_tree() noexcept {
+  delete query_tree_.exchange(nullptr, std::memory_order_acq_rel);
+  queries_without_tree_.store(0, std::memory_order_relaxed);
 }
 
 template <unsigned Dim>
@@ -62,7 +63,7 @@ bool node_tree<Dim>::insert(const dense1D<unsigned>& ids) {
   }
   if (!shuffled.resize(static_cast<std::uint64_t>(kept - shuffled.data()))) return false;
   if (nodes_.size() + shuffled.size() >= none) return false;
-  drop_leaves();
+  drop_query_tree();
 
   // Building anew costs in proportion to all nodes, so it waits until the tree has grown by a fraction of its size.
   const std::uint64_t added_since = nodes_.size() - built_ + shuffled.size();

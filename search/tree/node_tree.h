@@ -11,7 +11,7 @@
 
 #include "qel/dense.h"
 #include "qel/fixed.h"
-#include "search/tree/leaf_tree.h"
+#include "search/tree/query_tree.h"
 #include "search/tree/tree_builder.h"
 
 namespace qel::gridwork::detail {
@@ -25,7 +25,7 @@ class node_tree {
   explicit node_tree(const dense2D<double>& coords) noexcept : coords_(&coords) {}
   node_tree(const node_tree&) = delete;
   node_tree& operator=(const node_tree&) = delete;
-  ~node_tree() { drop_leaves(); }
+  ~node_tree() { drop_query_tree(); }
 
   /// Makes this an independent tree with the other's nodes and coordinates.
   [[nodiscard]] bool copy(const node_tree& other) noexcept;
@@ -59,8 +59,8 @@ class node_tree {
   unsigned find_closest_in_order(const point& p, unsigned excluded) const;
   void find_in_box_in_order(const point& lower, const point& upper, dense1D<unsigned>& ids) const;
 
-  const leaf_tree<Dim>* leaves_for_query() const;
-  void drop_leaves() noexcept;
+  const query_tree<Dim>* tree_for_query() const;
+  void drop_query_tree() noexcept;
 
   const dense2D<double>* coords_ = nullptr;
   dense1D<node> nodes_;
@@ -69,8 +69,8 @@ class node_tree {
   bool has_nan_ = false;
 
   // Made by the query that finds it worth while. Of queries that make one at the same time, the first one's is kept.
-  mutable std::atomic<const leaf_tree<Dim>*> leaves_{nullptr};
-  mutable std::atomic<std::uint64_t> queries_without_leaves_{0};
+  mutable std::atomic<const query_tree<Dim>*> query_tree_{nullptr};
+  mutable std::atomic<std::uint64_t> queries_without_tree_{0};
 };
 
 }  // namespace qel::gridwork::detail

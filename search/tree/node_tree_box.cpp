@@ -63,8 +63,8 @@ void node_tree<Dim>::find_in_box(const point& lower, const point& upper, dense1D
   if (nodes_.empty()) return;
   constexpr unsigned most = limits::most_in_sorted_box;
   node_in_order nodes[most];
-  const leaf_tree<Dim>* leaves = built_ == nodes_.size() ? leaves_for_query() : nullptr;
-  const unsigned found = leaves != nullptr ? leaves->find_in_box(lower, upper, nodes, most) : most;
+  const query_tree<Dim>* tree = built_ == nodes_.size() ? tree_for_query() : nullptr;
+  const unsigned found = tree != nullptr ? tree->find_in_box(lower, upper, nodes, most) : most;
   if (found == most) {
     find_in_box_in_order(lower, upper, ids);
     return;

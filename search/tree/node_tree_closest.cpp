@@ -27,8 +27,8 @@ struct left_subtree {
 template <unsigned Dim>
 unsigned node_tree<Dim>::find_closest(const point& p, unsigned excluded) const {
   if (nodes_.empty()) return none;
-  if (const leaf_tree<Dim>* leaves = leaves_for_query()) {
-    const unsigned closest = leaves->find_clear_closest(p, excluded);
+  if (const query_tree<Dim>* tree = tree_for_query()) {
+    const unsigned closest = tree->find_clear_closest(p, excluded);
     if (closest != none) return closest;
   }
   return find_closest_in_order(p, excluded);

@@ -1,6 +1,6 @@
 // What balanced k-d trees have in common: numbered subtrees and the split at the median.
-#ifndef QEL_GRIDWORK_SEARCH_TREE_BALANCED_TREE_H
-#define QEL_GRIDWORK_SEARCH_TREE_BALANCED_TREE_H
+#ifndef QEL_GRIDWORK_SEARCH_TREE_MEDIAN_SPLIT_H
+#define QEL_GRIDWORK_SEARCH_TREE_MEDIAN_SPLIT_H
 
 #include <algorithm>
 #include <cstdint>

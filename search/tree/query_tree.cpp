@@ -1,4 +1,4 @@
-#include "search/tree/leaf_tree.h"
+#include "search/tree/query_tree.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,7 +27,7 @@ struct far_range {
 }  // namespace
 
 template <unsigned Dim>
-struct leaf_tree<Dim>::closest_two {
+struct query_tree<Dim>::closest_two {
   double best = std::numeric_limits<double>::max();
   double second = std::numeric_limits<double>::max();
   unsigned id = none;
@@ -52,11 +52,11 @@ struct leaf_tree<Dim>::closest_two {
   double reach() const noexcept { return best * (1 + 4e-13); }
 
   /// True when nothing can make the winner clear any more.
-  bool is_hopeless() const noexcept { return second == 0; }
+  bool is_tied_at_zero() const noexcept { return second == 0; }
 };
 
 template <unsigned Dim>
-bool leaf_tree<Dim>::build(const dense1D<tree_node<Dim>>& nodes) {
+bool query_tree<Dim>::build(const dense1D<tree_node<Dim>>& nodes) {
   const std::uint64_t count = nodes.size();
   first_leaf_ = first_leaf_of(count, leaf_size);
   dense1D<item> items;
@@ -73,7 +73,7 @@ bool leaf_tree<Dim>::build(const dense1D<tree_node<Dim>>& nodes) {
 
 /// The recursion is as deep as the tree, which is balanced.
 template <unsigned Dim>
-void leaf_tree<Dim>::build_subtree(item* items, const subtree& r) noexcept {
+void query_tree<Dim>::build_subtree(item* items, const subtree& r) noexcept {
   const item* begin = items + r.begin;
   if (is_leaf(r)) return fill(leaves_[r.number - first_leaf_], begin, r.count);
   const unsigned axis = widest_axis<Dim>(begin, begin + r.count);
@@ -83,7 +83,7 @@ void leaf_tree<Dim>::build_subtree(item* items, const subtree& r) noexcept {
 }
 
 template <unsigned Dim>
-void leaf_tree<Dim>::fill(leaf& stored, const item* items, unsigned count) noexcept {
+void query_tree<Dim>::fill(leaf& stored, const item* items, unsigned count) noexcept {
   QEL_GRIDWORK_CHECK(count <= leaf_size);
   for (unsigned i = 0; i < leaf_size; ++i) {
     const bool is_there = i < count;
@@ -96,7 +96,7 @@ void leaf_tree<Dim>::fill(leaf& stored, const item* items, unsigned count) noexc
 }
 
 template <unsigned Dim>
-void leaf_tree<Dim>::scan_leaf(const leaf& scanned, const point& p, unsigned excluded, closest_two& closest) noexcept {
+void query_tree<Dim>::scan_leaf(const leaf& scanned, const point& p, unsigned excluded, closest_two& closest) noexcept {
   double squares[leaf_size] = {};
   for (unsigned a = 0; a < Dim; ++a) {
     for (unsigned i = 0; i < leaf_size; ++i) {
@@ -112,7 +112,7 @@ void leaf_tree<Dim>::scan_leaf(const leaf& scanned, const point& p, unsigned exc
 /// No clear winner: where squares over- or underflow, where another node is as near but for rounding, or where the next
 /// node's distance, added to the point, rounds down to the winner: a search would then stop before it.
 template <unsigned Dim>
-bool leaf_tree<Dim>::is_clear(const closest_two& closest, const point& p) noexcept {
+bool query_tree<Dim>::has_certain_winner(const closest_two& closest, const point& p) noexcept {
   constexpr double smallest_safe = 1e-280;
   constexpr double largest_safe = 1e280;
   if (closest.id == none || closest.best >= largest_safe || closest.second < smallest_safe) return false;
@@ -127,21 +127,21 @@ bool leaf_tree<Dim>::is_clear(const closest_two& closest, const point& p) noexce
 
 /// Asks for a leaf that comes next while another one is read.
 template <unsigned Dim>
-[[gnu::always_inline]] inline void leaf_tree<Dim>::prefetch_leaf(const subtree& next) const noexcept {
+[[gnu::always_inline]] inline void query_tree<Dim>::prefetch_leaf(const subtree& next) const noexcept {
   constexpr std::size_t line = 64;
   if (!is_leaf(next)) return;
   for (std::size_t i = 0; i < sizeof(leaf); i += line) prefetch(reinterpret_cast<const char*>(&leaf_of(next)) + i);
 }
 
 template <unsigned Dim>
-unsigned leaf_tree<Dim>::find_clear_closest(const point& p, unsigned excluded) const noexcept {
+unsigned query_tree<Dim>::find_clear_closest(const point& p, unsigned excluded) const noexcept {
   const closest_two closest = find_closest_two(p, excluded);
-  return is_clear(closest, p) ? closest.id : none;
+  return has_certain_winner(closest, p) ? closest.id : none;
 }
 
 template <unsigned Dim>
-typename leaf_tree<Dim>::closest_two leaf_tree<Dim>::find_closest_two(const point& p,
-                                                                      unsigned excluded) const noexcept {
+typename query_tree<Dim>::closest_two query_tree<Dim>::find_closest_two(const point& p,
+                                                                        unsigned excluded) const noexcept {
   using pending = far_range<Dim>;
   pending stack[deepest_split];
   unsigned waiting = 0;
@@ -161,7 +161,7 @@ typename leaf_tree<Dim>::closest_two leaf_tree<Dim>::find_closest_two(const poin
     }
     if (waiting != 0) prefetch_leaf(stack[waiting - 1].range);
     scan_leaf(leaf_of(current.range), p, excluded, closest);
-    if (closest.is_hopeless()) return closest;
+    if (closest.is_tied_at_zero()) return closest;
     do {
       if (waiting == 0) return closest;
       --waiting;
@@ -171,8 +171,8 @@ typename leaf_tree<Dim>::closest_two leaf_tree<Dim>::find_closest_two(const poin
 }
 
 template <unsigned Dim>
-unsigned leaf_tree<Dim>::find_in_box(const point& lower, const point& upper, node_in_order* nodes,
-                                     unsigned most) const noexcept {
+unsigned query_tree<Dim>::find_in_box(const point& lower, const point& upper, node_in_order* nodes,
+                                      unsigned most) const noexcept {
   subtree stack[deepest_split];
   unsigned waiting = 0;
   unsigned found = 0;
@@ -202,7 +202,7 @@ unsigned leaf_tree<Dim>::find_in_box(const point& lower, const point& upper, nod
   }
 }
 
-template class leaf_tree<2>;
-template class leaf_tree<3>;
+template class query_tree<2>;
+template class query_tree<3>;
 
 }  // namespace qel::gridwork::detail

@@ -1,13 +1,13 @@
 // A balanced k-d tree for fast queries: splits in one small array, points in small leaves.
 //
 // It answers in an order of its own; whoever asks puts the order right.
-#ifndef QEL_GRIDWORK_SEARCH_TREE_LEAF_TREE_H
-#define QEL_GRIDWORK_SEARCH_TREE_LEAF_TREE_H
+#ifndef QEL_GRIDWORK_SEARCH_TREE_QUERY_TREE_H
+#define QEL_GRIDWORK_SEARCH_TREE_QUERY_TREE_H
 
 #include "core/limits.h"
 #include "qel/dense.h"
 #include "qel/fixed.h"
-#include "search/tree/balanced_tree.h"
+#include "search/tree/median_split.h"
 #include "search/tree/tree_builder.h"
 
 namespace qel::gridwork::detail {
@@ -20,7 +20,7 @@ struct node_in_order {
 };
 
 template <unsigned Dim>
-class leaf_tree {
+class query_tree {
  public:
   using point = vector_fixed<double, Dim>;
 
@@ -65,7 +65,7 @@ class leaf_tree {
   closest_two find_closest_two(const point& p, unsigned excluded) const noexcept;
   void prefetch_leaf(const subtree& next) const noexcept;
   static void scan_leaf(const leaf& scanned, const point& p, unsigned excluded, closest_two& closest) noexcept;
-  static bool is_clear(const closest_two& closest, const point& p) noexcept;
+  static bool has_certain_winner(const closest_two& closest, const point& p) noexcept;
 
   unsigned count_ = 0;
   unsigned first_leaf_ = 1;
