@@ -26,7 +26,7 @@ namespace gridwork {
 /// Wherever a function takes a type, a number that is none of these counts as ELT_UNKNOWN: an element without nodes,
 /// which no connectivity with entries fits. In a list of types it is refused with the code of a matrix that does not fit
 /// its type, even if the matrix is empty.
-enum element_type {
+enum element_type : int {
   ELT_UNKNOWN = 0,     ///< no element
   ELT_NODE = 1,        ///< a single node
   ELT_EDGE_MIX = 2,    ///< same tables as ELT_EDGE2
