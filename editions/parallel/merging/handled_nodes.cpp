@@ -93,7 +93,8 @@ bool handled_nodes<Dim>::drop_repeated(std::uint64_t ids_per_node) {
   if (!seen.reset(received_.items.size()) || !places_.resize(most) || !coords_.resize(Dim, most)) return false;
   if (!ids_.reserve(most) || !handlers_.reserve(most)) return false;
   for (const unsigned c : order_) {
-    const auto& [node, may_repeat] = candidates_[c];
+    const node_reference<Dim>& node = candidates_[c].node;
+    const bool may_repeat = candidates_[c].may_repeat;
     const auto next = static_cast<unsigned>(ids_.size());
     const auto is_same = [&](unsigned held) {
       return ids_[held] / ids_per_node == node.id / ids_per_node && same_position<Dim>(coords_.column(held), node.p);

@@ -1,0 +1,175 @@
+// What meshes in parts cost: bytes that ranks send, which do not depend on the machine and pass or fail, CPU of the busiest
+// rank and wall time, which tell what they can.
+// usage: mpiexec -n P mpi_benchmark [--text] [TRIANGLES]
+#include <mpi.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+#include "qel/gridwork.h"
+#include "qel/gridwork/mpi.h"
+
+namespace {
+
+std::uint64_t bytes_sent = 0;
+
+}  // namespace
+
+/// Counts what goes to other ranks; the library's calls come here first.
+extern "C" int MPI_Alltoallv(const void* out, const int* out_counts, const int* out_places, MPI_Datatype out_type,
+                             void* in, const int* in_counts, const int* in_places, MPI_Datatype in_type,
+                             MPI_Comm comm) {
+  int rank = 0, size = 1, item = 1;
+  MPI_Comm_rank(comm, &rank);
+  MPI_Comm_size(comm, &size);
+  MPI_Type_size(out_type, &item);
+  for (int r = 0; r < size; ++r) bytes_sent += r == rank ? 0 : static_cast<std::uint64_t>(out_counts[r] * item);
+  return PMPI_Alltoallv(out, out_counts, out_places, out_type, in, in_counts, in_places, in_type, comm);
+}
+
+namespace {
+
+using namespace qel;
+namespace mpi = gridwork::mpi;
+
+constexpr MPI_Op maximum() { return MPI_MAX; }
+
+int rank_of_world() {
+  int rank = 0;
+  MPI_Comm_rank(MPI_COMM_WORLD, &rank);
+  return rank;
+}
+
+double cpu_seconds() {
+  timespec now{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+/// Wall time, CPU of the busiest rank, bytes of all ranks.
+struct cost {
+  double wall, cpu, bytes;
+};
+
+template <class Work>
+cost measure(Work work) {
+  MPI_Barrier(MPI_COMM_WORLD);
+  bytes_sent = 0;
+  const double wall = MPI_Wtime(), cpu = cpu_seconds();
+  if (const int code = work(); code != 0) {
+    std::printf("failed: %d\n", code);
+    MPI_Abort(MPI_COMM_WORLD, 1);
+  }
+  double spent[] = {0, cpu_seconds() - cpu};
+  spent[0] = MPI_Wtime() - wall;
+  MPI_Allreduce(MPI_IN_PLACE, spent, 2, MPI_DOUBLE, maximum(), MPI_COMM_WORLD);
+  std::uint64_t bytes = bytes_sent;
+  MPI_Allreduce(MPI_IN_PLACE, &bytes, 1, MPI_UINT64_T, MPI_SUM, MPI_COMM_WORLD);
+  return {spent[0], spent[1], static_cast<double>(bytes)};
+}
+
+/// A wavy square, row by row.
+void write_surface(const char* path, unsigned side, bool ascii) {
+  dense2D<double> coords(3, std::uint64_t{side + 1} * (side + 1));
+  dense2D<unsigned> triangles(3, 2 * std::uint64_t{side} * side);
+  for (unsigned j = 0; j <= side; ++j) {
+    for (unsigned i = 0; i <= side; ++i) {
+      double* p = coords.column(std::uint64_t{j} * (side + 1) + i);
+      p[0] = i, p[1] = j, p[2] = 30 * std::sin(0.01 * i) * std::cos(0.013 * j);
+    }
+  }
+  std::uint64_t t = 0;
+  for (unsigned j = 0; j < side; ++j) {
+    for (unsigned i = 0; i < side; ++i) {
+      const unsigned a = j * (side + 1) + i, b = a + 1, c = b + side + 1, d = c - 1;
+      const unsigned nodes[] = {a, b, c, a, c, d};
+      std::copy_n(nodes, 3, triangles.column(t++));
+      std::copy_n(nodes + 3, 3, triangles.column(t++));
+    }
+  }
+  if (gridwork::STL_output(path, coords, triangles, ascii) != 0) std::abort();
+}
+
+/// Bytes that reading, and sharing or neighbours, may send for each of 1 M triangles: what they took when this was written,
+/// and a tenth more.
+struct limit {
+  int ranks;
+  double reading, neighbors;
+};
+constexpr limit limits[] = {{1, 0, 0}, {2, 0.51, 0.026}, {4, 1.0, 0.075}, {7, 1.53, 0.15}, {16, 3.0, 0.38}};
+
+bool report(const char* name, const cost& c, double triangles, double most) {
+  const double each = c.bytes / triangles;
+  const bool passes = each <= most;
+  if (rank_of_world() == 0) {
+    std::printf("%-34s %8.3f s %8.3f s %9.3f %s\n", name, c.wall, c.cpu, each, passes ? "" : "too many bytes");
+  }
+  return passes;
+}
+
+bool run(const char* path, unsigned side) {
+  int size = 1;
+  MPI_Comm_size(MPI_COMM_WORLD, &size);
+  const auto triangles = 2.0 * side * side;
+  double reading = HUGE_VAL, across = HUGE_VAL;
+  for (const limit& l : limits) {
+    if (l.ranks == size && side >= 700) reading = l.reading, across = l.neighbors;
+  }
+  mpi::mesh_part part;
+  mpi::node_sharing sharing;
+  dense2D<std::uint64_t> neighbors;
+  dense1D<int> targets;
+  if (rank_of_world() == 0) std::printf("%-34s %10s %10s %9s\n", "", "wall", "CPU", "bytes each");
+  bool passes = true;
+  for (unsigned turn = 0; turn < 3; ++turn) {
+    passes &=
+        report("STL_input", measure([&] { return mpi::STL_input(MPI_COMM_WORLD, path, part); }), triangles, reading);
+  }
+  passes &= report("share_nodes", measure([&] { return mpi::share_nodes(MPI_COMM_WORLD, part, sharing); }), triangles,
+                   across);
+  passes &= report("get_neighbors", measure([&] {
+                     return mpi::get_neighbors(MPI_COMM_WORLD, part, gridwork::ELT_TRIA3, sharing, false, neighbors);
+                   }),
+                   triangles, across);
+  report("partition_by_curve", measure([&] { return mpi::partition_by_curve(MPI_COMM_WORLD, part, size, targets); }),
+         triangles, HUGE_VAL);
+  report("migrate", measure([&] { return mpi::migrate(MPI_COMM_WORLD, part, targets); }), triangles, HUGE_VAL);
+  return passes;
+}
+
+/// The serial reader, on one rank alone.
+void run_serial(const char* path) {
+  dense2D<double> coords;
+  dense2D<unsigned> triangles;
+  for (unsigned turn = 0; turn < 3; ++turn) {
+    const double cpu = cpu_seconds();
+    if (gridwork::STL_input(path, coords, triangles) != 0) std::abort();
+    std::printf("%-34s %10s %8.3f s\n", "serial STL_input", "", cpu_seconds() - cpu);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  MPI_Init(&argc, &argv);
+  const double wanted = argc > 1 ? std::atof(argv[argc - 1]) : 1e6;
+  const auto side = static_cast<unsigned>(std::sqrt((wanted > 0 ? wanted : 1e6) / 2));
+  int process = getpid();
+  MPI_Bcast(&process, 1, MPI_INT, 0, MPI_COMM_WORLD);
+  const std::string path = "/tmp/qel_mpi_benchmark_" + std::to_string(process) + ".stl";
+  if (rank_of_world() == 0) {
+    write_surface(path.c_str(), side, argc > 1 && std::strcmp(argv[1], "--text") == 0);
+    run_serial(path.c_str());
+  }
+  const bool passes = run(path.c_str(), side);
+  MPI_Barrier(MPI_COMM_WORLD);
+  if (rank_of_world() == 0) std::remove(path.c_str());
+  MPI_Finalize();
+  return passes ? 0 : 1;
+}
