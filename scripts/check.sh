@@ -9,7 +9,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 need_packages g++ clang libclang-rt-14-dev cmake ninja-build libgtest-dev pkg-config clang-format clang-tidy git \
-  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema libopenmpi-dev openmpi-bin libptscotch-dev
+  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema libopenmpi-dev openmpi-bin libptscotch-dev \
+  pybind11-dev python3-dev python3-hypothesis python3-matplotlib python3-networkx python3-scipy python3-vtk9 mypy xvfb xauth
 
 part() { echo "== $1 ($SECONDS s)"; }
 
@@ -26,7 +27,8 @@ part "formatting"
 sources '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
 
 part "release build"
-cmake --preset release -DQEL_GRIDWORK_BUILD_MPI=ON > /dev/null
+cmake --preset release -DQEL_GRIDWORK_BUILD_MPI=ON -DQEL_GRIDWORK_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3 \
+  > /dev/null
 cmake --build --preset release
 
 part "clang-tidy"

@@ -9,7 +9,11 @@ import sys
 import pybind11
 from setuptools.command.build_py import build_py
 from setuptools.command.egg_info import egg_info
-from wheel.bdist_wheel import bdist_wheel
+
+try:
+    from setuptools.command.bdist_wheel import bdist_wheel
+except ImportError:  # before version 70
+    from wheel.bdist_wheel import bdist_wheel
 
 ROOT = pathlib.Path(__file__).parents[2]
 

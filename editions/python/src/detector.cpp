@@ -52,7 +52,7 @@ class detector {
   }
 
   detector(const detector& other) : coords_(other.coords_) {
-    const std::shared_lock<std::shared_mutex> lock(other.mutex_);
+    const auto lock = other.lock_shared();
     tree_ = other.tree_;
     if (tree_.size() != other.tree_.size()) throw std::bad_alloc();
   }
@@ -61,12 +61,13 @@ class detector {
   ~detector() = default;
 
   unsigned insert(const indices& ids) {
+    const std::lock_guard<std::mutex> turn(turn_);
     const std::unique_lock<std::shared_mutex> lock(mutex_);
     return tree_.insert(ids);
   }
 
   unsigned size() const {
-    const std::shared_lock<std::shared_mutex> lock(mutex_);
+    const auto lock = lock_shared();
     return tree_.size();
   }
 
@@ -79,12 +80,18 @@ class detector {
   }
 
   std::pair<indices, indices> find_in_boxes(const matrix& lower, const matrix& upper, unsigned workers) const {
-    const std::shared_lock<std::shared_mutex> lock(mutex_);
+    const auto lock = lock_shared();
     return coords_->rows() == 2 ? boxes<2>(lower, upper, workers) : boxes<3>(lower, upper, workers);
   }
 
  private:
   using result = std::pair<indices, values>;
+
+  /// Waits for an insertion that waits already: queries that follow one another closely would else keep it out for ever.
+  std::shared_lock<std::shared_mutex> lock_shared() const {
+    const std::lock_guard<std::mutex> turn(turn_);
+    return std::shared_lock<std::shared_mutex>(mutex_);
+  }
 
   static result sized(std::uint64_t count) {
     result found;
@@ -100,7 +107,7 @@ class detector {
   template <unsigned Dim>
   result closest_points(const matrix& points, unsigned workers) const {
     result found = sized(points.cols());
-    const std::shared_lock<std::shared_mutex> lock(mutex_);
+    const auto lock = lock_shared();
     share(points.cols(), workers, [&](std::uint64_t first, std::uint64_t last) {
       for (std::uint64_t j = first; j < last; ++j) {
         const point<Dim> p = column<Dim>(points, j);
@@ -114,7 +121,7 @@ class detector {
   template <unsigned Dim>
   result closest_nodes(const indices& nodes, unsigned workers) const {
     result found = sized(nodes.size());
-    const std::shared_lock<std::shared_mutex> lock(mutex_);
+    const auto lock = lock_shared();
     share(nodes.size(), workers, [&](std::uint64_t first, std::uint64_t last) {
       for (std::uint64_t j = first; j < last; ++j) {
         const unsigned node = nodes[j];
@@ -174,6 +181,7 @@ class detector {
 
   std::shared_ptr<const matrix> coords_;
   gw::node_detector tree_;
+  mutable std::mutex turn_;
   mutable std::shared_mutex mutex_;
 };
 

@@ -4,6 +4,7 @@ import pathlib
 import subprocess
 import sys
 
+import gridwork as gw
 import pytest
 
 PACKAGE = pathlib.Path(__file__).parent.parent / "gridwork"
@@ -27,3 +28,9 @@ def test_the_stub_is_that_of_the_core(tmp_path, monkeypatch):
     allowed = tmp_path / "allowed"
     allowed.write_text("gridwork._core.Detector\n")  # its metaclass is pybind11's
     run("mypy.stubtest", "gridwork._core", "--allowlist", str(allowed))
+
+
+def test_every_name_is_in_the_manual():
+    manual = PACKAGE.parents[2].joinpath("docs", "python.md").read_text()
+    missing = [name for name in gw.__all__ if f"{name}" not in manual]
+    assert missing == [] and set(gw.__all__) >= {"NodeDetector", "merge", "read"}
