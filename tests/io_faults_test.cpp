@@ -260,7 +260,7 @@ memory_file* shrinking = nullptr;
 
 TEST(io_faults, files_that_shrink_while_they_are_read) {
   faults::instead_of_failing = [] { shrinking->resize(shrinking->size() / 2); };
-  for (const reader& r : readers(9000)) {
+  for (const reader& r : readers(several_blocks)) {
     memory_file file(r.content);
     shrinking = &file;
     const reading whole = r.read(file.path());
