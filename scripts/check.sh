@@ -9,7 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 need_packages g++ clang libclang-rt-14-dev cmake ninja-build libgtest-dev pkg-config clang-format clang-tidy git \
-  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema libopenmpi-dev openmpi-bin libptscotch-dev \
+  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema groff mandoc zsh fish libopenmpi-dev openmpi-bin libptscotch-dev \
   pybind11-dev python3-dev python3-hypothesis python3-matplotlib python3-networkx python3-scipy python3-vtk9 mypy xvfb xauth
 
 part() { echo "== $1 ($SECONDS s)"; }
@@ -32,7 +32,7 @@ cmake --preset release -DQEL_GRIDWORK_BUILD_MPI=ON -DQEL_GRIDWORK_BUILD_PYTHON=O
 cmake --build --preset release
 
 part "clang-tidy"
-sources '*.cpp' ':!tests' ':!benchmarks' ':!examples' ':!fuzz' ':!docs' ':!editions' |
+{ sources '*.cpp' ':!tests' ':!benchmarks' ':!examples' ':!fuzz' ':!docs' ':!editions'; sources 'editions/cli/*.cpp'; } |
   xargs -n 1 -P "$(nproc)" clang-tidy --quiet -p build/release 2> /dev/null
 
 part "tests"

@@ -13,6 +13,7 @@ std::vector<std::string> names_of(const std::vector<option_text>& options) {
 
 std::vector<std::string> names_of(const std::vector<const CLI::App*>& commands) {
   std::vector<std::string> all;
+  all.reserve(commands.size());
   for (const CLI::App* command : commands) all.push_back(command->get_name());
   return all;
 }
@@ -96,7 +97,7 @@ std::string fish_option(const option_text& option, const std::string& condition)
 }
 
 std::string fish_command(const CLI::App& command) {
-  const std::string name = command.get_name();
+  const std::string& name = command.get_name();
   const std::string behind = " -n '__fish_seen_subcommand_from " + name + "'";
   std::string text =
       "complete -c gridwork -n __fish_use_subcommand -f -a " + name + " -d " + quoted(command.get_description()) + "\n";

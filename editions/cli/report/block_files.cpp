@@ -37,10 +37,10 @@ std::string words_for(gw::operation reader, int result) {
   return result < 0 ? message(reader, result) : "it has no element that can be read";
 }
 
-std::string_view third_line(const file_bytes& bytes) {
+std::string third_line(const file_bytes& bytes) {
   line_reader lines(bytes);
   for (int k = 0; k < 3 && lines.next();) ++k;
-  return lines.line();
+  return std::string(lines.line());
 }
 
 }  // namespace

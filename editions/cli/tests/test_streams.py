@@ -1,11 +1,13 @@
 """Streams, exit statuses, and outputs that appear whole or not at all."""
 import json
 import os
+import pathlib
 import pty
 import resource
 import select
 import signal
 import subprocess
+import tempfile
 import time
 
 import pytest
@@ -157,7 +159,9 @@ def test_progress_on_a_terminal_alone(tool):
                 time.sleep(0.8)
                 slow.write(data[10:])
             assert running.wait(60) == 0
-        shown = os.read(outer, 65536) if select.select([outer], [], [], 0.2)[0] else b""
+        shown = b""
+        while select.select([outer], [], [], 0.2)[0]:
+            shown += os.read(outer, 65536)
         os.close(inner)
         os.close(outer)
         assert (b"reading in.obj ... 0." in shown) == wanted, shown
@@ -197,3 +201,81 @@ def test_folders_are_no_meshes(tool):
     for arguments in (["info", "folder.stl"], ["convert", "solid.obj", "folder.stl", "-f"]):
         result = tool.run(*arguments)
         assert (result.returncode, result.stderr) == (2, b"gridwork: folder.stl: Is a directory\n")
+
+
+@pytest.fixture
+def as_nobody(tmp_path):
+    """How to run without rights, in a folder that others may enter."""
+    if os.geteuid() != 0:
+        yield {}, tmp_path
+        return
+    with tempfile.TemporaryDirectory(dir="/tmp") as folder:
+        os.chmod(folder, 0o755)
+        yield {"user": 65534, "group": 65534}, pathlib.Path(folder)
+
+
+def test_what_may_not_be_read_or_written_is_told(tool, as_nobody):
+    rights, folder = as_nobody
+    closed, source = folder / "closed", folder / "solid.obj"
+    source.write_bytes((tool.folder / "solid.obj").read_bytes())
+    closed.mkdir()
+    (folder / "secret.obj").write_text("v 0 0 0\n")
+    os.chmod(folder / "secret.obj", 0)
+    os.chmod(closed, 0o555)
+    try:
+        if tool.run("--version", **rights).returncode != 0:
+            pytest.skip("the program cannot be run without rights")
+        for arguments, name in ((["info", folder / "secret.obj"], folder / "secret.obj"),
+                                (["convert", source, closed / "out.stl"], closed / "out.stl")):
+            result = tool.run(*arguments, **rights)
+            assert (result.returncode, result.stderr.decode()) == (2, f"gridwork: {name}: Permission denied\n")
+        assert not list(closed.iterdir())
+    finally:
+        os.chmod(closed, 0o755)
+
+
+def test_options_stand_before_or_behind_the_command(tool):
+    for arguments in (["--json", "info", "solid.obj"], ["info", "--json", "solid.obj"], ["info", "solid.obj", "--json"]):
+        assert json.loads(tool.run(*arguments).stdout)["nodes"] == 4
+
+
+def test_the_status_is_the_largest_of_all_files(tool):
+    text = (tool.folder / "solid.obj").read_text()
+    (tool.folder / "unused.obj").write_text(text + "v 5 5 5\n")
+    for files, status in ((["solid.obj"], 0), (["unused.obj", "solid.obj"], 1), (["no.obj", "unused.obj", "solid.obj"], 2)):
+        result = tool.run("--json", "check", *files)
+        assert result.returncode == status
+        assert [json.loads(line)["file"] for line in result.stdout.splitlines()] == files
+
+
+def test_quiet_leaves_results_and_errors(tool):
+    assert tool.run("merge", "-q", "solid.obj", "out.obj").stderr == b""
+    assert b"exists" in tool.run("merge", "-q", "solid.obj", "out.obj").stderr
+    assert tool.run("-q", "info", "solid.obj").stdout != b""
+
+
+def test_a_file_that_comes_into_being_meanwhile_is_not_overwritten(tool):
+    os.mkfifo(tool.folder / "in.obj")
+    with subprocess.Popen([tool.program, "convert", "in.obj", "out.stl"], cwd=tool.folder, stderr=subprocess.PIPE) as running:
+        with open(tool.folder / "in.obj", "wb") as slow:
+            (tool.folder / "out.stl").write_text("theirs")
+            slow.write((tool.folder / "solid.obj").read_bytes())
+        words = running.stderr.read()
+        assert running.wait(60) == 2 and b"exists" in words.lower()
+    assert (tool.folder / "out.stl").read_text() == "theirs"
+    assert tool.files() == ["in.obj", "out.stl", "solid.obj"]
+
+
+def test_a_link_into_another_folder_is_written_there(tool):
+    (tool.folder / "other").mkdir()
+    os.symlink("other/target.obj", tool.folder / "link.obj")
+    (tool.folder / "other" / "target.obj").write_text("before")
+    assert tool.run("convert", "solid.obj", "link.obj").returncode == 2
+    assert tool.run("convert", "solid.obj", "link.obj", "--force").returncode == 0
+    assert os.path.islink(tool.folder / "link.obj")
+    assert [path.name for path in (tool.folder / "other").iterdir()] == ["target.obj"]
+
+
+def test_new_files_have_the_mode_of_the_mask(tool):
+    tool.run("convert", "solid.obj", "out.stl", preexec_fn=lambda: os.umask(0o027))
+    assert os.stat(tool.folder / "out.stl").st_mode & 0o777 == 0o640
