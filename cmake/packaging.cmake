@@ -80,6 +80,20 @@ the serial functions on the whole mesh.")
     "finite-element mesh utilities - development files for MPI\n${about_mpi}\n\nThis package holds the header and the files for CMake.")
 endif()
 
+if(QEL_GRIDWORK_BUILD_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL qel_gridwork_python)
+  set(CPACK_DEBIAN_QEL_GRIDWORK_PYTHON_PACKAGE_NAME python3-gridwork)
+  set(CPACK_DEBIAN_QEL_GRIDWORK_PYTHON_PACKAGE_SECTION python)
+  set(CPACK_DEBIAN_QEL_GRIDWORK_PYTHON_PACKAGE_DEPENDS
+    "${CPACK_DEBIAN_QEL_GRIDWORK_RUNTIME_PACKAGE_NAME} (>= ${PROJECT_VERSION}), ${QEL_GRIDWORK_PYTHON_DEPENDS}, python3-numpy")
+  set(CPACK_DEBIAN_QEL_GRIDWORK_PYTHON_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_QEL_GRIDWORK_PYTHON_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/python/postinst
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/python/prerm)
+  set(CPACK_COMPONENT_QEL_GRIDWORK_PYTHON_DESCRIPTION
+    "finite-element mesh utilities - Python 3 package\n${about}\n\nThis package holds the module gridwork for Python, on arrays of numpy.")
+endif()
+
 # What every Debian package carries beside the files that are installed.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_documents.cmake)
 set(CPACK_QEL_GRIDWORK_SOURCE_DIR ${CMAKE_CURRENT_SOURCE_DIR})

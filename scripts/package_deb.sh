@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
-# Builds the Debian packages libqel-gridwork4, libqel-gridwork-dev and qel-gridwork-tools into build/deb/packages/, holds them against
-# lintian, unpacks them into an empty root, and builds and runs a user's project against that.
+# Builds the Debian packages libqel-gridwork4, libqel-gridwork-dev, qel-gridwork-tools and python3-gridwork into
+# build/deb/packages/, holds them against lintian, unpacks them into an empty root, builds and runs a user's project against
+# that, and uses the tool and the Python package.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
-need_packages g++ cmake ninja-build dpkg-dev file lintian pkg-config libopenmpi-dev openmpi-bin libcli11-dev
+need_packages g++ cmake ninja-build dpkg-dev file lintian pkg-config libopenmpi-dev openmpi-bin libcli11-dev \
+  pybind11-dev python3-dev python3-numpy
 
 # Debian's flags, but for debug information, which would be stripped anyway.
 export DEB_CXXFLAGS_MAINT_STRIP=-g DEB_BUILD_MAINT_OPTIONS=hardening=+all
@@ -16,6 +18,7 @@ rm -rf build/deb/packages
 cmake --preset release -B build/deb -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_INSTALL_DOCDIR=share/doc/libqel-gridwork-dev \
   -DQEL_GRIDWORK_DEVELOPER=OFF -DQEL_GRIDWORK_BUILD_TESTS=OFF -DQEL_GRIDWORK_BUILD_EXAMPLES=OFF \
   -DCMAKE_CXX_FLAGS="$CPPFLAGS $CXXFLAGS" -DCMAKE_SHARED_LINKER_FLAGS="$LDFLAGS" -DCMAKE_EXE_LINKER_FLAGS="$LDFLAGS -pie" \
+  -DCMAKE_MODULE_LINKER_FLAGS="$LDFLAGS" -DQEL_GRIDWORK_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3 \
   -DCMAKE_SKIP_INSTALL_RPATH=ON -DQEL_GRIDWORK_ZSH_DIR=share/zsh/vendor-completions > /dev/null
 cmake --build build/deb
 (cd build/deb && cpack -G DEB -B packages > cpack.log) || { cat build/deb/cpack.log >&2; exit 1; }
@@ -35,4 +38,10 @@ echo "--- the tool"
 LD_LIBRARY_PATH=$root/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH) "$root/usr/bin/gridwork" info examples/data/bracket.stl
 OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 LD_LIBRARY_PATH=$root/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH) \
   editions/parallel/tests/consumer/run.sh "$root/usr" c++ mpiexec -n 2 --oversubscribe
+
+echo "--- the Python package"
+LD_LIBRARY_PATH=$root/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH) PYTHONPATH=$root/usr/lib/python3/dist-packages \
+  PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 -c "import gridwork as gw
+coords, triangles = gw.stl_input('examples/data/bracket.stl')
+assert len(gw.get_mesh_boundaries(triangles, 'TRIA3')) == 0 and gw.__file__.startswith('$root')"
 ls build/deb/packages/*.deb
