@@ -260,6 +260,7 @@ memory_file* shrinking = nullptr;
 
 TEST(io_faults, files_that_shrink_while_they_are_read) {
   faults::instead_of_failing = [] { shrinking->resize(shrinking->size() / 2); };
+  const bool are_small = qel::gridwork::detail::limits::are_small;  // then blocks end between sections, too
   for (const reader& r : readers(several_blocks)) {
     memory_file file(r.content);
     shrinking = &file;
@@ -269,7 +270,8 @@ TEST(io_faults, files_that_shrink_while_they_are_read) {
       faults::arm(plan);
       const reading got = r.read(file.path());
       const bool failed = faults::disarm();
-      EXPECT_ALL(got.sound, (got == whole || got.code < 0 || r.may_end_anywhere)) << r.name << ", read " << plan.at;
+      EXPECT_ALL(got.sound, (got == whole || got.code < 0 || r.may_end_anywhere || are_small))
+          << r.name << ", read " << plan.at;
       return failed;
     });
   }
