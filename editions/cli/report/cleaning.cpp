@@ -27,17 +27,6 @@ bool keep_references(const qel::dense1D<unsigned>& new_elements, block& b) {
   return true;
 }
 
-outcome remove_degenerate(mesh& m, std::uint64_t& removed) {
-  for (block& b : m.blocks) {
-    qel::dense1D<unsigned> new_elements;
-    const outcome done{gw::operation::remove_degenerated, gw::remove_degenerated(b.connectivity, new_elements, true)};
-    if (done.failed()) return done;
-    if (!keep_references(new_elements, b)) return outcome::of_memory(false);
-    removed += done.count();
-  }
-  return {};
-}
-
 }  // namespace
 
 outcome remove_unused_nodes(mesh& m) {
@@ -49,19 +38,35 @@ outcome remove_unused_nodes(mesh& m) {
   return done;
 }
 
-outcome clean(mesh& m, double tolerance, unsigned mode, cleaned& counts) {
+outcome merge_nodes(mesh& m, double tolerance, unsigned mode) {
   connectivities all;
   if (!copy_all(m, all)) return outcome::of_memory(false);
   qel::dense2D<unsigned>* const first = all.data();
-  const outcome merged{gw::operation::merge_elements, gw::merge(m.coords, first, first + all.size(), tolerance, mode)};
+  const outcome done{gw::operation::merge_elements, gw::merge(m.coords, first, first + all.size(), tolerance, mode)};
+  for (std::size_t k = 0; k < all.size() && !done.failed(); ++k) m.blocks[k].connectivity = all[k];
+  return done;
+}
+
+outcome remove_degenerate(mesh& m, std::uint64_t& removed) {
+  for (block& b : m.blocks) {
+    qel::dense1D<unsigned> new_elements;
+    const outcome done{gw::operation::remove_degenerated, gw::remove_degenerated(b.connectivity, new_elements, true)};
+    if (done.failed()) return done;
+    if (!keep_references(new_elements, b)) return outcome::of_memory(false);
+    removed += done.count();
+  }
+  std::erase_if(m.blocks, [](const block& b) { return b.connectivity.empty(); });
+  return {};
+}
+
+outcome clean(mesh& m, double tolerance, unsigned mode, cleaned& counts) {
+  const outcome merged = merge_nodes(m, tolerance, mode);
   if (merged.failed()) return merged;
-  for (std::size_t k = 0; k < all.size(); ++k) m.blocks[k].connectivity = all[k];
   const outcome removed = remove_degenerate(m, counts.removed_elements);
   if (removed.failed()) return removed;
   const outcome simplified = remove_unused_nodes(m);
   counts.merged = merged.count();
   counts.removed_nodes = simplified.failed() ? 0 : simplified.count();
-  std::erase_if(m.blocks, [](const block& b) { return b.connectivity.empty(); });
   return simplified;
 }
 

@@ -16,7 +16,13 @@ struct cleaned {
 /// A mesh is not to be used where it fails.
 outcome clean(mesh& m, double tolerance, unsigned mode, cleaned& counts);
 
-/// Removes the nodes that no element uses.
+/// Merges near nodes; counts them.
+outcome merge_nodes(mesh& m, double tolerance, unsigned mode);
+
+/// Removes the elements that hold a node twice, and blocks that are empty then.
+outcome remove_degenerate(mesh& m, std::uint64_t& removed);
+
+/// Removes the nodes that no element uses; counts them.
 outcome remove_unused_nodes(mesh& m);
 
 }  // namespace report

@@ -1,7 +1,5 @@
 #include "json.h"
 
-#include <charconv>
-
 #include "utf8.h"
 
 namespace report {
@@ -19,11 +17,6 @@ std::string escaped(char c) {
 bool stands_as_it_is(char c) { return static_cast<unsigned char>(c) >= 0x20 && c != '"' && c != '\\'; }
 
 }  // namespace
-
-std::string shortest_number(double value) {
-  char digits[32];
-  return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
-}
 
 std::string json::quoted(std::string_view text) {
   std::string quoted = "\"";

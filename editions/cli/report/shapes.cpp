@@ -11,16 +11,6 @@ namespace {
 
 bool is_measured(const block& b) { return element_dim(b.type) >= 2; }
 
-// Turned where most are negative.
-outcome block_qualities(const mesh& m, const block& b, qel::dense1D<double>& quality, bool& turned) {
-  const block linear = linear_block(b);
-  const int result = shape_qualities(m.coords, linear.connectivity, linear.type, quality);
-  const auto negative = std::count_if(quality.data(), quality.data() + quality.size(), [](double q) { return q < 0; });
-  turned = 2 * static_cast<std::uint64_t>(negative) > quality.size();
-  for (std::uint64_t e = 0; turned && e < quality.size(); ++e) quality[e] = -quality[e];
-  return {gw::operation::shape_qualities, result};
-}
-
 void count_values(const qel::dense1D<double>& quality, shapes& found) {
   double sum = 0;
   found.smallest = found.largest = quality[0];
@@ -67,6 +57,15 @@ double edge_length(const qel::dense2D<double>& coords, unsigned a, unsigned b) {
 }
 
 }  // namespace
+
+outcome block_qualities(const mesh& m, const block& b, qel::dense1D<double>& quality, bool& turned) {
+  const block linear = linear_block(b);
+  const int result = shape_qualities(m.coords, linear.connectivity, linear.type, quality);
+  const auto negative = std::count_if(quality.data(), quality.data() + quality.size(), [](double q) { return q < 0; });
+  turned = 2 * static_cast<std::uint64_t>(negative) > quality.size();
+  for (std::uint64_t e = 0; turned && e < quality.size(); ++e) quality[e] = -quality[e];
+  return {gw::operation::shape_qualities, result};
+}
 
 outcome measure_shapes(const mesh& m, std::size_t nbr_worst, std::vector<shapes>& all) {
   for (const block& b : m.blocks) {

@@ -27,6 +27,9 @@ struct shapes {
   std::vector<placed_element> worst;    ///< by increasing quality, then position
 };
 
+/// The qualities of a block of faces or solids; `turned` where they are taken with the other sign.
+outcome block_qualities(const mesh& m, const block& b, qel::dense1D<double>& quality, bool& turned);
+
 /// Of all faces and solids of a mesh whose nodes are valid; vertices count, middle nodes do not.
 outcome measure_shapes(const mesh& m, std::size_t nbr_worst, std::vector<shapes>& all);
 
