@@ -98,7 +98,7 @@ test('memory is given back', async () => {
   const mesh = await gw.mesh().read(bracket);
   mesh.free();
   const before = gw.memory;
-  for (let k = 0; k < 200; ++k) {
+  for (let k = 0; k < 30; ++k) {
     const one = await gw.mesh().read(bracket);
     one.report();
     one.free();
