@@ -6,7 +6,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
-need_packages g++ cmake ninja-build dpkg-dev file lintian pkg-config libopenmpi-dev openmpi-bin libcli11-dev \
+need_packages g++ cmake ninja-build dpkg-dev file lintian pkg-config libcli11-dev \
   pybind11-dev python3-dev python3-numpy
 
 # Debian's flags, but for debug information, which would be stripped anyway.
@@ -36,8 +36,6 @@ tests/consumer/installed.sh "$root/usr" "lib/$(dpkg-architecture -q DEB_HOST_MUL
 
 echo "--- the tool"
 LD_LIBRARY_PATH=$root/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH) "$root/usr/bin/gridwork" info examples/data/bracket.stl
-OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 LD_LIBRARY_PATH=$root/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH) \
-  editions/parallel/tests/consumer/run.sh "$root/usr" c++ mpiexec -n 2 --oversubscribe
 
 echo "--- the Python package"
 LD_LIBRARY_PATH=$root/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH) PYTHONPATH=$root/usr/lib/python3/dist-packages \
