@@ -58,7 +58,7 @@ input_file::input_file(const std::string& name) {
   const mode_t mode = state_of(descriptor_).st_mode;
   if (S_ISDIR(mode)) throw failure(std::strerror(EISDIR), -1);
   if (!S_ISREG(mode)) keep_in_memory();
-  path_ = "/proc/self/fd/" + std::to_string(descriptor_);
+  path_ = S_ISREG(mode) && name != "-" ? name : "/proc/self/fd/" + std::to_string(descriptor_);
 }
 
 input_file::~input_file() {

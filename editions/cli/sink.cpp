@@ -22,6 +22,7 @@ sink::sink(int to) : to_(to) {
   if (pipe2(ends_, O_CLOEXEC) != 0) throw failure(std::strerror(errno));
   fcntl(ends_[1], F_SETPIPE_SZ, static_cast<int>(block_size));
   path_ = "/proc/self/fd/" + std::to_string(ends_[1]);
+  if (access(path_.c_str(), W_OK) != 0) throw failure("files are written through /proc, which is not there");
   drainer_ = std::thread(&sink::drain, this);
 }
 
