@@ -2,15 +2,16 @@
 # Builds the library and tests for other systems and compilers, runs them, and compares the hash of every call with that of
 # the build for this machine: the same bits everywhere.
 # Usage: scripts/check_systems.sh [--quick] [NAME ...]    without names: all of them
-# With --quick, the hashes and the tests that tell most; else all tests that do not look at the library from outside.
+# With --quick, the hashes and the tests that tell most, at -O1; else all tests that do not look at the library from
+# outside, as a release.
 # Each system is a toolchain file in cmake/systems. Needs Debian 12 on x86-64, and root, or sudo, for missing packages.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 all=(clang19 libc++19 aarch64 s390x i386 musl windows)
-quick=false
-if [[ ${1:-} == --quick ]]; then quick=true && shift; fi
+quick=false folder=$PWD/build/systems
+if [[ ${1:-} == --quick ]]; then quick=true folder+=/quick && shift; fi
 names=("$@")
 if ((${#names[@]} == 0)); then names=("${all[@]}"); fi
 
@@ -28,7 +29,7 @@ packages() {
 # The programs that run on a system, one a line.
 programs() {
   if $quick; then
-    printf '%s\n' elementary_test numbers_test
+    printf '%s\n' elementary_test file_test numbers_test
   else
     sed -n '/^qel_gridwork_tests(/,/)/p' tests/CMakeLists.txt | grep -oE '\b[a-z0-9_]+_test\b'
     if [[ $1 != windows ]]; then printf '%s\n' allocation_test hostile_files_test io_faults_test sharing_test threads_test; fi
@@ -38,18 +39,19 @@ programs() {
 build() {  # NAME PROGRAM ...
   local name=$1 options=()
   shift
-  if [[ $name == musl ]]; then options=(-DBUILD_SHARED_LIBS=OFF); fi
-  cmake -G Ninja -S . -B "build/systems/$name" --toolchain "$PWD/cmake/systems/$name.cmake" "${options[@]}" \
+  if [[ $name == musl ]]; then options+=(-DBUILD_SHARED_LIBS=OFF); fi
+  if $quick; then options+=("-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG"); fi
+  cmake -G Ninja -S . -B "$folder/$name" --toolchain "$PWD/cmake/systems/$name.cmake" "${options[@]}" \
     -DCMAKE_BUILD_TYPE=Release -DQEL_GRIDWORK_DEVELOPER=ON -DQEL_GRIDWORK_BUILD_EXAMPLES=OFF \
     -DQEL_GRIDWORK_BUILD_TOOL=OFF -DQEL_GRIDWORK_GOOGLETEST=/usr/src/googletest > /dev/null
-  cmake --build "build/systems/$name" --target qel_gridwork determinism "$@"
+  cmake --build "$folder/$name" -j "$(nproc)" --target qel_gridwork determinism "$@"
 }
 
 # A program of a system, by what runs it here.
-run() {  # NAME PROGRAM
-  local program=build/systems/$1/tests/$2 emulator
+run() {  # NAME PROGRAM [ARGUMENT ...]
+  local program=$folder/$1/$2 emulator
   if [[ $1 == windows ]]; then program+=.exe; fi
-  emulator=$(sed -n 's/^CMAKE_CROSSCOMPILING_EMULATOR:[A-Z]*=//p' "build/systems/$1/CMakeCache.txt")
+  emulator=$(sed -n 's/^CMAKE_CROSSCOMPILING_EMULATOR:[A-Z]*=//p' "$folder/$1/CMakeCache.txt")
   ${emulator//;/ } "$program" "${@:3}" | tr -d '\r'
 }
 
@@ -58,13 +60,13 @@ check() {  # NAME
   mapfile -t chosen < <(programs "$name")
   build "$name" "${chosen[@]}"
   for program in "${chosen[@]}"; do
-    run "$name" "$program" --gtest_brief=1 | tee "build/systems/$name/$program.txt"
-    count=$(sed -n 's/^\[  PASSED  \] \([0-9]*\) tests*\.$/\1/p' "build/systems/$name/$program.txt")
+    run "$name" "tests/$program" --gtest_brief=1 | tee "$folder/$name/$program.txt"
+    count=$(sed -n 's/^\[  PASSED  \] \([0-9]*\) tests*\.$/\1/p' "$folder/$name/$program.txt")
     passed=$((passed + count))
   done
-  run "$name" determinism > "build/systems/$name/determinism.txt"
-  diff build/release/determinism.txt "build/systems/$name/determinism.txt"
-  table+="$name: $passed tests passed, $(hash "build/systems/$name/determinism.txt")"$'\n'
+  run "$name" tests/determinism > "$folder/$name/determinism.txt"
+  diff build/release/determinism.txt "$folder/$name/determinism.txt"
+  table+="$name: $passed tests passed, $(hash "$folder/$name/determinism.txt")"$'\n'
 }
 
 # One hash of all calls.
