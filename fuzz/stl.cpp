@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const auto read : {detail::io::read_stl_text, detail::io::read_stl_binary}) {
     dense2D<double> coords;
     dense2D<unsigned> triangles;
-    const detail::io::file stream(file.path(), "rb");
+    const detail::io::file stream(file.path(), detail::io::access::read);
     detail::io::block_reader blocks(stream.stream());
     CHECK(blocks.prepare());
     const int code = read({blocks, stream.size()}, coords, triangles);
