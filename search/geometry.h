@@ -4,12 +4,19 @@
 
 namespace qel::gridwork::detail {
 
-/// A node that is not finite is near to none, not even to itself: every way of merging asks this first.
+/// Where nodes are merged by nearness, one that is not finite is near to none: every way of doing so asks this first.
 template <unsigned Dim>
 bool is_finite(const double* p) noexcept {
   double sum = 0;  // of differences that are 0 or NaN
   for (unsigned a = 0; a < Dim; ++a) sum += p[a] - p[a];
   return sum == 0;
+}
+
+template <unsigned Dim>
+bool has_nan(const double* p) noexcept {
+  bool found = false;
+  for (unsigned a = 0; a < Dim; ++a) found |= p[a] != p[a];
+  return found;
 }
 
 template <unsigned Dim>

@@ -79,11 +79,12 @@ class element_merger {
     return true;
   }
 
-  /// The distinct nodes of a column that may be merged, in the order of their indices. One that is not finite is near to none.
+  /// The distinct nodes of a column that may be merged, in the order of their indices. One with a NaN is near to none;
+  /// one at infinity is within an infinite tolerance of others.
   [[nodiscard]] bool collect_nodes(const unsigned* begin, const unsigned* end) {
     nodes_.clear();
     for (const unsigned* id = begin; id != end; ++id) {
-      if (*id == none || is_merged(*id) || !is_finite<Dim>(positions_[*id])) continue;
+      if (*id == none || is_merged(*id) || has_nan<Dim>(positions_[*id])) continue;
       placed_node<Dim> node{{}, *id, true};
       std::copy_n(positions_[*id], Dim, node.p);
       if (!nodes_.push_back(node)) return false;
