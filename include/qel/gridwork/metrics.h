@@ -240,7 +240,7 @@ QEL_GRIDWORK_API int overwrite_invalid_metrics(dense2D<double>& tensors, const d
 /// @{
 
 /// Which of the lengths of a node's edges becomes its size.
-enum size_rule {
+enum size_rule : int {
   SIZE_MEAN = 0,      ///< their mean
   SIZE_SHORTEST = 1,  ///< the smallest
   SIZE_LONGEST = 2    ///< the largest
