@@ -107,11 +107,14 @@ class team::rounds {
     int* sizes = places_.data();
     layout(round, sent, sizes, sizes + ranks);
     layout(round, received, sizes + 2 * ranks, sizes + 3 * ranks);
-    for (int r = 0; r < ranks; ++r) copy(out_.data() + sizes[ranks + r], start(sent, r, round, out), sizes[r]);
+    for (int r = 0; r < ranks; ++r) {
+      if (sizes[r] != 0) std::memcpy(out_.data() + sizes[ranks + r], start(sent, r, round, out), length(sizes[r]));
+    }
     ranks_.note(MPI_Alltoallv(out_.data(), sizes, sizes + ranks, MPI_BYTE, in_.data(), sizes + 2 * ranks,
                               sizes + 3 * ranks, MPI_BYTE, ranks_.comm_));
     for (int r = 0; r < ranks; ++r) {
-      copy(start(received, r, round, in), in_.data() + sizes[3 * ranks + r], sizes[2 * ranks + r]);
+      const int size = sizes[2 * ranks + r];
+      if (size != 0) std::memcpy(start(received, r, round, in), in_.data() + sizes[3 * ranks + r], length(size));
     }
   }
 
@@ -138,14 +141,13 @@ class team::rounds {
     }
   }
 
+  /// Where the bytes of a round begin, if there are any.
   template <class Byte>
   Byte* start(const rank_offsets& offsets, int r, std::uint64_t round, Byte* first) const noexcept {
     return first + offsets[static_cast<std::uint64_t>(r)] * item_bytes_ + round * part_;
   }
 
-  static void copy(char* to, const char* from, int count) noexcept {
-    if (count != 0) std::memcpy(to, from, static_cast<std::size_t>(count));
-  }
+  static std::size_t length(int size) noexcept { return static_cast<std::size_t>(size); }
 
   team& ranks_;
   std::size_t item_bytes_;
