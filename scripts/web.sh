@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the page and the npm package for browsers, and serves the page on the loopback interface:
 # scripts/web.sh [--build-only | --test] [PORT]. The package is left in build/web/package, the page in build/web/page.
-# --test runs the tests instead; those in Chromium are skipped where it is not installed.
+# --test runs the tests instead; those in Chromium are skipped where it is not installed. What they compare with is built
+# natively, unless GRIDWORK_NATIVE_BUILD names a folder where it is.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
@@ -16,6 +17,10 @@ node editions/web/assemble.mjs build/web
 case ${1:-} in
   --build-only) ;;
   --test)
+    if [[ -z ${GRIDWORK_NATIVE_BUILD:-} ]]; then
+      cmake --preset release > /dev/null
+      cmake --build --preset release --target gridwork
+    fi
     version=$(node -p "require('./editions/web/package.json').devDependencies['playwright-core']")
     if [[ ! -d build/web/node_modules/playwright-core ]]; then
       npm install --silent --no-audit --no-fund --no-save --prefix build/web "playwright-core@$version" ||
