@@ -19,8 +19,9 @@ case ${1:-} in
   --test)
     if [[ -z ${GRIDWORK_NATIVE_BUILD:-} ]]; then
       cmake --preset release > /dev/null
-      cmake --build --preset release --target gridwork
+      cmake --build --preset release --target gridwork determinism
     fi
+    cmake --build --preset web --target determinism
     version=$(node -p "require('./editions/web/package.json').devDependencies['playwright-core']")
     if [[ ! -d build/web/node_modules/playwright-core ]]; then
       npm install --silent --no-audit --no-fund --no-save --prefix build/web "playwright-core@$version" ||

@@ -140,6 +140,7 @@ class trial {
     if (!(result == *undisturbed_)) broken = "the result";
   }
 
+#if defined(__cpp_exceptions)
   static outcome attempt(const std::function<int()>& call) {
     try {
       return {call()};
@@ -147,6 +148,9 @@ class trial {
       return {0, true};
     }
   }
+#else
+  static outcome attempt(const std::function<int()>& call) { return {call()}; }
+#endif
 
   static std::uint64_t sum(std::initializer_list<argument> arguments) {
     digest d;

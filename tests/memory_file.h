@@ -42,6 +42,49 @@ class memory_file {
   std::string path_;
 };
 
+#elif defined(__wasi__)
+#include <cstdio>
+
+/// Where the C library only knows streams, a file in the folder that the host lends.
+class memory_file {
+ public:
+  memory_file() { write(""); }
+  explicit memory_file(const std::string& content) { write(content); }
+  memory_file(const memory_file&) = delete;
+  memory_file& operator=(const memory_file&) = delete;
+  ~memory_file() { std::remove(path()); }
+
+  const char* path() const { return path_.c_str(); }
+
+  void write(const std::string& content) const {
+    std::FILE* stream = open("wb");
+    if (std::fwrite(content.data(), 1, content.size(), stream) != content.size()) std::abort();
+    std::fclose(stream);
+  }
+
+  std::string content() const {
+    std::FILE* stream = open("rb");
+    std::string bytes;
+    for (int c = std::fgetc(stream); c != EOF; c = std::fgetc(stream)) bytes += static_cast<char>(c);
+    std::fclose(stream);
+    return bytes;
+  }
+
+ private:
+  std::FILE* open(const char* mode) const {
+    std::FILE* stream = std::fopen(path(), mode);
+    if (stream == nullptr) std::abort();
+    return stream;
+  }
+
+  static std::string fresh_path() {
+    static unsigned count = 0;
+    return "gridwork-" + std::to_string(++count);
+  }
+
+  std::string path_ = fresh_path();
+};
+
 #else
 #include <filesystem>
 #include <fstream>

@@ -1,46 +1,16 @@
 // The page in Chromium: as a visitor meets it, held against the command-line tool.
 import assert from 'node:assert/strict';
-import { existsSync, openSync, readFileSync, closeSync, writeFileSync, writeSync } from 'node:fs';
-import { createRequire } from 'node:module';
+import { closeSync, openSync, readFileSync, writeFileSync, writeSync } from 'node:fs';
 import { basename, join } from 'node:path';
-import test, { after, before } from 'node:test';
-import { serve } from '../serve.mjs';
-import { build, hasTool, meshFiles, pageFolder, repository, scratch, toolJson } from './folders.mjs';
+import { browse, browser, newPage, pageTest, url } from './browser.mjs';
+import { hasTool, meshFiles, pageFolder, repository, scratch, toolJson } from './folders.mjs';
 
-const executablePath = process.env.CHROMIUM ?? '/usr/bin/chromium';
-const library = join(build, 'node_modules/playwright-core');
-const skip = !existsSync(executablePath) ? 'Chromium is not installed' : !existsSync(library) && 'playwright-core is not installed';
 const bracket = join(repository, 'examples/data/bracket.stl');
-const args = ['--no-sandbox', '--disable-dev-shm-usage', '--use-angle=swiftshader', '--enable-unsafe-swiftshader'];
 
-const patience = 100_000; // ms, for machines that do much else
-
-let server;
-let browser;
-let url;
-
-before(async () => {
-  if (skip) return;
-  const { chromium } = createRequire(join(build, 'node_modules/'))('playwright-core');
-  server = await serve(pageFolder);
-  url = `http://127.0.0.1:${server.address().port}/`;
-  browser = await chromium.launch({ executablePath, args });
-});
-
-after(async () => {
-  await browser?.close();
-  server?.close();
-});
+browse(pageFolder);
 
 async function visit(options = {}, prepare = () => {}) {
-  const context = await browser.newContext(options);
-  const page = await context.newPage();
-  page.setDefaultTimeout(patience);
-  page.faults = [];
-  page.requests = [];
-  page.on('pageerror', (error) => page.faults.push(error.message));
-  page.on('console', (message) => message.type() === 'error' && page.faults.push(message.text()));
-  page.on('request', (request) => page.requests.push(request.url()));
+  const page = await newPage(options);
   await prepare(page);
   await page.goto(url);
   await page.waitForSelector('body[data-ready]');
@@ -64,8 +34,6 @@ function compare(shown, told, file) {
   if (told.topology?.dim === 3) Object.assign(expected, { Faces: told.topology.sides, 'Faces on the boundary': told.topology.open });
   for (const [name, value] of Object.entries(expected)) assert.equal(Number(shown[name]), value, `${file}: ${name}`);
 }
-
-const pageTest = (name, run) => test(name, { skip, timeout: 240_000 }, run);
 
 pageTest('the sample is shown with its faults', async () => {
   const page = await visit();
