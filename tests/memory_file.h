@@ -42,10 +42,14 @@ class memory_file {
   std::string path_;
 };
 
-#elif defined(__wasi__)
+#else
 #include <cstdio>
 
-/// Where the C library only knows streams, a file in the folder that the host lends.
+#if !defined(__wasi__)
+#include <filesystem>
+#endif
+
+/// Where there is none, a file in the folder for temporary ones.
 class memory_file {
  public:
   memory_file() { write(""); }
@@ -79,39 +83,13 @@ class memory_file {
 
   static std::string fresh_path() {
     static unsigned count = 0;
-    return "gridwork-" + std::to_string(++count);
-  }
-
-  std::string path_ = fresh_path();
-};
-
+    const std::string number = std::to_string(++count);
+#if defined(__wasi__)
+    return "gridwork-" + number;  // in the folder that the host lends
 #else
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
-/// Where there is none, a file in the folder for temporary ones.
-class memory_file {
- public:
-  memory_file() { write(""); }
-  explicit memory_file(const std::string& content) { write(content); }
-  memory_file(const memory_file&) = delete;
-  memory_file& operator=(const memory_file&) = delete;
-  ~memory_file() { std::filesystem::remove(path_); }
-
-  const char* path() const { return path_.c_str(); }
-  void write(const std::string& content) const { std::ofstream(path_, std::ios::binary) << content; }
-
-  std::string content() const {
-    std::ifstream file(path_, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-  }
-
- private:
-  static std::string fresh_path() {
-    static unsigned count = 0;
-    const std::string name = "gridwork-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+    const std::string name = "gridwork-" + std::to_string(getpid()) + "-" + number;
     return (std::filesystem::temp_directory_path() / name).string();
+#endif
   }
 
   std::string path_ = fresh_path();
