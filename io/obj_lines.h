@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "core/limits.h"
 #include "io/column_appender.h"
 #include "io/text/plain_number.h"
 #include "io/text/text.h"
@@ -44,13 +45,17 @@ class obj_lines {
     return p[1] == 't' ? read_vector(p + 3, out_.uvs, nullptr) : nullptr;
   }
 
+  /// Where a token that is not certain to be at hand begins to be none, wherever it lies.
+  static constexpr auto longest_token = static_cast<std::ptrdiff_t>(limits::obj_token);
+
   /// Reads the numbers of a column; more numbers may follow if the `end` of the text is given.
   static const char* read_vector(const char* p, column_appender<double>& out, const char* end) noexcept {
     double* const values = out.room();
     if (values == nullptr) return nullptr;
     for (std::uint64_t k = 0; k < out.rows(); ++k) {
-      p = scan_plain_double(p, values[k]);
-      if (p == nullptr || !ends_token(*p)) return nullptr;
+      const char* const token = skip_blanks(p);
+      p = scan_plain_double(token, values[k]);
+      if (p == nullptr || !ends_token(*p) || p - token >= longest_token) return nullptr;
     }
     p = skip_blanks(p);
     if (*p != '\n') {

@@ -98,6 +98,8 @@ TEST_F(obj_files, lines_of_every_kind) {
       {"vt 0\nvn 0 0 0\nf 1/1/1/1 2 3", "-2\nn (0 0 0)\nt (0)\n"},
       {"v " + string(limits::obj_token - 2, '0') + "1 2 3", "0\nv (1 2 3)\n"},
       {"v " + string(limits::obj_token - 1, '0') + "1 2 3", "-2\n"},
+      {"v 1 2 3\nv " + string(limits::obj_token - 2, '0') + "1 2 3\nv 4 5 6", "0\nv (1 2 3) (1 2 3) (4 5 6)\n"},
+      {"v 1 2 3\nv " + string(limits::obj_token - 1, '0') + "1 2 3\nv 4 5 6", "-2\nv (1 2 3)\n"},
       {"f 1 2 " + string(5000, '0') + "3", "-2\n"},
       {string("v 1 2 3\0\nv 4 5 6", 16), "-2\n"},
   };
