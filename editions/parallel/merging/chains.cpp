@@ -52,9 +52,11 @@ typename chains<Dim>::answer chains<Dim>::target_of(std::uint64_t id) const noex
   return a;
 }
 
+/// Asks the ranks that know on, tell(id) there, until no end is open; follow(end, answer) goes on from each here, and is
+/// false when memory ran out.
 template <unsigned Dim>
-int chains<Dim>::find_parents(team& ranks, int code) {
-  if (code == 0 && !start()) code = out_of_memory;
+template <class Tell, class Follow>
+int chains<Dim>::close_ends(team& ranks, int code, Tell tell, Follow follow) {
   for (;;) {
     std::uint64_t open = code == 0 ? open_.size() : 0;
     ranks.add(&open, 1);
@@ -64,20 +66,23 @@ int chains<Dim>::find_parents(team& ranks, int code) {
     const auto walk_open = [&](auto visit) {
       for (std::uint64_t k = 0; k < asked.size(); ++k) visit(known(asked[k].at).handler, id(asked[k].at), k);
     };
-    const auto go_on = [&](std::uint64_t k, const answer& a) {
-      const auto [node, at] = asked[k];
-      if (a.is_end || a.node.id > id(at)) {
-        room = room && stop_behind(node, at);
-        return;
-      }
-      const unsigned next = learn(ranks, a.node);
-      room = room && next != none && walk(node, next);
-    };
-    const auto tell = [&](std::uint64_t id_asked, int) { return target_of(id_asked); };
-    code = ask<std::uint64_t, answer>(ranks, code, walk_open, tell, go_on);
+    const auto tell_rank = [&](std::uint64_t id_asked, int) { return tell(id_asked); };
+    const auto go_on = [&](std::uint64_t k, const answer& a) { room = room && follow(asked[k], a); };
+    code = ask<std::uint64_t, answer>(ranks, code, walk_open, tell_rank, go_on);
     if (code < 0) return code;
     if (!room) code = out_of_memory;
   }
+}
+
+template <unsigned Dim>
+int chains<Dim>::find_parents(team& ranks, int code) {
+  if (code == 0 && !start()) code = out_of_memory;
+  const auto tell = [&](std::uint64_t asked) { return target_of(asked); };
+  return close_ends(ranks, code, tell, [&](const open_end& end, const answer& a) {
+    if (a.is_end || a.node.id > id(end.at)) return stop_behind(end.node, end.at);
+    const unsigned next = learn(ranks, a.node);
+    return next != none && walk(end.node, next);
+  });
 }
 
 /// Ways within this rank are as short as they can be: parents come before their children.
@@ -109,27 +114,14 @@ typename chains<Dim>::answer chains<Dim>::root_of(std::uint64_t id) const noexce
 template <unsigned Dim>
 int chains<Dim>::find_roots(team& ranks, int code) {
   if (code == 0 && !climb()) code = out_of_memory;
-  for (;;) {
-    std::uint64_t open = code == 0 ? open_.size() : 0;
-    ranks.add(&open, 1);
-    if (open == 0) return code;
-    const dense1D<open_end> asked = std::exchange(open_, dense1D<open_end>());
-    bool room = true;
-    const auto walk_open = [&](auto visit) {
-      for (std::uint64_t k = 0; k < asked.size(); ++k) visit(known(asked[k].at).handler, id(asked[k].at), k);
-    };
-    const auto go_on = [&](std::uint64_t k, const answer& a) {
-      const unsigned top = asked[k].node;
-      const unsigned next = a.node.id == id(asked[k].at) ? asked[k].at : learn(ranks, a.node);
-      room = room && next != none && (a.is_end || open_.push_back({top, next}));
-      parents_[top] = room ? next : top;
-      ended_[top] = a.is_end ? 1 : 0;
-    };
-    const auto tell = [&](std::uint64_t id_asked, int) { return root_of(id_asked); };
-    code = ask<std::uint64_t, answer>(ranks, code, walk_open, tell, go_on);
-    if (code < 0) return code;
-    if (!room) code = out_of_memory;
-  }
+  const auto tell = [&](std::uint64_t asked) { return root_of(asked); };
+  return close_ends(ranks, code, tell, [&](const open_end& end, const answer& a) {
+    const unsigned next = a.node.id == id(end.at) ? end.at : learn(ranks, a.node);
+    if (next == none) return false;
+    parents_[end.node] = next;
+    ended_[end.node] = a.is_end ? 1 : 0;
+    return a.is_end || open_.push_back({end.node, next});
+  });
 }
 
 template <unsigned Dim>

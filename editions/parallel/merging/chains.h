@@ -55,6 +55,8 @@ class chains {
   [[nodiscard]] bool walk(unsigned node, unsigned at);
   [[nodiscard]] bool stop_behind(unsigned node, unsigned at);
   [[nodiscard]] unsigned learn(const team& ranks, const reference& r);
+  template <class Tell, class Follow>
+  int close_ends(team& ranks, int code, Tell tell, Follow follow);
   int find_parents(team& ranks, int code);
   int find_roots(team& ranks, int code);
   [[nodiscard]] bool climb();
