@@ -188,6 +188,12 @@ static_assert(longest_word <= read_block);
 constexpr std::uint64_t longest_record = limit<std::uint64_t>(4096, 250);
 static_assert(longest_record < read_block);
 
+/// Characters of a number, of the rest of a line that means nothing, and of fields that are passed over, up to which the
+/// usual records of NASTRAN and FEMAP files are read in place.
+constexpr std::ptrdiff_t plain_number = limit<std::ptrdiff_t>(40, 7);
+constexpr std::ptrdiff_t plain_rest = limit<std::ptrdiff_t>(60, 5);
+constexpr std::ptrdiff_t plain_fields = limit<std::ptrdiff_t>(48, 12);
+
 /// Columns for which there is room before a file has told how long its lines are.
 constexpr std::uint64_t first_columns = limit<std::uint64_t>(1024, 2);
 

@@ -59,8 +59,7 @@ class usual_records {
  private:
   /// Passes over commas and the little that stands between them.
   static const char* pass_commas(const char* p, unsigned count) noexcept {
-    constexpr std::ptrdiff_t longest = 48;
-    for (const char* const last = p + longest; count != 0; ++p) {
+    for (const char* const last = p + limits::plain_fields; count != 0; ++p) {
       if (static_cast<unsigned char>(*p) <= ' ' || p == last) return nullptr;
       count -= *p == ',' ? 1 : 0;
     }

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "core/limits.h"
 #include "io/text/plain_number.h"
 
 namespace qel::gridwork::detail::io {
@@ -24,9 +25,8 @@ inline const char* scan_plain_unsigned(const char* text, unsigned& value) noexce
 
 /// Scans a finite number of usual length, whatever follows; null when there is none.
 inline const char* scan_plain_real(const char* text, double& value) noexcept {
-  constexpr std::ptrdiff_t longest = 40;
   const char* const end = scan_signed<scan_plain_digits>(text, value);
-  return end != nullptr && end - text <= longest && std::isfinite(value) ? end : nullptr;
+  return end != nullptr && end - text <= limits::plain_number && std::isfinite(value) ? end : nullptr;
 }
 
 inline const char* skip_spaces(const char* text) noexcept {
@@ -39,10 +39,10 @@ inline bool is_line_end(const char* text) noexcept { return *text == '\n' || (*t
 
 /// The newline behind a short text without some characters; null when there is one of them, a NUL, or too much.
 inline const char* find_newline(const char* text, std::string_view refused) noexcept {
-  constexpr std::ptrdiff_t longest = 60;
   const char* end = text;
   for (; *end != '\n'; ++end) {
-    if (*end == '\0' || end - text == longest || refused.find(*end) != std::string_view::npos) return nullptr;
+    if (*end == '\0' || end - text == limits::plain_rest || refused.find(*end) != std::string_view::npos)
+      return nullptr;
   }
   return end;
 }
