@@ -3,9 +3,9 @@
 #include <string_view>
 
 #include "core/result.h"
+#include "io/bytes/file.h"
 #include "io/ensight.h"
 #include "io/matrix_range.h"
-#include "io/text/file.h"
 #include "io/text/text_writer.h"
 #include "qel/gridwork/elements.h"
 #include "qel/gridwork/io.h"

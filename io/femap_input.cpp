@@ -5,7 +5,7 @@
 #include "core/result.h"
 #include "io/element_collector.h"
 #include "io/femap.h"
-#include "io/femap_lines.h"
+#include "io/femap_usual_records.h"
 #include "io/identified_mesh.h"
 #include "io/input_result.h"
 #include "io/text/field.h"

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "core/result.h"
+#include "io/bytes/block_reader.h"
+#include "io/bytes/file.h"
 #include "io/element_collector.h"
 #include "io/input_result.h"
-#include "io/text/block_reader.h"
-#include "io/text/file.h"
 #include "qel/dense.h"
 #include "qel/gridwork/elements.h"
 

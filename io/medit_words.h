@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "io/little_endian.h"
+#include "io/bytes/little_endian.h"
 #include "io/text/word_reader.h"
 
 namespace qel::gridwork::detail::io::medit {

@@ -13,8 +13,8 @@
 #include "io/input_result.h"
 #include "io/nastran.h"
 #include "io/nastran_cards.h"
-#include "io/nastran_lines.h"
 #include "io/nastran_systems.h"
+#include "io/nastran_usual_cards.h"
 #include "io/text/field.h"
 
 namespace qel::gridwork::detail::io::nastran {

@@ -8,8 +8,8 @@
 #include "core/coordinates.h"
 #include "core/elements.h"
 #include "core/result.h"
+#include "io/bytes/file.h"
 #include "io/matrix_range.h"
-#include "io/text/file.h"
 #include "io/text/text_writer.h"
 #include "qel/gridwork/elements.h"
 

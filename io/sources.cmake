@@ -1,4 +1,5 @@
 target_sources(qel_gridwork_objects PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/bytes/file.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ensight_output.cpp
   ${CMAKE_CURRENT_LIST_DIR}/femap_input.cpp
   ${CMAKE_CURRENT_LIST_DIR}/femap_output.cpp
@@ -16,7 +17,6 @@ target_sources(qel_gridwork_objects PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/stl_output.cpp
   ${CMAKE_CURRENT_LIST_DIR}/stl_text_input.cpp
   ${CMAKE_CURRENT_LIST_DIR}/text/exact_number.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/text/file.cpp
   ${CMAKE_CURRENT_LIST_DIR}/text/number_format.cpp
   ${CMAKE_CURRENT_LIST_DIR}/text/number_scan.cpp
   ${CMAKE_CURRENT_LIST_DIR}/triangle_soup.cpp

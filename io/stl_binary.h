@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "io/little_endian.h"
+#include "io/bytes/little_endian.h"
 #include "io/stl_geometry.h"
 
 namespace qel::gridwork::detail::io {

@@ -2,7 +2,7 @@
 #include <bit>
 
 #include "core/result.h"
-#include "io/little_endian.h"
+#include "io/bytes/little_endian.h"
 #include "io/stl_binary.h"
 #include "io/stl_input.h"
 #include "io/triangle_soup.h"

@@ -2,7 +2,7 @@
 #include "io/stl_input.h"
 
 #include "core/result.h"
-#include "io/text/file.h"
+#include "io/bytes/file.h"
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {

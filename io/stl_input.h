@@ -2,7 +2,7 @@
 #ifndef QEL_GRIDWORK_IO_STL_INPUT_H
 #define QEL_GRIDWORK_IO_STL_INPUT_H
 
-#include "io/text/block_reader.h"
+#include "io/bytes/block_reader.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail::io {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "io/big_endian.h"
+#include "io/bytes/big_endian.h"
 #include "io/input_result.h"
 #include "io/text/word_reader.h"
 

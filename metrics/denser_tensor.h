@@ -7,8 +7,8 @@
 #include <limits>
 
 #include "core/scaling.h"
-#include "metrics/lower_triangle.h"
-#include "metrics/rotated_pairs.h"
+#include "metrics/accurate_eigen_pairs.h"
+#include "metrics/cholesky_factor.h"
 #include "qel/gridwork/metrics.h"
 
 namespace qel::gridwork::detail {

@@ -5,10 +5,10 @@
 
 #include "core/elementary.h"
 #include "core/outputs.h"
+#include "metrics/adjacent_nodes.h"
 #include "metrics/changes.h"
 #include "metrics/mesh_edges.h"
 #include "metrics/node_queue.h"
-#include "metrics/node_rows.h"
 #include "metrics/tensor_gradation.h"
 
 namespace qel::gridwork {

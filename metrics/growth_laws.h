@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "metrics/rotated_pairs.h"
+#include "metrics/accurate_eigen_pairs.h"
 #include "metrics/tensor_length.h"
 
 namespace qel::gridwork::detail {

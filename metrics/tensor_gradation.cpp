@@ -5,12 +5,12 @@
 #include <functional>
 #include <numeric>
 
+#include "metrics/adjacent_nodes.h"
 #include "metrics/changes.h"
 #include "metrics/denser_tensor.h"
 #include "metrics/growth_laws.h"
 #include "metrics/mesh_edges.h"
 #include "metrics/node_queue.h"
-#include "metrics/node_rows.h"
 
 namespace qel::gridwork::detail {
 namespace {

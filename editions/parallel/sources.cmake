@@ -9,11 +9,11 @@ set(qel_gridwork_mpi_internal_headers
   core/position_table.h
   core/result.h
   core/shapes.h
-  io/little_endian.h
+  io/bytes/file.h
+  io/bytes/little_endian.h
   io/stl_binary.h
   io/stl_geometry.h
   io/stl_text_parser.h
-  io/text/file.h
   io/text/text.h
   io/triangle_soup.h
   search/geometry.h
@@ -26,9 +26,9 @@ set(qel_gridwork_mpi_internal_headers
 # The sources behind them. They are compiled in once more, hidden: the shared library does not export them.
 set(qel_gridwork_mpi_internal_sources
   core/elements.cpp
+  io/bytes/file.cpp
   io/stl_geometry.cpp
   io/text/exact_number.cpp
-  io/text/file.cpp
   io/text/number_scan.cpp
   io/triangle_soup.cpp
   search/merging/near_nodes.cpp

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "io/text/block_reader.h"
+#include "io/bytes/block_reader.h"
 #include "io/text/text.h"
 
 namespace qel::gridwork::detail::io {

@@ -6,7 +6,7 @@
 #include <bit>
 #include <cstdint>
 
-#include "io/little_endian.h"
+#include "io/bytes/little_endian.h"
 #include "io/text/exact_number.h"
 #include "io/text/text.h"
 

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "core/limits.h"
-#include "io/text/block_reader.h"
+#include "io/bytes/block_reader.h"
 
 namespace qel::gridwork::detail::io {
 

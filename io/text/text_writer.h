@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "core/check.h"
-#include "io/text/block_writer.h"
+#include "io/bytes/block_writer.h"
 #include "io/text/number_format.h"
 #include "io/text/text.h"
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "core/limits.h"
-#include "io/text/block_reader.h"
+#include "io/bytes/block_reader.h"
 #include "io/text/text.h"
 
 namespace qel::gridwork::detail::io {

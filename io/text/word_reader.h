@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "core/limits.h"
-#include "io/text/block_reader.h"
+#include "io/bytes/block_reader.h"
 #include "io/text/number_scan.h"
 #include "io/text/text.h"
 

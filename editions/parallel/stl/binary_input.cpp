@@ -4,9 +4,9 @@
 
 #include "communication/shared_file.h"
 #include "core/limits.h"
-#include "io/little_endian.h"
+#include "io/bytes/file.h"
+#include "io/bytes/little_endian.h"
 #include "io/stl_binary.h"
-#include "io/text/file.h"
 #include "stl/piece.h"
 
 namespace qel::gridwork::detail::parallel {

@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "io/bytes/file.h"
 #include "io/stl_text_parser.h"
-#include "io/text/file.h"
 #include "stl/piece.h"
 
 namespace qel::gridwork::detail::parallel {

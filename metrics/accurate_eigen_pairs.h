@@ -1,6 +1,6 @@
 // Eigen-pairs to the last digits, also of nearly isotropic tensors of the plane.
-#ifndef QEL_GRIDWORK_METRICS_ROTATED_PAIRS_H
-#define QEL_GRIDWORK_METRICS_ROTATED_PAIRS_H
+#ifndef QEL_GRIDWORK_METRICS_ACCURATE_EIGEN_PAIRS_H
+#define QEL_GRIDWORK_METRICS_ACCURATE_EIGEN_PAIRS_H
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "io/text/file.h"
+#include "io/bytes/file.h"
 
 #if defined(_WIN32)
 #include <windows.h>

@@ -1,6 +1,6 @@
 // Numbers as bytes, the lowest one first on every machine.
-#ifndef QEL_GRIDWORK_IO_LITTLE_ENDIAN_H
-#define QEL_GRIDWORK_IO_LITTLE_ENDIAN_H
+#ifndef QEL_GRIDWORK_IO_BYTES_LITTLE_ENDIAN_H
+#define QEL_GRIDWORK_IO_BYTES_LITTLE_ENDIAN_H
 
 #include <bit>
 #include <cstdint>

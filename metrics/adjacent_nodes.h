@@ -1,8 +1,12 @@
 // The nodes at the other ends of a node's edges.
-#ifndef QEL_GRIDWORK_METRICS_NODE_ROWS_H
-#define QEL_GRIDWORK_METRICS_NODE_ROWS_H
+#ifndef QEL_GRIDWORK_METRICS_ADJACENT_NODES_H
+#define QEL_GRIDWORK_METRICS_ADJACENT_NODES_H
+
+#include <cstdint>
 
 #include "core/distribute.h"
+#include "core/result.h"
+#include "qel/dense.h"
 
 namespace qel::gridwork::detail {
 

@@ -1,6 +1,6 @@
 // Reads a stream in whole blocks and hands out its bytes in small pieces.
-#ifndef QEL_GRIDWORK_IO_TEXT_BLOCK_READER_H
-#define QEL_GRIDWORK_IO_TEXT_BLOCK_READER_H
+#ifndef QEL_GRIDWORK_IO_BYTES_BLOCK_READER_H
+#define QEL_GRIDWORK_IO_BYTES_BLOCK_READER_H
 
 #include <cstdint>
 #include <cstdio>
@@ -8,7 +8,7 @@
 
 #include "core/check.h"
 #include "core/limits.h"
-#include "io/text/file.h"
+#include "io/bytes/file.h"
 #include "io/text/text.h"
 #include "qel/dense.h"
 

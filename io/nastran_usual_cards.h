@@ -1,6 +1,6 @@
 // The cards that make up nearly all of a NASTRAN deck, read where they lie in the block.
-#ifndef QEL_GRIDWORK_IO_NASTRAN_LINES_H
-#define QEL_GRIDWORK_IO_NASTRAN_LINES_H
+#ifndef QEL_GRIDWORK_IO_NASTRAN_USUAL_CARDS_H
+#define QEL_GRIDWORK_IO_NASTRAN_USUAL_CARDS_H
 
 #include <cstddef>
 #include <cstring>

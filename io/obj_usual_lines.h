@@ -1,6 +1,6 @@
 // The lines that make up nearly all of an OBJ file, read where they lie in the block.
-#ifndef QEL_GRIDWORK_IO_OBJ_LINES_H
-#define QEL_GRIDWORK_IO_OBJ_LINES_H
+#ifndef QEL_GRIDWORK_IO_OBJ_USUAL_LINES_H
+#define QEL_GRIDWORK_IO_OBJ_USUAL_LINES_H
 
 #include <cstring>
 

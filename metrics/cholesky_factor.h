@@ -1,6 +1,6 @@
 // The Cholesky factor of a tensor, and the tests and determinants that come from it.
-#ifndef QEL_GRIDWORK_METRICS_LOWER_TRIANGLE_H
-#define QEL_GRIDWORK_METRICS_LOWER_TRIANGLE_H
+#ifndef QEL_GRIDWORK_METRICS_CHOLESKY_FACTOR_H
+#define QEL_GRIDWORK_METRICS_CHOLESKY_FACTOR_H
 
 #include <cmath>
 

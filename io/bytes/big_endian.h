@@ -1,13 +1,13 @@
 // Numbers as bytes, the highest one first on every machine.
-#ifndef QEL_GRIDWORK_IO_BIG_ENDIAN_H
-#define QEL_GRIDWORK_IO_BIG_ENDIAN_H
+#ifndef QEL_GRIDWORK_IO_BYTES_BIG_ENDIAN_H
+#define QEL_GRIDWORK_IO_BYTES_BIG_ENDIAN_H
 
 #include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <type_traits>
 
-#include "io/text/block_reader.h"
+#include "io/bytes/block_reader.h"
 
 namespace qel::gridwork::detail::io {
 

@@ -1,6 +1,6 @@
 // Collects output in a block and writes it when the block is full.
-#ifndef QEL_GRIDWORK_IO_TEXT_BLOCK_WRITER_H
-#define QEL_GRIDWORK_IO_TEXT_BLOCK_WRITER_H
+#ifndef QEL_GRIDWORK_IO_BYTES_BLOCK_WRITER_H
+#define QEL_GRIDWORK_IO_BYTES_BLOCK_WRITER_H
 
 #include <cstdint>
 #include <cstdio>
@@ -9,7 +9,7 @@
 
 #include "core/check.h"
 #include "core/limits.h"
-#include "io/text/file.h"
+#include "io/bytes/file.h"
 #include "qel/dense.h"
 
 namespace qel::gridwork::detail::io {

@@ -1,6 +1,6 @@
 // A stream that is closed on every path; and calls that a signal broke off.
-#ifndef QEL_GRIDWORK_IO_TEXT_FILE_H
-#define QEL_GRIDWORK_IO_TEXT_FILE_H
+#ifndef QEL_GRIDWORK_IO_BYTES_FILE_H
+#define QEL_GRIDWORK_IO_BYTES_FILE_H
 
 #include <cerrno>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // The records that make up nearly all of a FEMAP neutral file, read where they lie in the block.
-#ifndef QEL_GRIDWORK_IO_FEMAP_LINES_H
-#define QEL_GRIDWORK_IO_FEMAP_LINES_H
+#ifndef QEL_GRIDWORK_IO_FEMAP_USUAL_RECORDS_H
+#define QEL_GRIDWORK_IO_FEMAP_USUAL_RECORDS_H
 
 #include <algorithm>
 #include <cstddef>
