@@ -9,7 +9,7 @@
 namespace qel::gridwork::detail {
 
 /// An array of matrices that a function reads; none when `last` does not lie behind `first`.
-struct matrices {
+struct input_matrices {
   const dense2D<unsigned>* first;
   const dense2D<unsigned>* last;
 };
@@ -22,7 +22,7 @@ bool share_memory(const A& a, const B& b) noexcept {
 }
 
 template <class A>
-bool share_memory(const A& a, const matrices& b) noexcept {
+bool share_memory(const A& a, const input_matrices& b) noexcept {
   const dense2D<unsigned>* matrix = b.first;
   while (matrix < b.last && !share_memory(a, *matrix)) ++matrix;
   return matrix < b.last;

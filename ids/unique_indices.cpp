@@ -80,7 +80,7 @@ int unique_indices(dense1D<unsigned>& ids, const dense2D<unsigned>& connectivity
 int unique_indices(dense1D<unsigned>& ids, const dense2D<unsigned>* first, const dense2D<unsigned>* last,
                    dense1D<unsigned> excluded) {
   if (last < first) return -3;
-  return append_unique(appended(ids, matrices{first, last}, excluded), {nullptr, first, last}, excluded);
+  return append_unique(appended(ids, input_matrices{first, last}, excluded), {nullptr, first, last}, excluded);
 }
 
 int count_unique_indices(const dense2D<unsigned>& connectivity) {

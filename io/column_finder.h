@@ -12,10 +12,11 @@
 namespace qel::gridwork::detail::io {
 
 /// Finds the first column of an identifier: by a difference where identifiers increase by one, in a table where they
-/// are not much larger than their number, else in a sorted list. No memory by the largest of them.
+/// are not much larger than their number, else in a sorted list. No memory by the largest of them. Identifiers are
+/// below 2^31 (scan_ID), or have up to nine digits (scan_plain_unsigned), so that none is `none` and the one behind the largest is still a number.
 class column_finder {
  public:
-  /// Looks at the identifiers, which are not `none`; before anything else. False when memory ran out.
+  /// Looks at the identifiers; before anything else. False when memory ran out.
   [[nodiscard]] bool prepare(const dense1D<unsigned>& IDs) noexcept {
     table_.clear();
     pairs_.clear();

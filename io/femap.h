@@ -17,14 +17,14 @@ enum class block { header = 100, nodes = 403, elements = 404 };
 
 /// How an element appears: its topology, its kind by nodes and dimension, and the slots of its nodes, which come in the
 /// order of NASTRAN's cards.
-struct form {
+struct element_layout {
   element_type type, linear;
   unsigned topology;
   unsigned kind;
   unsigned char slots[nbr_slots];
 };
 
-inline constexpr form forms[] = {
+inline constexpr element_layout element_layouts[] = {
     {ELT_EDGE2, ELT_EDGE2, 0, 1, {0, 1}},
     {ELT_EDGE3, ELT_EDGE2, 1, 1, {0, 1, 2}},
     {ELT_TRIA3, ELT_TRIA3, 2, 17, {0, 1, 2}},
@@ -41,41 +41,41 @@ inline constexpr form forms[] = {
     {ELT_HEXA20, ELT_HEXA8, 12, 26, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19}},
 };
 
-/// The form of a type, which for the types with nodes in their faces and bodies is that of the one without; null for
+/// The layout of a type, which for the types with nodes in their faces and bodies is that of the one without; null for
 /// those that do not appear.
-constexpr const form* form_of(element_type type) noexcept {
+constexpr const element_layout* layout_of(element_type type) noexcept {
   const element_type written = type == ELT_QUAD9       ? ELT_QUAD8
                                : type == ELT_PYRAMID14 ? ELT_PYRAMID13
                                : type == ELT_WEDGE18   ? ELT_WEDGE15
                                : type == ELT_HEXA27    ? ELT_HEXA20
                                                        : type;
-  for (const form& f : forms) {
-    if (f.type == written) return &f;
+  for (const element_layout& layout : element_layouts) {
+    if (layout.type == written) return &layout;
   }
   return nullptr;
 }
 
-/// The form of a topology; null for one that no type here has.
-constexpr const form* form_of_topology(std::int64_t topology) noexcept {
-  for (const form& f : forms) {
-    if (f.topology == topology) return &f;
+/// The layout of a topology; null for one that no type here has.
+constexpr const element_layout* layout_of_topology(std::int64_t topology) noexcept {
+  for (const element_layout& layout : element_layouts) {
+    if (layout.topology == topology) return &layout;
   }
   return nullptr;
 }
 
 /// The nodes of an element by local number, from its slots: those of its topology or, where others are in use, the first
 /// ones. Returns its type: the linear one when a middle node is missing, ELT_UNKNOWN when a vertex is.
-inline element_type take_slots(const form& f, const unsigned* slots, unsigned* nodes) noexcept {
-  const node_order all = nastran::order_on_card(f.type);
-  const unsigned vertices = nastran::order_on_card(f.linear).count;
+inline element_type take_slots(const element_layout& layout, const unsigned* slots, unsigned* nodes) noexcept {
+  const node_order all = nastran::order_on_card(layout.type);
+  const unsigned vertices = nastran::order_on_card(layout.linear).count;
   unsigned used = 0, expected = 0;
   for (unsigned k = 0; k < nbr_slots; ++k) used += slots[k] != 0 ? 1 : 0;
-  for (unsigned k = 0; k < all.count; ++k) expected += slots[f.slots[k]] != 0 ? 1 : 0;
+  for (unsigned k = 0; k < all.count; ++k) expected += slots[layout.slots[k]] != 0 ? 1 : 0;
   const bool is_packed = used != expected;
-  element_type type = f.type;
+  element_type type = layout.type;
   for (unsigned k = 0; k < all.count; ++k) {
-    const unsigned node = slots[is_packed ? k : f.slots[k]];
-    if (node == 0) type = k < vertices ? ELT_UNKNOWN : f.linear;
+    const unsigned node = slots[is_packed ? k : layout.slots[k]];
+    if (node == 0) type = k < vertices ? ELT_UNKNOWN : layout.linear;
     if (type == ELT_UNKNOWN) break;
     nodes[all.nodes[k]] = node;
   }

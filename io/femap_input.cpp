@@ -19,7 +19,7 @@ using namespace detail;
 namespace {
 
 using io::malformed;
-using io::femap::form;
+using io::femap::element_layout;
 
 /// Reads blocks, each between two lines with nothing but -1.
 class neutral_parser {
@@ -100,13 +100,13 @@ class neutral_parser {
   int read_node() noexcept {
     io::field_list fields(line_.text);
     unsigned ID = 0;
-    double place[3];
+    double point[3];
     if (line_.is_cut || !io::scan_ID(fields.next(), ID)) return malformed;
     fields.skip(10);
-    for (double& x : place) {
+    for (double& x : point) {
       if (!reals_.scan(fields.next(), x)) return malformed;
     }
-    return nodes_.append(ID, 0, place, progress()) ? 0 : out_of_memory;
+    return nodes_.append(ID, 0, point, progress()) ? 0 : out_of_memory;
   }
 
   /// Reads a record: its header, two lines of nodes, three that do not matter, flags, and the lists that they announce.
@@ -119,7 +119,7 @@ class neutral_parser {
     std::int64_t topology = 0;
     header.skip(1);
     if (!has_labels || !io::scan_integer(header.next(), topology)) return malformed;
-    const form* const found = io::femap::form_of_topology(topology);
+    const element_layout* const found = io::femap::layout_of_topology(topology);
     const bool is_wanted = found != nullptr && (elements_.keeps(found->type) || elements_.keeps(found->linear));
     left_out_ += found == nullptr ? 1 : 0;
     unsigned slots[io::femap::nbr_slots];
@@ -158,9 +158,9 @@ class neutral_parser {
     return true;
   }
 
-  int append(const form& f, const unsigned* slots, const unsigned* labels) noexcept {
+  int append(const element_layout& layout, const unsigned* slots, const unsigned* labels) noexcept {
     unsigned nodes[io::femap::nbr_slots];
-    const element_type type = io::femap::take_slots(f, slots, nodes);
+    const element_type type = io::femap::take_slots(layout, slots, nodes);
     if (type == ELT_UNKNOWN) return malformed;
     if (!elements_.keeps(type)) return 0;
     return elements_.append(type, nodes, labels, progress()) ? 0 : out_of_memory;

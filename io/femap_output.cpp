@@ -17,9 +17,10 @@ using namespace detail;
 namespace {
 
 using io::text_writer;
-using io::femap::form;
+using io::femap::element_layout;
 
 constexpr unsigned slots_per_line = 10;
+constexpr unsigned digits_that_come_back = 16;  // behind the point: 17 in all tell any two numbers apart
 
 /// A property, and the position and kind of the first element that has it.
 struct property_use {
@@ -34,9 +35,9 @@ bool list_properties(const Blocks& blocks, dense1D<property_use>& uses) {
   std::uint64_t position = 0;
   unsigned last = 0;
   blocks.for_each_element([&](element_type type, unsigned, unsigned property, const unsigned*) {
-    const form* const f = io::femap::form_of(type);
-    if (f == nullptr || (!uses.empty() && property == last)) return;
-    done = done && uses.push_back({std::uint64_t{property} << 32 | position++, f->kind});
+    const element_layout* const layout = io::femap::layout_of(type);
+    if (layout == nullptr || (!uses.empty() && property == last)) return;
+    done = done && uses.push_back({std::uint64_t{property} << 32 | position++, layout->kind});
     last = property;
   });
   const auto before = [](const property_use& a, const property_use& b) {
@@ -98,7 +99,8 @@ void write_nodes(text_writer& writer, const dense2D<double>& coords) {
     writer.write(io::longest_integer + 3 * io::longest_scientific + 32, [&](char* out) {
       out = io::append(io::append_id(out, static_cast<unsigned>(i + 1)), ",0,0,1,46,0,0,0,0,0,0,");
       for (unsigned k = 0; k < 3; ++k) {
-        out = io::append(io::format_upper_scientific(out, k < coords.rows() ? coords(k, i) : 0.0, 16), ",");
+        out = io::append(
+            io::format_upper_scientific(out, k < coords.rows() ? coords(k, i) : 0.0, digits_that_come_back), ",");
       }
       return io::append(out, "0,\n");
     });
@@ -116,21 +118,22 @@ char* append_line(char* out, const unsigned* slots) {
   return out;
 }
 
-char* append_slots(char* out, const form& f, const unsigned* nodes) {
-  const io::node_order order = io::nastran::order_on_card(f.type);
+char* append_slots(char* out, const element_layout& layout, const unsigned* nodes) {
+  const io::node_order order = io::nastran::order_on_card(layout.type);
   unsigned slots[io::femap::nbr_slots] = {};
-  for (unsigned k = 0; k < order.count; ++k) slots[f.slots[k]] = nodes[order.nodes[k]] + 1;
+  for (unsigned k = 0; k < order.count; ++k) slots[layout.slots[k]] = nodes[order.nodes[k]] + 1;
   const bool has_second_line = std::any_of(slots + slots_per_line, std::end(slots), [](unsigned s) { return s != 0; });
   out = append_line(out, slots);
   return has_second_line ? append_line(out, slots + slots_per_line) : io::append(out, "0,0,0,0,0,0,0,0,0,0,\n");
 }
 
-void write_element(text_writer& writer, const form& f, unsigned ID, unsigned property, const unsigned* nodes) {
+void write_element(text_writer& writer, const element_layout& layout, unsigned ID, unsigned property,
+                   const unsigned* nodes) {
   writer.write(24 * (io::longest_integer + 1) + 128, [&](char* out) {
     out = io::append_id(io::append(io::append_id(out, ID), ",124,"), property);
-    out = io::append_id(io::append(out, ","), f.kind);
-    out = io::append_id(io::append(out, ","), f.topology);
-    out = append_slots(io::append(out, ",1,0,0,0,0,0,0,\n"), f, nodes);
+    out = io::append_id(io::append(out, ","), layout.kind);
+    out = io::append_id(io::append(out, ","), layout.topology);
+    out = append_slots(io::append(out, ",1,0,0,0,0,0,0,\n"), layout, nodes);
     return io::append(out, "0.,0.,0.,\n0.,0.,0.,\n0.,0.,0.,\n0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,\n");
   });
 }
@@ -151,8 +154,8 @@ struct neutral_writer {
     write_nodes(writer, coords);
     begin_block(writer, "404");
     blocks.for_each_element([&](element_type type, unsigned ID, unsigned property, const unsigned* nodes) {
-      const form* const f = io::femap::form_of(type);
-      if (f != nullptr) write_element(writer, *f, ID, property, nodes);
+      const element_layout* const layout = io::femap::layout_of(type);
+      if (layout != nullptr) write_element(writer, *layout, ID, property, nodes);
     });
     end_block(writer);
     return true;
@@ -174,8 +177,8 @@ int FEMAP_output(const char* filename, const dense2D<double>& coords, const dens
 int FEMAP_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                  const dense1D<unsigned>& block_offsets, const dense1D<int>& block_types,
                  const dense1D<unsigned>& property_IDs) {
-  return io::write_parts(filename, coords, connectivity, block_offsets, block_types, property_IDs,
-                         neutral_writer{coords});
+  return io::write_blocks(filename, coords, connectivity, block_offsets, block_types, property_IDs,
+                          neutral_writer{coords});
 }
 
 }  // namespace qel::gridwork

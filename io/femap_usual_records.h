@@ -77,7 +77,7 @@ class usual_records {
 
   const char* read_node(const char* record, const char* end) noexcept {
     unsigned ID = 0;
-    double place[3];
+    double point[3];
     const char* const start = scan_plain_unsigned(record, ID);
     if (start == nullptr || ID == 0 || *start != ',' || !nodes_.has_room()) return nullptr;
     const char* p = node_fields_.match(start, end);
@@ -86,11 +86,11 @@ class usual_records {
       if (p != nullptr) node_fields_.learn(start, p);
     }
     for (unsigned k = 0; k < 3; ++k) {
-      if (p != nullptr) p = scan_plain_real(p, place[k]);
+      if (p != nullptr) p = scan_plain_real(p, point[k]);
       if (p == nullptr || *p++ != ',') return nullptr;
     }
     p = next_line(p);
-    return p != nullptr && nodes_.append(ID, 0, place, {}) ? p : nullptr;
+    return p != nullptr && nodes_.append(ID, 0, point, {}) ? p : nullptr;
   }
 
   const char* read_element(const char* record, const char* end) noexcept {
@@ -104,7 +104,7 @@ class usual_records {
     if (next != nullptr) std::fill_n(slots + 10, 10, 0U);
     p = next != nullptr ? next : read_rest(p, end, slots + 10);
     if (p == nullptr) return nullptr;
-    const element_type type = take_slots(*form_, slots, nodes);
+    const element_type type = take_slots(*layout_, slots, nodes);
     labels[0] = property_;
     const bool is_usual = type != ELT_UNKNOWN && elements_.has_room(type);
     return is_usual && elements_.append(type, nodes, labels, {}) ? p : nullptr;
@@ -120,9 +120,9 @@ class usual_records {
     if (p != nullptr) p = scan_plain_unsigned(p, topology);
     if (p == nullptr || *p != ',') return nullptr;
     p = next_line(p);
-    const form* const found = form_of_topology(topology);
+    const element_layout* const found = layout_of_topology(topology);
     if (p == nullptr || found == nullptr) return nullptr;
-    form_ = found;
+    layout_ = found;
     property_ = property;
     return header_.learn(start, p);
   }
@@ -165,7 +165,7 @@ class usual_records {
   identified_nodes& nodes_;
   element_collector& elements_;
   known_text node_fields_, header_, rest_, rest_without_slots_;
-  const form* form_ = nullptr;  // of the header
+  const element_layout* layout_ = nullptr;  // of the header
   unsigned property_ = 0;
 };
 

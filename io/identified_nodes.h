@@ -18,21 +18,22 @@ namespace qel::gridwork::detail::io {
 /// Collects nodes; then finds them.
 class identified_nodes {
  public:
-  /// Appends a node with its place in a coordinate system. False when memory ran out.
-  [[nodiscard]] bool append(unsigned ID, unsigned system, const double* place, const file_progress& file) noexcept {
-    const unsigned names[] = {ID, system};
-    return lists_->places.append(place, 3, file) && lists_->names.append(names, 2, file);
+  /// Appends a node at a point of a coordinate system. False when memory ran out.
+  [[nodiscard]] bool append(unsigned ID, unsigned system, const double* point, const file_progress& file) noexcept {
+    const unsigned labels[] = {ID, system};
+    return lists_->points.append(point, 3, file) && lists_->labels.append(labels, 2, file);
   }
 
   /// True when a node can be appended without new memory.
-  bool has_room() const noexcept { return lists_->places.room() != nullptr && lists_->names.room() != nullptr; }
+  bool has_room() const noexcept { return lists_->points.room() != nullptr && lists_->labels.room() != nullptr; }
 
-  /// Ends the collection; nodes of the system `none` get the usual one. A node that is there once more is dropped. 0,
-  /// out_of_memory, or node_differs when the other one has another place or system.
-  [[nodiscard]] int finish(unsigned usual_system) noexcept {
+  /// Ends the collection; nodes of the system `none` get the default one. A node that is there once more is dropped. 0,
+  /// out_of_memory, or node_differs when the other one has another point or system.
+  [[nodiscard]] int finish(unsigned default_system) noexcept {
     lists_.reset();
-    for (std::uint64_t j = 0; j < names_.cols(); ++j) names_(1, j) = names_(1, j) == none ? usual_system : names_(1, j);
-    if (names_.cols() >= none || !find_IDs()) return out_of_memory;
+    for (std::uint64_t j = 0; j < labels_.cols(); ++j)
+      labels_(1, j) = labels_(1, j) == none ? default_system : labels_(1, j);
+    if (labels_.cols() >= none || !find_IDs()) return out_of_memory;
     bool has_twins = false;
     for (unsigned j = 0; j < count(); ++j) {
       const unsigned first = finder_(IDs_[j]);
@@ -46,8 +47,8 @@ class identified_nodes {
   unsigned find(unsigned ID) const noexcept { return finder_(ID); }
 
   unsigned count() const noexcept { return static_cast<unsigned>(IDs_.size()); }
-  double* place(unsigned j) noexcept { return coords_.column(j); }
-  unsigned& system(unsigned j) noexcept { return names_(1, j); }
+  double* point(unsigned j) noexcept { return coords_.column(j); }
+  unsigned& system(unsigned j) noexcept { return labels_(1, j); }
 
   void deliver(dense2D<double>& coords, dense1D<unsigned>& IDs) noexcept {
     coords = std::move(coords_);
@@ -56,19 +57,19 @@ class identified_nodes {
 
  private:
   struct appenders {
-    column_appender<double> places;
-    column_appender<unsigned> names;
-    appenders(dense2D<double>& p, dense2D<unsigned>& n) noexcept : places(p), names(n) {}
+    column_appender<double> points;
+    column_appender<unsigned> labels;
+    appenders(dense2D<double>& p, dense2D<unsigned>& l) noexcept : points(p), labels(l) {}
   };
 
   bool find_IDs() noexcept {
-    if (!IDs_.resize(names_.cols())) return false;
-    for (std::uint64_t j = 0; j < IDs_.size(); ++j) IDs_[j] = names_(0, j);
+    if (!IDs_.resize(labels_.cols())) return false;
+    for (std::uint64_t j = 0; j < IDs_.size(); ++j) IDs_[j] = labels_(0, j);
     return finder_.prepare(IDs_);
   }
 
   bool is_same(unsigned j, unsigned first) const noexcept {
-    return names_(1, j) == names_(1, first) &&
+    return labels_(1, j) == labels_(1, first) &&
            std::equal(coords_.column(j), coords_.column(j) + 3, coords_.column(first));
   }
 
@@ -77,14 +78,14 @@ class identified_nodes {
     for (unsigned j = 0; j < count(); ++j) {
       if (finder_(IDs_[j]) != j) continue;
       std::copy_n(coords_.column(j), 3, coords_.column(kept));
-      std::copy_n(names_.column(j), 2, names_.column(kept++));
+      std::copy_n(labels_.column(j), 2, labels_.column(kept++));
     }
-    return coords_.resize(3, kept) && names_.resize(2, kept) && find_IDs();
+    return coords_.resize(3, kept) && labels_.resize(2, kept) && find_IDs();
   }
 
   dense2D<double> coords_;
-  dense2D<unsigned> names_;  // identifier and system
-  std::optional<appenders> lists_{std::in_place, coords_, names_};
+  dense2D<unsigned> labels_;  // identifier and system
+  std::optional<appenders> lists_{std::in_place, coords_, labels_};
   dense1D<unsigned> IDs_;
   column_finder finder_;
 };

@@ -28,9 +28,9 @@ using io::medit::sections;
 // --- Elements with their references, one plain type after another --------------------------------------------------
 
 /// Elements whose reference is the position of their matrix.
-class matrices {
+class elements_of_matrices {
  public:
-  explicit matrices(const matrix_range& range) noexcept : range_(range) {}
+  explicit elements_of_matrices(const matrix_range& range) noexcept : range_(range) {}
 
   int check(unsigned n) const noexcept { return io::check_matrices(range_, n); }
 
@@ -54,9 +54,10 @@ class matrices {
 };
 
 /// Elements with references of their own, in increasing order; those whose reference is `none` are left out.
-class referenced {
+class elements_with_references {
  public:
-  referenced(const dense2D<unsigned>& connectivity, element_type type, const dense1D<unsigned>& references) noexcept
+  elements_with_references(const dense2D<unsigned>& connectivity, element_type type,
+                           const dense1D<unsigned>& references) noexcept
       : connectivity_(connectivity),
         is_type_(is_element_type(type)),
         type_(resolve_type(type, connectivity.rows())),
@@ -202,19 +203,19 @@ int write_field(io::file& output, unsigned dim, const dense2D<double>& columns) 
 int medit_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                  element_type type) {
   const int types[] = {type};
-  return write_mesh(filename, coords, matrices({&connectivity, &connectivity + 1, types, 1}));
+  return write_mesh(filename, coords, elements_of_matrices({&connectivity, &connectivity + 1, types, 1}));
 }
 
 int medit_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity1,
                  const dense2D<unsigned>& connectivity2, element_type type1, element_type type2) {
   const dense2D<unsigned> both[] = {connectivity1, connectivity2};
   const int types[] = {type1, type2};
-  return write_mesh(filename, coords, matrices({both, both + 2, types, 2}));
+  return write_mesh(filename, coords, elements_of_matrices({both, both + 2, types, 2}));
 }
 
 int medit_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>* first,
                  const dense2D<unsigned>* last, const dense1D<int>& types) {
-  return write_mesh(filename, coords, matrices({first, last, types.begin(), types.size()}));
+  return write_mesh(filename, coords, elements_of_matrices({first, last, types.begin(), types.size()}));
 }
 
 int medit_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
@@ -222,7 +223,7 @@ int medit_output(const char* filename, const dense2D<double>& coords, const dens
   constexpr int no_memory_for_references = -6;
   if (connectivity.empty()) return 0;
   if (references.size() != connectivity.cols()) return -5;
-  referenced elements(connectivity, type, references);
+  elements_with_references elements(connectivity, type, references);
   if (!elements.prepare()) return no_memory_for_references;
   return write_mesh(filename, coords, std::move(elements));
 }

@@ -28,10 +28,10 @@ class deck {
   int read(card_reader& cards) noexcept {
     const std::uint64_t name = cards.name();
     if (name == packed_name("GRID")) return read_node(cards);
-    for (const element_card& form : element_cards) {
-      if (name == packed_name(form.name)) return read_element(form, cards);
+    for (const element_card& card : element_cards) {
+      if (name == packed_name(card.name)) return read_element(card, cards);
     }
-    if (name == packed_name("GRDSET")) return read_usual_system(cards);
+    if (name == packed_name("GRDSET")) return read_default_system(cards);
     for (const auto& [letter, kind] : system_letters) {
       const auto last = static_cast<unsigned char>(letter);
       if (name == (packed_name("CORD1") << 8 | last)) return read_system_of_nodes(kind, cards);
@@ -49,7 +49,7 @@ class deck {
 
   /// Makes the mesh, once all cards are read.
   int finish(identified_mesh& mesh) noexcept {
-    int result = nodes_.finish(usual_system_);
+    int result = nodes_.finish(default_system_);
     if (result == 0) result = systems_.place_nodes(nodes_);
     return result != 0 ? result : make_mesh(nodes_, elements_, left_out_, mesh);
   }
@@ -58,11 +58,11 @@ class deck {
   static constexpr std::pair<char, system_kind> system_letters[] = {
       {'R', system_kind::rectangular}, {'C', system_kind::cylindrical}, {'S', system_kind::spherical}};
 
-  bool scan_place(const card_fields& fields, unsigned first, double* place, unsigned count) noexcept {
+  bool scan_point(const card_fields& fields, unsigned first, double* point, unsigned count) noexcept {
     for (unsigned k = 0; k < count; ++k) {
-      place[k] = 0;
+      point[k] = 0;
       const std::string_view field = fields[first + k];
-      if (!field.empty() && !reals_.scan(field, place[k])) return false;
+      if (!field.empty() && !reals_.scan(field, point[k])) return false;
     }
     return true;
   }
@@ -80,15 +80,15 @@ class deck {
   int read_node(card_reader& cards) noexcept {
     const card_fields& fields = cards.read();
     unsigned ID = 0, system = 0;
-    double place[3];
+    double point[3];
     if (fields.is_damaged() || !scan_ID(fields[0], ID)) return malformed;
-    if (!scan_system(fields[1], none, system) || !scan_place(fields, 2, place, 3)) return malformed;
-    return nodes_.append(ID, system, place, progress(cards)) ? 0 : out_of_memory;
+    if (!scan_system(fields[1], none, system) || !scan_point(fields, 2, point, 3)) return malformed;
+    return nodes_.append(ID, system, point, progress(cards)) ? 0 : out_of_memory;
   }
 
-  int read_usual_system(card_reader& cards) noexcept {
+  int read_default_system(card_reader& cards) noexcept {
     const card_fields& fields = cards.read();
-    return !fields.is_damaged() && scan_system(fields[1], 0, usual_system_) ? 0 : malformed;
+    return !fields.is_damaged() && scan_system(fields[1], 0, default_system_) ? 0 : malformed;
   }
 
   /// Two systems may stand on such a card.
@@ -112,37 +112,37 @@ class deck {
     coordinate_system system;
     system.kind = kind;
     if (fields.is_damaged() || !scan_ID(fields[0], system.ID)) return malformed;
-    if (!scan_system(fields[1], 0, system.reference) || !scan_place(fields, 2, system.points, 9)) return malformed;
+    if (!scan_system(fields[1], 0, system.reference) || !scan_point(fields, 2, system.points, 9)) return malformed;
     return systems_.append(system) ? 0 : out_of_memory;
   }
 
-  int read_element(const element_card& form, card_reader& cards) noexcept {
-    if (!elements_.keeps(form.linear) && !elements_.keeps(form.quadratic)) return cards.skip(), 0;
+  int read_element(const element_card& card, card_reader& cards) noexcept {
+    if (!elements_.keeps(card.linear) && !elements_.keeps(card.quadratic)) return cards.skip(), 0;
     const card_fields& fields = cards.read();
     unsigned labels[] = {0, 0};  // property, identifier
     if (fields.is_damaged() || !scan_ID(fields[0], labels[1])) return malformed;
-    if (form.has_property && fields[1].empty()) labels[0] = labels[1];
-    if (form.has_property && !fields[1].empty() && !scan_reference(fields[1], labels[0])) return malformed;
+    if (card.has_property && fields[1].empty()) labels[0] = labels[1];
+    if (card.has_property && !fields[1].empty() && !scan_reference(fields[1], labels[0])) return malformed;
     unsigned nodes[20];
-    element_type type = form.linear;
-    if (!scan_nodes(form, fields, nodes, type)) return malformed;
+    element_type type = card.linear;
+    if (!scan_nodes(card, fields, nodes, type)) return malformed;
     if (!elements_.keeps(type)) return 0;
     return elements_.append(type, nodes, labels, progress(cards)) ? 0 : out_of_memory;
   }
 
   /// The identifiers of an element's nodes by local number, and what type they make. False when a vertex is missing.
-  static bool scan_nodes(const element_card& form, const card_fields& fields, unsigned* nodes,
+  static bool scan_nodes(const element_card& card, const card_fields& fields, unsigned* nodes,
                          element_type& type) noexcept {
-    const node_order all = order_on_card(form.quadratic);
-    const node_order linear = order_on_card(form.linear);
-    const unsigned first = form.has_property ? 2 : 1;
-    type = form.quadratic;
+    const node_order all = order_on_card(card.quadratic);
+    const node_order linear = order_on_card(card.linear);
+    const unsigned first = card.has_property ? 2 : 1;
+    type = card.quadratic;
     for (unsigned k = 0; k < all.count; ++k) {
       const bool is_vertex = k < linear.count;
       const std::string_view field = fields[first + k];
       std::int64_t value = 0;
       if (!is_vertex && (field.empty() || (scan_integer(field, value) && value == 0))) {
-        type = form.linear;
+        type = card.linear;
       } else if (!scan_ID(field, nodes[all.nodes[k]])) {
         return false;
       }
@@ -159,7 +159,7 @@ class deck {
   real_scanner reals_;
   std::uint64_t file_size_;
   std::uint64_t left_out_ = 0;
-  unsigned usual_system_ = 0;
+  unsigned default_system_ = 0;
 };
 
 }  // namespace qel::gridwork::detail::io::nastran

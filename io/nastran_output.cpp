@@ -15,7 +15,7 @@ using namespace detail;
 namespace {
 
 using io::text_writer;
-using io::nastran::card;
+using io::nastran::written_card;
 using io::nastran::written_cards;
 
 // --- The parts of a deck -------------------------------------------------------------------------------------------
@@ -49,7 +49,7 @@ void write_nodes(text_writer& writer, const dense2D<double>& coords) {
   for (std::uint64_t i = 0; i < coords.cols(); ++i) write_node(writer, coords, i);
 }
 
-void write_card(text_writer& writer, const card& form, unsigned ID, unsigned property, const unsigned* nodes) {
+void write_card(text_writer& writer, const written_card& card, unsigned ID, unsigned property, const unsigned* nodes) {
   constexpr unsigned most_fields = 9;
   constexpr std::uint64_t most = 32 + 22 * (io::longest_integer + 1) + 3 * 6;
   const auto field = [](char* out, unsigned number) {
@@ -57,14 +57,14 @@ void write_card(text_writer& writer, const card& form, unsigned ID, unsigned pro
     return io::append_id(out, number);
   };
   writer.write(most, [&](char* out) {
-    out = field(field(io::append(out, form.name), ID), property);
+    out = field(field(io::append(out, card.name), ID), property);
     unsigned fields = 3;
-    for (unsigned k = 0; k < form.order.count; ++k, ++fields) {
+    for (unsigned k = 0; k < card.order.count; ++k, ++fields) {
       if (fields == most_fields) {
         out = io::append(out, ",+C\n+C");
         fields = 1;
       }
-      out = field(out, nodes[form.order.nodes[k]] + 1);
+      out = field(out, nodes[card.order.nodes[k]] + 1);
     }
     return io::append(out, "\n");
   });
@@ -104,7 +104,8 @@ int NASTRAN_output(const char* filename, const dense2D<double>& coords, const de
 int NASTRAN_output(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
                    const dense1D<unsigned>& block_offsets, const dense1D<int>& block_types,
                    const dense1D<unsigned>& property_IDs) {
-  return io::write_parts(filename, coords, connectivity, block_offsets, block_types, property_IDs, deck_writer{coords});
+  return io::write_blocks(filename, coords, connectivity, block_offsets, block_types, property_IDs,
+                          deck_writer{coords});
 }
 
 }  // namespace qel::gridwork

@@ -72,8 +72,8 @@ int coordinate_systems::place_nodes(identified_nodes& nodes) noexcept {
   }
   for (unsigned j = 0; j < nodes.count(); ++j) {
     if (nodes.system(j) == 0) continue;
-    const vector place = to_basic(nodes.system(j), nodes.place(j));
-    std::copy_n(place.data(), 3, nodes.place(j));
+    const vector point = to_basic(nodes.system(j), nodes.point(j));
+    std::copy_n(point.data(), 3, nodes.point(j));
   }
   return 0;
 }
@@ -81,7 +81,7 @@ int coordinate_systems::place_nodes(identified_nodes& nodes) noexcept {
 /// Goes down from system to system with a stack of its own: chains may be as long as the file.
 int coordinate_systems::make_known(unsigned ID, identified_nodes& nodes) noexcept {
   unsigned index = none;
-  int result = enter(ID, index);
+  int result = find_unknown(ID, index);
   stack_.clear();
   while (result == 0) {
     if (index != none) {
@@ -99,7 +99,7 @@ int coordinate_systems::make_known(unsigned ID, identified_nodes& nodes) noexcep
 }
 
 /// The index of a system that is not known yet; `none` for one that is. no_system for one that is missing or in work.
-int coordinate_systems::enter(unsigned ID, unsigned& index) noexcept {
+int coordinate_systems::find_unknown(unsigned ID, unsigned& index) noexcept {
   index = none;
   if (ID == 0) return 0;
   const unsigned found = finder_(ID);
@@ -110,11 +110,11 @@ int coordinate_systems::enter(unsigned ID, unsigned& index) noexcept {
 
 /// The first system that has to be known before this one; `none` when all are.
 int coordinate_systems::waits_for(const coordinate_system& system, identified_nodes& nodes, unsigned& index) noexcept {
-  if (system.nodes[0] == 0) return enter(system.reference, index);
+  if (system.nodes[0] == 0) return find_unknown(system.reference, index);
   for (const unsigned ID : system.nodes) {
     const unsigned node = nodes.find(ID);
     if (node == none) return unknown_node;
-    const int result = enter(nodes.system(node), index);
+    const int result = find_unknown(nodes.system(node), index);
     if (result != 0 || index != none) return result;
   }
   return 0;
@@ -128,7 +128,7 @@ bool coordinate_systems::finish(coordinate_system& system, identified_nodes& nod
       p[k] = to_basic(system.reference, system.points + 3 * k);
     } else {
       const unsigned node = nodes.find(system.nodes[k]);
-      p[k] = to_basic(nodes.system(node), nodes.place(node));
+      p[k] = to_basic(nodes.system(node), nodes.point(node));
     }
   }
   vector axes[3];
@@ -139,12 +139,12 @@ bool coordinate_systems::finish(coordinate_system& system, identified_nodes& nod
   return true;
 }
 
-/// A place in a known system.
-vector_fixed<double, 3> coordinate_systems::to_basic(unsigned ID, const double* place) const noexcept {
-  if (ID == 0) return load(place);
+/// A point of a known system, in the basic one.
+vector_fixed<double, 3> coordinate_systems::to_basic(unsigned ID, const double* point) const noexcept {
+  if (ID == 0) return load(point);
   const coordinate_system& system = systems_[finder_(ID)];
   const double* const origin = system.points;
-  const vector p = along_axes(system.kind, place);
+  const vector p = along_axes(system.kind, point);
   vector result;
   for (unsigned i = 0; i < 3; ++i) {
     result[i] = origin[i] + (p[0] * origin[3 + i] + p[1] * origin[6 + i] + p[2] * origin[9 + i]);

@@ -29,16 +29,16 @@ class coordinate_systems {
  public:
   [[nodiscard]] bool append(const coordinate_system& system) noexcept { return systems_.push_back(system); }
 
-  /// Gives all nodes their places in the basic system. 0, unknown_node for a point that is no node, no_system for a
+  /// Moves all nodes into the basic system. 0, unknown_node for a point that is no node, no_system for a
   /// system that is missing, leads back to itself or has its points in line, out_of_memory.
   [[nodiscard]] int place_nodes(identified_nodes& nodes) noexcept;
 
  private:
   int make_known(unsigned ID, identified_nodes& nodes) noexcept;
   int waits_for(const coordinate_system& system, identified_nodes& nodes, unsigned& index) noexcept;
-  int enter(unsigned ID, unsigned& index) noexcept;
+  int find_unknown(unsigned ID, unsigned& index) noexcept;
   bool finish(coordinate_system& system, identified_nodes& nodes) noexcept;
-  vector_fixed<double, 3> to_basic(unsigned ID, const double* place) const noexcept;
+  vector_fixed<double, 3> to_basic(unsigned ID, const double* point) const noexcept;
 
   dense1D<coordinate_system> systems_;
   dense1D<unsigned> stack_;

@@ -48,40 +48,40 @@ class usual_cards {
   const char* read_node(const char* line) noexcept {
     if (!nodes_.has_room() || std::memcmp(line, "GRID", 4) != 0) return nullptr;
     unsigned ID = 0, system = none;
-    double place[3];
-    const char* p = line[4] == ','   ? read_free_node(line + 4, ID, system, place)
-                    : line[4] == '*' ? read_wide_node(line, ID, system, place)
-                                     : read_narrow_node(line, ID, system, place);
+    double point[3];
+    const char* p = line[4] == ','   ? read_free_node(line + 4, ID, system, point)
+                    : line[4] == '*' ? read_wide_node(line, ID, system, point)
+                                     : read_narrow_node(line, ID, system, point);
     if (p == nullptr || ID == 0) return nullptr;
     p = next_card(p);
-    return p != nullptr && nodes_.append(ID, system, place, {}) ? p : nullptr;
+    return p != nullptr && nodes_.append(ID, system, point, {}) ? p : nullptr;
   }
 
-  static const char* read_free_node(const char* p, unsigned& ID, unsigned& system, double* place) noexcept {
+  static const char* read_free_node(const char* p, unsigned& ID, unsigned& system, double* point) noexcept {
     p = scan_plain_unsigned(behind_comma(p), ID);
     if (p == nullptr || *p != ',') return nullptr;
     p = behind_comma(p);
     if (*p != ',') p = scan_plain_unsigned(p, system);
     for (unsigned k = 0; k < 3; ++k) {
       if (p == nullptr || *p != ',') return nullptr;
-      p = scan_plain_real(behind_comma(p), place[k]);
+      p = scan_plain_real(behind_comma(p), point[k]);
     }
     return p;
   }
 
-  static const char* read_narrow_node(const char* line, unsigned& ID, unsigned& system, double* place) noexcept {
+  static const char* read_narrow_node(const char* line, unsigned& ID, unsigned& system, double* point) noexcept {
     const char* p = read_start(line, 4, width, ID, system);
-    for (unsigned k = 0; k < 3 && p != nullptr; ++k) p = read_real(p, width, place[k]);
+    for (unsigned k = 0; k < 3 && p != nullptr; ++k) p = read_real(p, width, point[k]);
     return p != nullptr ? find_newline(p, ",") : nullptr;
   }
 
-  static const char* read_wide_node(const char* line, unsigned& ID, unsigned& system, double* place) noexcept {
+  static const char* read_wide_node(const char* line, unsigned& ID, unsigned& system, double* point) noexcept {
     const char* p = read_start(line, 5, 2 * width, ID, system);
-    for (unsigned k = 0; k < 2 && p != nullptr; ++k) p = read_real(p, 2 * width, place[k]);
+    for (unsigned k = 0; k < 2 && p != nullptr; ++k) p = read_real(p, 2 * width, point[k]);
     if (p != nullptr) p = find_newline(p, ",");
     if (p == nullptr || p[1] != '*') return nullptr;
     p = skip_mark(p + 1);
-    if (p != nullptr) p = read_real(p, 2 * width, place[2]);
+    if (p != nullptr) p = read_real(p, 2 * width, point[2]);
     return p != nullptr ? find_newline(p, ",") : nullptr;
   }
 
@@ -132,31 +132,31 @@ class usual_cards {
 
   // --- Elements ----------------------------------------------------------------------------------------------------
 
-  static bool has_name(const char* line, const element_card& form) noexcept {
-    const char behind = line[form.name.size()];
-    return std::memcmp(line, form.name.data(), form.name.size()) == 0 && (behind == ',' || behind == ' ');
+  static bool has_name(const char* line, const element_card& card) noexcept {
+    const char behind = line[card.name.size()];
+    return std::memcmp(line, card.name.data(), card.name.size()) == 0 && (behind == ',' || behind == ' ');
   }
 
-  bool find_form(const char* line) noexcept {
-    if (has_name(line, *form_)) return true;  // as that of the last one
-    for (const element_card& form : element_cards) {
-      if (!form.has_property || !has_name(line, form)) continue;
-      form_ = &form;
-      orders_[0] = order_on_card(form.linear);
-      orders_[1] = order_on_card(form.quadratic);
+  bool find_card(const char* line) noexcept {
+    if (has_name(line, *card_)) return true;  // as that of the last one
+    for (const element_card& card : element_cards) {
+      if (!card.has_property || !has_name(line, card)) continue;
+      card_ = &card;
+      orders_[0] = order_on_card(card.linear);
+      orders_[1] = order_on_card(card.quadratic);
       return true;
     }
     return false;
   }
 
   const char* read_element(const char* line) noexcept {
-    if (*line != 'C' || !find_form(line)) return nullptr;
-    const char* p = line + form_->name.size();
+    if (*line != 'C' || !find_card(line)) return nullptr;
+    const char* p = line + card_->name.size();
     unsigned fields[most_fields], count = 0;
     p = *p == ',' ? read_free_fields(p, fields, count) : read_fixed_fields(line, p, fields, count);
     if (p == nullptr || count < 3 || fields[0] == 0) return nullptr;
     const bool is_linear = count - 2 == orders_[0].count;
-    return append(is_linear ? form_->linear : form_->quadratic, orders_[is_linear ? 0 : 1], fields, count) ? p
+    return append(is_linear ? card_->linear : card_->quadratic, orders_[is_linear ? 0 : 1], fields, count) ? p
                                                                                                            : nullptr;
   }
 
@@ -221,8 +221,8 @@ class usual_cards {
 
   identified_nodes& nodes_;
   element_collector& elements_;
-  const element_card* form_ = element_cards;
-  node_order orders_[2] = {order_on_card(form_->linear), order_on_card(form_->quadratic)};
+  const element_card* card_ = element_cards;
+  node_order orders_[2] = {order_on_card(card_->linear), order_on_card(card_->quadratic)};
 };
 
 }  // namespace qel::gridwork::detail::io::nastran

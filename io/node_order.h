@@ -20,8 +20,8 @@ constexpr node_order in_order(unsigned count) noexcept {
 inline constexpr node_order tria6_order = {6, {0, 1, 2, 5, 3, 4}};
 
 // A positive tetrahedron of this library is a negative one there: nodes 1 and 2 change places, and the edges with them.
-inline constexpr node_order tetra4_order = {4, {0, 2, 1, 3}};
-inline constexpr node_order tetra10_order = {10, {0, 2, 1, 3, 5, 4, 6, 7, 9, 8}};
+inline constexpr node_order mirrored_tetra4 = {4, {0, 2, 1, 3}};
+inline constexpr node_order mirrored_tetra10 = {10, {0, 2, 1, 3, 5, 4, 6, 7, 9, 8}};
 
 }  // namespace qel::gridwork::detail::io
 

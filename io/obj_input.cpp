@@ -65,12 +65,12 @@ const char* scan_index(const char* text, std::int64_t& index) noexcept {
 
 /// Scans up to three indices with slashes between them. Null when one is not valid.
 const char* scan_corner(const char* p, face_corner& corner) noexcept {
-  for (unsigned part = 0;; ++p, ++part) {
+  for (unsigned component = 0;; ++p, ++component) {
     const char* const start = p;
-    p = scan_index(start, corner.indices[part]);
+    p = scan_index(start, corner.indices[component]);
     if (p == nullptr) return nullptr;
-    corner.present[part] = p != start;
-    if (*p != '/' || part == 2) return p;
+    corner.present[component] = p != start;
+    if (*p != '/' || component == 2) return p;
   }
 }
 
@@ -168,7 +168,7 @@ class obj_parser {
 
   token_reader tokens_;
   std::uint64_t file_size_;
-  io::obj_lines usual_;
+  io::usual_obj_lines usual_;
   io::obj_records& out_;
 };
 

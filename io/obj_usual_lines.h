@@ -24,9 +24,9 @@ struct obj_records {
 ///
 /// The text ends with a NUL and scan_margin bytes more. No line is taken that is cut off there, or unusual in any way:
 /// what it means is decided elsewhere.
-class obj_lines {
+class usual_obj_lines {
  public:
-  explicit obj_lines(obj_records& out) noexcept : out_(out) {}
+  explicit usual_obj_lines(obj_records& out) noexcept : out_(out) {}
 
   /// The start of the first line that was not read.
   const char* read(const char* line, const char* end) noexcept {

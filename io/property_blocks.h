@@ -113,9 +113,9 @@ inline bool valid_offsets(const dense1D<unsigned>& offsets, std::uint64_t column
 }
 
 template <class Write>
-int write_parts(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
-                const dense1D<unsigned>& block_offsets, const dense1D<int>& block_types,
-                const dense1D<unsigned>& property_IDs, Write write) {
+int write_blocks(const char* filename, const dense2D<double>& coords, const dense2D<unsigned>& connectivity,
+                 const dense1D<unsigned>& block_offsets, const dense1D<int>& block_types,
+                 const dense1D<unsigned>& property_IDs, Write write) {
   if (connectivity.empty()) return 0;
   file output(filename, access::write);
   if (!output.is_open()) return -1;

@@ -13,6 +13,11 @@ namespace {
 constexpr int no_header = -2;
 constexpr int cut_short = -3;
 
+/// True for a file of `size` bytes that is certain to end before its last triangle; one of unknown size, 0, is not.
+bool is_too_short(std::uint64_t size, std::uint64_t triangles) noexcept {
+  return size != 0 && stl_header_bytes + stl_count_bytes + triangles * stl_triangle_bytes > size;
+}
+
 }  // namespace
 
 int read_stl_binary(const stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
@@ -25,7 +30,7 @@ int read_stl_binary(const stl_source& input, dense2D<double>& coords, dense2D<un
 
   // A file that is too short for its count fails at the end in any case: nothing is read or allocated for it.
   const std::uint64_t triangles = count > 0 ? static_cast<std::uint64_t>(count) : 0;
-  if (size != 0 && stl_header_bytes + stl_count_bytes + triangles * stl_triangle_bytes > size) return cut_short;
+  if (is_too_short(size, triangles)) return cut_short;
 
   triangle_soup soup(coords, connectivity);
   soup.expect(size != 0 ? triangles : 0);

@@ -14,7 +14,8 @@ namespace {
 using stl_reader = int (*)(const io::stl_source&, dense2D<double>&, dense2D<unsigned>&);
 
 /// Reads the file in one form; on failure both outputs are empty.
-int read_form(stl_reader read, const io::stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+int read_or_clear(stl_reader read, const io::stl_source& input, dense2D<double>& coords,
+                  dense2D<unsigned>& connectivity) {
   const int result = read(input, coords, connectivity);
   if (result < 0) {
     coords.clear_hard();
@@ -34,9 +35,9 @@ int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& 
   io::block_reader blocks(file.stream());
   if (!blocks.prepare()) return out_of_memory;
   const io::stl_source input{blocks, file.size()};
-  const int result = read_form(io::read_stl_text, input, coords, connectivity);
+  const int result = read_or_clear(io::read_stl_text, input, coords, connectivity);
   if (result >= 0 || result <= out_of_memory || !blocks.rewind()) return result;
-  return read_form(io::read_stl_binary, input, coords, connectivity);
+  return read_or_clear(io::read_stl_binary, input, coords, connectivity);
 }
 
 }  // namespace qel::gridwork

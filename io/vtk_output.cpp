@@ -28,10 +28,10 @@ using io::vtk::tetra;
 using io::vtk::vtk_types;
 
 /// What an element of a type becomes: a cell of its vertices, and one of its other nodes if it has any.
-struct cell_form {
+struct element_cells {
   unsigned nodes, vertices, vtk_type;
 
-  explicit cell_form(element_type type)
+  explicit element_cells(element_type type)
       : nodes(nbr_nodes(type)), vertices(nbr_base_nodes(type)), vtk_type(vtk_types[type]) {}
 
   unsigned cells() const noexcept { return nodes == vertices ? 1 : 2; }
@@ -117,7 +117,7 @@ template <class Action>
 void for_each_group(const matrix_range& range, Action action) {
   for (std::uint64_t i = 0; i < range.size(); ++i) {
     io::for_each_plain_type([&](element_type plain) {
-      if (io::may_hold(range.type(i), plain)) action(cell_form(plain), range.first[i], range.type(i), plain);
+      if (io::may_hold(range.type(i), plain)) action(element_cells(plain), range.first[i], range.type(i), plain);
     });
   }
 }
@@ -128,11 +128,12 @@ struct totals {
 
 totals count_cells(const matrix_range& range) {
   totals sum;
-  for_each_group(range, [&](const cell_form& form, const dense2D<unsigned>& m, element_type type, element_type plain) {
-    const std::uint64_t elements = io::count_of(plain, m, type);
-    sum.cells += form.cells() * elements;
-    sum.entries += form.entries() * elements;
-  });
+  for_each_group(range,
+                 [&](const element_cells& form, const dense2D<unsigned>& m, element_type type, element_type plain) {
+                   const std::uint64_t elements = io::count_of(plain, m, type);
+                   sum.cells += form.cells() * elements;
+                   sum.entries += form.entries() * elements;
+                 });
   return sum;
 }
 
@@ -140,21 +141,23 @@ void write_mesh(text_writer& writer, const dense2D<double>& coords, const matrix
   const totals sum = count_cells(range);
   write_points(writer, coords);
   write_cells_header(writer, sum.cells, sum.entries);
-  for_each_group(range, [&](const cell_form& form, const dense2D<unsigned>& m, element_type type, element_type plain) {
-    io::for_each_of(plain, m, type, [&](const unsigned* nodes) {
-      unsigned entries[most_entries];
-      form.encode(nodes, entries);
-      write_cells(writer, entries, entries + form.entries(), form.cells());
-    });
-  });
+  for_each_group(range,
+                 [&](const element_cells& form, const dense2D<unsigned>& m, element_type type, element_type plain) {
+                   io::for_each_of(plain, m, type, [&](const unsigned* nodes) {
+                     unsigned entries[most_entries];
+                     form.encode(nodes, entries);
+                     write_cells(writer, entries, entries + form.entries(), form.cells());
+                   });
+                 });
   write_types_header(writer, sum.cells);
-  for_each_group(range, [&](const cell_form& form, const dense2D<unsigned>& m, element_type type, element_type plain) {
-    unsigned types[2];
-    form.encode_types(types);
-    for (std::uint64_t left = io::count_of(plain, m, type); left != 0; --left) {
-      for (unsigned c = 0; c < form.cells(); ++c) write_number(writer, types[c], '\n');
-    }
-  });
+  for_each_group(range,
+                 [&](const element_cells& form, const dense2D<unsigned>& m, element_type type, element_type plain) {
+                   unsigned types[2];
+                   form.encode_types(types);
+                   for (std::uint64_t left = io::count_of(plain, m, type); left != 0; --left) {
+                     for (unsigned c = 0; c < form.cells(); ++c) write_number(writer, types[c], '\n');
+                   }
+                 });
 }
 
 constexpr bool accepted(element_type type) noexcept { return io::is_mixed(type) || vtk_types[type] != 0; }
@@ -182,7 +185,7 @@ int vtk_convert(const dense2D<unsigned>& connectivity, element_type type, unsign
   type = resolve_type(type, connectivity.rows());
   if (!check_IDs(connectivity, type, none)) return -1;
   if (vtk_types[type] == 0) return -2;
-  const cell_form form(type);
+  const element_cells form(type);
   const std::uint64_t elements = io::element_count(connectivity);
   const std::uint64_t added = elements * form.cells();
   if (added > std::numeric_limits<unsigned>::max() - nbr_cells) return out_of_memory;

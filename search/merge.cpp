@@ -117,7 +117,7 @@ int merge(const dense2D<double>& coords, const dense1D<unsigned>& IDs, dense1D<u
 
 int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, dense1D<unsigned>& new_IDs,
           double tol, unsigned mode) {
-  return merge_checked(coords, first, last, output(new_IDs, matrices{first, last}), tol, mode);
+  return merge_checked(coords, first, last, output(new_IDs, input_matrices{first, last}), tol, mode);
 }
 
 int merge(const dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, double tol, unsigned mode) {

@@ -120,7 +120,7 @@ int remove_degenerated(dense2D<unsigned>& connectivity, bool strict) {
 
 int simplify(dense2D<double>& coords, dense2D<unsigned>* first, dense2D<unsigned>* last, dense1D<unsigned>& new_IDs,
              unsigned first_node) {
-  return remove_unused(coords, first, last, output(new_IDs, matrices{first, last}), first_node);
+  return remove_unused(coords, first, last, output(new_IDs, input_matrices{first, last}), first_node);
 }
 
 int simplify(dense2D<double>& coords, dense2D<unsigned>& connectivity, dense1D<unsigned>& new_IDs,

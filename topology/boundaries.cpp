@@ -17,7 +17,7 @@ namespace {
 
 /// Calls visit(nodes, shape, local boundary) for every boundary of every element for which wanted(k, e) is true.
 template <class Columns, class Wanted, class Visit>
-void visit_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, Visit visit) {
+void visit_wanted_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, Visit visit) {
   for (std::uint64_t e = 0; e < connectivity.cols(); ++e) {
     const unsigned* nodes = connectivity.column(e);
     const shape& s = Columns::of(nodes);
@@ -31,12 +31,12 @@ template <class Columns, class Wanted>
 int append_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, appended<dense2D<unsigned>>&& list) {
   constexpr unsigned rows = Columns::largest.boundary_nodes;
   std::uint64_t count = 0;
-  visit_boundaries<Columns>(connectivity, wanted, [&](const unsigned*, const shape&, unsigned) { ++count; });
+  visit_wanted_boundaries<Columns>(connectivity, wanted, [&](const unsigned*, const shape&, unsigned) { ++count; });
   if (count == 0) return 0;
   if (!list.keep_entries() || !append_columns<unsigned>(list, rows, count)) return out_of_memory;
   dense2D<unsigned>& boundaries = list;
   unsigned* out = boundaries.column(boundaries.cols() - count);
-  visit_boundaries<Columns>(connectivity, wanted, [&](const unsigned* nodes, const shape& s, unsigned k) {
+  visit_wanted_boundaries<Columns>(connectivity, wanted, [&](const unsigned* nodes, const shape& s, unsigned k) {
     std::copy_n(boundary_of<Columns>(s, nodes, k).nodes, rows, out);
     out += rows;
   });

@@ -206,7 +206,7 @@ int copy_edges(const dense2D<unsigned>* first, const dense2D<unsigned>* last, co
   for (const dense2D<unsigned>* matrix = first; matrix != last; ++matrix) {
     if (!fits(*matrix, types[static_cast<std::uint64_t>(matrix - first)])) return -1;
   }
-  return append_edges({first, last, types.data()}, appended(edges, matrices{first, last}));
+  return append_edges({first, last, types.data()}, appended(edges, input_matrices{first, last}));
 }
 
 }  // namespace qel::gridwork
