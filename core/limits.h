@@ -61,8 +61,8 @@ constexpr std::uint64_t unique_portion = limit<std::uint64_t>(4096, 3);
 // --- search --------------------------------------------------------------------------------------------------------
 
 /// Subtrees of node_detector of up to this size are searched by a plain loop over their places.
-constexpr unsigned longest_run = limit(16U, 2U);
-static_assert(longest_run >= 2);
+constexpr unsigned longest_scan = limit(16U, 2U);
+static_assert(longest_scan >= 2);
 
 /// Points in a leaf of the balanced tree: two cache lines for each axis.
 constexpr unsigned tree_leaf = limit(16U, 2U);

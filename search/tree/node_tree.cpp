@@ -73,9 +73,9 @@ bool node_tree<Dim>::insert(const dense1D<unsigned>& ids) {
 }
 
 template <unsigned Dim>
-typename node_tree<Dim>::item node_tree<Dim>::read_item(unsigned id, unsigned ordinal) const noexcept {
+typename node_tree<Dim>::listed node_tree<Dim>::read_node(unsigned id, unsigned ordinal) const noexcept {
   QEL_GRIDWORK_CHECK(id < coords_->cols() && coords_->rows() >= Dim);
-  item read;
+  listed read;
   std::copy_n(coords_->column(id), Dim, read.p);
   read.id = id;
   read.ordinal = ordinal;
@@ -92,21 +92,21 @@ bool node_tree<Dim>::insert_one_by_one(const dense1D<unsigned>& ids) {
   for (std::uint64_t k = 0; k < ids.size(); ++k) {
     const std::uint64_t most = limits::steps_per_node_before_rebuild * nodes_.size() + limits::steps_before_rebuild;
     if (steps > most && build_anew(ids.sub_vector(k, ids.size() - k))) return true;
-    steps += descend(read_item(ids[k], size()));
+    steps += descend(read_node(ids[k], size()));
   }
   return true;
 }
 
 /// Appends a node. Returns the steps it took.
 template <unsigned Dim>
-std::uint64_t node_tree<Dim>::descend(const item& added) {
+std::uint64_t node_tree<Dim>::descend(const listed& added) {
   const unsigned place = size();
   unsigned* link = nullptr;
   unsigned axis = 0;
   std::uint64_t steps = 0;
   for (unsigned at = place == 0 ? none : 0; at != none; at = *link) {
     node& parent = nodes_[at];
-    parent.run = 0;
+    parent.scan_length = 0;
     link = added.p[axis] >= parent.p[axis] ? &parent.right : &parent.left;
     axis = next_axis<Dim>(axis);
     ++steps;
@@ -117,7 +117,7 @@ std::uint64_t node_tree<Dim>::descend(const item& added) {
   std::copy_n(added.p, Dim, fresh.p);
   fresh.id = added.id;
   fresh.left = fresh.right = none;
-  fresh.run = 0;
+  fresh.scan_length = 0;
   for (const double x : added.p) has_nan_ |= x != x;
   (void)nodes_.push_back(fresh);  // room was made before
   (void)ordinals_.push_back(added.ordinal);
@@ -128,14 +128,14 @@ template <unsigned Dim>
 bool node_tree<Dim>::build_anew(const dense1D<unsigned>& ids) {
   const std::uint64_t old_count = nodes_.size();
   const std::uint64_t count = old_count + ids.size();
-  dense1D<item> items;
-  dense1D<item> spare;
+  dense1D<listed> list;
+  dense1D<listed> spare;
   dense1D<node> nodes;
   dense1D<unsigned> ordinals;
-  if (!items.resize(count) || !spare.resize(count) || !nodes.resize(count) || !ordinals.resize(count)) return false;
+  if (!list.resize(count) || !spare.resize(count) || !nodes.resize(count) || !ordinals.resize(count)) return false;
 
   for (std::uint64_t place = 0; place < old_count; ++place) {
-    item& it = items[ordinals_[place]];
+    listed& it = list[ordinals_[place]];
     std::copy_n(nodes_[place].p, Dim, it.p);
     it.id = nodes_[place].id;
     it.ordinal = ordinals_[place];
@@ -144,11 +144,11 @@ bool node_tree<Dim>::build_anew(const dense1D<unsigned>& ids) {
   bool has_nan = has_nan_;
   for (std::uint64_t k = 0; k < ids.size(); ++k) {
     if (k + ahead < ids.size()) prefetch(coords_->column(ids[k + ahead]));
-    const item it = read_item(ids[k], static_cast<unsigned>(old_count + k));
+    const listed it = read_node(ids[k], static_cast<unsigned>(old_count + k));
     for (const double x : it.p) has_nan |= x != x;
-    items[old_count + k] = it;
+    list[old_count + k] = it;
   }
-  tree_builder<Dim>(nodes.data(), ordinals.data()).build(items.data(), spare.data(), static_cast<unsigned>(count));
+  tree_builder<Dim>(nodes.data(), ordinals.data()).build(list.data(), spare.data(), static_cast<unsigned>(count));
   nodes_.shallow_copy(nodes);
   ordinals_.shallow_copy(ordinals);
   built_ = count;

@@ -48,11 +48,11 @@ class node_tree {
 
  private:
   using node = tree_node<Dim>;
-  using item = tree_item<Dim>;
+  using listed = listed_node<Dim>;
 
-  item read_item(unsigned id, unsigned ordinal) const noexcept;
+  listed read_node(unsigned id, unsigned ordinal) const noexcept;
   bool insert_one_by_one(const dense1D<unsigned>& ids);
-  std::uint64_t descend(const item& added);
+  std::uint64_t descend(const listed& added);
   bool build_anew(const dense1D<unsigned>& ids);
 
   unsigned first_on_path(const point& p, unsigned excluded, double& radius) const;

@@ -83,8 +83,8 @@ void node_tree<Dim>::find_in_box_in_order(const point& lower, const point& upper
   for (;;) {
     const node& at = nodes[current.place];
     waiting_subtree next{none, next_axis<Dim>(current.axis)};
-    if (at.run != 0) {
-      for (const node* it = &at; it != &at + at.run; ++it) {
+    if (at.scan_length != 0) {
+      for (const node* it = &at; it != &at + at.scan_length; ++it) {
         if (inside<Dim>(it->p, lower, upper)) found.append(it->id);
       }
     } else {

@@ -59,39 +59,39 @@ template <unsigned Dim>
 bool query_tree<Dim>::build(const dense1D<tree_node<Dim>>& nodes) {
   const std::uint64_t count = nodes.size();
   first_leaf_ = first_leaf_of(count, leaf_size);
-  dense1D<item> items;
-  if (!items.resize(count) || !splits_.resize(first_leaf_) || !leaves_.resize(first_leaf_)) return false;
+  dense1D<ordered_point> points;
+  if (!points.resize(count) || !splits_.resize(first_leaf_) || !leaves_.resize(first_leaf_)) return false;
   count_ = static_cast<unsigned>(count);
-  for (unsigned place = 0; place < count; ++place) {
-    std::copy_n(nodes[place].p, Dim, items[place].p);
-    items[place].id = nodes[place].id;
-    items[place].place = place;
+  for (unsigned preorder = 0; preorder < count; ++preorder) {
+    std::copy_n(nodes[preorder].p, Dim, points[preorder].p);
+    points[preorder].id = nodes[preorder].id;
+    points[preorder].preorder = preorder;
   }
-  build_subtree(items.data(), root());
+  build_subtree(points.data(), root());
   return true;
 }
 
 /// The recursion is as deep as the tree, which is balanced.
 template <unsigned Dim>
-void query_tree<Dim>::build_subtree(item* items, const subtree& r) noexcept {
-  const item* begin = items + r.begin;
+void query_tree<Dim>::build_subtree(ordered_point* points, const subtree& r) noexcept {
+  const ordered_point* begin = points + r.begin;
   if (is_leaf(r)) return fill(leaves_[r.number - first_leaf_], begin, r.count);
   const unsigned axis = widest_axis<Dim>(begin, begin + r.count);
-  splits_[r.number] = {split_at_median(items, r, axis), axis};
-  build_subtree(items, r.left());
-  build_subtree(items, r.right());
+  splits_[r.number] = {split_at_median(points, r, axis), axis};
+  build_subtree(points, r.left());
+  build_subtree(points, r.right());
 }
 
 template <unsigned Dim>
-void query_tree<Dim>::fill(leaf& stored, const item* items, unsigned count) noexcept {
+void query_tree<Dim>::fill(leaf& stored, const ordered_point* points, unsigned count) noexcept {
   QEL_GRIDWORK_CHECK(count <= leaf_size);
   for (unsigned i = 0; i < leaf_size; ++i) {
     const bool is_there = i < count;
     for (unsigned a = 0; a < Dim; ++a) {
-      stored.x[a][i] = is_there ? items[i].p[a] : std::numeric_limits<double>::quiet_NaN();
+      stored.x[a][i] = is_there ? points[i].p[a] : std::numeric_limits<double>::quiet_NaN();
     }
-    stored.ids[i] = is_there ? items[i].id : none;
-    stored.places[i] = is_there ? items[i].place : none;
+    stored.ids[i] = is_there ? points[i].id : none;
+    stored.preorders[i] = is_there ? points[i].preorder : none;
   }
 }
 
@@ -195,7 +195,7 @@ unsigned query_tree<Dim>::find_in_box(const point& lower, const point& upper, no
       if (!inside) continue;
       if (found == most) return most;
       QEL_GRIDWORK_CHECK(found < most);
-      nodes[found++] = {scanned.places[i], scanned.ids[i]};
+      nodes[found++] = {scanned.preorders[i], scanned.ids[i]};
     }
     if (waiting == 0) return found;
     current = stack[--waiting];

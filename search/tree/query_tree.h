@@ -12,11 +12,11 @@
 
 namespace qel::gridwork::detail {
 
-/// A node and its place in the order that answers keep.
+/// A node and its number in pre-order, in which answers come.
 struct node_in_order {
-  unsigned place, id;
+  unsigned preorder, id;
 
-  friend bool operator<(const node_in_order& a, const node_in_order& b) noexcept { return a.place < b.place; }
+  friend bool operator<(const node_in_order& a, const node_in_order& b) noexcept { return a.preorder < b.preorder; }
 };
 
 template <unsigned Dim>
@@ -24,7 +24,7 @@ class query_tree {
  public:
   using point = vector_fixed<double, Dim>;
 
-  /// Holds the positions of the nodes, none of them NaN, under their ids and places.
+  /// Holds the positions of the nodes, none of them NaN, under their ids and numbers in pre-order.
   [[nodiscard]] bool build(const dense1D<tree_node<Dim>>& nodes);
 
   /// The node closest to `p`, nodes with the id `excluded` left out, if any search that keeps strictly nearer nodes
@@ -37,9 +37,9 @@ class query_tree {
  private:
   static constexpr unsigned leaf_size = limits::tree_leaf;
 
-  struct item {
+  struct ordered_point {
     double p[Dim];
-    unsigned id, place;
+    unsigned id, preorder;
   };
 
   struct split {
@@ -51,7 +51,7 @@ class query_tree {
   struct leaf {
     double x[Dim][leaf_size];
     unsigned ids[leaf_size];
-    unsigned places[leaf_size];
+    unsigned preorders[leaf_size];
   };
 
   /// The nearest node so far, and how near the nearest one besides it is.
@@ -60,8 +60,8 @@ class query_tree {
   subtree root() const noexcept { return {1, 0, count_}; }
   bool is_leaf(const subtree& r) const noexcept { return r.number >= first_leaf_; }
   const leaf& leaf_of(const subtree& r) const noexcept { return leaves_[r.number - first_leaf_]; }
-  void build_subtree(item* items, const subtree& r) noexcept;
-  static void fill(leaf& stored, const item* items, unsigned count) noexcept;
+  void build_subtree(ordered_point* points, const subtree& r) noexcept;
+  static void fill(leaf& stored, const ordered_point* points, unsigned count) noexcept;
   closest_two find_closest_two(const point& p, unsigned excluded) const noexcept;
   void prefetch_leaf(const subtree& next) const noexcept;
   static void scan_leaf(const leaf& scanned, const point& p, unsigned excluded, closest_two& closest) noexcept;

@@ -20,17 +20,17 @@ namespace qel::gridwork::detail {
 
 /// A node to insert; `ordinal` is its place in the order of insertion.
 template <unsigned Dim>
-struct tree_item {
+struct listed_node {
   double p[Dim];
   unsigned id, ordinal;
 };
 
-/// A node of the tree. `run` is 0 or the size of the subtree, when that is small, free of NaN, and lies in consecutive
-/// places from here on.
+/// A node of the tree. `scan_length` is 0 or the size of the subtree, when that is small, free of NaN, and lies in
+/// consecutive places from here on: it is scanned, not descended.
 template <unsigned Dim>
 struct tree_node {
   double p[Dim];
-  unsigned id, left, right, run;
+  unsigned id, left, right, scan_length;
 };
 
 template <unsigned Dim>
@@ -41,18 +41,18 @@ constexpr unsigned next_axis(unsigned axis) noexcept {
 template <unsigned Dim>
 class tree_builder {
  public:
-  using item = tree_item<Dim>;
+  using listed = listed_node<Dim>;
   using node = tree_node<Dim>;
 
   tree_builder(node* nodes, unsigned* ordinals) noexcept : nodes_(nodes), ordinals_(ordinals) {}
 
-  /// Builds the tree of items[0 .. count); `spare` has room for as many. Both are overwritten.
-  void build(item* items, item* spare, unsigned count) noexcept {
+  /// Builds the tree of list[0 .. count); `spare` has room for as many. Both are overwritten.
+  void build(listed* list, listed* spare, unsigned count) noexcept {
     unbuilt pending[40];  // the smaller part is always done first, so 32 would do
     unsigned waiting = 0;
-    unbuilt current{items, spare, count, 0, 0};
+    unbuilt current{list, spare, count, 0, 0};
     for (;;) {
-      if (current.count <= limits::longest_run) {
+      if (current.count <= limits::longest_scan) {
         build_small(current);
         if (waiting == 0) return;
         current = pending[--waiting];
@@ -72,56 +72,56 @@ class tree_builder {
  private:
   /// A subtree to build: a list in insertion order, the memory for splitting it, and the place of its root.
   struct unbuilt {
-    item* items;
-    item* spare;
+    listed* list;
+    listed* spare;
     unsigned count, place, axis;
   };
 
-  /// Makes the first item a node. `current` becomes one of the two parts of the others and the result the second one,
-  /// which is empty when all of them lie on one side.
+  /// Makes the first node of the list one of the tree. `current` becomes one of the two parts of the others and the
+  /// result the second one, which is empty when all of them lie on one side.
   unbuilt split(unbuilt& current) noexcept {
-    const item root = current.items[0];
+    const listed root = current.list[0];
     const double pivot = root.p[current.axis];
-    item* left = current.items + 1;
-    item* right = current.spare;
-    for (const item* it = current.items + 1; it != current.items + current.count; ++it) {
-      const item moved = *it;
+    listed* left = current.list + 1;
+    listed* right = current.spare;
+    for (const listed* it = current.list + 1; it != current.list + current.count; ++it) {
+      const listed moved = *it;
       const bool goes_right = moved.p[current.axis] >= pivot;
       *left = moved;  // written to both sides: no branch on a coin toss
       *right = moved;
       left += goes_right ? 0 : 1;
       right += goes_right ? 1 : 0;
     }
-    const auto left_count = static_cast<unsigned>(left - current.items - 1);
+    const auto left_count = static_cast<unsigned>(left - current.list - 1);
     const auto right_count = static_cast<unsigned>(right - current.spare);
     const unsigned axis = next_axis<Dim>(current.axis);
     const unsigned place = current.place + 1;
     emit(current.place, root, left_count, right_count);
 
     // The left list stayed where it was, the right one lies at the start of the spare memory.
-    const unbuilt left_list{current.items + 1, current.spare + right_count, left_count, place, axis};
+    const unbuilt left_list{current.list + 1, current.spare + right_count, left_count, place, axis};
     const unbuilt right_list{current.spare, left, right_count, place + left_count, axis};
     current = left_count != 0 ? left_list : right_list;
     return left_count != 0 ? right_list : unbuilt{};
   }
 
-  /// Coincident nodes give long chains in which no node parts the rest. Makes nodes of the items up to the first one
+  /// Coincident nodes give long chains in which no node parts the rest. Makes nodes of the list up to the first one
   /// that does, at the cost of a single pass.
   void skip_chain(unbuilt& current) noexcept {
-    if (current.count <= limits::longest_run) return;
-    const unsigned length = std::min(chain_length(current), current.count - limits::longest_run);
+    if (current.count <= limits::longest_scan) return;
+    const unsigned length = std::min(chain_length(current), current.count - limits::longest_scan);
     for (unsigned k = 0; k < length; ++k) {
-      const item& it = current.items[k];
-      const bool right = current.items[k + 1].p[current.axis] >= it.p[current.axis];
+      const listed& it = current.list[k];
+      const bool right = current.list[k + 1].p[current.axis] >= it.p[current.axis];
       emit(current.place, it, right ? 0 : 1, right ? 1 : 0);
       ++current.place;
       current.axis = next_axis<Dim>(current.axis);
     }
-    current.items += length;
+    current.list += length;
     current.count -= length;
   }
 
-  /// Number of items before the first one whose successors do not all lie on one side of it.
+  /// Number of nodes before the first one whose successors do not all lie on one side of it.
   static unsigned chain_length(const unbuilt& current) noexcept {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     struct {
@@ -131,7 +131,7 @@ class tree_builder {
     unsigned length = current.count;
     unsigned axis = (current.axis + current.count - 1) % Dim;
     for (unsigned k = current.count; k-- > 0;) {
-      const item& it = current.items[k];
+      const listed& it = current.list[k];
       const double s = it.p[axis];
       const bool all_right = !later[axis].has_nan && later[axis].min >= s;
       const bool all_left = !(later[axis].has_number && later[axis].max >= s);
@@ -147,34 +147,34 @@ class tree_builder {
     return length;
   }
 
-  void emit(unsigned place, const item& it, unsigned left_count, unsigned right_count) noexcept {
+  void emit(unsigned place, const listed& it, unsigned left_count, unsigned right_count) noexcept {
     node& out = nodes_[place];
     std::copy(it.p, it.p + Dim, out.p);
     out.id = it.id;
     out.left = left_count != 0 ? place + 1 : none;
     out.right = right_count != 0 ? place + 1 + left_count : none;
-    out.run = 0;
+    out.scan_length = 0;
     ordinals_[place] = it.ordinal;
   }
 
-  /// Subtrees of a run: their depth is bounded, so plain recursion serves.
+  /// Small subtrees: their depth is bounded, so plain recursion serves.
   void build_small(unbuilt current) noexcept {
     if (current.count == 0) return;
-    const bool is_run = !has_nan(current);
+    const bool is_scanned = !has_nan(current);
     build_recursively(current);
-    if (is_run) nodes_[current.place].run = current.count;
+    if (is_scanned) nodes_[current.place].scan_length = current.count;
   }
 
   void build_recursively(unbuilt current) noexcept {
-    QEL_GRIDWORK_CHECK(current.count != 0 && current.count <= limits::longest_run);
+    QEL_GRIDWORK_CHECK(current.count != 0 && current.count <= limits::longest_scan);
     if (current.count == 1) {
-      emit(current.place, current.items[0], 0, 0);
+      emit(current.place, current.list[0], 0, 0);
       return;
     }
     if (current.count == 2) {
-      const bool right = current.items[1].p[current.axis] >= current.items[0].p[current.axis];
-      emit(current.place, current.items[0], right ? 0 : 1, right ? 1 : 0);
-      emit(current.place + 1, current.items[1], 0, 0);
+      const bool right = current.list[1].p[current.axis] >= current.list[0].p[current.axis];
+      emit(current.place, current.list[0], right ? 0 : 1, right ? 1 : 0);
+      emit(current.place + 1, current.list[1], 0, 0);
       return;
     }
     const unbuilt other = split(current);
@@ -185,7 +185,7 @@ class tree_builder {
   static bool has_nan(const unbuilt& current) noexcept {
     bool found = false;
     for (unsigned k = 0; k < current.count; ++k) {
-      for (unsigned a = 0; a < Dim; ++a) found |= current.items[k].p[a] != current.items[k].p[a];
+      for (unsigned a = 0; a < Dim; ++a) found |= current.list[k].p[a] != current.list[k].p[a];
     }
     return found;
   }
