@@ -9,7 +9,7 @@
 namespace qel::gridwork::detail {
 
 /// One Jacobi rotation. The values are in no order; false when one is not finite.
-[[nodiscard]] inline bool rotated_pairs(const tensor<2>& M, spectrum<2>& result) noexcept {
+[[nodiscard]] inline bool accurate_eigen_pairs(const tensor<2>& M, spectrum<2>& result) noexcept {
   const double theta = (M[2] - M[0]) / 2 / M[1];
   const double t = M[1] == 0 ? 0 : std::copysign(1 / (std::abs(theta) + std::sqrt(1 + theta * theta)), theta);
   const double c = 1 / std::sqrt(1 + t * t);
@@ -19,7 +19,7 @@ namespace qel::gridwork::detail {
   return std::isfinite(result.values[0]) && std::isfinite(result.values[1]);
 }
 
-[[nodiscard]] inline bool rotated_pairs(const tensor<3>& M, spectrum<3>& result) noexcept {
+[[nodiscard]] inline bool accurate_eigen_pairs(const tensor<3>& M, spectrum<3>& result) noexcept {
   return decompose(M, result);
 }
 

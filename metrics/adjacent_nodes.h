@@ -11,7 +11,7 @@
 namespace qel::gridwork::detail {
 
 /// Compressed rows of a list of edges.
-class node_rows {
+class adjacent_nodes {
  public:
   /// False when memory ran out.
   [[nodiscard]] bool build(const dense2D<unsigned>& edges, std::uint64_t nodes) {

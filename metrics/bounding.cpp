@@ -1,3 +1,4 @@
+// Sizes and tensors held within the smallest and the largest size.
 #include <cmath>
 #include <limits>
 

@@ -11,7 +11,7 @@ namespace qel::gridwork::detail {
 
 /// L with L L' = M. Its entries have the order of the root of those of M, so that no product leaves the range.
 template <unsigned N>
-class lower_triangle {
+class cholesky_factor {
  public:
   /// False when M is found not to be positive definite.
   [[nodiscard]] bool build(const tensor<N>& M) noexcept {
@@ -22,6 +22,29 @@ class lower_triangle {
       l_[i][i] = std::sqrt(pivot);
     }
     return true;
+  }
+
+  /// The same by the leading minors, whose rounding differs; a last pivot of 0 or NaN is not found either.
+  [[nodiscard]] bool build_from_minors(const tensor<3>& M) noexcept {
+    static_assert(N == 3);
+    const double minor = M[0] * M[2] - M[1] * M[1];
+    if (M[0] <= 0 || minor <= 0) return false;
+    l_[0][0] = std::sqrt(M[0]);
+    l_[1][0] = M[1] / l_[0][0];
+    l_[1][1] = std::sqrt(minor / M[0]);
+    l_[2][0] = M[3] / l_[0][0];
+    l_[2][1] = (M[4] - l_[2][0] * l_[1][0]) / l_[1][1];
+    const double pivot = M[5] - l_[2][0] * l_[2][0] - l_[2][1] * l_[2][1];
+    l_[2][2] = std::sqrt(pivot);
+    return !(pivot < 0);
+  }
+
+  /// x = L^-T x.
+  void solve_transposed(double* x) const noexcept {
+    for (unsigned i = N; i-- > 0;) {
+      for (unsigned k = i + 1; k < N; ++k) x[i] -= l_[k][i] * x[k];
+      x[i] /= l_[i][i];
+    }
   }
 
   /// L^-1 S L^-T.

@@ -1,3 +1,4 @@
+// Sizes as tensors, and tensors of space in planes.
 #include <algorithm>
 
 #include "core/outputs.h"

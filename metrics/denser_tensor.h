@@ -21,7 +21,7 @@ constexpr double least_gain = 1 + 1e-6;
 /// that depend on rounding must not.
 template <unsigned N>
 double density(const tensor<N>& M) noexcept {
-  lower_triangle<N> L;
+  cholesky_factor<N> L;
   return L.build(M) ? std::floor(L.log2_determinant() * 0x1p20 + 0.5) : -std::numeric_limits<double>::infinity();
 }
 
@@ -33,11 +33,12 @@ struct relative_spectrum {
   int exponent = 0;
   bool found;
 
-  relative_spectrum(const lower_triangle<N>& L, tensor<N> S) noexcept : found(rotated_pairs(L.reduce(S), pairs)) {
+  relative_spectrum(const cholesky_factor<N>& L, tensor<N> S) noexcept
+      : found(accurate_eigen_pairs(L.reduce(S), pairs)) {
     if (found) return;
     exponent = 512;
     scale(S.begin(), S.end(), -2 * exponent);
-    found = rotated_pairs(L.reduce(S), pairs);
+    found = accurate_eigen_pairs(L.reduce(S), pairs);
   }
 
   /// What an intersection multiplies the determinant by.
@@ -50,7 +51,7 @@ struct relative_spectrum {
 
 /// B = L L' and the parts of S that are denser: B + sum over w > 1 of (w - 1) (L v)(L v)'.
 template <unsigned N>
-tensor<N> with_denser_parts(tensor<N> B, const lower_triangle<N>& L, const relative_spectrum<N>& relative) noexcept {
+tensor<N> with_denser_parts(tensor<N> B, const cholesky_factor<N>& L, const relative_spectrum<N>& relative) noexcept {
   const double one = std::ldexp(1, -2 * relative.exponent);
   for (unsigned i = 0; i < N; ++i) {
     const double excess = relative.pairs.values[i] - one;
@@ -69,7 +70,7 @@ tensor<N> with_denser_parts(tensor<N> B, const lower_triangle<N>& L, const relat
 /// little, or, of tensors at the limits of the numbers, nothing that can be told from rounding.
 template <unsigned N>
 bool intersect(tensor<N>& B, const tensor<N>& S, double& density_of_B) noexcept {
-  lower_triangle<N> L;
+  cholesky_factor<N> L;
   if (!L.build(B)) return false;
   const relative_spectrum<N> relative(L, S);
   if (!relative.found || !(relative.gain() > least_gain + L.rounding(B))) return false;

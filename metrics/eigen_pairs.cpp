@@ -1,3 +1,4 @@
+// Eigenvalues and eigenvectors of one tensor, and of one in the frame of another.
 #include "metrics/spectrum.h"
 #include "qel/gridwork/metrics.h"
 

@@ -52,7 +52,7 @@ class size_gradation {
 
   /// Lowers the sizes. False when memory ran out.
   [[nodiscard]] bool bound(const dense2D<unsigned>& edges) {
-    node_rows rows;
+    adjacent_nodes rows;
     if (!rows.build(edges, coords_.cols())) return false;
     while (!queue_.empty()) {
       const unsigned node = queue_.pop();

@@ -34,7 +34,7 @@ template <unsigned N>
 class additive_growth {
  public:
   additive_growth(const tensor<N>& M, double rate) noexcept : rate_(rate) {
-    (void)rotated_pairs(M, axes_);  // the entries of a valid metric are finite
+    (void)accurate_eigen_pairs(M, axes_);  // the entries of a valid metric are finite
     for (double& h : axes_.values) h = h > 0 ? 1 / std::sqrt(h) : std::numeric_limits<double>::infinity();
   }
 

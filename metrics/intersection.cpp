@@ -1,3 +1,4 @@
+// The metric of the smaller and that of the larger sizes of two tensors.
 #include <algorithm>
 
 #include "metrics/spectrum.h"

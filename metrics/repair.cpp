@@ -1,3 +1,4 @@
+// Invalid sizes and tensors replaced by given ones.
 #include <algorithm>
 
 #include "core/outputs.h"

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/scaling.h"
+#include "metrics/cholesky_factor.h"
 
 namespace qel::gridwork::detail {
 namespace {
@@ -76,52 +77,6 @@ void normalise_columns(matrix_fixed<double, N, N>& V) noexcept {
   }
 }
 
-/// The Cholesky factor of a positive definite tensor, and what is done with its inverse.
-class lower_factor {
- public:
-  [[nodiscard]] bool build(const tensor<3>& M) noexcept {
-    const double minor = M[0] * M[2] - M[1] * M[1];
-    if (M[0] <= 0 || minor <= 0) return false;
-    l00_ = std::sqrt(M[0]);
-    l10_ = M[1] / l00_;
-    l11_ = std::sqrt(minor / M[0]);
-    l20_ = M[3] / l00_;
-    l21_ = (M[4] - l20_ * l10_) / l11_;
-    const double pivot = M[5] - l20_ * l20_ - l21_ * l21_;
-    l22_ = std::sqrt(pivot);
-    return !(pivot < 0);
-  }
-
-  /// x = L^-1 x.
-  void solve(double* x) const noexcept {
-    x[0] = x[0] / l00_;
-    x[1] = (x[1] - l10_ * x[0]) / l11_;
-    x[2] = (x[2] - l20_ * x[0] - l21_ * x[1]) / l22_;
-  }
-
-  /// x = L^-T x.
-  void solve_transposed(double* x) const noexcept {
-    x[2] = x[2] / l22_;
-    x[1] = (x[1] - l21_ * x[2]) / l11_;
-    x[0] = (x[0] - l10_ * x[1] - l20_ * x[2]) / l00_;
-  }
-
-  /// L^-1 M L^-T.
-  tensor<3> reduce(const tensor<3>& M) const noexcept {
-    double rows[3][3];  // of (L^-1 M)', then of L^-1 (L^-1 M)'
-    for (unsigned j = 0; j < 3; ++j) {
-      double column[3] = {M(0, j), M(1, j), M(2, j)};
-      solve(column);
-      for (unsigned i = 0; i < 3; ++i) rows[i][j] = column[i];
-    }
-    for (double* row : rows) solve(row);
-    return {rows[0][0], rows[1][0], rows[1][1], rows[2][0], rows[2][1], rows[2][2]};
-  }
-
- private:
-  double l00_, l10_, l11_, l20_, l21_, l22_;
-};
-
 bool decompose_scaled(const tensor<2>& M1, const tensor<2>& M2, spectrum<2>& result) noexcept {
   const double a = M1[0];
   const double b = M1[1];
@@ -145,14 +100,14 @@ bool decompose_scaled(const tensor<2>& M1, const tensor<2>& M2, spectrum<2>& res
 }
 
 bool decompose_scaled(const tensor<3>& M1, const tensor<3>& M2, spectrum<3>& result) noexcept {
-  lower_factor L;
-  if (!L.build(M1) || !decompose(L.reduce(M2), result)) return false;
+  cholesky_factor<3> L;
+  if (!L.build_from_minors(M1) || !decompose(L.reduce(M2), result)) return false;
   for (unsigned j = 0; j < 3; ++j) L.solve_transposed(&result.vectors(0, j));
   normalise_columns(result.vectors);
   return true;
 }
 
-bool is_positive_definite(const tensor<3>& M) noexcept {
+bool has_positive_minors(const tensor<3>& M) noexcept {
   const double minor = M[0] * M[2] - M[1] * M[1];
   if (!(M[0] > 0 && minor > 0)) return false;
   const double across = M[4] * M[0] - M[3] * M[1];
@@ -215,7 +170,7 @@ bool find_common_axes(const tensor<2>& M1, const tensor<2>& M2, matrix_fixed<dou
 bool find_common_axes(const tensor<3>& M1, const tensor<3>& M2, matrix_fixed<double, 3, 3>& axes) noexcept {
   const scaled_tensor<3> S1(M1);
   const scaled_tensor<3> S2(M2);
-  if (!is_positive_definite(S1.M) || !is_positive_definite(S2.M)) return false;
+  if (!has_positive_minors(S1.M) || !has_positive_minors(S2.M)) return false;
   spectrum<3> common;
   if (!decompose_scaled(balanced_sum(S1.M, S2.M), S1.M, common)) return false;
   axes = common.vectors;

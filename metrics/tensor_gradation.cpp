@@ -125,7 +125,7 @@ class tensor_gradation {
 
   const dense2D<double>& coords_;
   double rate_;
-  node_rows rows_;
+  adjacent_nodes rows_;
   node_queue<densest_first<N>> queue_;
   dense1D<tensor<N>> memory_;
   dense1D<double> densities_;

@@ -1,3 +1,4 @@
+// Which sizes are positive, which tensors positive definite.
 #include "metrics/spectrum.h"
 #include "qel/gridwork/metrics.h"
 
