@@ -1,3 +1,4 @@
+// Eigenvalues and eigenvectors of symmetric matrices in packed storage.
 #include <algorithm>
 #include <cmath>
 #include <cstddef>

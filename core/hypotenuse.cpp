@@ -1,3 +1,4 @@
+// The length of the hypotenuse, with the same bits everywhere.
 #include <algorithm>
 #include <cmath>
 #include <limits>

@@ -1,3 +1,4 @@
+// Positions in increasing order of the values there.
 #include "core/distribute.h"
 #include "core/outputs.h"
 #include "core/result.h"

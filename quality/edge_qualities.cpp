@@ -1,3 +1,4 @@
+// Qualities of edges by the sizes or tensors at their ends.
 #include <algorithm>
 #include <cmath>
 #include <iterator>

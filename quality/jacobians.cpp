@@ -1,3 +1,4 @@
+// The smallest Jacobian determinant at the corners of each element.
 #include "qel/gridwork/quality.h"
 #include "quality/measure_elements.h"
 #include "quality/shape_measures.h"

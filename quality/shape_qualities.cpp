@@ -1,3 +1,4 @@
+// Shape qualities of elements, and the worst one.
 #include "qel/gridwork/quality.h"
 #include "quality/measure_elements.h"
 #include "quality/shape_measures.h"
