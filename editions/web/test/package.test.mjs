@@ -1,6 +1,6 @@
 // The package in node: numbers and files against those of the command-line tool, made in the same run.
 import assert from 'node:assert/strict';
-import { readFileSync } from 'node:fs';
+import { readFileSync, readdirSync } from 'node:fs';
 import { basename, join } from 'node:path';
 import test from 'node:test';
 import { hasTool, meshFiles, packageFolder, pageFolder, repository, scratch, toolJson } from './folders.mjs';
@@ -156,7 +156,8 @@ test('what is refused has a code and words', () => {
 test('the table has every function of the headers', () => {
   const folder = join(repository, 'include/qel/gridwork');
   const known = new Set(Object.keys(gw).map((name) => name.toLowerCase()));
-  for (const header of ['elements', 'ids', 'io', 'metrics', 'quality', 'search', 'topology', 'transforms']) {
+  const formats = readdirSync(join(folder, 'io')).map((file) => `io/${file.replace('.h', '')}`);
+  for (const header of ['elements', 'ids', ...formats, 'metrics', 'quality', 'search', 'topology', 'transforms']) {
     const text = readFileSync(join(folder, `${header}.h`), 'utf8').replace(/\/\/[^\n]*/g, '');
     const free = text.replace(/class \w+ \{[^]*?\n\};/g, '');
     for (const [, name] of free.matchAll(/QEL_GRIDWORK_API\s+[\w:]+\s+(\w+)\(/g)) {
