@@ -5,11 +5,11 @@
 #include "core/result.h"
 #include "io/element_collector.h"
 #include "io/femap.h"
+#include "io/femap_lines.h"
 #include "io/femap_usual_records.h"
 #include "io/identified_mesh.h"
 #include "io/input_result.h"
 #include "io/text/field.h"
-#include "io/text/record_lines.h"
 #include "qel/gridwork/io.h"
 
 namespace qel::gridwork {
@@ -21,7 +21,7 @@ namespace {
 using io::malformed;
 using io::femap::element_layout;
 
-/// Reads blocks, each between two lines with nothing but -1.
+/// Reads block by block.
 class neutral_parser {
  public:
   neutral_parser(io::block_reader& blocks, std::uint64_t file_size, element_type only) noexcept
@@ -29,12 +29,12 @@ class neutral_parser {
 
   int parse() noexcept {
     bool has_block = false;
-    while (skip_to_mark()) {
+    while (lines_.skip_to_mark()) {
       std::int64_t number = 0;
       do {
-        if (!lines_.next(line_)) return has_block ? 0 : malformed;
-      } while (is_mark());
-      if (!io::scan_integer(io::field_list(line_.text).next(), number)) continue;
+        if (!lines_.next()) return has_block ? 0 : malformed;
+      } while (lines_.is_mark());
+      if (!io::scan_integer(lines_.first_field(), number)) continue;
       has_block = true;
       const int result = read_block(static_cast<io::femap::block>(number));
       if (result != 0) return result;
@@ -49,19 +49,6 @@ class neutral_parser {
   }
 
  private:
-  bool is_mark() const noexcept { return io::trim(line_.text) == "-1"; }
-
-  /// Goes to a line that begins or ends a block; false when there is none.
-  bool skip_to_mark() noexcept {
-    while (lines_.next(line_)) {
-      if (is_mark()) return true;
-    }
-    return false;
-  }
-
-  /// Goes to the next line of a block; false at its end.
-  bool next_line() noexcept { return lines_.next(line_) && !is_mark(); }
-
   int read_block(io::femap::block number) noexcept {
     if (number == io::femap::block::header) return read_version(), 0;
     if (number == io::femap::block::nodes) {
@@ -72,15 +59,15 @@ class neutral_parser {
       return read_lines([this] { return read_element(); },
                         [this](const char* text, const char* end) { return usual_.read_elements(text, end); });
     }
-    skip_to_mark();
+    lines_.skip_to_mark();
     return 0;
   }
 
   /// Calls read() at the first line of each record but those that read_usual(text, end) reads where they lie.
   template <class Read, class ReadUsual>
   int read_lines(Read read, ReadUsual read_usual) noexcept {
-    while (next_line()) {
-      if (io::trim(line_.text).empty()) continue;
+    while (lines_.next_in_block()) {
+      if (io::trim(lines_.text()).empty()) continue;
       const int result = read();
       if (result != 0) return result;
       lines_.read_in_place(read_usual);
@@ -92,16 +79,16 @@ class neutral_parser {
   void read_version() noexcept {
     double version = 0;
     has_lists_ = true;
-    if (!next_line() || !next_line()) return;
-    if (reals_.scan(io::field_list(line_.text).next(), version)) has_lists_ = version >= 4.5;
-    skip_to_mark();
+    if (!lines_.next_in_block() || !lines_.next_in_block()) return;
+    if (reals_.scan(lines_.first_field(), version)) has_lists_ = version >= 4.5;
+    lines_.skip_to_mark();
   }
 
   int read_node() noexcept {
-    io::field_list fields(line_.text);
+    io::field_list fields(lines_.text());
     unsigned ID = 0;
     double point[3];
-    if (line_.is_cut || !io::scan_ID(fields.next(), ID)) return malformed;
+    if (lines_.is_cut() || !io::scan_ID(fields.next(), ID)) return malformed;
     fields.skip(10);
     for (double& x : point) {
       if (!reals_.scan(fields.next(), x)) return malformed;
@@ -111,11 +98,12 @@ class neutral_parser {
 
   /// Reads a record: its header, two lines of nodes, three that do not matter, flags, and the lists that they announce.
   int read_element() noexcept {
-    io::field_list header(line_.text);
+    io::field_list header(lines_.text());
     const std::string_view ID = header.next();
     header.skip(1);
     unsigned labels[] = {0, 0};  // property, identifier
-    const bool has_labels = !line_.is_cut && io::scan_ID(ID, labels[1]) && io::scan_reference(header.next(), labels[0]);
+    const bool has_labels =
+        !lines_.is_cut() && io::scan_ID(ID, labels[1]) && io::scan_reference(header.next(), labels[0]);
     std::int64_t topology = 0;
     header.skip(1);
     if (!has_labels || !io::scan_integer(header.next(), topology)) return malformed;
@@ -124,26 +112,29 @@ class neutral_parser {
     left_out_ += found == nullptr ? 1 : 0;
     unsigned slots[io::femap::nbr_slots];
     for (unsigned first = 0; first < io::femap::nbr_slots; first += 10) {
-      if (!next_line() || (is_wanted && !scan_slots(slots + first))) return malformed;
+      if (!lines_.next_in_block() || (is_wanted && !scan_slots(slots + first))) return malformed;
     }
-    if (!next_line() || !next_line() || !next_line() || !next_line() || !skip_lists()) return malformed;
+    for (unsigned line = 0; line < 4; ++line) {
+      if (!lines_.next_in_block()) return malformed;
+    }
+    if (!skip_lists()) return malformed;
     return is_wanted ? append(*found, slots, labels) : 0;
   }
 
   bool scan_slots(unsigned* slots) const noexcept {
-    io::field_list fields(line_.text);
+    io::field_list fields(lines_.text());
     for (unsigned k = 0; k < 10; ++k) {
       const std::string_view field = fields.next();
       slots[k] = 0;
       if (field != "0" && !io::scan_ID(field, slots[k])) return false;
     }
-    return !line_.is_cut;
+    return !lines_.is_cut();
   }
 
   /// Passes over the lists that the flags of the line announce.
   bool skip_lists() noexcept {
     if (!has_lists_) return true;
-    io::field_list flags(line_.text);
+    io::field_list flags(lines_.text());
     flags.skip(12);
     unsigned lists = 0;
     for (unsigned k = 12; k < 16; ++k) {
@@ -152,8 +143,8 @@ class neutral_parser {
     }
     for (; lists != 0; --lists) {
       do {
-        if (!lines_.next(line_)) return false;
-      } while (io::field_list(line_.text).next() != "-1");
+        if (!lines_.next()) return false;
+      } while (lines_.first_field() != "-1");
     }
     return true;
   }
@@ -168,8 +159,7 @@ class neutral_parser {
 
   io::file_progress progress() const noexcept { return {lines_.position(), file_size_}; }
 
-  io::record_lines lines_;
-  io::record_line line_;
+  io::femap::neutral_lines lines_;
   io::real_scanner reals_;
   std::uint64_t file_size_;
   io::identified_nodes nodes_;

@@ -45,7 +45,6 @@ class medit_words : public word_reader {
   }
 
  private:
-  static constexpr bool is_letter(char c) noexcept { return to_lower(c) >= 'a' && to_lower(c) <= 'z'; }
 };
 
 /// True for a binary file: it starts with the number 1, in either order of bytes.

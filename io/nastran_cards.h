@@ -129,7 +129,6 @@ constexpr std::uint64_t packed_name(std::string_view name) noexcept {
 /// The first word of letters of a line, packed.
 constexpr std::uint64_t first_word(std::string_view line) noexcept {
   line = trim(line);
-  const auto is_letter = [](char c) { return to_lower(c) >= 'a' && to_lower(c) <= 'z'; };
   const auto end = std::find_if_not(line.begin(), line.end(), is_letter);
   return packed_name(line.substr(0, static_cast<std::size_t>(end - line.begin())));
 }

@@ -23,9 +23,8 @@ using io::nastran::packed_name;
 /// True when a line begins a part of the file that holds no piece of the model.
 bool begins_other_part(std::string_view line) noexcept {
   constexpr std::string_view parts[] = {"super", "auxm", "arbm", "module", "trmc", "flxs"};
-  const auto is_letter = [](char c) { return io::to_lower(c) >= 'a' && io::to_lower(c) <= 'z'; };
   for (std::size_t k = 1; k < line.size(); ++k) {
-    if (is_letter(line[k - 1])) continue;
+    if (io::is_letter(line[k - 1])) continue;
     for (const std::string_view part : parts) {
       const auto same = [](char a, char b) { return io::to_lower(a) == b; };
       const std::string_view word = line.substr(k, part.size());

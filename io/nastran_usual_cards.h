@@ -9,8 +9,7 @@
 #include "io/element_collector.h"
 #include "io/identified_nodes.h"
 #include "io/nastran.h"
-#include "io/text/plain_field.h"
-#include "io/text/text.h"
+#include "io/nastran_plain_fields.h"
 
 namespace qel::gridwork::detail::io::nastran {
 
@@ -29,19 +28,7 @@ class usual_cards {
   }
 
  private:
-  static constexpr std::ptrdiff_t width = 8;
   static constexpr unsigned fields_per_line = 8, most_fields = 22;
-
-  /// The start of the next card, where a line ends; null when that cannot be told, or when the card goes on there.
-  static const char* next_card(const char* p) noexcept {
-    p += *p == '\r' ? 1 : 0;
-    return *p == '\n' && is_letter(p[1]) ? p + 1 : nullptr;
-  }
-
-  static bool is_letter(char c) noexcept { return to_lower(c) >= 'a' && to_lower(c) <= 'z'; }
-
-  /// The field behind a comma, and a blank.
-  static const char* behind_comma(const char* p) noexcept { return p + (p[1] == ' ' ? 2 : 1); }
 
   // --- Nodes -------------------------------------------------------------------------------------------------------
 
@@ -70,64 +57,29 @@ class usual_cards {
   }
 
   static const char* read_narrow_node(const char* line, unsigned& ID, unsigned& system, double* point) noexcept {
-    const char* p = read_start(line, 4, width, ID, system);
-    for (unsigned k = 0; k < 3 && p != nullptr; ++k) p = read_real(p, width, point[k]);
+    const char* p = read_start(line, 4, field_width, ID, system);
+    for (unsigned k = 0; k < 3 && p != nullptr; ++k) p = read_real_field(p, field_width, point[k]);
     return p != nullptr ? find_newline(p, ",") : nullptr;
   }
 
   static const char* read_wide_node(const char* line, unsigned& ID, unsigned& system, double* point) noexcept {
-    const char* p = read_start(line, 5, 2 * width, ID, system);
-    for (unsigned k = 0; k < 2 && p != nullptr; ++k) p = read_real(p, 2 * width, point[k]);
+    const char* p = read_start(line, 5, 2 * field_width, ID, system);
+    for (unsigned k = 0; k < 2 && p != nullptr; ++k) p = read_real_field(p, 2 * field_width, point[k]);
     if (p != nullptr) p = find_newline(p, ",");
     if (p == nullptr || p[1] != '*') return nullptr;
     p = skip_mark(p + 1);
-    if (p != nullptr) p = read_real(p, 2 * width, point[2]);
+    if (p != nullptr) p = read_real_field(p, 2 * field_width, point[2]);
     return p != nullptr ? find_newline(p, ",") : nullptr;
   }
 
   /// Reads the identifier and the system, which may be blank, behind a name.
   static const char* read_start(const char* line, std::ptrdiff_t name, std::ptrdiff_t size, unsigned& ID,
                                 unsigned& system) noexcept {
-    const char* p = skip_blank_columns(line + name, width - name);
-    if (p != nullptr) p = read_unsigned(p, size, ID);
+    const char* p = skip_blank_columns(line + name, field_width - name);
+    if (p != nullptr) p = read_unsigned_field(p, size, ID);
     if (p == nullptr) return nullptr;
     const char* const blank = skip_blank_columns(p, size);
-    return blank != nullptr ? blank : read_unsigned(p, size, system);
-  }
-
-  // --- Fixed fields ------------------------------------------------------------------------------------------------
-
-  static const char* skip_blank_columns(const char* p, std::ptrdiff_t count) noexcept {
-    for (; count != 0; --count, ++p) {
-      if (*p != ' ') return nullptr;
-    }
-    return p;
-  }
-
-  /// The end of a field whose number ends at `p`; that of the line if it comes first.
-  static const char* end_field(const char* p, const char* end) noexcept {
-    if (p == nullptr || p > end) return nullptr;
-    for (; p != end && !is_line_end(p); ++p) {
-      if (*p != ' ') return nullptr;
-    }
-    return p;
-  }
-
-  static const char* read_unsigned(const char* p, std::ptrdiff_t size, unsigned& value) noexcept {
-    return end_field(scan_plain_unsigned(skip_spaces(p), value), p + size);
-  }
-
-  static const char* read_real(const char* p, std::ptrdiff_t size, double& value) noexcept {
-    return end_field(scan_plain_real(skip_spaces(p), value), p + size);
-  }
-
-  /// Passes over the first field of a line that goes on with a card.
-  static const char* skip_mark(const char* p) noexcept {
-    const char* const end = p + width;
-    for (; p != end; ++p) {
-      if (*p == ',' || *p == '$' || static_cast<unsigned char>(*p) < ' ') return nullptr;
-    }
-    return p;
+    return blank != nullptr ? blank : read_unsigned_field(p, size, system);
   }
 
   // --- Elements ----------------------------------------------------------------------------------------------------
@@ -166,32 +118,19 @@ class usual_cards {
       if (count == most_fields) return nullptr;
       p = scan_plain_unsigned(behind_comma(p), fields[count]);
       if (p == nullptr) return nullptr;
-      if (++count % fields_per_line == 0) p = go_on(p);
+      if (++count % fields_per_line == 0) p = pass_full_line(p);
     }
     return next_card(p);
   }
 
-  /// Where a line has all its fields: the comma behind the mark of the next one, if that goes on.
-  static const char* go_on(const char* p) noexcept {
-    const char* end = p;
-    if (p[0] == ',' && p[1] == '+') end = find_newline(p + 1, ",$");
-    if (end == nullptr || *end != '\n') return p;
-    if (end[1] == ',') return end + 1;
-    if (end[1] != '+') return end;
-    for (++end; *end != ','; ++end) {
-      if (*end == '$' || *end == '*' || static_cast<unsigned char>(*end) < ' ') return p;
-    }
-    return end;
-  }
-
   /// Reads the fields of a card in columns, up to the start of the next one.
   static const char* read_fixed_fields(const char* line, const char* p, unsigned* fields, unsigned& count) noexcept {
-    p = skip_blank_columns(p, line + width - p);
+    p = skip_blank_columns(p, line + field_width - p);
     while (p != nullptr) {
       const unsigned first = count;
       for (; count != first + fields_per_line && !is_line_end(p); ++count) {
         if (count == most_fields) return nullptr;
-        p = read_unsigned(p, width, fields[count]);
+        p = read_unsigned_field(p, field_width, fields[count]);
         if (p == nullptr) return nullptr;
       }
       p = find_newline(p, ",");
@@ -199,13 +138,9 @@ class usual_cards {
       const bool goes_on = p[1] == '+' || p[1] == ' ';
       if (!goes_on) return next_card(p);
       if (count != first + fields_per_line) return nullptr;
-      p = p[1] == '+' ? skip_narrow_mark(p + 1) : skip_blank_columns(p + 1, width);
+      p = p[1] == '+' ? skip_narrow_mark(p + 1) : skip_blank_columns(p + 1, field_width);
     }
     return nullptr;
-  }
-
-  static const char* skip_narrow_mark(const char* p) noexcept {
-    return std::memchr(p, '*', static_cast<std::size_t>(width)) == nullptr ? skip_mark(p) : nullptr;
   }
 
   bool append(element_type type, const node_order& order, const unsigned* fields, unsigned count) noexcept {

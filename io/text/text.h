@@ -16,6 +16,8 @@ constexpr char to_lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_
 
 constexpr bool is_digit(char c) noexcept { return c >= '0' && c <= '9'; }
 
+constexpr bool is_letter(char c) noexcept { return to_lower(c) >= 'a' && to_lower(c) <= 'z'; }
+
 /// White space but for the newline, which ends a line.
 constexpr bool is_blank(char c) noexcept { return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f'; }
 

@@ -38,6 +38,42 @@ constexpr unsigned next_axis(unsigned axis) noexcept {
   return axis + 1 == Dim ? 0 : axis + 1;
 }
 
+/// Number of nodes before the first one whose successors do not all lie on one side of it.
+template <unsigned Dim>
+unsigned chain_length(const listed_node<Dim>* list, unsigned count, unsigned first_axis) noexcept {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  struct {
+    double min = infinity, max = -infinity;
+    bool has_number = false, has_nan = false;
+  } later[Dim];
+  unsigned length = count;
+  unsigned axis = (first_axis + count - 1) % Dim;
+  for (unsigned k = count; k-- > 0;) {
+    const listed_node<Dim>& it = list[k];
+    const double s = it.p[axis];
+    const bool all_right = !later[axis].has_nan && later[axis].min >= s;
+    const bool all_left = !(later[axis].has_number && later[axis].max >= s);
+    if (!all_right && !all_left) length = k;
+    for (unsigned a = 0; a < Dim; ++a) {
+      later[a].min = it.p[a] < later[a].min ? it.p[a] : later[a].min;
+      later[a].max = it.p[a] > later[a].max ? it.p[a] : later[a].max;
+      later[a].has_nan |= it.p[a] != it.p[a];
+      later[a].has_number |= it.p[a] == it.p[a];
+    }
+    axis = axis == 0 ? Dim - 1 : axis - 1;
+  }
+  return length;
+}
+
+template <unsigned Dim>
+bool has_nan(const listed_node<Dim>* list, unsigned count) noexcept {
+  bool found = false;
+  for (unsigned k = 0; k < count; ++k) {
+    for (unsigned a = 0; a < Dim; ++a) found |= list[k].p[a] != list[k].p[a];
+  }
+  return found;
+}
+
 template <unsigned Dim>
 class tree_builder {
  public:
@@ -109,7 +145,8 @@ class tree_builder {
   /// that does, at the cost of a single pass.
   void skip_chain(unbuilt& current) noexcept {
     if (current.count <= limits::longest_scan) return;
-    const unsigned length = std::min(chain_length(current), current.count - limits::longest_scan);
+    const unsigned length =
+        std::min(chain_length(current.list, current.count, current.axis), current.count - limits::longest_scan);
     for (unsigned k = 0; k < length; ++k) {
       const listed& it = current.list[k];
       const bool right = current.list[k + 1].p[current.axis] >= it.p[current.axis];
@@ -119,32 +156,6 @@ class tree_builder {
     }
     current.list += length;
     current.count -= length;
-  }
-
-  /// Number of nodes before the first one whose successors do not all lie on one side of it.
-  static unsigned chain_length(const unbuilt& current) noexcept {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    struct {
-      double min = infinity, max = -infinity;
-      bool has_number = false, has_nan = false;
-    } later[Dim];
-    unsigned length = current.count;
-    unsigned axis = (current.axis + current.count - 1) % Dim;
-    for (unsigned k = current.count; k-- > 0;) {
-      const listed& it = current.list[k];
-      const double s = it.p[axis];
-      const bool all_right = !later[axis].has_nan && later[axis].min >= s;
-      const bool all_left = !(later[axis].has_number && later[axis].max >= s);
-      if (!all_right && !all_left) length = k;
-      for (unsigned a = 0; a < Dim; ++a) {
-        later[a].min = it.p[a] < later[a].min ? it.p[a] : later[a].min;
-        later[a].max = it.p[a] > later[a].max ? it.p[a] : later[a].max;
-        later[a].has_nan |= it.p[a] != it.p[a];
-        later[a].has_number |= it.p[a] == it.p[a];
-      }
-      axis = axis == 0 ? Dim - 1 : axis - 1;
-    }
-    return length;
   }
 
   void emit(unsigned place, const listed& it, unsigned left_count, unsigned right_count) noexcept {
@@ -160,7 +171,7 @@ class tree_builder {
   /// Small subtrees: their depth is bounded, so plain recursion serves.
   void build_small(unbuilt current) noexcept {
     if (current.count == 0) return;
-    const bool is_scanned = !has_nan(current);
+    const bool is_scanned = !has_nan(current.list, current.count);
     build_recursively(current);
     if (is_scanned) nodes_[current.place].scan_length = current.count;
   }
@@ -180,14 +191,6 @@ class tree_builder {
     const unbuilt other = split(current);
     build_recursively(current);
     if (other.count != 0) build_recursively(other);
-  }
-
-  static bool has_nan(const unbuilt& current) noexcept {
-    bool found = false;
-    for (unsigned k = 0; k < current.count; ++k) {
-      for (unsigned a = 0; a < Dim; ++a) found |= current.list[k].p[a] != current.list[k].p[a];
-    }
-    return found;
   }
 
   node* nodes_;
