@@ -1,14 +1,26 @@
 #!/usr/bin/env bash
 # Builds the page and the npm package for browsers, and serves the page on the loopback interface:
-# scripts/web.sh [--build-only | --test] [PORT]. The package is left in build/web/package, the page in build/web/page.
-# --test runs the tests instead; those in Chromium are skipped where it is not installed. What they compare with is built
-# natively, unless GRIDWORK_NATIVE_BUILD names a folder where it is.
+# scripts/web.sh [--build-only | --test | --speed] [PORT]. The package is left in build/web/package, the page in
+# build/web/page. --test runs the tests instead; those in Chromium are skipped where it is not installed. What they compare
+# with is built natively, unless GRIDWORK_NATIVE_BUILD names a folder where it is. --speed measures, on a quiet machine,
+# beside the native library, three.js and meshoptimizer.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 need_packages clang-22 lld-22 libc++-22-dev-wasm32 libclang-rt-22-dev-wasm32 wasi-libc cmake ninja-build
 if ! command -v node > /dev/null; then need_packages nodejs npm; fi
+
+build_native() {
+  cmake --preset release > /dev/null
+  cmake --build --preset release --target "$@"
+}
+
+# What tests and measurements need of npm; what cannot be installed is missing there.
+install_peers() {
+  npm install --silent --no-audit --no-fund --no-save --prefix build/web "$@" || echo "cannot be installed: $*"
+}
+peer() { node -p "'$1@' + require('./editions/web/package.json').devDependencies['$1']"; }
 
 cmake --preset web > /dev/null
 cmake --build --preset web
@@ -17,17 +29,17 @@ node editions/web/assemble.mjs build/web
 case ${1:-} in
   --build-only) ;;
   --test)
-    if [[ -z ${GRIDWORK_NATIVE_BUILD:-} ]]; then
-      cmake --preset release > /dev/null
-      cmake --build --preset release --target gridwork determinism
-    fi
+    if [[ -z ${GRIDWORK_NATIVE_BUILD:-} ]]; then build_native gridwork determinism; fi
     cmake --build --preset web --target determinism
-    version=$(node -p "require('./editions/web/package.json').devDependencies['playwright-core']")
-    if [[ ! -d build/web/node_modules/playwright-core ]]; then
-      npm install --silent --no-audit --no-fund --no-save --prefix build/web "playwright-core@$version" ||
-        echo "playwright-core cannot be installed: the tests in Chromium are skipped"
-    fi
+    if [[ ! -d build/web/node_modules/playwright-core ]]; then install_peers "$(peer playwright-core)"; fi
     node --test editions/web/test/*.test.mjs
+    ;;
+  --speed)
+    build_native qel_gridwork
+    install_peers "$(peer playwright-core)" "$(peer three)" "$(peer meshoptimizer)"
+    c++ -O2 -std=c++17 -Iinclude editions/web/benchmark/native.cpp -Lbuild/release -lqel_gridwork \
+      -Wl,-rpath,"$PWD/build/release" -o build/web/native
+    node editions/web/benchmark/speed.mjs
     ;;
   *) node editions/web/serve.mjs build/web/page "${1:-8000}" ;;
 esac

@@ -24,7 +24,7 @@ async function copyAll(sources, folder) {
 async function describeFunctions(folder) {
   const { declareFunctions } = await import(from('declarations.mjs'));
   const { Instance } = await import(pathToFileURL(join(folder, 'instance.mjs')));
-  const { parseTable } = await import(pathToFileURL(join(folder, 'calls.mjs')));
+  const { parseTable } = await import(pathToFileURL(join(folder, 'table.mjs')));
   const instance = await Instance.of(await WebAssembly.compile(await readFile(join(folder, 'gridwork.wasm'))));
   await writeFile(join(folder, 'functions.d.ts'), declareFunctions(parseTable(instance.text(instance.exports.functions()))));
 }
@@ -38,7 +38,7 @@ async function assemblePackage() {
   await describeFunctions(folder);
 }
 
-const pageScripts = ['instance.mjs', 'files.mjs', 'slots.mjs', 'mesh.mjs', 'names.mjs', 'worker.mjs'];
+const pageScripts = ['chains.mjs', 'elements.mjs', 'files.mjs', 'instance.mjs', 'mesh.mjs', 'names.mjs', 'slots.mjs', 'worker.mjs'];
 
 // The service worker keeps what it lists under a name that changes with any byte of it.
 async function versionServiceWorker(folder) {

@@ -49,6 +49,10 @@ bool line_reader::fill() {
   return count != 0;
 }
 
+std::string_view without_blanks(std::string_view text) {
+  return text.substr(std::min(text.find_first_not_of(blanks), text.size()));
+}
+
 std::string lower_case(std::string_view text) {
   std::string all(text);
   std::transform(all.begin(), all.end(), all.begin(), lower);

@@ -53,6 +53,11 @@ class line_reader {
   std::uint64_t number_ = 0;
 };
 
+inline constexpr std::string_view blanks = " \t\r\v\f";
+
+/// What is left of a text behind the blanks that it begins with.
+std::string_view without_blanks(std::string_view text);
+
 std::string lower_case(std::string_view text);
 
 inline bool holds(std::string_view text, std::string_view word) { return text.find(word) != std::string_view::npos; }

@@ -1,19 +1,17 @@
 // OBJ files, and in words what is wrong with a damaged one.
 #include <algorithm>
-#include <cstdlib>
 
 #include "file_bytes.h"
 #include "formats.h"
+#include "number_text.h"
 
 namespace report {
 
 namespace {
 
-constexpr std::string_view blanks = " \t\r\v\f";
-
 std::string_view first_word(std::string_view line) {
-  line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
-  return line.substr(0, line.find_first_of(blanks));
+  const std::string_view rest = without_blanks(line);
+  return rest.substr(0, rest.find_first_of(blanks));
 }
 
 std::string_view behind(std::string_view line, std::string_view word) {
@@ -23,10 +21,7 @@ std::string_view behind(std::string_view line, std::string_view word) {
 unsigned count_numbers(std::string_view text) {
   unsigned count = 0;
   for (std::string_view word = first_word(text); !word.empty(); word = first_word(text)) {
-    const std::string number(word);
-    char* end = nullptr;
-    std::strtod(number.c_str(), &end);
-    if (end != number.c_str() + number.size()) break;
+    if (number_length(word) != word.size()) break;
     ++count;
     text = behind(text, word);
   }

@@ -1,11 +1,11 @@
 // STL files: what they say of themselves, and in words what is wrong with a damaged one.
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <iterator>
 
 #include "file_bytes.h"
 #include "formats.h"
+#include "number_text.h"
 
 namespace report {
 
@@ -43,24 +43,29 @@ std::uint64_t count_facets(const file_bytes& bytes) {
   return count;
 }
 
-// What the lines of a facet hold, and how three numbers are read from them.
+// What the lines of a facet hold.
 struct facet_line {
-  const char* words;
-  const char* numbers;
+  std::string_view words;
+  bool has_numbers;  ///< three of them, behind the words
 };
-constexpr facet_line vertex = {"vertex", " vertex %lg %lg %lg"};
-constexpr facet_line facet[] = {{"facet normal", " facet normal %lg %lg %lg"},
-                                {"outer loop", nullptr},
-                                vertex,
-                                vertex,
-                                vertex,
-                                {"endloop", nullptr},
-                                {"endfacet", nullptr}};
+constexpr facet_line vertex = {"vertex", true};
+constexpr facet_line facet[] = {{"facet normal", true}, {"outer loop", false}, vertex, vertex, vertex,
+                                {"endloop", false},     {"endfacet", false}};
 
-bool fits(const std::string& line, const facet_line& rule) {
-  double x = 0, y = 0, z = 0;
-  return holds(line, rule.words) &&
-         (rule.numbers == nullptr || std::sscanf(line.c_str(), rule.numbers, &x, &y, &z) == 3);
+bool has_three_numbers(std::string_view text) {
+  for (unsigned k = 0; k < 3; ++k) {
+    text = without_blanks(text);
+    const std::size_t length = number_length(text);
+    if (length == 0) return false;
+    text.remove_prefix(length);
+  }
+  return true;
+}
+
+bool fits(std::string_view line, const facet_line& rule) {
+  if (!rule.has_numbers) return holds(line, rule.words);
+  const std::string_view text = without_blanks(line);
+  return text.substr(0, rule.words.size()) == rule.words && has_three_numbers(text.substr(rule.words.size()));
 }
 
 bool stands_between_facets(const std::string& line, bool ended) {
@@ -68,8 +73,8 @@ bool stands_between_facets(const std::string& line, bool ended) {
 }
 
 std::string wrong_line(std::uint64_t number, const facet_line& rule) {
-  return "line " + std::to_string(number) + " breaks the STL grammar: \"" + rule.words + '"' +
-         (rule.numbers == nullptr ? "" : " with three numbers") + " is expected here";
+  return "line " + std::to_string(number) + " breaks the STL grammar: \"" + std::string(rule.words) + '"' +
+         (rule.has_numbers ? " with three numbers" : "") + " is expected here";
 }
 
 // Finds the first line that breaks the grammar of text STL.

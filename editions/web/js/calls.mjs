@@ -1,71 +1,11 @@
-// The library's functions on typed arrays, made of the module's table of them.
-import { GridworkError, readySource } from './instance.mjs';
-import { elementTypes } from './mesh.mjs';
+// Calls of the library's functions: arrays go into the module's memory and come back.
+import { elementTypes } from './elements.mjs';
+import { GridworkError } from './instance.mjs';
+import { Matrix } from './matrix.mjs';
 import { readSlot, slotSize, writeSlot } from './slots.mjs';
+import { arrayOf, isListed, isMatrix } from './table.mjs';
 
-/** Entries column after column. */
-export class Matrix {
-  constructor(rows, data) {
-    if (!(rows >= 0) || (rows === 0 ? data.length !== 0 : data.length % rows !== 0)) {
-      throw new RangeError(`${data.length} entries make no columns of ${rows}`);
-    }
-    this.rows = rows;
-    this.data = data;
-  }
-
-  get cols() {
-    return this.rows === 0 ? 0 : this.data.length / this.rows;
-  }
-
-  column(k) {
-    return this.data.subarray(k * this.rows, (k + 1) * this.rows);
-  }
-}
-
-const arrayOf = { M: Float64Array, m: Uint32Array, V: Float64Array, v: Uint32Array, i: Int32Array };
-const isListed = (kind) => kind === 'V' || kind === 'v' || kind === 'i';
-const isMatrix = (kind) => kind === 'M' || kind === 'm';
 const defaultRows = 3; // of an array in place of a matrix: points in space, triangles
-
-/** "get_neighbors" as getNeighbors, "STL_input" as stlInput. */
-export function camelCase(name) {
-  const [first, ...rest] = name.split('_');
-  const begin = /^[A-Z0-9]+s?$/.test(first) ? first.toLowerCase() : first[0].toLowerCase() + first.slice(1);
-  return begin + rest.map((word) => word[0].toUpperCase() + word.slice(1)).join('');
-}
-
-function parseParameter(word, kind) {
-  const [, direction, name, optional] = /^([>+]?)(\w+)(\??)$/.exec(word);
-  const isGiven = direction !== '>';
-  return { name: camelCase(name), kind, isGiven, isResult: direction !== '', optional: optional !== '' };
-}
-
-/** The rows of the table: names, kinds and parameters of the functions. */
-export function parseTable(text) {
-  return text.trimEnd().split('\n').map((line, row) => {
-    const [name, kinds, words] = line.split('|');
-    const [result, ...kindList] = kinds.split(',');
-    return { row, name: camelCase(name), result, parameters: words.split(' ').map((w, k) => parseParameter(w, kindList[k])) };
-  });
-}
-
-function accepts(kind, value, strictly) {
-  if (isMatrix(kind)) return value instanceof Matrix ? value.data instanceof arrayOf[kind] || value.data.length === 0
-    : !strictly && value instanceof arrayOf[kind];
-  if (isListed(kind)) return value instanceof arrayOf[kind] || (!strictly && Array.isArray(value) && typeof value[0] !== 'object');
-  if (kind === 'r') return Array.isArray(value) && value.every((m) => m instanceof Matrix);
-  if (kind[0] === 'p') return typeof value !== 'number' && value?.length === Number(kind[1]);
-  if (kind === 't') return typeof value === 'number' || value in elementTypes;
-  if (kind === 'b') return typeof value === 'boolean';
-  if (kind === 'd') return typeof value === 'number';
-  return kind === 'o' || kind === 'f';
-}
-
-function fits(row, values, strictly) {
-  const given = row.parameters.filter((p) => p.isGiven);
-  if (values.length > given.length) return false;
-  return given.every((p, k) => (k < values.length ? accepts(p.kind, values[k], strictly) : p.optional));
-}
 
 // One call: slots and copies of arrays in the module's memory, freed at the end.
 class Call {
@@ -90,7 +30,8 @@ class Call {
   }
 
   fill(address, kind, value) {
-    writeSlot(this.#instance.buffer, address, this.#contents(kind, value));
+    const contents = this.#contents(kind, value); // may move the memory
+    writeSlot(this.#instance.buffer, address, contents);
   }
 
   #contents(kind, value) {
@@ -153,7 +94,8 @@ function results(row, call, slots, result) {
   return found;
 }
 
-function invoke(instance, row, values) {
+/** Calls the function of a row; its result, or an object of results. */
+export function invoke(instance, row, values) {
   const call = new Call(instance);
   try {
     const slots = call.take(row.parameters.length * slotSize);
@@ -168,84 +110,4 @@ function invoke(instance, row, values) {
   } finally {
     call.finish();
   }
-}
-
-function choose(rows, values) {
-  const row = rows.find((r) => fits(r, values, true)) ?? rows.find((r) => fits(r, values, false));
-  if (row !== undefined) return row;
-  const forms = rows.map((r) => `(${r.parameters.filter((p) => p.isGiven).map((p) => p.name).join(', ')})`);
-  throw new TypeError(`${rows[0].name}() takes ${[...new Set(forms)].join(' or ')}`);
-}
-
-function bind(instance, rows) {
-  const reads = rows[0].parameters.some((p) => p.kind === 'f' && p.isGiven);
-  const writes = rows[0].parameters.some((p) => p.kind === 'f' && !p.isGiven);
-  return (...values) => {
-    const row = choose(rows, values);
-    if (reads) instance.files.give('file', readySource(values[0]));
-    try {
-      const result = invoke(instance, row, values);
-      return writes ? instance.files.take('file') : result;
-    } finally {
-      instance.files.forget('file');
-      instance.files.take('file');
-    }
-  };
-}
-
-/** Nodes of a set that are near to a point, to a node or in a box. free() it. */
-class NodeDetector {
-  #call;
-  #handle;
-  #instance;
-
-  constructor(instance, call, coords, ids) {
-    this.#instance = instance;
-    this.#call = call;
-    this.#handle = instance.exports.detector();
-    if (ids === undefined) call.detectorReinit(this.#handle, coords);
-    else call.detectorReinit(this.#handle, coords, ids);
-  }
-
-  get size() {
-    return this.#call.detectorSize(this.#handle);
-  }
-
-  insert(ids) {
-    return this.#call.detectorInsert(this.#handle, ids);
-  }
-
-  /** The node closest to a point, or to another node; 4294967295 when there is none. */
-  findClosest(pointOrNode) {
-    return this.#call.detectorFindClosest(this.#handle, pointOrNode);
-  }
-
-  findInBox(lower, upper) {
-    return this.#call.detectorFindInBox(this.#handle, lower, upper).ids;
-  }
-
-  free() {
-    if (this.#handle !== 0) this.#instance.exports.release(this.#handle);
-    this.#handle = 0;
-  }
-}
-
-if (Symbol.dispose) NodeDetector.prototype[Symbol.dispose] = NodeDetector.prototype.free;
-
-/** All functions of a module, by name. */
-export function bindFunctions(instance) {
-  const all = {};
-  for (const [name, rows] of group(parseTable(instance.text(instance.exports.functions())))) all[name] = bind(instance, rows);
-  const detector = (coords, ids) => new NodeDetector(instance, all, coords, ids);
-  const shown = Object.fromEntries(Object.entries(all).filter(([name]) => !name.startsWith('detector')));
-  return { ...shown, nodeDetector: detector };
-}
-
-function group(rows) {
-  const groups = new Map();
-  for (const row of rows) {
-    if (!groups.has(row.name)) groups.set(row.name, []);
-    groups.get(row.name).push(row);
-  }
-  return groups;
 }

@@ -5,12 +5,21 @@ export interface Shown {
   report: Record<string, unknown>;
   times: { read?: number; measured: number };
   memory: number;
-  /** What a viewer draws: three numbers a node; three nodes, a quality and a piece a triangle; two nodes an edge. */
+  /**
+   * What a viewer draws: three numbers a node, from the middle of the box on; three nodes, a quality, a piece and an outline
+   * a triangle; two nodes an edge. Bit k of an outline: the side opposite to corner k is one of the element.
+   */
   arrays: {
     positions: Float32Array; surface: Uint32Array; qualities: Float32Array; pieces: Uint32Array;
-    freeEdges: Uint32Array; sharedEdges: Uint32Array;
+    outlines: Uint8Array; freeEdges: Uint32Array; sharedEdges: Uint32Array;
   };
+  chains: { free: Chains; shared: Chains };
+  /** Of the ball round the middle that holds all nodes. */
+  radius: number;
 }
+
+/** Edges that hang together, as those round a hole: how many chains, and the 20 longest of them. */
+export interface Chains { count: number; longest: { edges: number; middle: [number, number, number] }[] }
 
 /** A mesh in a worker. */
 export class Client {

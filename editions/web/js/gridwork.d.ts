@@ -52,6 +52,7 @@ export interface Quality {
 
 export type ArrayName =
   | 'coords' | 'triangles' | 'quads' | 'freeEdges' | 'sharedEdges' | 'positions' | 'surface' | 'qualities' | 'pieces'
+  | 'outlines'
   | ElementName;
 
 /** A mesh in the memory of the module. */
@@ -71,15 +72,17 @@ export interface Mesh {
   topology(): Topology;
   quality(type?: ElementName): Quality | undefined;
   readonly blocks: { type: ElementName; rows: number; elements: number }[];
-  /** Computes what a viewer draws: the arrays positions, surface, qualities and pieces. */
+  /** Computes what a viewer draws: the arrays positions, surface, qualities, pieces and outlines. */
   draw(): void;
   /** No copy: valid until the next call of any function of the module, which may move its memory. */
   view(name: 'coords'): Float64Array;
   view(name: 'positions' | 'qualities'): Float32Array;
+  view(name: 'outlines'): Uint8Array;
   view(name: ArrayName): Uint32Array;
   /** An array of its own, which can be transferred. */
   copy(name: 'coords'): Float64Array;
   copy(name: 'positions' | 'qualities'): Float32Array;
+  copy(name: 'outlines'): Uint8Array;
   copy(name: ArrayName): Uint32Array;
 }
 

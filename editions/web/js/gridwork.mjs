@@ -1,7 +1,9 @@
 // Finite-element mesh utilities in WebAssembly.
-import { Matrix, bindFunctions } from './calls.mjs';
+import { elementTypes } from './elements.mjs';
+import { bindFunctions } from './functions.mjs';
 import { Instance, compile, GridworkError } from './instance.mjs';
-import { Mesh, elementTypes } from './mesh.mjs';
+import { Matrix } from './matrix.mjs';
+import { Mesh } from './mesh.mjs';
 import { formatOf } from './names.mjs';
 
 export { GridworkError, Matrix, elementTypes, formatOf };

@@ -1,20 +1,13 @@
 // A mesh in the memory of a module.
+import { typeNames } from './elements.mjs';
 import { GridworkError, sourceOf } from './instance.mjs';
 import { formatOf } from './names.mjs';
 import { readSlot, slotSize } from './slots.mjs';
 
-const arrays = { coords: 0, freeEdges: 1, sharedEdges: 2, positions: 3, surface: 4, qualities: 5, pieces: 6 };
+const arrays = { coords: 0, freeEdges: 1, sharedEdges: 2, positions: 3, surface: 4, qualities: 5, pieces: 6, outlines: 7 };
 const firstBlock = 16;
-const arrayTypes = { coords: Float64Array, positions: Float32Array, qualities: Float32Array };
+const arrayTypes = { coords: Float64Array, positions: Float32Array, qualities: Float32Array, outlines: Uint8Array };
 const aliases = { triangles: 'TRIA3', quads: 'QUAD4' };
-
-const typeNames = [
-  'UNKNOWN', 'NODE', 'EDGE_MIX', 'EDGE2', 'EDGE3', 'FACE_MIX', 'TRIA3', 'QUAD4', 'TRIA6', 'QUAD8', 'QUAD9', 'SOLID_MIX',
-  'TETRA4', 'TETRA10', 'PYRAMID5', 'PYRAMID13', 'PYRAMID14', 'WEDGE6', 'WEDGE15', 'WEDGE18', 'HEXA8', 'HEXA20', 'HEXA27',
-];
-
-/** Element types by name, as the functions take them. */
-export const elementTypes = Object.freeze(Object.fromEntries(typeNames.map((name, code) => [name, code])));
 
 // Meshes that nobody freed.
 const forgotten = new FinalizationRegistry(({ instance, handle }) => instance.exports.release(handle));
@@ -159,7 +152,7 @@ export class Mesh {
     return this.#blocks().find((b) => b.type === type)?.slot;
   }
 
-  /** Computes what a viewer draws: the arrays positions, surface, qualities and pieces. */
+  /** Computes what a viewer draws: the arrays positions, surface, qualities, pieces and outlines. */
   draw() {
     this.#call('mesh_draw');
   }

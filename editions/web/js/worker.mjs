@@ -1,9 +1,11 @@
 // A mesh in a worker of its own. Messages in: {do, id, ...}; out: {is, id, ...}, arrays transferred.
 //   start {module}                  -> ready
-//   open {file, format}             -> progress {position, size} ..., mesh {...arrays}, report {report, times, memory}
-//   clean {tolerance}               -> cleaned {...counts}, mesh, report
+//   open {file, format}             -> progress {position, size} ..., report {report, times, memory},
+//                                      mesh {arrays, chains, radius}
+//   clean {tolerance}               -> cleaned {...counts}, report, mesh
 //   write {format, text}            -> file {parts}
 // Where one fails: failed {message, code}. To cancel is to terminate the worker and start another one.
+import { findChains } from './chains.mjs';
 import { Instance, compile } from './instance.mjs';
 import { Mesh } from './mesh.mjs';
 import { formatOf } from './names.mjs';
@@ -48,14 +50,25 @@ async function start({ id, module }) {
   await warmUp();
 }
 
-function show(id) {
-  mesh.draw();
-  const names = ['positions', 'surface', 'qualities', 'pieces', 'freeEdges', 'sharedEdges'];
-  const arrays = Object.fromEntries(names.map((name) => [name, mesh.copy(name)]));
-  send(id, 'mesh', { arrays }, Object.values(arrays).map((array) => array.buffer));
+// Of the ball round the middle that holds all nodes.
+function radiusOf(positions) {
+  let most = 0;
+  for (let k = 0; k < positions.length; k += 3) {
+    most = Math.max(most, positions[k] ** 2 + positions[k + 1] ** 2 + positions[k + 2] ** 2);
+  }
+  return Number.isFinite(most) && most > 0 ? Math.sqrt(most) : 1;
 }
 
-// The report is ready when the picture is: what it needs is measured once.
+function show(id) {
+  mesh.draw();
+  const names = ['positions', 'surface', 'qualities', 'pieces', 'outlines', 'freeEdges', 'sharedEdges'];
+  const arrays = Object.fromEntries(names.map((name) => [name, mesh.copy(name)]));
+  const { positions, freeEdges, sharedEdges } = arrays;
+  const chains = { free: findChains(freeEdges, positions), shared: findChains(sharedEdges, positions) };
+  const message = { arrays, chains, radius: radiusOf(positions) };
+  send(id, 'mesh', message, Object.values(arrays).map((array) => array.buffer));
+}
+
 function tell(id, times) {
   const begin = performance.now();
   const report = mesh.report();

@@ -1,36 +1,16 @@
 // The page: what is dropped goes to a worker, what comes back is shown.
-import { reportParts, verdictOf } from './report.mjs';
 import { formatOf } from './names.mjs';
-import { Viewer } from './viewer.mjs';
+import { approach, showMesh } from './picture.mjs';
+import { chainParts, reportParts, verdictOf } from './report.mjs';
+import { Session } from './session.mjs';
 
 const $ = (id) => document.getElementById(id);
 const endings = { stl: ['STL', '.stl'], obj: ['OBJ', '.obj'], vtk: ['VTK', '.vtk'], medit: ['MEDIT', '.mesh'], nastran: ['NASTRAN', '.bdf'], femap: ['FEMAP', '.neu'] };
 
-const state = { worker: null, ready: null, id: 0, name: 'mesh', viewer: null, module: null, middle: [0, 0, 0] };
-
-function makeViewer() {
-  try {
-    state.viewer = new Viewer($('canvas'));
-  } catch {
-    for (const id of ['canvas', 'legend', 'all', 'colouring']) $(id).hidden = true;
-    $('colouring').parentElement.hidden = true;
-    $('blind').hidden = false;
-  }
-}
-
-async function startWorker() {
-  state.worker = new Worker('worker.mjs', { type: 'module' });
-  state.worker.addEventListener('message', ({ data }) => data.id === state.id && receive[data.is]?.(data));
-  state.worker.addEventListener('error', () => fail('The worker of this page did not start; reload the page.'));
-  state.module ??= WebAssembly.compile(await (await fetch('page.wasm')).arrayBuffer());
-  state.worker.postMessage({ do: 'start', module: await state.module });
-}
-
-function ask(task, message = {}) {
-  state.id += 1;
-  const { id } = state;
-  state.ready.then(() => id === state.id && state.worker.postMessage({ do: task, id, ...message }), (error) => fail(error.message));
-}
+let session;
+let name = 'mesh'; // of the file
+let shown; // the report
+let before; // the report before a repair
 
 function setBusy(words) {
   $('busy').hidden = words === '';
@@ -43,37 +23,48 @@ function fail(message) {
   $('error').textContent = message;
 }
 
-function restart() {
-  state.worker?.terminate();
-  state.ready = startWorker();
-}
-
 function cancel() {
-  state.id += 1;
-  restart();
+  session.restart();
   fail('Cancelled.');
   $('found').hidden = true;
 }
 
 function open(file) {
-  $('error').textContent = '';
-  $('cleaned').textContent = '';
+  for (const id of ['error', 'note', 'cleaned']) $(id).textContent = '';
   $('found').hidden = true;
   if (formatOf(file.name) === undefined) {
     fail(`${file.name}: the format is not known. Files are told by their endings: .stl, .obj, .vtk, .mesh, .nas, .bdf, .dat, .neu.`);
     return;
   }
-  state.name = file.name;
-  setBusy(`Reading ${file.name}`);
-  ask('open', { file });
+  name = file.name;
+  before = undefined;
+  setBusy(`Reading ${name}`);
+  session.open(file);
 }
 
 function saveFile(parts, format) {
   const link = document.createElement('a');
   link.href = URL.createObjectURL(new Blob(parts));
-  link.download = state.name.replace(/\.[^.]*$/, '') + endings[format][1];
+  link.download = name.replace(/\.[^.]*$/, '') + endings[format][1];
   link.click();
   setTimeout(() => URL.revokeObjectURL(link.href), 60_000);
+}
+
+const halfOf = (box) => box[1].map((high, k) => high / 2 - box[0][k] / 2);
+const middleOf = (box) => box[1].map((high, k) => high / 2 + box[0][k] / 2);
+
+function showReport(report) {
+  const { words, isGood } = verdictOf(report);
+  $('name').textContent = name;
+  $('verdict').textContent = words;
+  $('verdict').className = isGood ? 'good' : 'bad';
+  const goTo = (centre) => approach(centre.map((x, k) => x - middleOf(report.box)[k]));
+  const { counts, shapes } = reportParts(report, goTo, before);
+  $('counts').replaceChildren(...counts);
+  $('shapes').replaceChildren(...shapes);
+  $('found').hidden = false;
+  $('drop').classList.add('small');
+  shown = report;
 }
 
 const receive = {
@@ -81,27 +72,18 @@ const receive = {
     $('progress').value = position / size;
   },
   report({ report, times, memory }) {
-    const { words, isGood } = verdictOf(report);
-    $('name').textContent = state.name;
-    $('verdict').textContent = words;
-    $('verdict').className = isGood ? 'good' : 'bad';
-    state.middle = report.box ? report.box[0].map((low, k) => low / 2 + report.box[1][k] / 2) : [0, 0, 0];
-    const { counts, shapes } = reportParts(report, (centre) => state.viewer?.approach(centre.map((x, k) => x - state.middle[k])));
-    $('counts').replaceChildren(...counts);
-    $('shapes').replaceChildren(...shapes);
-    const seconds = Object.entries(times).map(([name, ms]) => `${name} in ${(ms / 1000).toFixed(2)} s`);
+    showReport(report);
+    const seconds = Object.entries(times).map(([task, ms]) => `${task} in ${(ms / 1000).toFixed(2)} s`);
     $('times').textContent = `${seconds.join(', ')}; ${(memory / 2 ** 20).toFixed(0)} MiB of memory`;
-    $('found').hidden = false;
-    $('drop').classList.add('small');
     setBusy('');
   },
-  mesh({ arrays }) {
-    try {
-      state.viewer?.show(arrays);
-    } catch (error) {
-      $('note').textContent = `No picture: ${error.message}.`;
-    }
-    document.body.dataset.shown = state.name;
+  mesh({ arrays, chains, radius }) {
+    $('chains').replaceChildren(...chainParts(chains, approach));
+    const half = shown.box ? halfOf(shown.box) : [0, 0, 0];
+    showMesh(arrays, { half, radius, isChanged: before !== undefined }).catch(({ message }) => {
+      $('note').textContent = `No picture: ${message}.`;
+    });
+    document.body.dataset.shown = name;
   },
   cleaned({ merged, removedElements, removedNodes }) {
     $('cleaned').textContent = `Merged ${merged} nodes; removed ${removedElements} elements and ${removedNodes} nodes.`;
@@ -111,10 +93,21 @@ const receive = {
     saveFile(parts, format);
   },
   failed({ message, ended }) {
-    fail(`${state.name}: ${ended ? 'the file asks for more than this browser gives, or the module failed' : message}.`);
-    if (ended) restart();
+    fail(`${name}: ${ended ? 'the file asks for more than this browser gives, or the module failed' : message}.`);
+    if (ended) session.restart();
   },
+  lost: fail,
 };
+
+function repair(event) {
+  event.preventDefault();
+  const tolerance = Number($('tolerance').value.replace(',', '.'));
+  $('error').textContent = '';
+  if (!(tolerance >= 0)) return fail('The tolerance is no number from 0 on.');
+  before = shown;
+  setBusy('Merging');
+  session.ask('clean', { tolerance });
+}
 
 function listen() {
   $('file').addEventListener('change', (event) => {
@@ -123,16 +116,7 @@ function listen() {
   });
   $('sample').addEventListener('click', async () => open(new File([await (await fetch('sample.stl')).blob()], 'sample.stl')));
   $('cancel').addEventListener('click', cancel);
-  $('colouring').addEventListener('change', (event) => state.viewer?.colour(Number(event.target.value)));
-  $('all').addEventListener('click', () => state.viewer?.look('7'));
-  $('repair').addEventListener('submit', (event) => {
-    event.preventDefault();
-    const tolerance = Number($('tolerance').value.replace(',', '.'));
-    $('error').textContent = '';
-    if (!(tolerance >= 0)) return fail('The tolerance is no number from 0 on.');
-    setBusy('Merging');
-    ask('clean', { tolerance });
-  });
+  $('repair').addEventListener('submit', repair);
   addEventListener('dragover', (event) => {
     event.preventDefault();
     $('drop').classList.add('over');
@@ -146,15 +130,15 @@ function listen() {
 }
 
 function addSaveButtons() {
-  for (const [format, [name]] of Object.entries(endings)) {
+  for (const [format, [shownName]] of Object.entries(endings)) {
     const button = document.createElement('button');
     button.type = 'button';
-    button.textContent = name;
-    button.setAttribute('aria-label', `Save as ${name}`);
+    button.textContent = shownName;
+    button.setAttribute('aria-label', `Save as ${shownName}`);
     button.addEventListener('click', () => {
       $('error').textContent = '';
-      setBusy(`Writing ${name}`);
-      ask('write', { format });
+      setBusy(`Writing ${shownName}`);
+      session.ask('write', { format });
     });
     $('save').append(button);
   }
@@ -182,8 +166,7 @@ function keepOffline() {
 followTheme();
 addSaveButtons();
 listen();
-makeViewer();
 keepOffline();
 if (typeof Worker === 'undefined' || typeof WebAssembly === 'undefined') fail('This browser has no workers or no WebAssembly, which the page needs.');
-else restart();
+else session = new Session(receive);
 document.body.dataset.ready = '';

@@ -1,6 +1,6 @@
 // A report in words and elements of the page. Text is never taken as markup.
 
-const number = (value) => value.toLocaleString('en').replaceAll(',', '\u202f');
+const number = (value) => value.toLocaleString('en').replaceAll(',', '\u202f').replace('-', '−');
 const plural = (count, one, many) => `${number(count)} ${count === 1 ? one : many}`;
 
 function make(tag, text = '', attributes = {}) {
@@ -23,30 +23,42 @@ export function verdictOf({ valid, topology, elements }) {
   return { words: `${open > 0 ? 'Open' : 'Not manifold'}: ${parts.join(', ')}${several}.`, isGood: false };
 }
 
-function countRow(name, value, isFault = false) {
-  const row = make('tr');
-  row.append(make('th', name, { scope: 'row' }), make('td', typeof value === 'number' ? number(value) : value, isFault && value > 0 ? { class: 'bad' } : {}));
-  return row;
+// A line of the table of counts: faults are shown as such.
+const line = (name, value, isFault = false) => ({ name, value, isFault });
+
+function topologyLines({ dim, sides, open, non_manifold: shared, pieces, unused_nodes: unused }, report) {
+  const lines = [line('Pieces', pieces), line('Unused nodes', unused, true)];
+  const euler = line('Nodes − edges + elements', report.used_nodes + report.measured_elements - sides);
+  if (dim === 2) lines.push(line('Edges', sides), line('Free edges', open, true), line('Edges of 3 or more elements', shared, true), euler);
+  if (dim === 3) lines.push(line('Faces', sides), line('Faces on the boundary', open), line('Faces of 3 or more solids', shared, true));
+  return lines;
 }
 
-function topologyRows({ dim, sides, open, non_manifold: shared, pieces, unused_nodes: unused }, report) {
-  const rows = [countRow('Pieces', pieces), countRow('Unused nodes', unused, true)];
-  if (dim === 2) {
-    rows.push(countRow('Edges', sides), countRow('Free edges', open, true), countRow('Edges of 3 or more elements', shared, true));
-    rows.push(countRow('Nodes − edges + elements', report.used_nodes + report.measured_elements - sides));
-  }
-  if (dim === 3) rows.push(countRow('Faces', sides), countRow('Faces on the boundary', open), countRow('Faces of 3 or more solids', shared, true));
-  return rows;
+function countLines(report) {
+  const lines = [line('Format', `${report.format}, ${report.encoding}`), line('Nodes', report.nodes)];
+  for (const [type, count] of Object.entries(report.elements)) lines.push(line(type, count));
+  if (report.elements_removed > 0) lines.push(line('Degenerate, not kept', report.elements_removed, true));
+  if (report.elements_left_out > 0) lines.push(line('Of types that are not read', report.elements_left_out, true));
+  if (report.includes_left_out > 0) lines.push(line('Other files named, not read', report.includes_left_out, true));
+  if (report.box) lines.push(line('Size', report.box[1].map((high, k) => (high - report.box[0][k]).toPrecision(4)).join(' × ')));
+  return report.valid ? lines.concat(topologyLines(report.topology, report)) : lines;
 }
 
-function countRows(report) {
-  const rows = [countRow('Format', `${report.format}, ${report.encoding}`), countRow('Nodes', report.nodes)];
-  for (const [type, count] of Object.entries(report.elements)) rows.push(countRow(type, count));
-  if (report.elements_removed > 0) rows.push(countRow('Degenerate, not kept', report.elements_removed, true));
-  if (report.elements_left_out > 0) rows.push(countRow('Of types that are not read', report.elements_left_out, true));
-  if (report.includes_left_out > 0) rows.push(countRow('Other files named, not read', report.includes_left_out, true));
-  if (report.box) rows.push(countRow('Size', report.box[1].map((high, k) => (high - report.box[0][k]).toPrecision(4)).join(' × ')));
-  return report.valid ? rows.concat(topologyRows(report.topology, report)) : rows;
+function cellOf({ value, isFault } = { value: '–' }) {
+  return make('td', typeof value === 'number' ? number(value) : value, isFault && value > 0 ? { class: 'bad' } : {});
+}
+
+// With another column of what was before a repair.
+function countRows(report, before) {
+  const head = make('tr');
+  head.append(make('td'), ...['Before', 'Now'].map((name) => make('th', name, { scope: 'col' })));
+  const past = before && new Map(countLines(before).map((one) => [one.name, one]));
+  const rows = countLines(report).map((one) => {
+    const row = make('tr');
+    row.append(make('th', one.name, { scope: 'row' }), ...(past ? [cellOf(past.get(one.name))] : []), cellOf(one));
+    return row;
+  });
+  return past ? [head, ...rows] : rows;
 }
 
 function histogram({ histogram: bins, inverted }) {
@@ -61,17 +73,38 @@ function histogram({ histogram: bins, inverted }) {
   return bars;
 }
 
-function worstList({ worst }, approach) {
-  const list = make('ul', '', { class: 'worst' });
-  for (const { element, quality, centre } of worst) {
-    const shown = quality === null ? 'not a number' : quality.toFixed(4);
-    const button = make('button', shown, { type: 'button', 'aria-label': `Element ${element}, quality ${shown}: bring into view` });
+// Buttons, each of which brings a point into view.
+function placeList(places, approach) {
+  const list = make('ul', '', { class: 'places' });
+  for (const { words, label, centre } of places) {
+    const button = make('button', words, { type: 'button', 'aria-label': `${label}: bring into view` });
     button.addEventListener('click', () => approach(centre));
     const item = make('li');
     item.append(button);
     list.append(item);
   }
   return list;
+}
+
+function worstPlaces({ worst }) {
+  return worst.map(({ element, quality, centre }) => {
+    const words = quality === null ? 'not a number' : quality.toFixed(4);
+    return { words, label: `Element ${element}, quality ${words}`, centre };
+  });
+}
+
+function chainPart({ count, longest }, name, approach) {
+  const places = longest.map(({ edges, middle }) => {
+    const words = plural(edges, 'edge', 'edges');
+    return { words, label: `${name}, ${words}`, centre: middle };
+  });
+  const some = count > longest.length ? `; the ${longest.length} longest of ${number(count)}` : '';
+  return count === 0 ? [] : [make('h3', `${name}${some}`), placeList(places, approach)];
+}
+
+/** Chains of free edges, round holes, and of edges of three or more elements: one click brings each into view. */
+export function chainParts({ free, shared }, approach) {
+  return [...chainPart(free, 'Free edges', approach), ...chainPart(shared, 'Edges of 3 or more elements', approach)];
 }
 
 function shapePart(shape, approach) {
@@ -81,11 +114,14 @@ function shapePart(shape, approach) {
     make('p', `least ${spread[0]}, mean ${spread[1]}, most ${spread[2]}${shape.inverted > 0 ? `; ${number(shape.inverted)} inverted` : ''}`),
     histogram(shape),
     make('p', 'Worst elements; a click goes there:'),
-    worstList(shape, approach),
+    placeList(worstPlaces(shape), approach),
   ];
 }
 
-/** Rows of the table of counts, and a part for each type of elements. `approach` is told where one is. */
-export function reportParts(report, approach) {
-  return { counts: countRows(report), shapes: (report.shapes ?? []).flatMap((shape) => shapePart(shape, approach)) };
+/**
+ * Rows of the table of counts, and a part for each type of elements. `approach` is told where one is, and `before` is the
+ * report before a repair.
+ */
+export function reportParts(report, approach, before) {
+  return { counts: countRows(report, before), shapes: (report.shapes ?? []).flatMap((shape) => shapePart(shape, approach)) };
 }

@@ -25,7 +25,7 @@ const std::vector<function>& functions() {
 
 std::string described() {
   std::string text;
-  for (const function& f : functions()) text += std::string(f.name) + "|" + f.kinds() + "|" + f.words + "\n";
+  for (const function& f : functions()) text += std::string(f.name) + "|" + f.kinds + "|" + f.words + "\n";
   return text;
 }
 

@@ -4,7 +4,10 @@
 
 #include <qel/gridwork/messages.h>
 
+#include <array>
+#include <initializer_list>
 #include <span>
+#include <string_view>
 #include <tuple>
 
 #include "arguments.h"
@@ -18,7 +21,7 @@ constexpr int by_name = -1;
 struct function {
   const char* name;
   const char* words;
-  std::string (*kinds)();  ///< of the result, then of each parameter
+  const char* kinds;  ///< of the result, then of each parameter
   double (*call)(slot* slots);
   int message = by_name;  ///< the operation whose sentences are meant, where overloads differ
 };
@@ -32,13 +35,23 @@ constexpr const char* kind_of_result() {
     return std::is_same_v<R, int> ? "i" : argument<R>::kind;
 }
 
+/// Words with commas between them, as characters that end with a NUL.
+template <std::size_t Size>
+constexpr std::array<char, Size> join(std::initializer_list<std::string_view> words) {
+  std::array<char, Size> all{};
+  char* end = all.data();
+  for (const std::string_view word : words) {
+    if (end != all.data()) *end++ = ',';
+    end = std::copy(word.begin(), word.end(), end);
+  }
+  return all;
+}
+
 template <auto F, class R, class... P>
 struct binding {
-  static std::string kinds() {
-    std::string all = kind_of_result<R>();
-    for (const char* kind : {argument<P>::kind...}) all += "," + std::string(kind);
-    return all;
-  }
+  static constexpr std::size_t kinds_size =
+      (std::string_view(kind_of_result<R>()).size() + ... + (1 + std::string_view(argument<P>::kind).size())) + 1;
+  static constexpr auto kinds = join<kinds_size>({kind_of_result<R>(), argument<P>::kind...});
 
   static double call(slot* slots) { return call(slots, std::index_sequence_for<P...>()); }
 
@@ -63,7 +76,7 @@ struct binding {
 template <auto F, class R, class... P>
 constexpr function row_of(R (*)(P...), const char* name, const char* words, int message) {
   using bound = binding<F, R, P...>;
-  return {name, words, bound::kinds, bound::call, message};
+  return {name, words, bound::kinds.data(), bound::call, message};
 }
 
 /// A row for a function, or a lambda in its place.

@@ -1,8 +1,14 @@
 // Memory that JavaScript fills, and results that it has read.
+#include <__verbose_abort>
 #include <cstdlib>
 
 #include "exports.h"
 #include "slots.h"
+
+// Nobody reads what the standard library would print before it ends: a tenth of the page's module would be printf().
+_LIBCPP_BEGIN_NAMESPACE_STD
+void __libcpp_verbose_abort(const char*, ...) noexcept { __builtin_trap(); }
+_LIBCPP_END_NAMESPACE_STD
 
 namespace web {
 

@@ -2,6 +2,8 @@
 #include <report/cleaning.h>
 #include <report/summary.h>
 
+#include <algorithm>
+
 #include "exports.h"
 #include "slots.h"
 #include "surface.h"
@@ -18,7 +20,7 @@ struct held_mesh : kept {
   report::loaded file;
   report::summary found;
   surface drawn;
-  std::vector<unsigned> open, non_manifold;  // two nodes of each side
+  std::vector<unsigned> open, non_manifold;  // two nodes of each edge
   bool is_measured = false;
   std::string text;  // for JavaScript to read: words or JSON
 };
@@ -37,9 +39,15 @@ int finish_change(held_mesh& m, const outcome& done) {
   return finish(m, done);
 }
 
-std::vector<unsigned> ends_of(const std::vector<report::side>& sides) {
+// Two nodes of each edge; of a face every two of its nodes, as their order round it is not known.
+std::vector<unsigned> edges_of(const std::vector<report::side>& sides) {
   std::vector<unsigned> ends;
-  for (const report::side& s : sides) ends.insert(ends.end(), s.begin(), s.begin() + 2);
+  for (const report::side& s : sides) {
+    const auto last = std::find(s.begin(), s.end(), ~0U);
+    for (auto a = s.begin(); a != last; ++a) {
+      for (auto b = a + 1; b != last; ++b) ends.insert(ends.end(), {*a, *b});
+    }
+  }
   return ends;
 }
 
@@ -49,8 +57,9 @@ outcome measure(held_mesh& m) {
   if (m.is_measured) return {};
   m.found = {};
   const outcome done = summarize(m.file.m, nbr_worst, m.found);
-  m.open = ends_of(m.found.sides.open);
-  m.non_manifold = ends_of(m.found.sides.non_manifold);
+  // That faces of solids lie on the boundary is no fault.
+  m.open = m.found.sides.dim == 2 ? edges_of(m.found.sides.open) : std::vector<unsigned>{};
+  m.non_manifold = edges_of(m.found.sides.non_manifold);
   m.is_measured = !done.failed();
   return done;
 }
@@ -151,6 +160,9 @@ QEL_GRIDWORK_WEB_EXPORT("mesh_array") bool mesh_array(held_mesh* m, unsigned whi
       return true;
     case 6:
       show(drawn.pieces, 1, *s);
+      return true;
+    case 7:
+      show(drawn.outlines, 1, *s);
       return true;
     default:
       break;

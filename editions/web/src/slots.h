@@ -23,7 +23,7 @@ struct kept_value : kept {
   T value;
 };
 
-/// One argument. js/calls.mjs knows where its members lie.
+/// One argument. js/slots.mjs knows where its members lie.
 struct slot {
   void* data = nullptr;  ///< entries, slots of a range, or the characters of a path
   std::uint32_t rows = 0;

@@ -81,15 +81,23 @@ void add_positions(const report::mesh& m, const report::box& bounds, std::vector
   }
 }
 
+// Of triangle k - 2 of the fan round the first of so many nodes.
+unsigned char outline(unsigned k, unsigned nodes) {
+  const unsigned char last = k + 1 == nodes ? 2 : 0, first = k == 2 ? 4 : 0;
+  return 1 | last | first;
+}
+
 void add_triangles(const faces& all, const std::vector<double>& qualities, const report::summary& known,
                    surface& drawn) {
   const std::vector<unsigned> numbers = number_pieces(known.use.piece);
   for (std::uint64_t f = 0; f < all.nodes.cols(); ++f) {
     const unsigned* const node = all.nodes.begin_column(f);
-    for (unsigned k = 2; k < count_nodes(all.nodes, f); ++k) {
+    const unsigned nodes = count_nodes(all.nodes, f);
+    for (unsigned k = 2; k < nodes; ++k) {
       drawn.triangles.insert(drawn.triangles.end(), {node[0], node[k - 1], node[k]});
       drawn.qualities.push_back(all.owners[f] < qualities.size() ? static_cast<float>(qualities[all.owners[f]]) : 0);
       drawn.pieces.push_back(numbers[known.use.piece[node[0]]]);
+      drawn.outlines.push_back(outline(k, nodes));
     }
   }
 }

@@ -11,6 +11,8 @@ struct surface {
   std::vector<unsigned> triangles;  ///< three nodes each
   std::vector<float> qualities;     ///< one of each triangle
   std::vector<unsigned> pieces;     ///< one of each triangle, numbered from 0 on
+  /// One of each triangle: bit k is set where the side opposite to its corner k is one of its element.
+  std::vector<unsigned char> outlines;
 };
 
 /// The faces of a mesh or, where it has solids, their boundary; quadrangles become two triangles.

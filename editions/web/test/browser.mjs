@@ -15,20 +15,25 @@ const patience = 100_000; // ms, for machines that do much else
 export let browser;
 export let url;
 
-/** Serves a folder, and starts the browser, round the tests of a file. */
+let server;
+
+/** Serves a folder, and starts the browser. */
+export async function start(folder) {
+  const { chromium } = createRequire(join(build, 'node_modules/'))('playwright-core');
+  server = await serve(folder);
+  url = `http://127.0.0.1:${server.address().port}/`;
+  browser = await chromium.launch({ executablePath, args });
+}
+
+export async function stop() {
+  await browser?.close();
+  server?.close();
+}
+
+/** Does so round the tests of a file. */
 export function browse(folder) {
-  let server;
-  before(async () => {
-    if (skip) return;
-    const { chromium } = createRequire(join(build, 'node_modules/'))('playwright-core');
-    server = await serve(folder);
-    url = `http://127.0.0.1:${server.address().port}/`;
-    browser = await chromium.launch({ executablePath, args });
-  });
-  after(async () => {
-    await browser?.close();
-    server?.close();
-  });
+  before(() => (skip ? undefined : start(folder)));
+  after(stop);
 }
 
 /** A page of its own, which notes its errors and requests. */

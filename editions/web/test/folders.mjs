@@ -9,6 +9,7 @@ export const build = process.env.GRIDWORK_WEB_BUILD ?? join(repository, 'build/w
 export const packageFolder = join(build, 'package');
 export const pageFolder = join(build, 'page');
 export const native = process.env.GRIDWORK_NATIVE_BUILD ?? join(repository, 'build/release');
+export const bracket = join(repository, 'examples/data/bracket.stl');
 export const scratch = mkdtempSync(join(tmpdir(), 'gridwork-web-'));
 
 const tool = join(native, 'editions/cli/gridwork');
@@ -29,5 +30,5 @@ const samples = join(repository, '../shared/meshes');
 export function meshFiles() {
   const names = existsSync(samples) ? readdirSync(samples) : [];
   const meshes = names.filter((name) => /\.(stl|obj|vtk|mesh|bdf|dat|neu)$/.test(name));
-  return [join(repository, 'examples/data/bracket.stl'), ...meshes.map((name) => join(samples, name))];
+  return [bracket, ...meshes.map((name) => join(samples, name))];
 }

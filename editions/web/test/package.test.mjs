@@ -3,11 +3,10 @@ import assert from 'node:assert/strict';
 import { readFileSync, readdirSync } from 'node:fs';
 import { basename, join } from 'node:path';
 import test from 'node:test';
-import { hasTool, meshFiles, packageFolder, pageFolder, repository, scratch, toolJson } from './folders.mjs';
+import { bracket, hasTool, meshFiles, packageFolder, pageFolder, repository, scratch, toolJson } from './folders.mjs';
 
 const { load, GridworkError, Matrix, formatOf } = await import(join(packageFolder, 'gridwork.mjs'));
 const gw = await load();
-const bracket = join(repository, 'examples/data/bracket.stl');
 const tetrahedron = new Uint32Array([0, 1, 2, 0, 3, 1, 1, 3, 2, 0, 2, 3]);
 
 const endings = { stl: '.stl', obj: '.obj', medit: '.mesh', vtk: '.vtk', nastran: '.bdf', femap: '.neu' };
@@ -105,6 +104,12 @@ test('memory is given back', async () => {
     gw.getNeighbors(tetrahedron, 'TRIA3', false);
   }
   assert.equal(gw.memory, before);
+});
+
+test('arrays for which the memory has to move', async () => {
+  const another = await load();
+  assert.equal(another.maxID(new Uint32Array(20_000_000).fill(7)), 7);
+  assert(another.memory > 80_000_000);
 });
 
 test('functions on typed arrays', () => {

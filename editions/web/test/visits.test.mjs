@@ -1,0 +1,98 @@
+// The page in Chromium, as visitors meet it: offline, without a picture, on a phone, by the keyboard, with a large file.
+import assert from 'node:assert/strict';
+import { readFileSync, writeFileSync } from 'node:fs';
+import { join } from 'node:path';
+import { browse, browser, pageTest, url } from './browser.mjs';
+import { bracket, pageFolder, scratch } from './folders.mjs';
+import { writeSheet } from './sheet.mjs';
+import { blind, counts, open, visit } from './visitor.mjs';
+
+browse(pageFolder);
+
+pageTest('no request goes out once the page is there; it works offline', async () => {
+  const page = await visit();
+  await page.evaluate(() => navigator.serviceWorker.ready);
+  await page.waitForFunction(() => navigator.serviceWorker.controller !== null);
+  const before = page.requests.length;
+  await open(page, bracket);
+  await page.click('#save button');
+  assert.equal(page.requests.slice(before).filter((request) => !request.startsWith('blob:')).length, 0);
+  assert(page.requests.every((request) => request.startsWith(url) || request.startsWith('blob:')));
+  await page.context().setOffline(true);
+  await page.reload();
+  await page.click('#sample');
+  await page.waitForSelector('body[data-shown]');
+  await page.context().close();
+});
+
+pageTest('without WebGL there are the numbers', async () => {
+  const page = await visit({}, blind);
+  await open(page, bracket);
+  assert(await page.isVisible('#blind'));
+  assert.equal((await counts(page)).TRIA3, '4904');
+  assert.deepEqual(page.faults, []);
+  await page.context().close();
+});
+
+// All that can be reached has a name, by the keyboard in the order of the page.
+const controls = (page) =>
+  page.$$eval('button, input, select, canvas', (all) => all.filter((e) => e.checkVisibility()).map((e) => ({
+    tag: e.tagName, height: (e.closest('label.button') ?? e).getBoundingClientRect().height,
+    name: e.getAttribute('aria-label') ?? e.labels?.[0]?.textContent ?? e.textContent,
+  })));
+
+pageTest('controls have names, a phone has room for them, and the keyboard reaches all', async () => {
+  const page = await visit({ viewport: { width: 375, height: 700 }, isMobile: true, hasTouch: true });
+  await open(page, bracket);
+  const all = await controls(page);
+  for (const { tag, name, height } of all) {
+    assert(name?.trim(), tag);
+    assert(height >= 44, `${name}: ${height}`);
+  }
+  assert.equal(await page.evaluate(() => document.documentElement.scrollWidth), 375);
+  const seen = [];
+  await page.focus('#file');
+  for (let k = 0; k < all.length; ++k) {
+    seen.push(await page.evaluate(() => document.activeElement.tagName));
+    await page.keyboard.press('Tab');
+  }
+  assert.deepEqual(seen, all.map(({ tag }) => tag));
+  await page.focus('#canvas');
+  for (const key of ['ArrowLeft', 'ArrowUp', '+', '-', '3', 'Home']) await page.keyboard.press(key);
+  assert.deepEqual(page.faults, []);
+  await page.context().close();
+});
+
+async function rendererPeak(page) {
+  const session = await browser.newBrowserCDPSession();
+  const { processInfo } = await session.send('SystemInfo.getProcessInfo');
+  const peaks = processInfo.filter((p) => p.type === 'renderer').map((p) => {
+    const status = readFileSync(`/proc/${p.id}/status`, 'utf8');
+    return Number(/VmHWM:\s+(\d+)/.exec(status)[1]) / 1024;
+  });
+  return Math.max(...peaks);
+}
+
+pageTest('200 MB: cancelled at once, then read within 800 MiB, the page never waiting', async (t) => {
+  const large = join(scratch, 'large.stl');
+  writeSheet(large, 1414);
+  const page = await visit({}, blind);
+  await page.setInputFiles('#file', large);
+  await page.click('#cancel');
+  assert.equal(await page.textContent('#error'), 'Cancelled.');
+  await page.evaluate(() => {
+    window.pause = 0;
+    let last = performance.now();
+    setInterval(() => {
+      window.pause = Math.max(window.pause, performance.now() - last);
+      last = performance.now();
+    }, 5);
+  });
+  await open(page, large);
+  assert.equal((await counts(page)).TRIA3, String(2 * 1414 * 1414));
+  const [peak, pause] = [await rendererPeak(page), await page.evaluate(() => window.pause)];
+  t.diagnostic(`renderer ${peak.toFixed(0)} MiB, longest pause ${pause.toFixed(0)} ms, ${await page.textContent('#times')}`);
+  assert(peak < 800, `${peak} MiB`);
+  writeFileSync(large, '');
+  await page.context().close();
+});
