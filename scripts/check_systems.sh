@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the library and tests for other systems and compilers, runs them, and compares the hash of every call with that of
-# the build for this machine: the same bits everywhere.
+# the build for this machine: the same bits everywhere. A user's project finds what was installed there and runs, too.
 # Usage: scripts/check_systems.sh [--quick] [NAME ...]    without names: all of them
 # With --quick, the hashes and the tests that tell most, at -O1; else all tests that do not look at the library from
 # outside, as a release.
@@ -36,6 +36,9 @@ programs() {
   fi
 }
 
+# Systems are built side by side, one on each processor; one alone has them all.
+jobs=$((($(nproc) + ${#names[@]} - 1) / ${#names[@]}))
+
 build() {  # NAME PROGRAM ...
   local name=$1 options=()
   shift
@@ -43,8 +46,9 @@ build() {  # NAME PROGRAM ...
   if $quick; then options+=("-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG"); fi
   cmake -G Ninja -S . -B "$folder/$name" --toolchain "$PWD/cmake/systems/$name.cmake" "${options[@]}" \
     -DCMAKE_BUILD_TYPE=Release -DQEL_GRIDWORK_DEVELOPER=ON -DQEL_GRIDWORK_BUILD_EXAMPLES=OFF \
-    -DQEL_GRIDWORK_BUILD_TOOL=OFF -DQEL_GRIDWORK_GOOGLETEST=/usr/src/googletest > /dev/null
-  cmake --build "$folder/$name" -j "$(nproc)" --target qel_gridwork determinism "$@"
+    -DQEL_GRIDWORK_BUILD_TOOL=OFF -DQEL_GRIDWORK_GOOGLETEST=/usr/src/googletest \
+    -DCMAKE_PROJECT_qel_gridwork_INCLUDE="$PWD/cmake/systems/precompile.cmake" > /dev/null
+  cmake --build "$folder/$name" -j "$jobs" --target qel_gridwork determinism "$@"
 }
 
 # A program of a system, by what runs it here.
@@ -55,10 +59,21 @@ run() {  # NAME PROGRAM [ARGUMENT ...]
   ${emulator//;/ } "$program" "${@:3}" | tr -d '\r'
 }
 
+# A user's project, which finds the library where it was installed.
+use() {  # NAME
+  local prefix=$folder/$1/prefix
+  cmake --install "$folder/$1" --prefix "$prefix" > /dev/null
+  cmake -G Ninja -S tests/consumer -B "$folder/$1/consumer" --toolchain "$PWD/cmake/systems/$1.cmake" \
+    -DCMAKE_PREFIX_PATH="$prefix" > /dev/null
+  cmake --build "$folder/$1/consumer"
+  (cd "$folder/$1/consumer" && WINEPATH=$prefix/bin run "$1" consumer/consumer)
+}
+
 check() {  # NAME
   local name=$1 passed=0 count program chosen
   mapfile -t chosen < <(programs "$name")
   build "$name" "${chosen[@]}"
+  use "$name"
   for program in "${chosen[@]}"; do
     run "$name" "tests/$program" --gtest_brief=1 | tee "$folder/$name/$program.txt"
     count=$(sed -n 's/^\[  PASSED  \] \([0-9]*\) tests*\.$/\1/p' "$folder/$name/$program.txt")
@@ -66,7 +81,7 @@ check() {  # NAME
   done
   run "$name" tests/determinism > "$folder/$name/determinism.txt"
   diff build/release/determinism.txt "$folder/$name/determinism.txt"
-  table+="$name: $passed tests passed, $(hash "$folder/$name/determinism.txt")"$'\n'
+  echo "$name: $passed tests passed, $(hash "$folder/$name/determinism.txt")" > "$folder/$name.row"
 }
 
 # One hash of all calls.
@@ -85,9 +100,20 @@ done
 cmake --preset release > /dev/null
 cmake --build --preset release --target determinism
 build/release/tests/determinism > build/release/determinism.txt
-table="this machine: $(hash build/release/determinism.txt)"$'\n'
+
+mkdir -p "$folder"
 for name in "${names[@]}"; do
-  echo "== $name"
-  check "$name"
+  rm -f "$folder/$name.row"
+  if (($(jobs -rp | wc -l) >= $(nproc))); then wait -n || true; fi
+  check "$name" &> "$folder/$name.log" &
 done
-echo "$table"
+wait
+
+failures=0
+echo "this machine: $(hash build/release/determinism.txt)"
+for name in "${names[@]}"; do
+  if cat "$folder/$name.row" 2> /dev/null; then continue; fi
+  echo "$name: FAILED, as $folder/$name.log tells:" && tail -n 40 "$folder/$name.log"
+  failures=1
+done
+exit "$failures"

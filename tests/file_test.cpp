@@ -84,4 +84,14 @@ TEST(arrays, more_entries_than_an_address_space_holds) {
   EXPECT_EQ(matrix(1, 1), 7U);
 }
 
+TEST(arrays, more_copies_than_an_address_space_holds) {
+  if (sizeof(void*) > 4) GTEST_SKIP() << "here they would be made";
+  using space = qel::vector_fixed<double, 3>;
+  dense2D<double> coords;
+  ASSERT_TRUE(coords.copy(corners));
+  dense2D<unsigned> copies;
+  EXPECT_EQ(qel::gridwork::copy_mesh(coords, copies, space{1, 0, 0}, space{}, space{}, 1U << 28, triangle), -199);
+  EXPECT_EQ(coords, corners);
+}
+
 }  // namespace
