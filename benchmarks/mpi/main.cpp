@@ -58,7 +58,7 @@ struct cost {
 };
 
 template <class Work>
-cost measure(Work work) {
+cost measure_once(Work work) {
   MPI_Barrier(MPI_COMM_WORLD);
   bytes_sent = 0;
   const double wall = MPI_Wtime(), cpu = cpu_seconds();
@@ -72,6 +72,30 @@ cost measure(Work work) {
   std::uint64_t bytes = bytes_sent;
   MPI_Allreduce(MPI_IN_PLACE, &bytes, 1, MPI_UINT64_T, MPI_SUM, MPI_COMM_WORLD);
   return {spent[0], spent[1], static_cast<double>(bytes)};
+}
+
+/// The least of several turns.
+template <class Work>
+cost measure(Work work) {
+  cost least{HUGE_VAL, HUGE_VAL, 0};
+  for (unsigned turn = 0; turn < 5; ++turn) {
+    const cost c = measure_once(work);
+    least = {std::min(least.wall, c.wall), std::min(least.cpu, c.cpu), c.bytes};
+  }
+  return least;
+}
+
+/// The part's elements with nodes of their own, as a new mesh.
+mpi::mesh_part soup_of(const mpi::mesh_part& part) {
+  dense2D<double> coords(3, part.connectivity.size());
+  dense2D<unsigned> triangles(3, part.connectivity.cols());
+  for (unsigned c = 0; c < part.connectivity.size(); ++c) {
+    std::copy_n(part.coords.column(part.connectivity.data()[c]), 3, coords.column(c));
+    triangles.data()[c] = c;
+  }
+  mpi::mesh_part soup;
+  if (mpi::make_part(MPI_COMM_WORLD, coords, triangles, soup) != 0) std::abort();
+  return soup;
 }
 
 /// A wavy square, row by row.
@@ -127,10 +151,15 @@ bool run(const char* path, unsigned side) {
   dense1D<int> targets;
   if (rank_of_world() == 0) std::printf("%-34s %10s %10s %9s\n", "", "wall", "CPU", "bytes each");
   bool passes = true;
-  for (unsigned turn = 0; turn < 3; ++turn) {
-    passes &=
-        report("STL_input", measure([&] { return mpi::STL_input(MPI_COMM_WORLD, path, part); }), triangles, reading);
-  }
+  passes &=
+      report("STL_input", measure([&] { return mpi::STL_input(MPI_COMM_WORLD, path, part); }), triangles, reading);
+  const mpi::mesh_part soup = soup_of(part);
+  report("merge", measure([&] {
+           mpi::mesh_part merged = soup;
+           std::uint64_t count = 0;
+           return mpi::merge(MPI_COMM_WORLD, merged, 0.01, count);
+         }),
+         triangles, HUGE_VAL);
   passes &= report("share_nodes", measure([&] { return mpi::share_nodes(MPI_COMM_WORLD, part, sharing); }), triangles,
                    across);
   passes &= report("get_neighbors", measure([&] {
@@ -139,7 +168,11 @@ bool run(const char* path, unsigned side) {
                    triangles, across);
   report("partition_by_curve", measure([&] { return mpi::partition_by_curve(MPI_COMM_WORLD, part, size, targets); }),
          triangles, HUGE_VAL);
-  report("migrate", measure([&] { return mpi::migrate(MPI_COMM_WORLD, part, targets); }), triangles, HUGE_VAL);
+  report("migrate", measure([&] {
+           mpi::mesh_part moved = part;
+           return mpi::migrate(MPI_COMM_WORLD, moved, targets);
+         }),
+         triangles, HUGE_VAL);
   return passes;
 }
 
@@ -147,11 +180,13 @@ bool run(const char* path, unsigned side) {
 void run_serial(const char* path) {
   dense2D<double> coords;
   dense2D<unsigned> triangles;
-  for (unsigned turn = 0; turn < 3; ++turn) {
+  double least = HUGE_VAL;
+  for (unsigned turn = 0; turn < 5; ++turn) {
     const double cpu = cpu_seconds();
     if (gridwork::STL_input(path, coords, triangles) != 0) std::abort();
-    std::printf("%-34s %10s %8.3f s\n", "serial STL_input", "", cpu_seconds() - cpu);
+    least = std::min(least, cpu_seconds() - cpu);
   }
+  std::printf("%-34s %10s %8.3f s\n", "serial STL_input", "", least);
 }
 
 }  // namespace

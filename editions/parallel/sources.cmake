@@ -20,6 +20,7 @@ set(qel_gridwork_mpi_internal_headers
   search/merging/cell_grid.h
   search/merging/coincident_nodes.h
   search/merging/near_nodes.h
+  search/merging/proximity_merge.h
   topology/boundary_key.h
   topology/boundary_slots.h)
 
@@ -46,6 +47,7 @@ set(qel_gridwork_mpi_sources
   merging/chains.cpp
   merging/handled_nodes.cpp
   merging/survivors.cpp
+  merging/survivors_anywhere.cpp
   parts/checks.cpp
   parts/cleaning.cpp
   parts/curve.cpp

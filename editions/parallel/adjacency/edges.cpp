@@ -33,7 +33,8 @@ int number_own_edges(team& ranks, const mesh_part& part, element_type type, dens
     keys[j] = {part.node_IDs[edges(0, j)], part.node_IDs[edges(1, j)]};
   }
   const auto owner = [&](const edge_key& key) { return ranges.owner(key.lower); };
-  return number_in_order(ranks, room ? 0 : out_of_memory, keys, owner, edge_IDs, total);
+  code = number_in_order(ranks, room ? 0 : out_of_memory, keys, owner, edge_IDs, total);
+  return code == 0 ? ranks.agree(0) : code;
 }
 
 }  // namespace

@@ -109,7 +109,7 @@ int match_common(team& ranks, const mesh_part& part, const node_sharing& sharing
   walk([&](int rank, const slot&, std::uint64_t place) {
     neighbors(place % boundaries, place / boundaries) = answers[out.next_place(rank)];
   });
-  return 0;
+  return ranks.agree(0);
 }
 
 /// The neighbours within the part.

@@ -132,7 +132,7 @@ int color(team& ranks, const mesh_part& part, const node_sharing& sharing, const
   for (std::uint64_t e = 0; code == 0 && e < colors.size(); ++e) {
     colors[e] = root_colors[place_in(names, part.element_IDs[own.of(e)])];
   }
-  return code;
+  return code == 0 ? ranks.agree(0) : code;
 }
 
 int find_subdomains(team& ranks, const mesh_part& part, element_type type, const node_sharing& sharing,

@@ -1,8 +1,10 @@
 // Reads a large STL file on all ranks, spreads it well, checks it, and writes the parts for a look at them.
 // usage: mpiexec -n RANKS check_surface FILE.stl [PARTS]
-//   PARTS: each rank writes its triangles and those around them to PARTS.RANK.vtk and PARTS.RANK.ghosts.vtk
+//   PARTS: each rank writes its triangles, those around them and its free edges to PARTS.RANK.vtk, PARTS.RANK.ghosts.vtk and
+//   PARTS.RANK.edges.vtk
 #include <mpi.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 
@@ -23,6 +25,16 @@ struct failure {
 
 void check(const char* step, int code) {
   if (code != 0) throw failure{step, code};
+}
+
+/// Boundaries come by the IDs of their nodes, all of which the part has.
+dense2D<unsigned> indices_of(const mpi::mesh_part& part, const dense2D<std::uint64_t>& boundaries) {
+  dense2D<unsigned> indices(boundaries.rows(), boundaries.cols());
+  for (std::uint64_t i = 0; i < boundaries.size(); ++i) {
+    const auto* node = std::lower_bound(part.node_IDs.begin(), part.node_IDs.end(), boundaries.data()[i]);
+    indices.data()[i] = static_cast<unsigned>(node - part.node_IDs.begin());
+  }
+  return indices;
 }
 
 void inspect(MPI_Comm comm, const char* filename, const char* parts) {
@@ -61,6 +73,7 @@ void inspect(MPI_Comm comm, const char* filename, const char* parts) {
   const std::string name = parts + ("." + std::to_string(rank));
   gridwork::vtk_output((name + ".vtk").c_str(), part.coords, part.connectivity, ELT_TRIA3);
   gridwork::vtk_output((name + ".ghosts.vtk").c_str(), ghosts.coords, ghosts.connectivity, ELT_TRIA3);
+  gridwork::vtk_output((name + ".edges.vtk").c_str(), part.coords, indices_of(part, boundaries), gridwork::ELT_EDGE2);
 }
 
 }  // namespace

@@ -24,29 +24,42 @@ int measure(team& ranks, part_agreement& agreed, const mesh_part& part, element_
   return ranks.agree(shape_qualities(part.coords, part.connectivity, type, qualities));
 }
 
-/// A sum of qualities in steps of 2^-52, exact for 2^63 of them: its bits above and below the 26th.
+/// An exact sum of qualities in steps of 2^-52: three digits of 26 bits, the highest one larger.
 class exact_sum {
  public:
   void add(double quality) noexcept {
     const auto steps = static_cast<std::int64_t>(std::nearbyint(std::ldexp(quality, quality_bits)));
-    const std::int64_t high = steps >> half;
-    halves_[1] += high;
-    halves_[0] += steps - (high << half);
-    ++halves_[2];
+    digits_[0] += steps & lowest_bits;
+    digits_[1] += steps >> digit_bits;
+    ++count_;
   }
 
+  /// Collective. Digits are carried before they are summed, so that none overflows on any number of ranks, and after it,
+  /// as those that were carried depend on who has which elements.
   double mean(team& ranks) noexcept {
-    ranks.add(halves_, 3);
-    if (halves_[2] == 0) return 0;
-    const auto count = static_cast<double>(halves_[2]);
-    const double sum = std::ldexp(static_cast<double>(halves_[1]), half) + static_cast<double>(halves_[0]);
-    return std::ldexp(sum / count, -quality_bits);
+    carry();
+    ranks.add(digits_, 3);
+    ranks.add(&count_, 1);
+    carry();
+    if (count_ == 0) return 0;
+    double sum = 0;
+    for (int k = 3; k-- > 0;) sum = std::ldexp(sum, digit_bits) + static_cast<double>(digits_[k]);
+    return std::ldexp(sum / static_cast<double>(count_), -quality_bits);
   }
 
  private:
-  static constexpr int half = 26;
+  static constexpr int digit_bits = 26;
+  static constexpr std::int64_t lowest_bits = (std::int64_t{1} << digit_bits) - 1;
 
-  std::int64_t halves_[3] = {};  // low, high, and the count
+  void carry() noexcept {
+    for (int k = 0; k < 2; ++k) {
+      digits_[k + 1] += digits_[k] >> digit_bits;
+      digits_[k] &= lowest_bits;
+    }
+  }
+
+  std::int64_t digits_[3] = {};  // the lowest first
+  std::int64_t count_ = 0;
 };
 
 }  // namespace

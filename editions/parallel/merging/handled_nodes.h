@@ -23,13 +23,13 @@ class handled_nodes {
   std::uint64_t id(unsigned i) const noexcept { return ids_[i]; }
 
   /// True for a node of this rank's own; false for a copy of one that another handles.
-  bool is_at_home(unsigned i) const noexcept { return is_only_rank_ || handlers_[i] == rank_; }
+  bool is_at_home(unsigned i) const noexcept { return handlers_[i] == rank_; }
 
   node_reference<Dim> reference(unsigned i) const noexcept {
     node_reference<Dim> r{};
     std::copy_n(coords_.column(i), Dim, r.p);
     r.id = ids_[i];
-    r.handler = is_only_rank_ ? rank_ : handlers_[i];
+    r.handler = handlers_[i];
     return r;
   }
 
@@ -48,33 +48,43 @@ class handled_nodes {
     std::uint64_t id;
   };
 
-  int keep_all(const team& ranks, int code, const node_set& nodes);
   int send(team& ranks, int code, const node_set& nodes, const cell_directory<Dim>& cells);
-  [[nodiscard]] bool collect(const node_set& nodes, const cell_directory<Dim>& cells);
-  [[nodiscard]] bool sort_candidates();
-  [[nodiscard]] bool drop_repeated(std::uint64_t ids_per_node);
+  [[nodiscard]] bool order_foreign(dense1D<unsigned>& order) const;
+  [[nodiscard]] bool make_list(const node_set& nodes);
+
+  bool is_kept(std::uint64_t j) const noexcept { return homes_[j] == rank_ || homes_[j] == cell_directory<Dim>::alone; }
 
   template <class Visit>
   void for_each_sent(Visit visit) const {
     for (std::uint64_t j = 0; j < homes_.size(); ++j) {
-      if (homes_[j] != rank_ && homes_[j] != cell_directory<Dim>::alone) visit(homes_[j], j);
+      if (!is_kept(j)) visit(homes_[j], j);
     }
   }
 
-  struct candidate {
-    node_reference<Dim> node;
-    bool may_repeat;  // another rank may have the same one
-  };
+  /// Nodes of other ranks in one list: those received, then copies.
+  /// @{
+  std::uint64_t foreign_count() const noexcept { return received_.items.size() + copies_.items.size(); }
+  node_reference<Dim> foreign(std::uint64_t i) const noexcept {
+    const std::uint64_t received = received_.items.size();
+    if (i >= received) return copies_.items[i - received];
+    node_reference<Dim> r{};
+    std::copy_n(received_.items[i].p, Dim, r.p);
+    r.id = received_.items[i].id;
+    r.handler = rank_;
+    return r;
+  }
+  std::uint64_t foreign_id(std::uint64_t i) const noexcept {
+    const std::uint64_t received = received_.items.size();
+    return i < received ? received_.items[i].id : copies_.items[i - received].id;
+  }
+  /// @}
 
   int rank_ = 0;
-  bool is_only_rank_ = false;
   dense1D<int> homes_;  // of this rank's nodes
   outbox<sent_node> sent_;
   inbox<sent_node> received_;
   inbox<node_reference<Dim>> copies_;
-  dense1D<candidate> candidates_;  // nodes that were kept, those received, copies
-  dense1D<unsigned> order_;        // of the candidates, by id
-  dense1D<unsigned> places_;       // of the candidates among the nodes
+  dense1D<unsigned> places_;  // in the list: of this rank's nodes that are kept, and of those received
 
   dense2D<double> coords_;
   dense1D<std::uint64_t> ids_;
@@ -84,18 +94,13 @@ class handled_nodes {
 template <unsigned Dim>
 template <class Answer, class GiveAnswer, class Take>
 int handled_nodes<Dim>::give_back(team& ranks, int code, GiveAnswer answer, Take take) {
-  if (is_only_rank_) {
-    for (unsigned i = 0; code == 0 && i < count(); ++i) take(i, answer(i));
-    return ranks.agree(code);
-  }
   dense1D<Answer> given;
   dense1D<Answer> answers;
-  unsigned kept = 0;
   for (std::uint64_t j = 0; code == 0 && j < homes_.size(); ++j) {
-    if (homes_[j] == rank_ || homes_[j] == cell_directory<Dim>::alone) take(j, answer(places_[kept++]));
+    if (is_kept(j)) take(j, answer(places_[j]));
   }
   if (code == 0 && !given.resize(received_.items.size())) code = out_of_memory;
-  for (std::uint64_t i = 0; code == 0 && i < given.size(); ++i) given[i] = answer(places_[kept + i]);
+  for (std::uint64_t i = 0; code == 0 && i < given.size(); ++i) given[i] = answer(places_[homes_.size() + i]);
   code = reply(ranks, code, received_, given, sent_, answers);
   if (code < 0) return code;
   sent_.rewind();

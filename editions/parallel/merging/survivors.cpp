@@ -6,6 +6,7 @@
 #include "merging/handled_nodes.h"
 #include "search/merging/coincident_nodes.h"
 #include "search/merging/near_nodes.h"
+#include "search/merging/proximity_merge.h"
 
 namespace qel::gridwork::detail::parallel {
 namespace {
@@ -64,9 +65,25 @@ int merge_nodes(team& ranks, int code, const node_set& nodes, double tol, bool w
   return 0;
 }
 
+/// A rank that has no others merges as the serial library does.
+int merge_alone(const node_set& nodes, double tol, bool with_coords, survivors& found) {
+  dense1D<unsigned> new_IDs;
+  const std::uint64_t count = nodes.ids.size();
+  const int merged = proximity_merge(nodes.coords, node_list::all(count), new_IDs, tol);
+  if (merged < 0 || !found.ids.resize(count) || (with_coords && !found.coords.resize(nodes.dim, count)))
+    return out_of_memory;
+  for (std::uint64_t j = 0; j < count; ++j) found.ids[j] = nodes.ids[new_IDs[j]];
+  for (std::uint64_t j = 0; with_coords && j < count; ++j) {
+    std::copy_n(nodes.coords.column(new_IDs[j]), nodes.dim, found.coords.column(j));
+  }
+  found.merged = static_cast<std::uint64_t>(merged);
+  return 0;
+}
+
 }  // namespace
 
 int find_survivors(team& ranks, int code, const node_set& nodes, double tol, bool with_coords, survivors& found) {
+  if (ranks.size() == 1) return ranks.agree(code == 0 ? merge_alone(nodes, tol, with_coords, found) : code);
   return nodes.dim == 2 ? merge_nodes<2>(ranks, code, nodes, tol, with_coords, found)
                         : merge_nodes<3>(ranks, code, nodes, tol, with_coords, found);
 }

@@ -20,6 +20,10 @@ struct survivors {
 /// `with_coords` tells whether positions are wanted. The code of all ranks.
 int find_survivors(team& ranks, int code, const node_set& nodes, double tol, bool with_coords, survivors& found);
 
+/// Collective. The same in space where the tolerance is infinite, by IDs alone: all finite nodes are near to all nodes but
+/// those with a NaN. No node has to travel. The code of all ranks.
+int find_survivors_anywhere(team& ranks, int code, const node_set& nodes, dense1D<std::uint64_t>& survivors);
+
 }  // namespace qel::gridwork::detail::parallel
 
 #endif

@@ -99,6 +99,8 @@ int remove_degenerated(MPI_Comm comm, mesh_part& part, bool strict, std::uint64_
   if (code == 0) code = number_ids(ranks, kept.element_IDs, kept.element_IDs, total);
   if (code < 0) return code;
   ranks.add(&count, 1);
+  code = ranks.agree(0);
+  if (code < 0) return code;
   part = kept;
   removed = count;
   return 0;
@@ -113,6 +115,7 @@ int simplify(MPI_Comm comm, mesh_part& part, std::uint64_t& nodes) {
   std::uint64_t total = 0;
   code = ranks.agree(copy_part(part, kept) && drop_unused(kept) ? 0 : out_of_memory);
   if (code == 0) code = number_ids(ranks, kept.node_IDs, kept.node_IDs, total);
+  if (code == 0) code = ranks.agree(0);
   if (code < 0) return code;
   part = kept;
   nodes = total;

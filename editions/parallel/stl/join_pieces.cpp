@@ -195,7 +195,10 @@ int join_pieces(team& ranks, piece& read, mesh_part& part) {
   survivors found;
   const bool room = read.triangles.hand_out_blocks() && name_nodes(read, names);
   const node_set nodes{3, read.coords, names, 3 * io::triangle_soup::block_size};
-  const int code = find_survivors(ranks, room ? 0 : out_of_memory, nodes, 0.05 * std::sqrt(height), false, found);
+  const double tol = 0.05 * std::sqrt(height);
+  int code = room ? 0 : out_of_memory;
+  code = std::isinf(tol) ? find_survivors_anywhere(ranks, code, nodes, found.ids)
+                         : find_survivors(ranks, code, nodes, tol, false, found);
   return code < 0 ? code : mesh_maker(ranks, read, names, found.ids).make(part);
 }
 

@@ -7,22 +7,6 @@ using namespace parts;
 
 namespace {
 
-/// Runs check(mesh, part, sharing, shift) for all meshes, as parts in all layouts.
-template <class Check>
-void for_each_part(Check check) {
-  for (const mesh& m : meshes()) {
-    for (const layout l : layouts) {
-      const id_type shift = l == layout::random ? id_type{1} << 44 : 0;
-      SCOPED_TRACE(m.name + ", layout " + std::to_string(static_cast<int>(l)));
-      const mesh_part part = part_of(m, l, shift);
-      mpi::node_sharing sharing;
-      ASSERT_EQ(mpi::share_nodes(world, part, sharing), 0);
-      check(m, part, sharing, shift);
-      if (testing::Test::HasFatalFailure()) return;
-    }
-  }
-}
-
 TEST(migrate, moves_elements_and_changes_no_result) {
   for_each_part([](const mesh& m, mesh_part part, const mpi::node_sharing&, id_type shift) {
     std::mt19937 random(static_cast<unsigned>(rank()));

@@ -1,48 +1,17 @@
 // STL files, read and written by all ranks.
-#include <unistd.h>
-
 #include <cmath>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <limits>
 
 #include "core/limits.h"
-#include "parts.h"
+#include "shared_path.h"
 
 using namespace parts;
 
 namespace {
 
 using floats = std::vector<float>;  // nine of a triangle
-
-/// A path that all ranks have; the first one removes what is there in the end.
-class shared_path {
- public:
-  explicit shared_path(const std::string& name) {
-    int process = getpid();
-    MPI_Bcast(&process, 1, MPI_INT, 0, world);
-    path_ = testing::TempDir() + "qel_mpi_" + std::to_string(process) + name;
-  }
-  ~shared_path() {
-    MPI_Barrier(world);
-    if (rank() == 0) std::remove(path_.c_str());
-  }
-  const char* path() const { return path_.c_str(); }
-
-  void write(const std::string& bytes) const {
-    if (rank() == 0) std::ofstream(path_, std::ios::binary) << bytes;
-    MPI_Barrier(world);
-  }
-  std::string content() const {
-    MPI_Barrier(world);
-    std::ifstream stream(path_, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
-
- private:
-  std::string path_;
-};
+using doubles = std::vector<double>;
 
 std::string binary(const floats& corners, const char* header = "") {
   std::string bytes = header;
@@ -57,18 +26,19 @@ std::string binary(const floats& corners, const char* header = "") {
   return bytes;
 }
 
-std::string text(const floats& corners) {
+std::string text(const doubles& corners) {
   std::string lines = "solid test\n";
   char line[200];
   for (std::size_t i = 0; i < corners.size(); i += 3) {
     if (i % 9 == 0) lines += "facet normal 0 0 1\n outer loop\n";
-    std::snprintf(line, sizeof line, "  vertex %.9g %.9g %.9g\n", double(corners[i]), double(corners[i + 1]),
-                  double(corners[i + 2]));
+    std::snprintf(line, sizeof line, "  vertex %.9g %.9g %.9g\n", corners[i], corners[i + 1], corners[i + 2]);
     lines += line;
     if (i % 9 == 6) lines += " endloop\nendfacet\n";
   }
   return lines + "endsolid test\n";
 }
+
+std::string text(const floats& corners) { return text(doubles(corners.begin(), corners.end())); }
 
 /// What all ranks read is what the serial reader reads, and what they write is what the serial writer writes.
 void expect_as_serial(const std::string& bytes, const std::string& name, bool write = true) {
@@ -83,8 +53,7 @@ void expect_as_serial(const std::string& bytes, const std::string& name, bool wr
   ASSERT_NO_FATAL_FAILURE(expect_part_of(part, coords, connectivity));
   if (expected != 0 || !write) return;
   ASSERT_EQ(mpi::STL_output(world, written.path(), part), 0);
-  const bool writes = rank() == 0;
-  ASSERT_EQ(writes ? STL_output(serial.path(), coords, connectivity, false) : 0, 0);
+  serial.write_STL(coords, connectivity, false);
   ASSERT_EQ(written.content() == serial.content(), true);
 }
 
@@ -194,8 +163,8 @@ TEST(STL_input, refused_files) {
 TEST(STL_input, texts) {
   const std::string usual = text(surface(9, 0.02F));
   expect_as_serial(usual, "usual");
-  expect_as_serial(text({}), "empty solid");
-  expect_as_serial(text({0, 0, 0, 1, 0, 0, 0, 1, 0}), "one facet");
+  expect_as_serial(text(doubles()), "empty solid");
+  expect_as_serial(text(doubles{0, 0, 0, 1, 0, 0, 0, 1, 0}), "one facet");
   expect_as_serial(usual + usual, "two solids");
   expect_as_serial(binary(surface(5, 0), "solid but binary"), "binary that begins like a text");
   std::string lines = usual;
@@ -236,13 +205,30 @@ TEST(STL_input, damaged_texts) {
   }
 }
 
+/// Squares of areas overflow, so that the tolerance is infinite, whatever the coordinates; those that are not finite may be
+/// what others are merged to.
+TEST(STL_input, infinite_heights) {
+  constexpr double infinite = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+  expect_as_serial(text(doubles{0, 0, 0, 1e100, 0, 0, 0, 1e100, 0, 0, 0, 0, 2e100, 0, 0, 0, 3e100, 0}), "finite");
+  expect_as_serial(text(doubles{0, 0, 0, 1e100, 0, 0, 0, infinite, 0, 0, 0, 0, 1e100, 0, 0, 0, 1e100, 0}),
+                   "second not");
+  for (unsigned seed = 0; seed < 40; ++seed) {
+    std::mt19937 random(seed);
+    doubles corners(9 * (2 + seed));
+    for (double& x : corners) {
+      const unsigned any = random() % 100;
+      x = any < seed / 4 ? infinite : any < seed / 2 ? nan : 1e100 * static_cast<double>(random() % 4);
+    }
+    expect_as_serial(text(corners), "seed " + std::to_string(seed), false);
+  }
+}
+
 TEST(STL_output, parts_in_any_layout) {
   for (const layout l : layouts) {
     mesh m = box(ELT_TRIA3, 5, 4, 3);
     const shared_path written(".parts.stl"), serial(".whole.stl");
     ASSERT_EQ(mpi::STL_output(world, written.path(), part_of(m, l, 12345)), 0);
-    const bool writes = rank() == 0;
-    ASSERT_EQ(writes ? STL_output(serial.path(), m.coords, m.connectivity, false) : 0, 0);
+    serial.write_STL(m.coords, m.connectivity, false);
     ASSERT_EQ(written.content() == serial.content(), true);
   }
   const shared_path file(".refused.stl");

@@ -5,23 +5,8 @@ using namespace parts;
 
 namespace {
 
-/// Runs check(mesh, part, shift) for all meshes in all layouts.
-template <class Check>
-void for_each_part(Check check) {
-  for (const mesh& m : meshes()) {
-    for (const layout l : layouts) {
-      const id_type shift = l == layout::random ? id_type{1} << 44 : 0;
-      SCOPED_TRACE(m.name + ", layout " + std::to_string(static_cast<int>(l)));
-      check(m, part_of(m, l, shift), shift);
-      if (testing::Test::HasFatalFailure()) return;
-    }
-  }
-}
-
 TEST(share_nodes, finds_all_other_ranks_of_a_node) {
-  for_each_part([](const mesh& m, const mesh_part& part, id_type shift) {
-    mpi::node_sharing sharing;
-    ASSERT_EQ(mpi::share_nodes(world, part, sharing), 0);
+  for_each_part([](const mesh& m, const mesh_part& part, const mpi::node_sharing& sharing, id_type shift) {
     std::vector<id_type> has(m.coords.cols() * static_cast<id_type>(size()), 0);
     for (const id_type id : part.node_IDs)
       has[(id - shift) * static_cast<id_type>(size()) + static_cast<id_type>(rank())] = 1;
@@ -41,9 +26,7 @@ TEST(share_nodes, finds_all_other_ranks_of_a_node) {
 }
 
 TEST(get_neighbors, are_those_of_the_whole_mesh) {
-  for_each_part([](const mesh& m, const mesh_part& part, id_type shift) {
-    mpi::node_sharing sharing;
-    ASSERT_EQ(mpi::share_nodes(world, part, sharing), 0);
+  for_each_part([](const mesh& m, const mesh_part& part, const mpi::node_sharing& sharing, id_type shift) {
     for (const bool pair : {false, true}) {
       dense2D<unsigned> whole;
       dense2D<id_type> found;
@@ -61,12 +44,10 @@ TEST(get_neighbors, are_those_of_the_whole_mesh) {
 }
 
 TEST(get_mesh_boundaries, are_those_of_the_whole_mesh) {
-  for_each_part([](const mesh& m, const mesh_part& part, id_type shift) {
-    mpi::node_sharing sharing;
+  for_each_part([](const mesh& m, const mesh_part& part, const mpi::node_sharing& sharing, id_type shift) {
     dense2D<unsigned> neighbors, whole;
     dense2D<id_type> found, boundaries;
     dense1D<id_type> slots;
-    ASSERT_EQ(mpi::share_nodes(world, part, sharing), 0);
     ASSERT_EQ(mpi::get_neighbors(world, part, m.type, sharing, false, found), 0);
     ASSERT_EQ(mpi::get_mesh_boundaries(part, m.type, found, boundaries, slots), 0);
     ASSERT_EQ(get_neighbors(m.connectivity, m.type, false, neighbors), 0);

@@ -139,6 +139,22 @@ mesh shuffled(const mesh& m, unsigned seed);
 /// All of these.
 const std::vector<mesh>& meshes();
 
+/// Runs check(mesh, part, sharing, shift) for all meshes, as parts in all layouts.
+template <class Check>
+void for_each_part(Check check) {
+  for (const mesh& m : meshes()) {
+    for (const layout l : layouts) {
+      const id_type shift = l == layout::random ? id_type{1} << 44 : 0;
+      SCOPED_TRACE(m.name + ", layout " + std::to_string(static_cast<int>(l)));
+      const mesh_part part = part_of(m, l, shift);
+      mpi::node_sharing sharing;
+      ASSERT_EQ(mpi::share_nodes(world, part, sharing), 0);
+      check(m, part, sharing, shift);
+      if (testing::Test::HasFatalFailure()) return;
+    }
+  }
+}
+
 }  // namespace parts
 
 #endif
