@@ -318,6 +318,24 @@ def draw_partition(data, out):
     picture.save(f"{out}/partition.png")
 
 
+def draw_ranks(data, out):
+    """A surface on four ranks, and what one of them holds."""
+    picture = Picture(960, 450)
+    parts = [read(f"{data}/rank.{rank}.vtk") for rank in range(4)]
+    ghosts = read(f"{data}/rank.0.ghosts.vtk")
+    sizes = [grid.GetNumberOfCells() for grid in parts]
+    panel = picture.panel(0, 480, "On four ranks", count(sum(sizes), "triangles"), below=10)
+    for grid, colour in zip(parts, PARTS):
+        mesh(panel, grid, rgb(colour), line=0.4, line_colour=INK)
+    look(panel, (0.8, -1.7, 1.2))
+    note = count(sizes[0], "triangles") + ", " + count(ghosts.GetNumberOfCells(), "ghosts")
+    panel = picture.panel(480, 960, "What one rank holds", note, below=10)
+    for grid, colour in [(parts[0], PARTS[0]), (ghosts, PARTS[5])]:
+        mesh(panel, grid, rgb(colour), line=0.4, line_colour=INK)
+    look(panel, (0.8, -1.7, 1.2))
+    picture.save(f"{out}/ranks.png")
+
+
 def glyphs(renderer, points, name, source, colour):
     """The source, stretched at every point along the axes of its tensor."""
     points.GetPointData().SetActiveTensors(name)
@@ -380,7 +398,7 @@ def draw_metrics(data, out):
 
 
 def main():
-    for draw in (draw_merging, draw_pattern, draw_clipping, draw_quality, draw_partition, draw_metrics):
+    for draw in (draw_merging, draw_pattern, draw_clipping, draw_quality, draw_partition, draw_ranks, draw_metrics):
         draw(sys.argv[1], sys.argv[2])
 
 
