@@ -194,6 +194,12 @@ constexpr std::ptrdiff_t plain_number = limit<std::ptrdiff_t>(40, 7);
 constexpr std::ptrdiff_t plain_rest = limit<std::ptrdiff_t>(60, 5);
 constexpr std::ptrdiff_t plain_fields = limit<std::ptrdiff_t>(48, 12);
 
+/// Numbers of a VTK file that are read before they are looked at: they fit the first cache. Whole points.
+constexpr std::uint64_t numbers_at_once = limit<std::uint64_t>(768, 3);
+
+/// Cells of a VTK file that are checked before they are copied: they stay in the second cache.
+constexpr std::uint64_t cells_at_once = limit<std::uint64_t>(4096, 3);
+
 /// Columns for which there is room before a file has told how long its lines are.
 constexpr std::uint64_t first_columns = limit<std::uint64_t>(1024, 2);
 

@@ -42,27 +42,34 @@ class column_appender {
     return rows_ == 0 ? 0 : static_cast<std::uint64_t>(next_ - matrix_.data()) / rows_;
   }
 
-  /// The place of the next column, which commit() then counts; null when make_room() comes first.
+  /// The place of the next column, which commit() then counts; null when room_for() comes first.
   T* room() const noexcept { return next_ == end_ ? nullptr : next_; }
-  void commit() noexcept {
-    QEL_GRIDWORK_CHECK(next_ != end_);
-    next_ += rows_;
+
+  /// The place of the next `count` columns, which commit() then counts; null when memory ran out.
+  [[nodiscard]] T* room_for(std::uint64_t count, std::uint64_t rows, const file_progress& file) noexcept {
+    const bool is_room = static_cast<std::uint64_t>(end_ - next_) >= count * rows;
+    return is_room || make_room(count, rows, file) ? next_ : nullptr;
+  }
+
+  void commit(std::uint64_t count = 1) noexcept {
+    QEL_GRIDWORK_CHECK(count * rows_ <= static_cast<std::uint64_t>(end_ - next_));
+    next_ += count * rows_;
   }
 
   [[nodiscard]] bool append(const T* column, std::uint64_t rows, const file_progress& file) noexcept {
-    if (next_ == end_ && !make_room(rows, file)) return false;
+    if (next_ == end_ && !make_room(1, rows, file)) return false;
     std::copy_n(column, rows, next_);
     commit();
     return true;
   }
 
  private:
-  bool make_room(std::uint64_t rows, const file_progress& file) noexcept {
+  bool make_room(std::uint64_t fresh, std::uint64_t rows, const file_progress& file) noexcept {
     QEL_GRIDWORK_CHECK(rows != 0 && (rows_ == 0 || rows_ == rows));
     const std::uint64_t old_count = count();
     if (old_count == 0) start_ = file.position;
-    const std::uint64_t likely = old_count + likely_columns(old_count, file);
-    if (!matrix_.resize(rows, likely) && !matrix_.resize(rows, old_count + old_count / 8 + 1)) return false;
+    const std::uint64_t likely = old_count + std::max(likely_columns(old_count, file), fresh);
+    if (!matrix_.resize(rows, likely) && !matrix_.resize(rows, old_count + old_count / 8 + fresh)) return false;
     rows_ = rows;
     next_ = matrix_.column(old_count);
     end_ = matrix_.column(matrix_.cols());
@@ -86,6 +93,17 @@ class column_appender {
   T* next_ = nullptr;
   T* end_ = nullptr;
 };
+
+/// Appends make(0) to make(count - 1) to a matrix of one row.
+template <class T, class Make>
+[[nodiscard]] bool push_each(column_appender<T>& list, std::uint64_t count, const file_progress& file,
+                             Make make) noexcept {
+  T* const places = list.room_for(count, 1, file);
+  if (places == nullptr) return false;
+  for (std::uint64_t i = 0; i < count; ++i) places[i] = make(i);
+  list.commit(count);
+  return true;
+}
 
 /// Appends to a matrix of one row.
 template <class T>

@@ -72,6 +72,28 @@ class element_collector {
     return true;
   }
 
+  /// Appends `count` elements of a type that is kept, whose nodes lie one behind the other: node k of an element is put at
+  /// order[k], or at k without an order. Their one label counts up from `label`. False when memory ran out, or for the
+  /// 2^32 - 1st; nothing is appended then.
+  [[nodiscard]] bool append_run(element_type plain, const unsigned* nodes, const unsigned char* order,
+                                std::uint64_t count, unsigned label, const file_progress& file) noexcept {
+    QEL_GRIDWORK_CHECK(keeps(plain) && nbr_labels_ <= 1);
+    const element_type type = only_ == ELT_UNKNOWN ? plain : only_;
+    list& all = lists_[type];
+    const unsigned size = nbr_nodes(plain), rows = nbr_nodes(type);
+    unsigned* column = all.columns.room_for(count, rows, file);
+    const auto next_label = [label](std::uint64_t i) { return label + static_cast<unsigned>(i); };
+    if (column == nullptr || count >= none - count_) return false;
+    if (nbr_labels_ == 1 && !push_each(all.label_entries[0], count, file, next_label)) return false;
+    for (std::uint64_t i = 0; i < count; ++i, nodes += size, column += rows) {
+      for (unsigned k = 0; k < size; ++k) column[order != nullptr ? order[k] : k] = nodes[k];
+      for (unsigned k = size; k < rows; ++k) column[k] = none;
+    }
+    all.columns.commit(count);
+    count_ += count;
+    return true;
+  }
+
   /// Calls change(node) for the nodes of all elements that have one, while it is true. True when it always was.
   template <class Change>
   [[nodiscard]] bool change_nodes(Change change) noexcept {

@@ -39,9 +39,11 @@ class list_reader {
     if (!list.types.empty() || !words_.read_count(count)) return malformed;
     numbers_.start();
     column_appender<unsigned char> types(list.types);
-    return numbers_.read_integers(int_type, count, [&](std::int64_t value) {
-      const unsigned char type = value >= 0 && value < no_type ? static_cast<unsigned char>(value) : no_type;
-      return push(types, type, progress()) ? 0 : out_of_memory;
+    return numbers_.read_integers(int_type, count, [&](const std::int64_t* values, std::uint64_t found) {
+      const auto type_of = [values](std::uint64_t i) {
+        return values[i] >= 0 && values[i] < no_type ? static_cast<unsigned char>(values[i]) : no_type;
+      };
+      return push_each(types, found, progress(), type_of) ? 0 : out_of_memory;
     });
   }
 
@@ -55,46 +57,57 @@ class list_reader {
   /// Reads for each cell the number of its nodes and these, `size` numbers in all.
   int read_counted_cells(cell_list& list, std::uint64_t count, std::uint64_t size) noexcept {
     column_appender<unsigned> nodes(list.nodes), ends(list.ends);
-    unsigned total = 0;
-    std::int64_t left = 0;
-    const int result = numbers_.read_integers(int_type, size, [&](std::int64_t value) {
-      if (left == 0) {
-        if (value < 0) return malformed;
-        left = value;
-      } else {
-        const unsigned node = node_of(value);
-        if (!push(nodes, node, progress()) || ++total == none) return out_of_memory;
-        --left;
+    std::uint64_t total = 0, left = 0;  // nodes of all cells, and those still to come of the last one
+    const auto take = [&](const std::int64_t* values, std::uint64_t found) {
+      for (const std::int64_t* const last = values + found; values != last;) {
+        if (left == 0) {
+          if (*values < 0) return malformed;
+          left = static_cast<std::uint64_t>(*values++);
+        }
+        const std::uint64_t piece = std::min(left, static_cast<std::uint64_t>(last - values));
+        if (piece >= none - total || !push_nodes(nodes, values, piece)) return out_of_memory;
+        values += piece;
+        left -= piece;
+        total += piece;
+        if (left == 0 && !push(ends, static_cast<unsigned>(total), progress())) return out_of_memory;
       }
-      return left != 0 || push(ends, total, progress()) ? 0 : out_of_memory;
-    });
+      return 0;
+    };
+    const int result = numbers_.read_integers(int_type, size, take);
     if (result != 0) return result;
     return left == 0 && ends.count() == count ? 0 : malformed;
   }
 
   int read_offsets(cell_list& list, std::uint64_t count, std::uint64_t size) noexcept {
     column_appender<unsigned> ends(list.ends);
-    std::int64_t last = -1;
-    const auto take = [&](std::int64_t value) {
-      const bool is_first = last < 0;
-      if (is_first ? value != 0 : value < last) return malformed;
-      last = value;
-      const auto end = static_cast<unsigned>(value);
-      if (value >= std::int64_t{none}) return out_of_memory;
-      return is_first || push(ends, end, progress()) ? 0 : out_of_memory;
+    std::int64_t end = -1;  // of the cells so far
+    const auto take = [&](const std::int64_t* values, std::uint64_t found) {
+      for (std::uint64_t i = 0; i < found; ++i) {
+        const bool is_first = end < 0;
+        if (is_first ? values[i] != 0 : values[i] < end) return malformed;
+        end = values[i];
+        if (end >= std::int64_t{none}) return out_of_memory;
+        if (!is_first && !push(ends, static_cast<unsigned>(end), progress())) return out_of_memory;
+      }
+      return 0;
     };
     const number_type type = numbers_.read_type();
     const int result = numbers_.read_integers(type, count, take);
     if (result != 0) return result;
-    return static_cast<std::uint64_t>(std::max<std::int64_t>(last, 0)) == size ? 0 : malformed;
+    return static_cast<std::uint64_t>(std::max<std::int64_t>(end, 0)) == size ? 0 : malformed;
   }
 
   int read_connectivity(cell_list& list, std::uint64_t size) noexcept {
     if (!same_word(words_.read_word(), "CONNECTIVITY")) return malformed;
     column_appender<unsigned> nodes(list.nodes);
     const number_type type = numbers_.read_type();
-    return numbers_.read_integers(
-        type, size, [&](std::int64_t value) { return push(nodes, node_of(value), progress()) ? 0 : out_of_memory; });
+    return numbers_.read_integers(type, size, [&](const std::int64_t* values, std::uint64_t found) {
+      return push_nodes(nodes, values, found) ? 0 : out_of_memory;
+    });
+  }
+
+  bool push_nodes(column_appender<unsigned>& nodes, const std::int64_t* values, std::uint64_t count) const noexcept {
+    return push_each(nodes, count, progress(), [values](std::uint64_t i) { return node_of(values[i]); });
   }
 
   static unsigned node_of(std::int64_t value) noexcept {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/limits.h"
 #include "io/distinct_nodes.h"
 #include "io/input_result.h"
 #include "io/vtk.h"
@@ -25,6 +26,26 @@ cell_form form_of(unsigned vtk_type) noexcept {
   return vtk_type < std::size(cell_forms) ? cell_forms[vtk_type] : no_cell;
 }
 
+/// How many cells from the one at `i` on are of its type, have `size` nodes, and do not stand before a poly-vertex; no more
+/// than are looked at at once.
+std::uint64_t run_length(const cell_list& cells, std::uint64_t i, unsigned size) noexcept {
+  const unsigned char* const types = cells.types.data();
+  const unsigned* const ends = cells.ends.data();
+  const std::uint64_t last = std::min(cells.size(), i + limits::cells_at_once);
+  unsigned begin = i == 0 ? 0 : ends[i - 1];
+  std::uint64_t k = i;
+  for (; k != last && types[k] == types[i] && ends[k] - begin == size; ++k) begin = ends[k];
+  const bool before_points = k != i && k != cells.size() && types[k] == poly_vertex;
+  return k - i - (before_points ? 1 : 0);
+}
+
+/// The first of some nodes that a mesh of so many does not have, or their end. A largest one is found several at a time.
+const unsigned* first_unknown(const unsigned* nodes, const unsigned* end, std::uint64_t nbr_nodes) noexcept {
+  unsigned largest = 0;
+  for (const unsigned* node = nodes; node != end; ++node) largest = std::max(largest, *node);
+  return largest < nbr_nodes ? end : std::find_if(nodes, end, [=](unsigned node) { return node >= nbr_nodes; });
+}
+
 }  // namespace
 
 cell_converter::cell cell_converter::cell_at(const cell_list& cells, std::uint64_t i) noexcept {
@@ -37,11 +58,12 @@ int cell_converter::convert(const cell_list& cells, std::uint64_t first_ID) noex
   constexpr std::uint64_t bytes_per_cell = 16;
   const std::uint64_t count = cells.size();
   int result = 0;
-  for (std::uint64_t i = 0; i < count && result == 0; ++i) {
-    i += append_run(cells, i, first_ID);
-    if (i == count) break;
-    ID_ = static_cast<unsigned>(first_ID + i);
+  for (std::uint64_t i = 0; i < count && result == 0;) {
     progress_ = {bytes_per_cell * i, bytes_per_cell * count};
+    const std::uint64_t run = append_run(cells, i, first_ID);
+    i += run;
+    if (run != 0) continue;
+    ID_ = static_cast<unsigned>(first_ID + i);
     const cell c = cell_at(cells, i);
     const bool before_points = i + 1 < count && cells.types.data()[i + 1] == poly_vertex;
     const cell next = before_points ? cell_at(cells, i + 1) : cell{};
@@ -49,34 +71,22 @@ int cell_converter::convert(const cell_list& cells, std::uint64_t first_ID) noex
     // both lie behind one another in the list of nodes
     const bool is_joined = joined != ELT_UNKNOWN && are_distinct(c.nodes, nbr_nodes(joined));
     result = is_joined ? append_joined(joined, c, next) : append_cell(c);
-    i += is_joined ? 1 : 0;
+    i += is_joined ? 2 : 1;
   }
   return result;
 }
 
 /// Appends cells from the one at `i` on while they are of its type, have all nodes of its element and no more, and there is
-/// room for them. Returns their number; what stopped them is for others to decide.
+/// memory for them. Returns their number; what stopped them is for others to decide.
 std::uint64_t cell_converter::append_run(const cell_list& cells, std::uint64_t i, std::uint64_t first_ID) noexcept {
-  const unsigned char* const types = cells.types.data();
-  const unsigned* const ends = cells.ends.data();
-  const unsigned char type = types[i];
-  const cell_form form = form_of(type);
-  if (form.type == ELT_UNKNOWN) return 0;
+  const cell_form form = form_of(cells.types.data()[i]);
+  if (form.type == ELT_UNKNOWN || !out_.keeps(form.type)) return 0;
   const unsigned size = nbr_nodes(form.type);
-  std::uint64_t last = i;
-  unsigned begin = i == 0 ? 0 : ends[i - 1], nodes[27];
-  for (; last < cells.size() && types[last] == type && ends[last] - begin == size; ++last, begin += size) {
-    if (last + 1 < cells.size() && types[last + 1] == poly_vertex) break;
-    unsigned largest = 0;
-    for (unsigned k = 0; k < size; ++k) {
-      const unsigned node = cells.nodes.data()[begin + k];
-      nodes[form.order != nullptr ? form.order[k] : k] = node;
-      largest = std::max(largest, node);
-    }
-    const auto ID = static_cast<unsigned>(first_ID + last);
-    if (largest >= nbr_nodes_ || !out_.has_room(form.type) || !out_.append(form.type, nodes, &ID, {})) break;
-  }
-  return last - i;
+  const unsigned* const nodes = cell_at(cells, i).nodes;
+  const unsigned* const end = nodes + size * run_length(cells, i, size);
+  const auto count = static_cast<std::uint64_t>(first_unknown(nodes, end, nbr_nodes_) - nodes) / size;
+  const auto ID = static_cast<unsigned>(first_ID + i);
+  return count != 0 && out_.append_run(form.type, nodes, form.order, count, ID, progress_) ? count : 0;
 }
 
 int cell_converter::append_joined(element_type type, const cell& first, const cell& second) noexcept {

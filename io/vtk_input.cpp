@@ -117,16 +117,14 @@ class vtk_parser {
     has_points_ = true;
     const io::vtk::number_type type = numbers_.read_type();
     io::column_appender<double> points(coords_);
-    double p[3];
-    unsigned k = 0;
-    const auto take = [&](double x) {
-      p[k++] = x;
-      if (k < 3) return 0;
-      k = 0;
-      return points.append(p, 3, progress()) ? 0 : out_of_memory;
-    };
     if (count > io::vtk::most_numbers / 3) return malformed;
-    const int result = numbers_.read_reals(type, 3 * count, take);
+    const int result = numbers_.read_reals(type, 3, count, [&](const double* values, std::uint64_t found) {
+      double* const places = points.room_for(found, 3, progress());
+      if (places == nullptr) return out_of_memory;
+      std::copy_n(values, 3 * found, places);
+      points.commit(found);
+      return 0;
+    });
     return result == 0 && points.count() >= none ? out_of_memory : result;
   }
 

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <type_traits>
 
+#include "core/check.h"
+#include "core/limits.h"
 #include "io/bytes/big_endian.h"
 #include "io/input_result.h"
 #include "io/text/word_reader.h"
@@ -69,44 +71,18 @@ class number_reader {
     return type;
   }
 
-  /// Reads numbers, and calls take(double) for each up to the first that does not return 0. Returns what that was, else
-  /// 0 or `malformed`.
+  /// Reads columns of `rows` numbers, and calls take(const double* numbers, columns) for several at a time up to the first
+  /// call that does not return 0. Returns what that was, else 0 or `malformed`.
   template <class Take>
-  int read_reals(const number_type& type, std::uint64_t count, Take take) noexcept {
-    if (type.bytes == 0) return malformed;
-    if (binary_) {
-      return visit(type, [&](auto zero) {
-        const auto convert = [&](auto value) { return take(static_cast<double>(value)); };
-        return read_big_endian<decltype(zero)>(blocks_, count, malformed, convert);
-      });
-    }
-    for (; count != 0; --count) {
-      double value = 0;
-      if (!words_.read_double(value)) return malformed;
-      const int result = take(value);
-      if (result != 0) return result;
-    }
-    return 0;
+  int read_reals(const number_type& type, std::uint64_t rows, std::uint64_t columns, Take take) noexcept {
+    return read<double>(type, rows, columns, take);
   }
 
-  /// The same for integers: take(std::int64_t).
+  /// The same for integers, in one row: take(const std::int64_t* numbers, count).
   template <class Take>
   int read_integers(const number_type& type, std::uint64_t count, Take take) noexcept {
-    if (type.bytes == 0 || type.form == number_form::f32 || type.form == number_form::f64) return malformed;
-    if (binary_) {
-      return visit(type, [&](auto zero) {
-        const auto convert = [&](auto value) { return take(static_cast<std::int64_t>(value)); };
-        return read_big_endian<decltype(zero)>(blocks_, count, malformed, convert);
-      });
-    }
-    int result = 0;
-    for (;; --count) {
-      count -= words_.read_plain_integers(count, result, take);
-      if (result != 0 || count == 0) return result;
-      std::int64_t value = 0;
-      if (!words_.read_integer(value)) return malformed;
-      result = take(value);
-    }
+    if (type.form == number_form::f32 || type.form == number_form::f64) return malformed;
+    return read<std::int64_t>(type, 1, count, take);
   }
 
   /// Passes over values, strings too.
@@ -117,31 +93,59 @@ class number_reader {
   }
 
  private:
-  template <class Action>
-  static int visit(const number_type& type, Action action) noexcept {
-    switch (type.form) {
+  template <class Number, class Take>
+  int read(const number_type& type, std::uint64_t rows, std::uint64_t columns, Take take) noexcept {
+    Number numbers[limits::numbers_at_once];
+    if (type.bytes == 0) return malformed;
+    while (columns != 0) {
+      const std::uint64_t most = rows * std::min(columns, limits::numbers_at_once / rows);
+      const std::uint64_t found =
+          (binary_ ? load(type, rows, numbers, most) : words_.read_numbers(numbers, most)) / rows;
+      const int result = found != 0 ? take(numbers, found) : malformed;
+      if (result != 0) return result;
+      columns -= found;
+    }
+    return 0;
+  }
+
+  /// Loads numbers of a binary file, `most` or as many columns as the block has; 0 when the file ends.
+  template <class Number>
+  std::uint64_t load(const number_type& type, std::uint64_t rows, Number* numbers, std::uint64_t most) noexcept {
+    if (!blocks_.fill(rows * type.bytes)) return 0;
+    const std::uint64_t count = std::min(most, blocks_.available() / (rows * type.bytes) * rows);
+    load_as(type.form, count, numbers);
+    blocks_.consume(count * type.bytes);
+    return count;
+  }
+
+  template <class Number>
+  void load_as(number_form form, std::uint64_t count, Number* numbers) const noexcept {
+    const char* const bytes = blocks_.begin();
+    switch (form) {
       case number_form::i8:
-        return action(std::int8_t{});
+        return load_big_endian<std::int8_t>(bytes, count, numbers);
       case number_form::u8:
-        return action(std::uint8_t{});
+        return load_big_endian<std::uint8_t>(bytes, count, numbers);
       case number_form::i16:
-        return action(std::int16_t{});
+        return load_big_endian<std::int16_t>(bytes, count, numbers);
       case number_form::u16:
-        return action(std::uint16_t{});
+        return load_big_endian<std::uint16_t>(bytes, count, numbers);
       case number_form::i32:
-        return action(std::int32_t{});
+        return load_big_endian<std::int32_t>(bytes, count, numbers);
       case number_form::u32:
-        return action(std::uint32_t{});
+        return load_big_endian<std::uint32_t>(bytes, count, numbers);
       case number_form::i64:
-        return action(std::int64_t{});
+        return load_big_endian<std::int64_t>(bytes, count, numbers);
       case number_form::u64:
-        return action(std::uint64_t{});
+        return load_big_endian<std::uint64_t>(bytes, count, numbers);
       case number_form::f32:
-        return action(float{});
+        if constexpr (std::is_same_v<Number, double>) load_big_endian<float>(bytes, count, numbers);
+        return;
       case number_form::f64:
-        return action(double{});
+        if constexpr (std::is_same_v<Number, double>) load_big_endian<double>(bytes, count, numbers);
+        return;
       default:
-        return malformed;
+        QEL_GRIDWORK_CHECK(false);
     }
   }
 

@@ -2,12 +2,9 @@
 #ifndef QEL_GRIDWORK_IO_BYTES_BIG_ENDIAN_H
 #define QEL_GRIDWORK_IO_BYTES_BIG_ENDIAN_H
 
-#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <type_traits>
-
-#include "io/bytes/block_reader.h"
 
 namespace qel::gridwork::detail::io {
 
@@ -27,22 +24,10 @@ T load_big_endian(const char* bytes) noexcept {
   }
 }
 
-/// Reads `count` numbers of type T in pieces, and calls take(number) for each up to the first that does not return 0.
-/// Returns what that was, `cut_short` when the stream ends before, else 0.
-template <class T, class Take>
-int read_big_endian(block_reader& blocks, std::uint64_t count, int cut_short, Take& take) {
-  while (count != 0) {
-    if (!blocks.fill(sizeof(T))) return cut_short;
-    const std::uint64_t piece = std::min(count, blocks.available() / sizeof(T));
-    const char* const begin = blocks.begin();
-    for (std::uint64_t i = 0; i < piece; ++i) {
-      const int result = take(load_big_endian<T>(begin + i * sizeof(T)));
-      if (result != 0) return result;
-    }
-    blocks.consume(piece * sizeof(T));
-    count -= piece;
-  }
-  return 0;
+/// Loads `count` numbers of type T from where they lie one behind the other.
+template <class T, class Number>
+void load_big_endian(const char* bytes, std::uint64_t count, Number* numbers) noexcept {
+  for (std::uint64_t i = 0; i < count; ++i) numbers[i] = static_cast<Number>(load_big_endian<T>(bytes + i * sizeof(T)));
 }
 
 }  // namespace qel::gridwork::detail::io

@@ -70,29 +70,17 @@ class word_reader {
     return true;
   }
 
-  /// Reads integers of up to seven digits with nothing but blanks between them, up to `count`, where they lie in the block.
-  /// Calls take(number) for each up to the first that does not return 0, which is `result` then. Returns their number;
-  /// what stopped it is for read_integer() to decide.
-  template <class Take>
-  std::uint64_t read_plain_integers(std::uint64_t count, int& result, Take& take) noexcept {
-    constexpr std::uint64_t longest = 32;
-    const char* done = text();
-    const char* const last = done + (blocks_.available() > longest ? blocks_.available() - longest : 0);
+  /// Reads so many numbers, up to the first that is none; returns how many.
+  std::uint64_t read_numbers(double* values, std::uint64_t count) noexcept {
     std::uint64_t found = 0;
-    while (found != count && result == 0) {
-      const char* p = done;
-      while (p < last && is_space(*p)) ++p;
-      const bool negative = *p == '-';
-      const char* const first = skip_sign(p);
-      unsigned digits = 0;
-      const char* const end = scan_short_unsigned(first, digits);
-      if (p >= last || end == first || !is_space(*end)) break;
-      result = take(negative ? -std::int64_t{digits} : std::int64_t{digits});
-      done = end;
-      ++found;
-    }
-    pass(done);
+    while (found != count && read_double(values[found])) ++found;
     return found;
+  }
+  std::uint64_t read_numbers(std::int64_t* values, std::uint64_t count) noexcept {
+    for (std::uint64_t found = 0;; ++found) {
+      found += read_plain_integers(values + found, count - found);
+      if (found == count || !read_integer(values[found])) return found;
+    }
   }
 
   /// Reads how many there are of something.
@@ -134,6 +122,28 @@ class word_reader {
       return true;
     }
     return false;
+  }
+
+  /// Reads integers of up to seven digits with nothing but blanks between them, up to `count`, where they lie in the block.
+  /// Returns their number; what stopped it is for read_integer() to decide.
+  std::uint64_t read_plain_integers(std::int64_t* values, std::uint64_t count) noexcept {
+    constexpr std::uint64_t longest = 32;
+    const char* done = text();
+    const char* const last = done + (blocks_.available() > longest ? blocks_.available() - longest : 0);
+    std::uint64_t found = 0;
+    for (; found != count; ++found) {
+      const char* p = done;
+      while (p < last && is_space(*p)) ++p;
+      const bool negative = *p == '-';
+      const char* const first = skip_sign(p);
+      unsigned digits = 0;
+      const char* const end = scan_short_unsigned(first, digits);
+      if (p >= last || end == first || !is_space(*end)) break;
+      values[found] = negative ? -std::int64_t{digits} : std::int64_t{digits};
+      done = end;
+    }
+    pass(done);
+    return found;
   }
 
   bool read_double_with_d(double& value) noexcept {
