@@ -98,6 +98,7 @@ class column_appender {
 template <class T, class Make>
 [[nodiscard]] bool push_each(column_appender<T>& list, std::uint64_t count, const file_progress& file,
                              Make make) noexcept {
+  if (count == 0) return true;
   T* const places = list.room_for(count, 1, file);
   if (places == nullptr) return false;
   for (std::uint64_t i = 0; i < count; ++i) places[i] = make(i);

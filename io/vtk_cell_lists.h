@@ -111,7 +111,7 @@ class list_reader {
   }
 
   static unsigned node_of(std::int64_t value) noexcept {
-    return value >= 0 && value < std::int64_t{none} ? static_cast<unsigned>(value) : none;
+    return static_cast<unsigned>(std::min<std::uint64_t>(static_cast<std::uint64_t>(value), none));
   }
 
   file_progress progress() const noexcept { return {words_.position(), file_size_}; }
