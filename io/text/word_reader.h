@@ -9,6 +9,7 @@
 #include "core/limits.h"
 #include "io/bytes/block_reader.h"
 #include "io/text/number_scan.h"
+#include "io/text/plain_integers.h"
 #include "io/text/text.h"
 
 namespace qel::gridwork::detail::io {
@@ -124,23 +125,14 @@ class word_reader {
     return false;
   }
 
-  /// Reads integers of up to seven digits with nothing but blanks between them, up to `count`, where they lie in the block.
+  /// Reads integers of up to eight digits with nothing but blanks between them, up to `count`, where they lie in the block.
   /// Returns their number; what stopped it is for read_integer() to decide.
   std::uint64_t read_plain_integers(std::int64_t* values, std::uint64_t count) noexcept {
-    constexpr std::uint64_t longest = 32;
     const char* done = text();
-    const char* const last = done + (blocks_.available() > longest ? blocks_.available() - longest : 0);
-    std::uint64_t found = 0;
-    for (; found != count; ++found) {
-      const char* p = done;
-      while (p < last && is_space(*p)) ++p;
-      const bool negative = *p == '-';
-      const char* const first = skip_sign(p);
-      unsigned digits = 0;
-      const char* const end = scan_short_unsigned(first, digits);
-      if (p >= last || end == first || !is_space(*end)) break;
-      values[found] = negative ? -std::int64_t{digits} : std::int64_t{digits};
-      done = end;
+    std::uint64_t found = 0, before = count;
+    while (found != before && found != count && blocks_.end() - done >= 64) {
+      before = found;
+      done = scan_plain_integers(done, values, count, found);
     }
     pass(done);
     return found;
