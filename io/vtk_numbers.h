@@ -121,6 +121,10 @@ class number_reader {
   template <class Number>
   void load_as(number_form form, std::uint64_t count, Number* numbers) const noexcept {
     const char* const bytes = blocks_.begin();
+    if constexpr (std::is_same_v<Number, double>) {
+      if (form == number_form::f32) return load_big_endian<float>(bytes, count, numbers);
+      if (form == number_form::f64) return load_big_endian<double>(bytes, count, numbers);
+    }
     switch (form) {
       case number_form::i8:
         return load_big_endian<std::int8_t>(bytes, count, numbers);
@@ -138,12 +142,6 @@ class number_reader {
         return load_big_endian<std::int64_t>(bytes, count, numbers);
       case number_form::u64:
         return load_big_endian<std::uint64_t>(bytes, count, numbers);
-      case number_form::f32:
-        if constexpr (std::is_same_v<Number, double>) load_big_endian<float>(bytes, count, numbers);
-        return;
-      case number_form::f64:
-        if constexpr (std::is_same_v<Number, double>) load_big_endian<double>(bytes, count, numbers);
-        return;
       default:
         QEL_GRIDWORK_CHECK(false);
     }

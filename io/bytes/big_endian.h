@@ -27,7 +27,10 @@ T load_big_endian(const char* bytes) noexcept {
 /// Loads `count` numbers of type T from where they lie one behind the other.
 template <class T, class Number>
 void load_big_endian(const char* bytes, std::uint64_t count, Number* numbers) noexcept {
-  for (std::uint64_t i = 0; i < count; ++i) numbers[i] = static_cast<Number>(load_big_endian<T>(bytes + i * sizeof(T)));
+  for (std::uint64_t i = 0; i < count; ++i) {
+    const T number = load_big_endian<T>(bytes + i * sizeof(T));
+    numbers[i] = static_cast<Number>(number);  // NOLINT(bugprone-signed-char-misuse): of a number, not a character
+  }
 }
 
 }  // namespace qel::gridwork::detail::io
