@@ -17,7 +17,7 @@ struct boundary_command {
 };
 
 void take(session& s, report::mesh& m, json& object, bool closed) {
-  const step progress(s, "looking for the boundary");
+  const step progress(s, "looking for the boundary", count_elements(m));
   if (report::mesh_dim(m) < 2) throw failure("there are neither faces nor solids");
   if (!has_valid_nodes(m)) throw failure("elements have nodes that are not there");
   require(take_boundary(m));

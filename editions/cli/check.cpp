@@ -42,7 +42,7 @@ void add_removed(const loaded& file, std::vector<report::finding>& findings) {
 
 void check(session& s, const std::string& name, const check_command& options) {
   const loaded file = load(s, name, options.input.from);
-  const step progress(s, "checking " + name);
+  const step progress(s, "checking " + name, count_elements(file.m));
   std::vector<report::finding> findings;
   require(find_faults(file.m, options.wanted, findings));
   add_removed(file, findings);

@@ -32,7 +32,7 @@ report::clip_options plane_of(const clip_command& options) {
 }
 
 void clip(const session& s, report::mesh& m, const clip_command& options) {
-  const step progress(s, "clipping");
+  const step progress(s, "clipping", count_elements(m));
   for (const report::block& b : m.blocks) {
     if (options.elements != "cut" || report::can_be_cut(b.type)) continue;
     throw failure(std::string(report::type_name(b.type)) + " cannot be cut; --elements keeps whole ones");

@@ -69,6 +69,7 @@ void rewrite(session& s, const std::string& command, const in_out_options& optio
              bool may_be_empty = false) {
   loaded file;
   json object = s.object(command, options.in);
+  s.leave_stdout_to(options.output.out);
   if (!guard(s, command, options.output.out, [&] { check_output(options.output); })) return;
   const bool changed = guard(s, command, options.in, [&] {
     file = load(s, options.in, options.from);
@@ -80,7 +81,7 @@ void rewrite(session& s, const std::string& command, const in_out_options& optio
     object.add("out", options.output.out);
     object.add("nodes", file.m.coords.cols()).add("elements", count_elements(file.m));
     if (!may_be_empty || !file.m.blocks.empty()) save(s, std::move(file.m), options.output);
-    if (s.as_json && options.output.out != "-") s.print(object);
+    if (s.as_json) s.print(object);
   });
 }
 

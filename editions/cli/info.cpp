@@ -68,7 +68,7 @@ void print_info(const session& s, const std::string& name, const loaded& file, c
 
 void describe(session& s, const std::string& name, const std::string& from) {
   const loaded file = load(s, name, from);
-  const step progress(s, "looking at " + name);
+  const step progress(s, "looking at " + name, count_elements(file.m));
   report::summary found;
   require(summarize(file.m, 1, found));
   if (s.as_json)

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <vector>
 
 #include "descriptors.h"
@@ -50,6 +51,13 @@ const report::format& readable_format(const std::string& name, const std::string
   return *kind;
 }
 
+// Not known of pipes.
+std::uint64_t size_of(const std::string& name) {
+  std::error_code unknown;
+  const std::uintmax_t size = std::filesystem::file_size(name, unknown);
+  return unknown ? 0 : size;
+}
+
 }  // namespace
 
 input_file::input_file(const std::string& name) {
@@ -76,7 +84,7 @@ void input_file::keep_in_memory() {
 loaded load(const session& s, const std::string& name, const std::string& from) {
   loaded file;
   file.kind = &readable_format(name, from);
-  const step progress(s, "reading " + name);
+  const step progress(s, "reading " + name, size_of(name), "bytes");
   const input_file input(name);
   const report::refusal refused = read_file(input.path(), file);
   if (!refused.words.empty()) throw failure(refused.words, refused.result);

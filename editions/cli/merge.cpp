@@ -25,7 +25,7 @@ void tell(const session& s, const report::cleaned& counts) {
 }
 
 void merge_nodes(const session& s, report::mesh& m, json& object, const merge_command& options) {
-  const step progress(s, "merging");
+  const step progress(s, "merging", count_elements(m));
   report::cleaned counts;
   require(clean(m, options.tolerance, options.mode, counts));
   object.add("merged", counts.merged).add("removed_elements", counts.removed_elements);

@@ -22,7 +22,7 @@ qel::gridwork::size_rule rule_of(const std::string& word) {
 }
 
 report::sizes sizes_of(const session& s, const report::mesh& m, const report::size_options& wanted, json& object) {
-  const step progress(s, "measuring edges");
+  const step progress(s, "measuring edges", count_elements(m));
   report::sizes h;
   report::size_report found;
   if (m.coords.rows() < 2) throw failure("sizes need two or three coordinates a node");
@@ -43,6 +43,7 @@ void make(session& s, const metric_command& options) {
   json object = s.object("metric", options.in);
   report::sizes h;
   unsigned dim = 3;
+  s.leave_stdout_to(options.output.out);
   if (!guard(s, "metric", options.output.out, [&] { check_overwriting(options.output); })) return;
   const bool found = guard(s, "metric", options.in, [&] {
     const loaded file = load(s, options.in, options.from);
@@ -55,7 +56,7 @@ void make(session& s, const metric_command& options) {
       return report::outcome{qel::gridwork::operation::medit_scalar, qel::gridwork::medit_scalar(path, dim, h)};
     });
     object.add("out", options.output.out);
-    if (s.as_json && options.output.out != "-") s.print(object);
+    if (s.as_json) s.print(object);
   });
 }
 

@@ -125,7 +125,7 @@ void save(const session& s, report::mesh m, const output_options& options) {
   if (is_stream(options.out)) {
     const report::format& kind = writable_format(options);
     leave_out_or_refuse(m, kind, options.drop, s);
-    const step progress(s, "writing " + options.out);
+    const step progress(s, "writing " + options.out, count_elements(m));
     write_to_stream(options.out, writing_of(kind, m, options.text));
     return;
   }
@@ -152,7 +152,7 @@ void output_files::add(const std::string& out, const writing& write) {
 void output_files::add(const session& s, report::mesh m, const output_options& options) {
   const report::format& kind = writable_format(options);
   leave_out_or_refuse(m, kind, options.drop, s);
-  const step progress(s, "writing " + options.out);
+  const step progress(s, "writing " + options.out, count_elements(m));
   const std::string geometry = has_case(kind, options.out) ? geometry_of(options.out) : options.out;
   add(geometry, writing_of(kind, m, options.text));
   if (geometry != options.out) add(options.out, [&](const char* path) { return write_case(path, geometry); });

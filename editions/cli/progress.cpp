@@ -7,7 +7,8 @@
 
 namespace cli {
 
-step::step(const session& s, std::string name) : name_(std::move(name)) {
+step::step(const session& s, std::string name, std::uint64_t size, const char* unit) : name_(std::move(name)) {
+  if (size != 0) name_ += " (" + grouped(size) + " " + unit + ")";
   if (!s.quiet && isatty(STDERR_FILENO) == 1) watcher_ = std::thread(&step::watch, this);
 }
 

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -15,7 +16,8 @@ namespace cli {
 /// A step of the work, named on stderr when it lasts longer than half a second, and there is a terminal.
 class step {
  public:
-  step(const session& s, std::string name);
+  /// With the size of what is worked on, where it is known.
+  step(const session& s, std::string name, std::uint64_t size, const char* unit = "elements");
   ~step();
   step(const step&) = delete;
   step& operator=(const step&) = delete;

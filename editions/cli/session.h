@@ -29,6 +29,9 @@ class session {
   /// Says on the stream of errors, and as JSON if that is wanted, what is wrong with a file.
   void report_error(std::string_view command, std::string_view file, std::string_view words, int result);
 
+  /// Where standard output is the mesh, it takes no objects.
+  void leave_stdout_to(std::string_view out) { as_json = as_json && out != "-"; }
+
   /// The worst status that was noted is the program's.
   void note(status s) { status_ = s > status_ ? s : status_; }
 

@@ -26,7 +26,7 @@ std::string file_of_part(const std::string& out, std::size_t part) {
 }
 
 std::uint64_t color(const session& s, report::mesh& m, const report::subdomain_options& options) {
-  const step progress(s, "looking for parts");
+  const step progress(s, "looking for parts", count_elements(m));
   if (report::mesh_dim(m) < 1) throw failure("there are no elements that could be connected");
   if (!has_valid_nodes(m)) throw failure("elements have nodes that are not there");
   return require(color_subdomains(m, options));
@@ -62,7 +62,7 @@ void write(const session& s, report::mesh m, const split_command& options, json&
     save(s, std::move(m), output);
   else
     write_parts(s, m, output, object);
-  if (s.as_json && output.out != "-") s.print(object);
+  if (s.as_json) s.print(object);
 }
 
 void tell(const session& s, std::uint64_t parts, std::uint64_t left_out) {
@@ -75,6 +75,7 @@ void split(session& s, const split_command& options) {
   json object = s.object("split", options.files.in);
   loaded file;
   const std::string& out = options.files.output.out;
+  s.leave_stdout_to(out);
   if (!guard(s, "split", out, [&] { check_outputs(options); })) return;
   const bool found = guard(s, "split", options.files.in, [&] {
     file = load(s, options.files.in, options.files.from);

@@ -94,7 +94,7 @@ void add_transform(CLI::App& app, session& s) {
   command->callback([&s, options, command] {
     const std::vector<placing> steps = steps_of(*command, *options);
     rewrite(s, "transform", options->files, [&](report::mesh& m, json&) {
-      const step progress(s, "transforming");
+      const step progress(s, "transforming", count_elements(m));
       require(place(m, steps));
     });
   });

@@ -3,6 +3,7 @@
 
 #include "file_bytes.h"
 #include "formats.h"
+#include "second_look.h"
 
 namespace report {
 
@@ -16,8 +17,9 @@ struct blocks_read {
 
 // The references of columns from `first` on; none if all are 0.
 bool copy_references(const qel::dense1D<unsigned>& from, std::uint64_t first, block& b) {
+  if (from.empty()) return true;
   const unsigned* start = from.data() + first;
-  if (from.empty() || std::all_of(start, start + b.connectivity.cols(), [](unsigned r) { return r == 0; })) return true;
+  if (std::all_of(start, start + b.connectivity.cols(), [](unsigned r) { return r == 0; })) return true;
   if (!b.references.resize(b.connectivity.cols())) return false;
   std::copy(start, start + b.connectivity.cols(), b.references.data());
   return true;
@@ -33,8 +35,13 @@ int take_blocks(const blocks_read& all, int result, mesh& m) {
   return result;
 }
 
-std::string words_for(gw::operation reader, int result) {
-  return result < 0 ? message(reader, result) : "it has no element that can be read";
+using fault_finder = std::string (*)(const file_bytes& bytes, int result);
+
+// With the line of the fault, for the results that have one.
+std::string words_for(gw::operation reader, int result, const file_bytes& bytes, fault_finder find) {
+  const bool has_place = result == malformed || result == unknown_node || result == node_differs;
+  const std::string fault = has_place ? find(bytes, result) : std::string();
+  return fault.empty() ? message(reader, result) : fault;
 }
 
 std::string third_line(const file_bytes& bytes) {
@@ -53,8 +60,8 @@ int read_medit(const char* path, mesh& m) {
   return take_blocks(all, result, m);
 }
 
-std::string explain_medit(int result, const file_bytes& /*bytes*/) {
-  return words_for(gw::operation::medit_input, result);
+std::string explain_medit(int result, const file_bytes& bytes) {
+  return words_for(gw::operation::medit_input, result, bytes, find_medit_fault);
 }
 
 int read_vtk(const char* path, mesh& m) {
@@ -66,7 +73,9 @@ int read_vtk(const char* path, mesh& m) {
 
 file_facts look_at_vtk(const file_bytes& bytes) { return {!holds(lower_case(third_line(bytes)), "binary"), 0}; }
 
-std::string explain_vtk(int result, const file_bytes& /*bytes*/) { return words_for(gw::operation::vtk_input, result); }
+std::string explain_vtk(int result, const file_bytes& bytes) {
+  return words_for(gw::operation::vtk_input, result, bytes, find_vtk_fault);
+}
 
 int read_nastran(const char* path, mesh& m) {
   blocks_read all;
@@ -76,8 +85,8 @@ int read_nastran(const char* path, mesh& m) {
   return take_blocks(all, result, m);
 }
 
-std::string explain_nastran(int result, const file_bytes& /*bytes*/) {
-  return words_for(gw::operation::NASTRAN_input, result);
+std::string explain_nastran(int result, const file_bytes& bytes) {
+  return words_for(gw::operation::NASTRAN_input, result, bytes, find_nastran_fault);
 }
 
 int read_femap(const char* path, mesh& m) {
@@ -88,8 +97,8 @@ int read_femap(const char* path, mesh& m) {
   return take_blocks(all, result, m);
 }
 
-std::string explain_femap(int result, const file_bytes& /*bytes*/) {
-  return words_for(gw::operation::FEMAP_input, result);
+std::string explain_femap(int result, const file_bytes& bytes) {
+  return words_for(gw::operation::FEMAP_input, result, bytes, find_femap_fault);
 }
 
 }  // namespace report

@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::size_t head_size = 512;
 constexpr std::size_t block_size = 1U << 16U;
-constexpr std::size_t longest_line = 1U << 20U;
 
 char lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
 
@@ -24,7 +23,8 @@ file_bytes::file_bytes(const char* path) : path_(path) {
   if (fseeko(stream.get(), 0, SEEK_END) == 0) size_ = static_cast<std::uint64_t>(ftello(stream.get()));
 }
 
-line_reader::line_reader(const file_bytes& file) : stream_(std::fopen(file.path(), "rb")), block_(block_size) {}
+line_reader::line_reader(const file_bytes& file)
+    : stream_(std::fopen(file.path(), "rb")), block_(block_size), rest_(block_.data(), 0) {}
 
 bool line_reader::next() {
   std::size_t end = rest_.find('\n');
@@ -40,7 +40,7 @@ bool line_reader::at_end() { return rest_.empty() && !fill(); }
 
 // Reads on behind the rest, which moves to the front; false when nothing came.
 bool line_reader::fill() {
-  if (stream_ == nullptr || rest_.size() >= longest_line) return false;
+  if (stream_ == nullptr || rest_.size() >= longest) return false;
   std::memmove(block_.data(), rest_.data(), rest_.size());
   if (rest_.size() == block_.size()) block_.resize(2 * block_.size());
   char* const end = block_.data() + rest_.size();

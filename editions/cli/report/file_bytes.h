@@ -32,9 +32,11 @@ class file_bytes {
   std::uint64_t size_ = 0;
 };
 
-/// The lines of a text file. Those of a MiB and more come in parts.
+/// The lines of a text file. Longer ones than `longest` come in parts.
 class line_reader {
  public:
+  static constexpr std::size_t longest = 1U << 20U;
+
   explicit line_reader(const file_bytes& file);
 
   /// False behind the last line.

@@ -70,7 +70,7 @@ struct joined {
   qel::dense1D<int> types;
 };
 
-// Properties are IDs; MEDIT leaves out what has the last reference of all.
+// Properties are IDs.
 bool has_references(const block& b, unsigned lower, unsigned upper) {
   const unsigned* first = b.references.data();
   return !b.references.empty() &&
@@ -143,17 +143,18 @@ bool medit_holds(gw::element_type type) {
   return is_plain(type) && type != gw::ELT_PYRAMID13 && type != gw::ELT_WEDGE15;
 }
 
-// The writer takes references for one matrix only, which may be a mixed one.
+// The library's writer takes references for one matrix only, which may be a mixed one, and leaves out what has the last
+// of all.
 int write_medit(const char* path, const mesh& m, bool /*text*/) {
-  const bool with_references = !m.blocks.empty() && std::all_of(m.blocks.begin(), m.blocks.end(), [&](const block& b) {
-    return has_references(b, 0, ~0U - 1) && element_dim(b.type) == mesh_dim(m);
-  });
-  if (with_references) {
-    block all;
-    if (!join_linear(m, all)) return out_of_memory;
-    return gw::medit_output(path, m.coords, all.connectivity, all.type, all.references);
-  }
-  return write_range(path, m, [](const auto&... arguments) { return gw::medit_output(arguments...); });
+  const auto all_blocks = [&](auto test) { return std::all_of(m.blocks.begin(), m.blocks.end(), test); };
+  if (all_blocks([](const block& b) { return b.references.empty(); }))
+    return write_range(path, m, [](const auto&... arguments) { return gw::medit_output(arguments...); });
+  const bool is_one_matrix =
+      all_blocks([&](const block& b) { return has_references(b, 0, ~0U - 1) && element_dim(b.type) == mesh_dim(m); });
+  if (!is_one_matrix) return write_medit_sections(path, m);
+  block all;
+  if (!join_linear(m, all)) return out_of_memory;
+  return gw::medit_output(path, m.coords, all.connectivity, all.type, all.references);
 }
 
 bool vtk_holds(gw::element_type type) { return medit_holds(type); }

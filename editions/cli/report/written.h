@@ -17,6 +17,9 @@ int write_obj(const char* path, const mesh& m, bool text);
 bool medit_holds(gw::element_type type);
 int write_medit(const char* path, const mesh& m, bool text);
 
+/// The same with the references of all elements, 0 for those of blocks without, and all digits of the coordinates.
+int write_medit_sections(const char* path, const mesh& m);
+
 bool vtk_holds(gw::element_type type);
 int write_vtk(const char* path, const mesh& m, bool text);
 

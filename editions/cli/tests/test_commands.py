@@ -74,7 +74,7 @@ def test_open_boundaries_and_low_quality_are_faults_where_that_is_asked(tool):
     ("bad.mesh", "Dimension 3\n", "no MEDIT mesh"),
     ("what.xyz", "1 2 3\n", "--from"),
     ("bad.vtk", "x", "no VTK file"),
-    ("bad.nas", "BEGIN BULK\nGRID,1,,0.,x,0.\n", "no number"),
+    ("bad.nas", "BEGIN BULK\nGRID,1,,0.,x,0.\n", 'line 2: "x" is no coordinate of a node'),
     ("bad.neu", "x\n", "FEMAP"),
     ("only.case", "x", "written, but not read")])
 def test_damaged_files_are_told_with_their_line(tool, name, text, words):
@@ -153,6 +153,19 @@ def test_references_are_kept_where_formats_have_them(tool):
         assert tool.run("merge", "in.nas", out).returncode == 0
         assert words in (tool.folder / out).read_text()
         assert tool.objects("info", out)[0]["elements"] == {"TRIA3": 2}
+
+
+def test_references_of_elements_of_several_dimensions_are_kept(tool):
+    nodes = "0 0 0 0\n.1 0 0 0\n0 1 0 0\n0 0 1 0\n1 1 1 0\n"
+    (tool.folder / "in.mesh").write_text(
+        f"MeshVersionFormatted 2\nDimension 3\nVertices\n5\n{nodes}Tetrahedra\n2\n1 2 3 4 7\n2 3 4 5 8\n"
+        "Triangles\n2\n1 2 3 4294967295\n2 3 5 3\nPyramids\n1\n1 2 3 4 5 0\nEnd\n")
+    tool.run("transform", "in.mesh", "out.mesh", "--translate", "0.2,0,0")
+    text = (tool.folder / "out.mesh").read_text()
+    for words in ("1 2 3 4 7\n2 3 4 5 8\n", "Triangles\n2\n1 2 3 4294967295\n2 3 5 3\n", "1 2 3 4 5 5 5 5 0\n",
+                  "0.30000000000000004 0 0 0\n"):
+        assert words in text
+    assert tool.objects("info", "out.mesh")[0]["elements"] == {"TRIA3": 2, "TETRA4": 2, "PYRAMID5": 1}
 
 
 def test_what_a_file_has_beside_its_mesh_is_counted(tool):

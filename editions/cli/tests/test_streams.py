@@ -51,6 +51,14 @@ def test_standard_output_takes_a_mesh_alone(tool):
     assert b"merged nodes" in result.stderr
 
 
+def test_standard_output_with_a_mesh_takes_no_objects(tool):
+    for arguments in (["convert", "none.obj", "-", "--to", "stl"], ["metric", "none.obj", "-"],
+                      ["split", "none.obj", "-", "--to", "medit", "--colors"]):
+        result = tool.run("--json", *arguments)
+        assert (result.returncode, result.stdout) == (2, b"") and b"No such file" in result.stderr
+    assert tool.run("--json", "merge", "solid.obj", "-", "--to", "obj").stdout.startswith(b" v ")
+
+
 @pytest.mark.parametrize("option", ["stl", "obj", "medit", "vtk", "nastran", "femap", "ensight"])
 def test_a_full_device_is_noticed(tool, option):
     result = tool.run("convert", "solid.obj", "/dev/full", "--to", option)
