@@ -1,6 +1,5 @@
 // What is wrong with a FEMAP neutral file.
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 #include <vector>
 
@@ -22,7 +21,14 @@ std::vector<std::string_view> fields_of(std::string_view line) {
   return fields;
 }
 
-constexpr int topologies[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 10, 11, 12, 14, 19};
+// Than version 4.5.
+bool is_older(std::string_view version) {
+  const std::size_t point = version.find('.');
+  const std::string_view whole = version.substr(0, point), behind = version.substr(std::min(point, version.size()));
+  return whole.size() == 1 && (whole < "4" || (whole == "4" && behind < ".5"));
+}
+
+constexpr std::string_view topologies[] = {"0", "1", "2", "3", "4", "5", "6", "7", "8", "10", "11", "12", "14", "19"};
 
 class femap_look : public record_look {
  public:
@@ -66,7 +72,7 @@ class femap_look : public record_look {
   void look_at_version() {
     has_lists_ = true;
     if (!next_line() || is_mark() || !next_line() || is_mark()) return;
-    has_lists_ = fields_.empty() || std::strtod(std::string(field(0)).c_str(), nullptr) >= 4.5;
+    has_lists_ = fields_.empty() || !is_older(field(0));
     skip_to_mark();
   }
 
@@ -80,12 +86,13 @@ class femap_look : public record_look {
 
   bool look_at_node() {
     unsigned ID = 0;
-    place where = {};
+    std::string place;
     if (!expect_ID(field(0), "ID of a node", ID)) return false;
-    for (std::size_t k = 0; k < 3; ++k) {
-      if (!expect_real(field(11 + k), "coordinate of a node", where[k])) return false;
+    for (std::size_t k = 11; k < 14; ++k) {
+      if (!expect_real(field(k), "coordinate of a node")) return false;
+      place += std::string(field(k)) + ",";
     }
-    return add_node(ID, where);
+    return add_node(ID, place);
   }
 
   bool look_at_element() {
@@ -94,8 +101,7 @@ class femap_look : public record_look {
         !expect_whole(field(4), "topology")) {
       return false;
     }
-    const int topology = std::atoi(std::string(field(4)).c_str());
-    const bool is_read = std::find(std::begin(topologies), std::end(topologies), topology) != std::end(topologies);
+    const bool is_read = std::find(std::begin(topologies), std::end(topologies), field(4)) != std::end(topologies);
     for (int line = 0; line < 2; ++line) {
       if (!next_of_record() || (is_read && !look_at_slots())) return false;
     }

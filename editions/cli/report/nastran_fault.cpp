@@ -76,7 +76,7 @@ class nastran_look : public record_look {
     line_.clear();
     while (line_.empty() && lines_.next()) {
       line_ = lines_.line().substr(0, lines_.line().find('$'));
-      line_.erase(line_.find_last_not_of(" \t\r\v\f") + 1);
+      line_.erase(line_.find_last_not_of(blanks) + 1);
     }
   }
 
@@ -133,14 +133,14 @@ class nastran_look : public record_look {
 
   bool look_at_node() {
     unsigned ID = 0;
-    place where = {};
+    std::string place;
     if (!expect_ID(field(0), "ID of a node", ID)) return false;
-    for (std::size_t k = 0; k < 4; ++k) {
-      const std::string_view text = field(1 + k);
-      const bool is_there = !text.empty();
-      if (is_there && !expect_real(text, k == 0 ? "coordinate system" : "coordinate of a node", where[k])) return false;
+    for (std::size_t k = 1; k < 5; ++k) {
+      const bool is_there = !field(k).empty();
+      if (is_there && !expect_real(field(k), k == 1 ? "coordinate system" : "coordinate of a node")) return false;
+      place += std::string(field(k)) + ",";
     }
-    return add_node(ID, where);
+    return add_node(ID, place);
   }
 
   bool look_at_element(const element_card& card) {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
-#include <cstdlib>
 #include <limits>
+
+#include "number_text.h"
 
 namespace report {
 
@@ -17,22 +17,19 @@ bool scan_whole(std::string_view field, std::int64_t& value) {
 }
 
 // As programs in Fortran write it: the exponent stands behind E, D or nothing but its sign.
-bool scan_real(std::string_view field, double& value) {
+bool is_real(std::string_view field) {
   std::string number = lower_case(field);
   std::replace(number.begin(), number.end(), 'd', 'e');
   if (number.empty() || number.find_first_not_of("0123456789.+-e") != std::string::npos) return false;
   const std::size_t sign = number.find_last_of("+-");
   if (sign != std::string::npos && sign != 0 && number[sign - 1] != 'e') number.insert(sign, "e");
-  char* end = nullptr;
-  value = std::strtod(number.c_str(), &end);
-  return *end == '\0' && std::isfinite(value);
+  return number_length(number) == number.size();
 }
 
 }  // namespace
 
 std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view blanks = " \t\r\v\f";
-  text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+  text = without_blanks(text);
   return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
@@ -54,12 +51,13 @@ bool record_look::expect_whole(std::string_view field, const char* what) {
   return scan_whole(field, value) || fail(quoted(field) + " is no " + what);
 }
 
-bool record_look::expect_real(std::string_view field, const char* what, double& value) {
-  return scan_real(field, value) || fail(quoted(field) + " is no " + what);
+bool record_look::expect_real(std::string_view field, const char* what) {
+  return is_real(field) || fail(quoted(field) + " is no " + what);
 }
 
-bool record_look::add_node(unsigned ID, const place& where) {
-  return nodes_.emplace(ID, where).first->second == where ||
+bool record_look::add_node(unsigned ID, const std::string& place) {
+  const std::string& first = nodes_.emplace(ID, result_ == node_differs ? place : std::string()).first->second;
+  return result_ != node_differs || first == place ||
          fail("node " + std::to_string(ID) + " is defined again, at another place or in another system", node_differs);
 }
 

@@ -2,7 +2,6 @@
 #ifndef QEL_GRIDWORK_CLI_REPORT_RECORD_LOOK_H
 #define QEL_GRIDWORK_CLI_REPORT_RECORD_LOOK_H
 
-#include <array>
 #include <map>
 
 #include "second_look.h"
@@ -19,8 +18,6 @@ class record_look {
   const std::string& fault() const { return fault_; }
 
  protected:
-  using place = std::array<double, 4>;  // and the coordinate system
-
   /// From here on faults are those of the line that was read last.
   void begin_record() { record_line_ = lines_.number(); }
 
@@ -31,10 +28,10 @@ class record_look {
 
   bool expect_ID(std::string_view field, const char* what, unsigned& ID);
   bool expect_whole(std::string_view field, const char* what);
-  bool expect_real(std::string_view field, const char* what, double& value);
+  bool expect_real(std::string_view field, const char* what);
 
-  /// A node; at another place than before, if it is there, it is a fault.
-  bool add_node(unsigned ID, const place& where);
+  /// A node, and the fields of its place; with others than before, if it is there, it is a fault.
+  bool add_node(unsigned ID, const std::string& place);
 
   /// A node of an element: a fault when it is not there.
   bool use_node(unsigned ID);
@@ -44,7 +41,7 @@ class record_look {
  private:
   int result_;
   const record_look* before_;
-  std::map<unsigned, place> nodes_;
+  std::map<unsigned, std::string> nodes_;  // with their places, where these matter
   std::uint64_t record_line_ = 0;
   std::string fault_;
 };

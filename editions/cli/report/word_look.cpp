@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdlib>
+
+#include "number_text.h"
 
 namespace report {
 
@@ -10,14 +11,10 @@ namespace {
 
 bool is_blank(char c) { return static_cast<unsigned char>(c) <= ' '; }
 
-// As scanf reads it, or with a D before its exponent.
+// Also with a D before its exponent.
 bool is_real(std::string word) {
-  char* end = nullptr;
-  std::strtod(word.c_str(), &end);
-  if (*end == '\0') return true;
   std::replace(word.begin(), word.end(), 'd', 'e');
-  std::strtod(word.c_str(), &end);
-  return *end == '\0';
+  return number_length(word) == word.size();
 }
 
 bool scan_integer(std::string_view word, std::int64_t& value) {
