@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # Builds the page and the npm package for browsers, and serves the page on the loopback interface:
-# scripts/web.sh [--build-only | --test | --speed] [PORT]. The package is left in build/web/package, the page in
+# scripts/web.sh [--build-only | --test | --twice | --speed] [PORT]. The package is left in build/web/package, the page in
 # build/web/page. --test runs the tests instead; those in Chromium are skipped where it is not installed. What they compare
-# with is built natively, unless GRIDWORK_NATIVE_BUILD names a folder where it is. --speed measures, on a quiet machine,
-# beside the native library, three.js and meshoptimizer.
+# with is built natively, unless GRIDWORK_NATIVE_BUILD names a folder where it is. --twice builds once more elsewhere, and
+# fails where a byte differs. --speed measures, on a quiet machine, beside the native library, three.js and meshoptimizer.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
-need_packages clang-22 lld-22 libc++-22-dev-wasm32 libclang-rt-22-dev-wasm32 wasi-libc cmake ninja-build
+need_packages binaryen clang-22 lld-22 libc++-22-dev-wasm32 libclang-rt-22-dev-wasm32 wasi-libc cmake ninja-build
 if ! command -v node > /dev/null; then need_packages nodejs npm; fi
 
 build_native() {
@@ -33,6 +33,12 @@ case ${1:-} in
     cmake --build --preset web --target determinism
     if [[ ! -d build/web/node_modules/playwright-core ]]; then install_peers "$(peer playwright-core)"; fi
     node --test editions/web/test/*.test.mjs
+    ;;
+  --twice)
+    cmake --preset web -B build/web-again > /dev/null
+    CCACHE_DISABLE=1 cmake --build build/web-again
+    node editions/web/assemble.mjs build/web-again
+    for folder in package page; do diff -r "build/web/$folder" "build/web-again/$folder"; done
     ;;
   --speed)
     build_native qel_gridwork

@@ -1,7 +1,6 @@
 #include "file_bytes.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 
 namespace report {
@@ -10,8 +9,6 @@ namespace {
 
 constexpr std::size_t head_size = 512;
 constexpr std::size_t block_size = 1U << 16U;
-
-char lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
 
 }  // namespace
 
@@ -55,12 +52,12 @@ std::string_view without_blanks(std::string_view text) {
 
 std::string lower_case(std::string_view text) {
   std::string all(text);
-  std::transform(all.begin(), all.end(), all.begin(), lower);
+  for (char& c : all) c = lower_case(c);
   return all;
 }
 
 bool holds_in_any_case(std::string_view text, std::string_view word) {
-  const auto same = [](char a, char b) { return lower(a) == b; };
+  const auto same = [](char a, char b) { return lower_case(a) == b; };
   return std::search(text.begin(), text.end(), word.begin(), word.end(), same) != text.end();
 }
 

@@ -60,6 +60,7 @@ inline constexpr std::string_view blanks = " \t\r\v\f";
 /// What is left of a text behind the blanks that it begins with.
 std::string_view without_blanks(std::string_view text);
 
+constexpr char lower_case(char c) { return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c); }
 std::string lower_case(std::string_view text);
 
 inline bool holds(std::string_view text, std::string_view word) { return text.find(word) != std::string_view::npos; }

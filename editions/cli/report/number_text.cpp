@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "file_bytes.h"
+
 namespace report {
 
 namespace {
@@ -17,7 +19,7 @@ std::size_t sign_length(std::string_view text) { return !text.empty() && (text[0
 
 // `word` is in lower case.
 bool begins_with(std::string_view text, std::string_view word) {
-  const auto same = [](char lower, char c) { return (c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c) == lower; };
+  const auto same = [](char lower, char c) { return lower_case(c) == lower; };
   return text.size() >= word.size() && std::equal(word.begin(), word.end(), text.begin(), same);
 }
 

@@ -1,5 +1,5 @@
 // The page: what is dropped goes to a worker, what comes back is shown.
-import { formatOf } from './names.mjs';
+import { formatOf, readEndings } from './names.mjs';
 import { approach, showMesh } from './picture.mjs';
 import { chainParts, reportParts, verdictOf } from './report.mjs';
 import { Session } from './session.mjs';
@@ -33,7 +33,7 @@ function open(file) {
   for (const id of ['error', 'note', 'cleaned']) $(id).textContent = '';
   $('found').hidden = true;
   if (formatOf(file.name) === undefined) {
-    fail(`${file.name}: the format is not known. Files are told by their endings: .stl, .obj, .vtk, .mesh, .nas, .bdf, .dat, .neu.`);
+    fail(`${file.name}: the format is not known. Files are told by their endings: ${readEndings.map((ending) => `.${ending}`).join(', ')}.`);
     return;
   }
   name = file.name;

@@ -5,10 +5,11 @@
 #include "exports.h"
 #include "slots.h"
 
-// Nobody reads what the standard library would print before it ends: a tenth of the page's module would be printf().
+// Nobody reads what the standard library would print before it ends, and printf() would take much room.
 _LIBCPP_BEGIN_NAMESPACE_STD
 void __libcpp_verbose_abort(const char*, ...) noexcept { __builtin_trap(); }
 _LIBCPP_END_NAMESPACE_STD
+extern "C" void __abort_message(const char*, ...) { __builtin_trap(); }
 
 namespace web {
 

@@ -69,6 +69,7 @@ std::string described(const held_mesh& m) {
   add_summary(object, m.file, m.found);
   object.add("used_nodes", m.found.use.used).add("measured_elements", m.found.sides.elements);
   std::vector<report::json> shapes;
+  shapes.reserve(m.found.shapes.size());
   for (const report::shapes& s : m.found.shapes) shapes.push_back(shapes_json(s));
   return object.add("shapes", shapes).text();
 }
