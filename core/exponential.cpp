@@ -1,5 +1,7 @@
 // e^x = 2^k e^r with |r| <= log(2) / 2, and the series of e^r.
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "core/double_double.h"
@@ -24,17 +26,24 @@ double exponential_series(double r) noexcept {
   return sum * r * r;
 }
 
+/// x 2^k for 0.5 < x < 2. Where the result is a normal number, the product with a power of two is exact.
+double times_power_of_2(double x, int k) noexcept {
+  if (k < -1021 || k > 1023) return std::ldexp(x, k);
+  return x * std::bit_cast<double>(static_cast<std::uint64_t>(1023 + k) << 52);
+}
+
 }  // namespace
 
 double exponential(double x) noexcept {
   if (std::isnan(x)) return x;
   if (x > 710) return std::numeric_limits<double>::infinity();
   if (x < -746) return 0;
-  const double k = std::floor(x * reciprocal_of_log_2 + 0.5);
+  constexpr double to_integers = 0x1.8p52;  // ulp: 1
+  const double k = (x * reciprocal_of_log_2 + to_integers) - to_integers;
   const double_double r = exact_sum(x - k * log_2.hi, -k * log_2.lo);
   const double_double sum = exact_sum(1, r.hi);
   const double value = sum.hi + (sum.lo + (r.lo * sum.hi + exponential_series(r.hi)));
-  return std::ldexp(value, static_cast<int>(k));
+  return times_power_of_2(value, static_cast<int>(k));
 }
 
 }  // namespace qel::gridwork::detail
