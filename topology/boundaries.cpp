@@ -43,6 +43,24 @@ int append_boundaries(const dense2D<unsigned>& connectivity, Wanted wanted, appe
   return 0;
 }
 
+/// How many boundaries of elements no other element has.
+std::uint64_t count_free(const dense2D<unsigned>& neighbors) noexcept {
+  std::uint64_t count = 0;
+  for (std::uint64_t e = 0; e < neighbors.cols(); ++e) {
+    count += static_cast<std::uint64_t>(std::count(neighbors.begin_column(e), neighbors.end_column(e), none));
+  }
+  return count;
+}
+
+/// Writes the slot codes of these boundaries.
+void write_free_slots(const dense2D<unsigned>& neighbors, unsigned nbr_bound, unsigned* out) noexcept {
+  for (std::uint64_t e = 0; e < neighbors.cols(); ++e) {
+    for (unsigned k = 0; k < nbr_bound; ++k) {
+      if (neighbors(k, e) == none) *out++ = static_cast<unsigned>(e * nbr_bound + k);
+    }
+  }
+}
+
 bool has_other_rows(const dense2D<unsigned>& boundaries, element_type type) noexcept {
   return !boundaries.empty() && boundaries.rows() != nbr_boundary_nodes(type);
 }
@@ -85,20 +103,12 @@ int get_mesh_bounding_elements(const dense2D<unsigned>& connectivity, const dens
   if (!has_shape(type) || !fits_elements(neighbors, type, elements)) return -2;
   if (!slot_codes_fit(elements, nbr_bound)) return out_of_memory;
 
-  std::uint64_t count = 0;
-  for (std::uint64_t e = 0; e < elements; ++e) {
-    count += static_cast<std::uint64_t>(std::count(neighbors.begin_column(e), neighbors.end_column(e), none));
-  }
+  const std::uint64_t count = count_free(neighbors);
   appended list(slots, connectivity, neighbors);
   if (!list.keep_entries()) return out_of_memory;
   dense1D<unsigned>& codes = list;
   if (!codes.resize(codes.size() + count)) return out_of_memory;
-  unsigned* out = codes.end() - count;
-  for (std::uint64_t e = 0; e < elements; ++e) {
-    for (unsigned k = 0; k < nbr_bound; ++k) {
-      if (neighbors(k, e) == none) *out++ = static_cast<unsigned>(e * nbr_bound + k);
-    }
-  }
+  write_free_slots(neighbors, nbr_bound, codes.end() - count);
   return 0;
 }
 

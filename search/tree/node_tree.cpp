@@ -97,7 +97,7 @@ bool node_tree<Dim>::insert_one_by_one(const dense1D<unsigned>& ids) {
   return true;
 }
 
-/// Appends a node. Returns the steps it took.
+/// Appends a node where the tree leads it. Returns the steps it took.
 template <unsigned Dim>
 std::uint64_t node_tree<Dim>::descend(const listed& added) {
   const unsigned place = size();
@@ -112,29 +112,27 @@ std::uint64_t node_tree<Dim>::descend(const listed& added) {
     ++steps;
   }
   if (link != nullptr) *link = place;
+  append(added);
+  return steps;
+}
 
+/// Appends a node that no other one leads to. There is room.
+template <unsigned Dim>
+void node_tree<Dim>::append(const listed& added) {
   node fresh;
   std::copy_n(added.p, Dim, fresh.p);
   fresh.id = added.id;
   fresh.left = fresh.right = none;
   fresh.scan_length = 0;
   for (const double x : added.p) has_nan_ |= x != x;
-  (void)nodes_.push_back(fresh);  // room was made before
+  (void)nodes_.push_back(fresh);
   (void)ordinals_.push_back(added.ordinal);
-  return steps;
 }
 
+/// Lists the nodes of the tree and those of `ids` in the order of insertion. True when one of them has a NaN.
 template <unsigned Dim>
-bool node_tree<Dim>::build_anew(const dense1D<unsigned>& ids) {
-  const std::uint64_t old_count = nodes_.size();
-  const std::uint64_t count = old_count + ids.size();
-  dense1D<listed> list;
-  dense1D<listed> spare;
-  dense1D<node> nodes;
-  dense1D<unsigned> ordinals;
-  if (!list.resize(count) || !spare.resize(count) || !nodes.resize(count) || !ordinals.resize(count)) return false;
-
-  for (std::uint64_t place = 0; place < old_count; ++place) {
+bool node_tree<Dim>::list_nodes(const dense1D<unsigned>& ids, listed* list) const noexcept {
+  for (std::uint64_t place = 0; place < nodes_.size(); ++place) {
     listed& it = list[ordinals_[place]];
     std::copy_n(nodes_[place].p, Dim, it.p);
     it.id = nodes_[place].id;
@@ -144,15 +142,26 @@ bool node_tree<Dim>::build_anew(const dense1D<unsigned>& ids) {
   bool has_nan = has_nan_;
   for (std::uint64_t k = 0; k < ids.size(); ++k) {
     if (k + ahead < ids.size()) prefetch(coords_->column(ids[k + ahead]));
-    const listed it = read_node(ids[k], static_cast<unsigned>(old_count + k));
+    const listed it = read_node(ids[k], static_cast<unsigned>(nodes_.size() + k));
     for (const double x : it.p) has_nan |= x != x;
-    list[old_count + k] = it;
+    list[nodes_.size() + k] = it;
   }
+  return has_nan;
+}
+
+template <unsigned Dim>
+bool node_tree<Dim>::build_anew(const dense1D<unsigned>& ids) {
+  const std::uint64_t count = nodes_.size() + ids.size();
+  dense1D<listed> list;
+  dense1D<listed> spare;
+  dense1D<node> nodes;
+  dense1D<unsigned> ordinals;
+  if (!list.resize(count) || !spare.resize(count) || !nodes.resize(count) || !ordinals.resize(count)) return false;
+  has_nan_ = list_nodes(ids, list.data());
   tree_builder<Dim>(nodes.data(), ordinals.data()).build(list.data(), spare.data(), static_cast<unsigned>(count));
   nodes_.shallow_copy(nodes);
   ordinals_.shallow_copy(ordinals);
   built_ = count;
-  has_nan_ = has_nan;
   return true;
 }
 

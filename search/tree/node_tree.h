@@ -53,7 +53,9 @@ class node_tree {
   listed read_node(unsigned id, unsigned ordinal) const noexcept;
   bool insert_one_by_one(const dense1D<unsigned>& ids);
   std::uint64_t descend(const listed& added);
+  void append(const listed& added);
   bool build_anew(const dense1D<unsigned>& ids);
+  bool list_nodes(const dense1D<unsigned>& ids, listed* list) const noexcept;
 
   unsigned first_on_path(const point& p, unsigned excluded, double& radius) const;
   unsigned find_closest_in_order(const point& p, unsigned excluded) const;

@@ -22,6 +22,18 @@ struct left_subtree {
   double split;
 };
 
+/// Goes up from a left side that is out of reach to the nearest one that is not; false when there is none.
+template <unsigned Dim>
+bool find_in_reach(left_subtree& left, query_stack<left_subtree>& waiting, const vector_fixed<double, Dim>& p,
+                   double radius) {
+  for (;;) {
+    const unsigned parent_axis = left.axis == 0 ? Dim - 1 : left.axis - 1;
+    if (left.place != none && left.split > p[parent_axis] - radius) return true;
+    if (waiting.empty()) return false;
+    left = waiting.pop();
+  }
+}
+
 }  // namespace
 
 template <unsigned Dim>
@@ -91,12 +103,7 @@ unsigned node_tree<Dim>::find_closest_in_order(const point& p, unsigned excluded
       continue;
     }
     // The right side is done; on with the left side of this node, or of one further up that is still within reach.
-    for (;;) {
-      const unsigned parent_axis = left.axis == 0 ? Dim - 1 : left.axis - 1;
-      if (left.place != none && left.split > p[parent_axis] - radius) break;
-      if (left_subtrees.empty()) return best;
-      left = left_subtrees.pop();
-    }
+    if (!find_in_reach(left, left_subtrees, p, radius)) return best;
     place = left.place;
     axis = left.axis;
   }
