@@ -23,6 +23,7 @@ using io::ensight::ensight_element;
 
 constexpr unsigned id_width = 8;
 constexpr unsigned number_width = 12;
+constexpr unsigned digits_behind_point = 5;
 
 void write_nodes(text_writer& writer, const dense2D<double>& coords) {
   writer.put(
@@ -39,7 +40,7 @@ void write_nodes(text_writer& writer, const dense2D<double>& coords) {
       out = io::append_id(out, static_cast<unsigned>(j + 1), id_width);
       for (unsigned k = 0; k < 3; ++k) {
         const double x = k < coords.rows() ? p[k] : 0.0;
-        out = io::align_right(out, io::format_scientific(out, x, 5), number_width);
+        out = io::align_right(out, io::format_scientific(out, x, digits_behind_point), number_width);
       }
       return io::append(out, "\n");
     });

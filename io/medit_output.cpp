@@ -25,6 +25,8 @@ using io::text_writer;
 using io::medit::section;
 using io::medit::sections;
 
+constexpr unsigned digits_behind_point = 6;
+
 // --- Elements with their references, one plain type after another --------------------------------------------------
 
 /// Elements whose reference is the position of their matrix.
@@ -109,7 +111,7 @@ void write_header(text_writer& writer, std::uint64_t dim) {
 void write_values(text_writer& writer, const double* values, std::uint64_t count, std::string_view end) {
   for (const double* last = values + count; values != last; ++values) {
     writer.write(io::longest_scientific + 1, [=](char* out) {
-      out = io::format_upper_scientific(out, *values, 6);
+      out = io::format_upper_scientific(out, *values, digits_behind_point);
       *out++ = ' ';
       return out;
     });

@@ -18,16 +18,19 @@ using io::text_writer;
 using io::nastran::written_card;
 using io::nastran::written_cards;
 
+constexpr unsigned wide_field = 16;
+constexpr unsigned digits_behind_point = 6;
+
 // --- The parts of a deck -------------------------------------------------------------------------------------------
 
 void write_node(text_writer& writer, const dense2D<double>& coords, std::uint64_t i) {
   const auto number = [](char* out, double x) {
-    return io::align_right(out, io::format_upper_scientific(out, x, 6), 16);
+    return io::align_right(out, io::format_upper_scientific(out, x, digits_behind_point), wide_field);
   };
   constexpr std::uint64_t most = 4 * io::longest_scientific + 64;
   writer.write(most, [&](char* out) {
     const double* p = coords.column(i);
-    out = io::append_id(io::append(out, "GRID*   "), static_cast<unsigned>(i + 1), 16);
+    out = io::append_id(io::append(out, "GRID*   "), static_cast<unsigned>(i + 1), wide_field);
     out = number(number(io::append(out, "                "), p[0]), p[1]);
     out = number(io::append(out, "*C\n*C      "), coords.rows() == 3 ? p[2] : 0.0);
     return io::append(out, "\n");

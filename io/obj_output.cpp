@@ -21,6 +21,8 @@ namespace {
 
 using io::text_writer;
 
+constexpr unsigned digits_behind_point = 8;
+
 /// The matrices that hold the faces of one kind; null where there is none.
 using face_list = std::array<const dense2D<unsigned>*, 2>;
 
@@ -60,7 +62,7 @@ void write_numbers(text_writer& writer, std::string_view keyword, const dense2D<
     writer.write(most, [&](char* out) {
       out = io::append(out, keyword);
       for (std::uint64_t k = 0; k < count; ++k) {
-        out = io::format_scientific(out, k < values.rows() ? column[k] : 0.0, 8);
+        out = io::format_scientific(out, k < values.rows() ? column[k] : 0.0, digits_behind_point);
         *out++ = ' ';
       }
       *out++ = '\n';

@@ -26,6 +26,7 @@ using io::triangle;
 using io::vector3;
 
 constexpr int write_failed = -1;
+constexpr unsigned digits_behind_point = 6;
 
 constexpr std::string_view text_header = "solid QEL\n";
 constexpr std::string_view text_trailer = "endsolid QEL\n";
@@ -41,7 +42,7 @@ char* append_vector_line(char* out, std::string_view opening, const vector3& v) 
   out = append(out, opening);
   for (const double x : v) {
     *out++ = ' ';
-    out = io::format_scientific(out, x, 6);
+    out = io::format_scientific(out, x, digits_behind_point);
   }
   *out++ = '\n';
   return out;
