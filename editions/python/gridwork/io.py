@@ -262,6 +262,21 @@ def _properties(arrays: list[Indices], property_ids: ArrayLike | None) -> Indice
     return np.repeat(np.arange(1, len(arrays) + 1, dtype=np.uint32), [len(array) for array in arrays])
 
 
+def _write_deck(
+    write: Callable[..., None],
+    file: Path,
+    coords: ArrayLike,
+    connectivity: OneOrMany,
+    type: OneOrManyTypes,
+    property_ids: ArrayLike | None,
+) -> None:
+    arrays, types = typed_blocks(connectivity, type)
+    if len(arrays) == 1 and property_ids is None:
+        write(_path(file), points(coords), arrays[0], types[0])
+    else:
+        write(_path(file), points(coords), arrays, types, _properties(arrays, property_ids))
+
+
 def nastran_output(
     file: Path,
     coords: ArrayLike,
@@ -274,11 +289,7 @@ def nastran_output(
     coords: (n, 2) or (n, 3); connectivity: (e, k) of a type, or lists of both; property_ids: one an element, over all
     connectivities, by default 1 for those of the first, 2 for those of the second, ...
     """
-    arrays, types = typed_blocks(connectivity, type)
-    if len(arrays) == 1 and property_ids is None:
-        _core.nastran_output(_path(file), points(coords), arrays[0], types[0])
-    else:
-        _core.nastran_output(_path(file), points(coords), arrays, types, _properties(arrays, property_ids))
+    _write_deck(_core.nastran_output, file, coords, connectivity, type, property_ids)
 
 
 def femap_output(
@@ -289,11 +300,7 @@ def femap_output(
     property_ids: ArrayLike | None = None,
 ) -> None:
     """Writes a FEMAP neutral file of text, coordinates bit for bit. Arguments as in `nastran_output`."""
-    arrays, types = typed_blocks(connectivity, type)
-    if len(arrays) == 1 and property_ids is None:
-        _core.femap_output(_path(file), points(coords), arrays[0], types[0])
-    else:
-        _core.femap_output(_path(file), points(coords), arrays, types, _properties(arrays, property_ids))
+    _write_deck(_core.femap_output, file, coords, connectivity, type, property_ids)
 
 
 def ensight_output(file: Path, coords: ArrayLike, connectivity: OneOrMany, type: OneOrManyTypes) -> None:

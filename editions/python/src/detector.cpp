@@ -104,33 +104,34 @@ class detector {
     return node == ~0U ? std::numeric_limits<double>::infinity() : distance<Dim>(coords_->column(node), p);
   }
 
-  template <unsigned Dim>
-  result closest_points(const matrix& points, unsigned workers) const {
-    result found = sized(points.cols());
+  /// Of each query j of `count`: find(j) and its distance to position(j).
+  template <unsigned Dim, class Find, class Position>
+  result closest(std::uint64_t count, unsigned workers, Find find, Position position) const {
+    result found = sized(count);
     const auto lock = lock_shared();
-    share(points.cols(), workers, [&](std::uint64_t first, std::uint64_t last) {
+    share(count, workers, [&](std::uint64_t first, std::uint64_t last) {
       for (std::uint64_t j = first; j < last; ++j) {
-        const point<Dim> p = column<Dim>(points, j);
-        found.first[j] = tree_.find_closest(p);
-        found.second[j] = distance_to<Dim>(found.first[j], p);
+        found.first[j] = find(j);
+        found.second[j] = distance_to<Dim>(found.first[j], position(j));
       }
     });
     return found;
   }
 
   template <unsigned Dim>
+  result closest_points(const matrix& points, unsigned workers) const {
+    const auto position = [&](std::uint64_t j) { return column<Dim>(points, j); };
+    return closest<Dim>(
+        points.cols(), workers, [&](std::uint64_t j) { return tree_.find_closest(position(j)); }, position);
+  }
+
+  template <unsigned Dim>
   result closest_nodes(const indices& nodes, unsigned workers) const {
-    result found = sized(nodes.size());
-    const auto lock = lock_shared();
-    share(nodes.size(), workers, [&](std::uint64_t first, std::uint64_t last) {
-      for (std::uint64_t j = first; j < last; ++j) {
-        const unsigned node = nodes[j];
-        found.first[j] = tree_.find_closest(node);
-        const bool is_node = node < coords_->cols();
-        found.second[j] = distance_to<Dim>(found.first[j], is_node ? column<Dim>(*coords_, node) : point<Dim>{});
-      }
-    });
-    return found;
+    const auto position = [&](std::uint64_t j) {
+      return nodes[j] < coords_->cols() ? column<Dim>(*coords_, nodes[j]) : point<Dim>{};
+    };
+    return closest<Dim>(
+        nodes.size(), workers, [&](std::uint64_t j) { return tree_.find_closest(nodes[j]); }, position);
   }
 
   /// The nodes in boxes first .. last - 1; offsets[j + 1] becomes the end of box j, counted from the first of them on.
