@@ -353,16 +353,6 @@ TEST_P(tensor_gradation, linear_maps_commute_with_the_law_that_keeps_shapes) {
   expect_near(images, mapped(tensors, G, dim), 1e-9);
 }
 
-TEST_P(tensor_gradation, shock_of_the_result_is_at_most_the_factor) {
-  dense2D<double> tensors = mesh.tensors();
-  double before = 0, after = 0;
-  EXPECT_GT(H_shock(mesh.coords, mesh.connectivity, mesh.type, tensors, before), 0);
-  EXPECT_GT(mesh.bound(tensors, 1.4), 0);
-  EXPECT_GT(H_shock(mesh.coords, mesh.connectivity, mesh.type, tensors, after), 0);
-  EXPECT_GT(before, 1.5);
-  EXPECT_LE(after, 1.4 * (1 + 1e-5));
-}
-
 TEST_P(tensor_gradation, powers_of_two_change_no_digit) {
   const dense2D<double> given = mesh.tensors();
   for (const bool keeps_shape : {true, false}) {
@@ -384,64 +374,14 @@ TEST_P(tensor_gradation, powers_of_two_change_no_digit) {
   }
 }
 
-/// M^-1/2, whose eigenvalues are the principal sizes, and these, ascending.
-template <unsigned N>
-struct principal_sizes {
-  symmetric_fixed<double, N> root{};
-  vector_fixed<double, N> sizes;
-
-  explicit principal_sizes(const double* entries) {
-    symmetric_fixed<double, N> M;
-    vector_fixed<double, N> w;
-    matrix_fixed<double, N, N> V;
-    std::copy_n(entries, M.size(), M.data());
-    EXPECT_TRUE(eigen_pairs(M, w, V));
-    for (unsigned i = 0; i < N; ++i) {
-      const double h = sizes[N - 1 - i] = 1 / std::sqrt(w[i]);
-      for (unsigned k = 0; k < N; ++k) {
-        for (unsigned j = 0; j <= k; ++j) root(j, k) += h * V(j, i) * V(k, i);
-      }
-    }
-  }
-
-  /// The largest change of a principal size, and of a size in any direction.
-  void expect_change_below(const principal_sizes& other, double most) const {
-    symmetric_fixed<double, N> difference;
-    vector_fixed<double, N> w;
-    matrix_fixed<double, N, N> V;
-    for (unsigned k = 0; k < root.size(); ++k) difference[k] = root[k] - other.root[k];
-    EXPECT_TRUE(eigen_pairs(difference, w, V));
-    for (unsigned i = 0; i < N; ++i) {
-      EXPECT_LE(std::abs(w[i]), most);
-      EXPECT_LE(std::abs(sizes[i] - other.sizes[i]), most);
-    }
-  }
-};
-
-template <unsigned N>
-void expect_bounded(const lattice& mesh, const dense2D<double>& tensors, double max_variation) {
-  dense2D<unsigned> edges;
-  ASSERT_EQ(copy_edges(mesh.connectivity, mesh.type, edges), 0);
-  for (unsigned j = 0; j < edges.cols(); ++j) {
-    const unsigned a = edges(0, j), b = edges(1, j);
-    double square = 0;
-    for (unsigned k = 0; k < N; ++k) square += std::pow(mesh.coords(k, b) - mesh.coords(k, a), 2);
-    const principal_sizes<N> A(tensors.column(a)), B(tensors.column(b));
-    const double largest_size = std::max(A.sizes[N - 1], B.sizes[N - 1]);
-    A.expect_change_below(B, max_variation * std::sqrt(square) + 5e-7 * largest_size);
-  }
-}
-
-TEST_P(tensor_gradation, variations_bound_the_change_of_all_sizes) {
-  for (const double bound : {0.1, 0.5}) {
-    dense2D<double> tensors = mesh.tensors();
-    EXPECT_GT(mesh.vary(tensors, bound), 0);
-    GetParam() == 2 ? expect_bounded<2>(mesh, tensors, bound) : expect_bounded<3>(mesh, tensors, bound);
-    EXPECT_EQ(mesh.vary(tensors, bound), 0);
-  }
-}
-
 INSTANTIATE_TEST_SUITE_P(dimensions, tensor_gradation, testing::Values(2U, 3U));
+
+double smallest_size(const double* entries) {
+  vector_fixed<double, 2> w;
+  matrix_fixed<double, 2, 2> V;
+  EXPECT_TRUE(eigen_pairs({entries[0], entries[1], entries[2]}, w, V));
+  return 1 / std::sqrt(w[1]);
+}
 
 /// Bounded in rounds over all edges, this chain keeps less than a tenth and a quarter of its smallest size.
 TEST(gradation, turning_thin_metrics_do_not_shrink_much) {
@@ -457,30 +397,9 @@ TEST(gradation, turning_thin_metrics_do_not_shrink_much) {
   EXPECT_GT(bound_metric_gradations(c.coords, c.edges, ELT_EDGE2, tensors, 1.3), 0);
   EXPECT_GT(bound_metric_variations(c.coords, c.edges, ELT_EDGE2, varied, std::log(1.3)), 0);
   for (unsigned j = 0; j < 400; ++j) {
-    EXPECT_GT(principal_sizes<2>(tensors.column(j)).sizes[0], 0.48 / std::sqrt(thin));
-    EXPECT_GT(principal_sizes<2>(varied.column(j)).sizes[0], 0.53 / std::sqrt(thin));
+    EXPECT_GT(smallest_size(tensors.column(j)), 0.48 / std::sqrt(thin));
+    EXPECT_GT(smallest_size(varied.column(j)), 0.53 / std::sqrt(thin));
   }
-}
-
-TEST(gradation, outputs_may_share_blocks_with_inputs) {
-  chain c(4);
-  reals sizes{1, 9, 9, 9};
-  ids flat = c.edges.as_vector();
-  EXPECT_EQ(c.bound(sizes, 1, flat), 3);
-  EXPECT_EQ(flat, (ids{1, 2, 3}));
-  EXPECT_EQ(c.edges, chain(4).edges);
-  ids over(c.edges.size(), c.edges.data());  // another block of the same memory
-  EXPECT_EQ(c.bound(sizes, 0.5, over), 3);
-  EXPECT_EQ(over, (ids{1, 2, 3}));
-  EXPECT_EQ(c.edges, chain(4).edges);
-  unsigned memory[4] = {9, 9, 9, 9};
-  ids mine(4, memory), second = mine;
-  EXPECT_EQ(c.bound(sizes, 0.25, mine), 3);
-  EXPECT_ALL(memory[0] == 1, memory[2] == 3, second[1] == 2);
-  reals places = c.coords.as_vector();
-  EXPECT_EQ(metrics_gen_iso(c.coords, c.edges, ELT_EDGE2, places), 4);
-  EXPECT_EQ(places, reals(4, 1.0));
-  EXPECT_EQ(c.coords, chain(4).coords);
 }
 
 TEST(H_shock, of_one_edge) {
