@@ -6,6 +6,7 @@ target_sources(qel_gridwork_objects PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/medit_input.cpp
   ${CMAKE_CURRENT_LIST_DIR}/medit_output.cpp
   ${CMAKE_CURRENT_LIST_DIR}/medit_solution_input.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/medit_solution_output.cpp
   ${CMAKE_CURRENT_LIST_DIR}/nastran_input.cpp
   ${CMAKE_CURRENT_LIST_DIR}/nastran_output.cpp
   ${CMAKE_CURRENT_LIST_DIR}/nastran_systems.cpp
