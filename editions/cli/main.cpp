@@ -79,10 +79,22 @@ void add_all(CLI::App& app, session& s) {
     add(app, s);
 }
 
+// In their order.
+std::string words_of_extras(const CLI::App& app) {
+  std::string words;
+  for (const std::string& extra : app.remaining(true)) words += " " + printable(extra);
+  return "not expected:" + words;
+}
+
+std::string words_of(const CLI::App& app, const CLI::ParseError& problem) {
+  if (problem.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) return words_of_extras(app);
+  return app.get_subcommands().empty() ? "a command is required" : printable(problem.what());
+}
+
 // Help and versions are results; all else that parsing throws is an error.
 int end_of_parsing(const CLI::App& app, const CLI::ParseError& problem) {
   if (problem.get_exit_code() == 0) return app.exit(problem);
-  std::fprintf(stderr, "gridwork: %s\nRun `gridwork --help` for more.\n", problem.what());
+  std::fprintf(stderr, "gridwork: %s\nRun `gridwork --help` for more.\n", words_of(app, problem).c_str());
   return error;
 }
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
+#include "duplicates.h"
 #include "shapes.h"
 #include "topology.h"
 
@@ -92,38 +92,12 @@ finding find_degenerate(const mesh& m) {
   });
 }
 
-using node_set = std::vector<unsigned>;
-
-node_set nodes_of(const block& b, std::uint64_t e) {
-  node_set nodes(b.connectivity.begin_column(e), b.connectivity.end_column(e));
-  std::sort(nodes.begin(), nodes.end());
-  return nodes;
-}
-
-// The same for all orders of the nodes.
-std::uint64_t hash_of(const block& b, std::uint64_t e) {
-  std::uint64_t sum = 0;
-  for (const unsigned* node = b.connectivity.begin_column(e); node != b.connectivity.end_column(e); ++node) {
-    const std::uint64_t mixed = (*node + 1ULL) * 0x9E3779B97F4A7C15ULL;
-    sum += (mixed ^ mixed >> 29U) * 0xBF58476D1CE4E5B9ULL;
-  }
-  return sum;
-}
-
-void find_duplicates_of_block(const block& b, finding& fault) {
-  std::vector<std::pair<std::uint64_t, std::uint64_t>> order;
-  for (std::uint64_t e = 0; e < b.connectivity.cols(); ++e) order.emplace_back(hash_of(b, e), e);
-  std::sort(order.begin(), order.end());
-  for (std::size_t i = 1; i < order.size(); ++i) {
-    const auto [hash, element] = order[i];
-    if (hash != order[i - 1].first || nodes_of(b, element) != nodes_of(b, order[i - 1].second)) continue;
-    note(fault, element_words(b, element) + ", as " + std::to_string(order[i - 1].second));
-  }
-}
-
-finding find_duplicates(const mesh& m) {
+finding find_doubles(const mesh& m) {
   finding fault{"duplicates", "elements of the same nodes as another one", 0, {}};
-  for (const block& b : m.blocks) find_duplicates_of_block(b, fault);
+  for (const block& b : m.blocks) {
+    for (const duplicate& d : find_duplicates(b))
+      note(fault, element_words(b, d.element) + ", as " + std::to_string(d.of));
+  }
   return fault;
 }
 
@@ -152,8 +126,9 @@ outcome add_low_quality(const mesh& m, const std::vector<shapes>& all, double bo
 
 outcome add_sides(const mesh& m, bool closed, std::vector<finding>& faults) {
   topology found;
-  const outcome done = measure_topology(m, found);
+  const outcome done = measure_topology(m, found, true);
   faults.push_back(side_fault("non_manifold", "sides of three or more elements", found.non_manifold));
+  faults.push_back(side_fault("turned", "edges between faces that look to different sides", found.turned));
   if (closed) faults.push_back(side_fault("open", "sides of one element alone", found.open));
   return done;
 }
@@ -169,7 +144,7 @@ outcome add_shapes(const mesh& m, double min_quality, std::vector<finding>& faul
 outcome add_elements(const mesh& m, const check_options& options, bool valid, std::vector<finding>& faults) {
   if (valid) faults.push_back(find_unused(m));
   faults.push_back(find_degenerate(m));
-  faults.push_back(find_duplicates(m));
+  faults.push_back(find_doubles(m));
   const outcome sides = valid ? add_sides(m, options.closed, faults) : outcome{};
   if (sides.failed() || !valid || m.coords.rows() < 2) return sides;
   return add_shapes(m, options.min_quality, faults);

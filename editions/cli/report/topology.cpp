@@ -9,8 +9,9 @@ namespace {
 
 // The sides without a neighbour, sorted: those of one element, and those of three or more, which come once for each of
 // them; and how many slots have a neighbour.
-outcome unpaired_sides(const block& elements, std::vector<side>& sides, std::uint64_t& slots) {
-  qel::dense2D<unsigned> neighbors, boundaries;
+outcome unpaired_sides(const block& elements, qel::dense2D<unsigned>& neighbors, std::vector<side>& sides,
+                       std::uint64_t& slots) {
+  qel::dense2D<unsigned> boundaries;
   const int result = get_neighbors(elements.connectivity, elements.type, false, neighbors);
   if (result < 0) return {gw::operation::get_neighbors, result};
   const int listed = get_mesh_boundaries(elements.connectivity, neighbors, elements.type, boundaries);
@@ -26,6 +27,37 @@ outcome unpaired_sides(const block& elements, std::vector<side>& sides, std::uin
   }
   std::sort(sides.begin(), sides.end());
   return {gw::operation::get_mesh_boundaries, listed};
+}
+
+// The vertices of a face; the places that a triangle among quadrangles leaves hold none.
+std::uint64_t count_vertices(const block& faces, std::uint64_t e) {
+  const unsigned* first = faces.connectivity.begin_column(e);
+  return static_cast<std::uint64_t>(std::find(first, faces.connectivity.end_column(e), ~0U) - first);
+}
+
+// True when a face goes from node a straight to b.
+bool has_edge(const block& faces, std::uint64_t e, unsigned a, unsigned b) {
+  const unsigned* nodes = faces.connectivity.column(e);
+  const std::uint64_t count = count_vertices(faces, e);
+  for (std::uint64_t k = 0; k < count; ++k) {
+    if (nodes[k] == a && nodes[(k + 1) % count] == b) return true;
+  }
+  return false;
+}
+
+// Neighbours that look to one side go along their edge in different directions.
+void find_turned(const block& faces, const qel::dense2D<unsigned>& neighbors, std::vector<side>& turned) {
+  for (std::uint64_t e = 0; e < neighbors.cols(); ++e) {
+    const unsigned* nodes = faces.connectivity.column(e);
+    const std::uint64_t count = count_vertices(faces, e);
+    for (std::uint64_t k = 0; k < count; ++k) {
+      const unsigned a = nodes[k], b = nodes[(k + 1) % count];
+      const bool is_turned = std::any_of(neighbors.begin_column(e), neighbors.end_column(e), [&](unsigned other) {
+        return other != ~0U && other > e && has_edge(faces, other, a, b);
+      });
+      if (is_turned && a != b) turned.push_back({std::min(a, b), std::max(a, b), ~0U, ~0U});
+    }
+  }
 }
 
 unsigned root_of(std::vector<unsigned>& parent, unsigned node) {
@@ -47,15 +79,17 @@ unsigned join(std::vector<unsigned>& parent, const unsigned* nodes, std::uint64_
 
 }  // namespace
 
-outcome measure_topology(const mesh& m, topology& found) {
+outcome measure_topology(const mesh& m, topology& found, bool with_turned) {
   found.dim = mesh_dim(m) >= 2 ? mesh_dim(m) : 0;
   block elements;
   std::uint64_t paired_slots = 0;
   std::vector<side> sides;
+  qel::dense2D<unsigned> neighbors;
   if (found.dim == 0) return {};
   if (!linear_elements(m, found.dim, elements)) return outcome::of_memory(false);
-  const outcome done = unpaired_sides(elements, sides, paired_slots);
+  const outcome done = unpaired_sides(elements, neighbors, sides, paired_slots);
   if (done.failed()) return done;
+  if (with_turned && found.dim == 2) find_turned(elements, neighbors, found.turned);
   for (auto first = sides.begin(); first != sides.end();) {
     const auto last = std::find_if(first, sides.end(), [&](const side& s) { return s != *first; });
     (last - first == 1 ? found.open : found.non_manifold).push_back(*first);

@@ -19,9 +19,10 @@ struct topology {
   std::uint64_t sides = 0;
   std::vector<side> open;          ///< sides of one element alone
   std::vector<side> non_manifold;  ///< sides of three or more elements
+  std::vector<side> turned;        ///< edges between faces that look to different sides, where these are asked for
 };
 
-outcome measure_topology(const mesh& m, topology& found);
+outcome measure_topology(const mesh& m, topology& found, bool with_turned = false);
 
 /// Nodes that elements use, and the pieces that they make: elements with a common node belong to one piece.
 struct node_use {

@@ -45,6 +45,7 @@ FAULTS = {
     "degenerate": "f 1 1 2\n",
     "duplicates": "f 2 1 3\n",
     "non_manifold": "v 1 1 1\nf 1 2 5\n",
+    "turned": "v 1 1 1\nv 2 1 1\nv 2 2 1\nv 2 2 2\nf 5 6 7\nf 5 6 8\n",
 }
 
 
@@ -108,6 +109,16 @@ def test_merge_joins_a_soup(tool):
     assert (exact["merged"], exact["nodes"], near["merged"], near["nodes"]) == (1, 5, 2, 4)
     (info,) = tool.objects("info", "near.obj")
     assert info["topology"]["open"] == 4
+
+
+def test_merge_removes_duplicates_when_asked(tool):
+    deck = "GRID,1\nGRID,2,,1.\nGRID,3,,0.,1.\nGRID,4,,1.,1.\n"
+    (tool.folder / "in.nas").write_text(deck + "CTRIA3,1,7,1,2,3\nCTRIA3,2,9,2,3,1\nCTRIA3,3,8,2,4,3\nCTRIA3,4,9,1,2,3\n")
+    assert tool.objects("merge", "in.nas", "all.mesh")[0]["elements"] == 4
+    (made,) = tool.objects("merge", "in.nas", "out.mesh", "--duplicates")
+    assert (made["elements"], made["removed_duplicates"]) == (2, 2)
+    assert "1 2 3 7 \n2 4 3 8 \n" in (tool.folder / "out.mesh").read_text()
+    assert tool.run("check", "out.mesh").returncode == 0
 
 
 def test_quality_names_the_worst_and_can_fail(tool):
