@@ -55,6 +55,9 @@ class cell_grid {
 
   Number cell_count() const noexcept { return cell_count_; }
 
+  /// Infinite along an axis of one cell.
+  double cell_length(unsigned a) const noexcept { return 1 / cells_per_length_[a]; }
+
   /// Calls enter(cell, at_home) for each cell that a node in the box is entered in, the one where it is at home first.
   template <class Enter>
   void for_each_cell(const double* p, Enter enter) const noexcept {

@@ -45,11 +45,11 @@ int find_boundaries(const mesh_part& part, element_type type, const dense2D<std:
                     dense2D<std::uint64_t>& boundaries, dense1D<std::uint64_t>& slots) {
   if (check_part(part) != 0) return -1;
   if (part.connectivity.empty()) return 0;
-  type = detail::resolve_type(type, part.connectivity.rows());
-  if (!check_IDs(part.connectivity, type, detail::none)) return -1;
-  if (neighbors.rows() != nbr_boundaries(type) || neighbors.cols() != part.connectivity.cols()) return -2;
-  return detail::visit_shape(
-      type, -3, [&](auto columns) { return list_free<decltype(columns)>(part, neighbors, boundaries, slots); });
+  if (check_type(part, type) == -1) return -1;
+  if (!fits(neighbors, part, type)) return -2;
+  return detail::visit_shape(detail::resolve_type(type, part.connectivity.rows()), -3, [&](auto columns) {
+    return list_free<decltype(columns)>(part, neighbors, boundaries, slots);
+  });
 }
 
 }  // namespace

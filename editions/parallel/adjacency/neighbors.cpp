@@ -130,7 +130,9 @@ int find_neighbors(team& ranks, const mesh_part& part, element_type type, const 
   part_agreement agreed(ranks, part);
   agreed.same(static_cast<std::uint64_t>(type), -3);
   agreed.same(pair_non_manifold ? 1U : 0U, -5);
-  int code = agreed.conclude(goes_with(sharing, part.node_IDs.size(), ranks) ? 0 : -4);
+  int code = check_type(part, type);
+  if (code == 0 && !goes_with(sharing, part.node_IDs.size(), ranks)) code = -4;
+  code = agreed.conclude(code);
   if (code < 0 || agreed.shape().rows == 0) return code;
   code = ranks.agree(find_within(part, type, pair_non_manifold, neighbors));
   if (code < 0) return code;

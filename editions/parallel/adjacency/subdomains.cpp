@@ -139,15 +139,14 @@ int find_subdomains(team& ranks, const mesh_part& part, element_type type, const
                     const dense2D<std::uint64_t>& neighbors, dense1D<std::uint64_t>& colors, std::uint64_t& parts) {
   part_agreement agreed(ranks, part);
   agreed.same(static_cast<std::uint64_t>(type), -3);
-  int code = agreed.conclude(goes_with(sharing, part.node_IDs.size(), ranks) ? 0 : -4);
+  int code = check_type(part, type);
+  if (code == 0 && !goes_with(sharing, part.node_IDs.size(), ranks)) code = -4;
+  if (code == 0 && !fits(neighbors, part, type)) code = -5;
+  code = agreed.conclude(code);
   if (code < 0 || agreed.shape().rows == 0) return code;
-  type = detail::resolve_type(type, agreed.shape().rows);
-  const bool fits = part.connectivity.empty() ||
-                    (neighbors.rows() == nbr_boundaries(type) && neighbors.cols() == part.connectivity.cols());
-  code = ranks.agree(!check_IDs(part.connectivity, type, none) ? -1 : fits ? 0 : -5);
-  if (code < 0) return code;
-  return detail::visit_shape(
-      type, -2, [&](auto columns) { return color<decltype(columns)>(ranks, part, sharing, neighbors, colors, parts); });
+  return detail::visit_shape(detail::resolve_type(type, agreed.shape().rows), -2, [&](auto columns) {
+    return color<decltype(columns)>(ranks, part, sharing, neighbors, colors, parts);
+  });
 }
 
 }  // namespace

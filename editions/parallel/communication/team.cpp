@@ -64,6 +64,10 @@ void team::gather(std::uint64_t value, std::uint64_t* values) noexcept {
   note(MPI_Allgather(&value, 1, MPI_UINT64_T, values, 1, MPI_UINT64_T, comm_));
 }
 
+void team::gather(const double* own, int count, double* values) noexcept {
+  note(MPI_Allgather(own, count, MPI_DOUBLE, values, count, MPI_DOUBLE, comm_));
+}
+
 void team::announce(int code, const rank_offsets& sent) noexcept {
   const auto ranks = static_cast<std::uint64_t>(size_);
   for (std::uint64_t r = 0; r < ranks; ++r) counts_[r] = code < 0 ? 0 : sent[r + 1] - sent[r];

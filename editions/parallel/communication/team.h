@@ -49,8 +49,11 @@ class team {
   /// Gives all ranks what `root` has.
   void broadcast(std::uint64_t* values, int count, int root) noexcept;
 
-  /// Collects a number of each rank, in their order; `values` has size() entries.
+  /// Collects what each rank has, in their order: a number; `count` numbers.
+  /// @{
   void gather(std::uint64_t value, std::uint64_t* values) noexcept;
+  void gather(const double* own, int count, double* values) noexcept;
+  /// @}
 
   /// Tells every rank how many items it will get from each. A rank that failed announces none.
   void announce(int code, const rank_offsets& sent) noexcept;

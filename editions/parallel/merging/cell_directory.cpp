@@ -54,6 +54,7 @@ int cell_directory<Dim>::choose_grid(team& ranks, int code, const dense2D<double
     box.include(coords.column(j));
     ++counts[0];
   }
+  own_box_ = box;
   double corners[2 * Dim];
   for (unsigned a = 0; a < Dim; ++a) corners[a] = box.lower[a], corners[Dim + a] = -box.upper[a];
   ranks.lower(corners, 2 * Dim);
@@ -66,6 +67,42 @@ int cell_directory<Dim>::choose_grid(team& ranks, int code, const dense2D<double
   ranks.add(counts, 3);
   grid_ = grid(box, tol, cells_wanted(counts[0], counts[1], counts[2]));
   return code == 0 && !counted ? out_of_memory : code;
+}
+
+/// Boxes around the nodes of other ranks, wider by what two nodes that touch one cell are apart at most: less than two
+/// cells, as a tolerance reaches no further than a quarter of one.
+template <unsigned Dim>
+int cell_directory<Dim>::find_close_boxes(team& ranks, int code) {
+  static_assert(limits::smallest_cell_in_tols >= 4);
+  const auto size = static_cast<std::uint64_t>(ranks.size());
+  dense1D<double> ends;
+  if (code == 0 && (!ends.resize(2 * Dim * size) || !close_boxes_.reserve(size))) code = out_of_memory;
+  code = ranks.agree(code);
+  if (code < 0) return code;
+  double own[2 * Dim];
+  std::copy_n(own_box_.upper, Dim, std::copy_n(own_box_.lower, Dim, own));
+  ranks.gather(own, 2 * Dim, ends.data());
+  for (std::uint64_t r = 0; r < size; ++r) {
+    bounding_box<Dim> box;
+    bool is_close = r != static_cast<std::uint64_t>(ranks.rank());
+    for (unsigned a = 0; a < Dim; ++a) {
+      box.lower[a] = ends[2 * Dim * r + a] - 2 * grid_.cell_length(a);
+      box.upper[a] = ends[2 * Dim * r + Dim + a] + 2 * grid_.cell_length(a);
+      is_close = is_close && box.lower[a] <= own_box_.upper[a] && own_box_.lower[a] <= box.upper[a];
+    }
+    if (is_close && !close_boxes_.push_back(box)) return out_of_memory;
+  }
+  return 0;
+}
+
+/// True when no other rank touches a cell that the node touches: most nodes need not be entered anywhere.
+template <unsigned Dim>
+bool cell_directory<Dim>::is_apart(const double* p) const noexcept {
+  return std::none_of(close_boxes_.begin(), close_boxes_.end(), [p](const bounding_box<Dim>& box) {
+    bool is_inside = true;
+    for (unsigned a = 0; a < Dim; ++a) is_inside &= box.lower[a] <= p[a] && p[a] <= box.upper[a];
+    return is_inside;
+  });
 }
 
 /// The place of a cell among those of this rank, `none` when memory ran out.
@@ -87,7 +124,7 @@ bool cell_directory<Dim>::enter_nodes(const dense2D<double>& coords) {
   unsigned last_place = none;
   bool entered = true;
   for (std::uint64_t j = 0; j < count && entered; ++j) {
-    if (!is_finite<Dim>(coords.column(j))) continue;
+    if (!is_finite<Dim>(coords.column(j)) || is_apart(coords.column(j))) continue;
     grid_.for_each_cell(coords.column(j), [&](std::uint64_t cell, bool at_home) {
       if (cell != last_cell || last_place == none) last_place = enter(last_cell = cell);
       entered = entered && last_place != none;
@@ -155,7 +192,7 @@ bool cell_directory<Dim>::place_nodes(const team& ranks) {
 
 template <unsigned Dim>
 int cell_directory<Dim>::build(team& ranks, int code, const dense2D<double>& coords, double tol) {
-  code = choose_grid(ranks, code, coords, tol);
+  code = find_close_boxes(ranks, choose_grid(ranks, code, coords, tol));
   if (code == 0 && !enter_nodes(coords)) code = out_of_memory;
   code = find_shared(ranks, code);
   return code == 0 && !place_nodes(ranks) ? out_of_memory : code;

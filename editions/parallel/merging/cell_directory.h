@@ -40,6 +40,8 @@ class cell_directory {
   };
 
   int choose_grid(team& ranks, int code, const dense2D<double>& coords, double tol);
+  int find_close_boxes(team& ranks, int code);
+  bool is_apart(const double* p) const noexcept;
   [[nodiscard]] bool enter_nodes(const dense2D<double>& coords);
   [[nodiscard]] unsigned enter(std::uint64_t cell);
   int find_shared(team& ranks, int code);
@@ -47,8 +49,10 @@ class cell_directory {
   int handler_of(const team& ranks, unsigned cell) const noexcept;
 
   grid grid_{bounding_box<Dim>(), 0, 1};
-  dense1D<std::uint64_t> cells_;  // that this rank touches
-  position_table table_;          // of them
+  bounding_box<Dim> own_box_;
+  dense1D<bounding_box<Dim>> close_boxes_;  // where other ranks may touch the same cells as this one
+  dense1D<std::uint64_t> cells_;            // that this rank touches
+  position_table table_;                    // of them
   dense1D<unsigned char> shared_;
   dense1D<unsigned> home_cells_;
   dense1D<touch> touches_;  // beside the home cells

@@ -4,13 +4,17 @@
 #include <functional>
 
 #include "core/coordinates.h"
+#include "core/elements.h"
+#include "core/shapes.h"
 #include "qel/gridwork/ids.h"
 
 namespace qel::gridwork::detail::parallel {
 namespace {
 
-bool increases(const dense1D<std::uint64_t>& ids) noexcept {
-  return std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<>()) == ids.end();
+/// Increasing, and of so many bits.
+bool are_IDs(const dense1D<std::uint64_t>& ids, int bits) noexcept {
+  return std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<>()) == ids.end() &&
+         (ids.empty() || ids[ids.size() - 1] >> bits == 0);
 }
 
 }  // namespace
@@ -18,8 +22,20 @@ bool increases(const dense1D<std::uint64_t>& ids) noexcept {
 int check_part(const mesh_part& part) noexcept {
   const bool counts_fit = part.node_IDs.size() == part.coords.cols() && part.node_IDs.size() < none &&
                           part.element_IDs.size() == part.connectivity.cols() && part.element_IDs.size() < none;
-  const bool in_order = counts_fit && increases(part.node_IDs) && increases(part.element_IDs);
-  return in_order && check_IDs(part.connectivity, node_bound(part.coords)) ? 0 : -1;
+  const bool have_IDs = counts_fit && are_IDs(part.node_IDs, 63) && are_IDs(part.element_IDs, 60);
+  return have_IDs && check_IDs(part.connectivity, node_bound(part.coords)) ? 0 : -1;
+}
+
+int check_type(const mesh_part& part, element_type type) noexcept {
+  if (part.connectivity.empty()) return 0;
+  type = resolve_type(type, part.connectivity.rows());
+  if (!check_IDs(part.connectivity, type, none)) return -1;
+  return visit_shape(type, -2, [](auto) { return 0; });
+}
+
+bool fits(const dense2D<std::uint64_t>& neighbors, const mesh_part& part, element_type type) noexcept {
+  if (neighbors.cols() != part.connectivity.cols()) return false;
+  return neighbors.empty() || neighbors.rows() == nbr_boundaries(resolve_type(type, part.connectivity.rows()));
 }
 
 part_agreement::part_agreement(team& ranks, const mesh_part& part) noexcept : agreement(ranks), part_(part) {

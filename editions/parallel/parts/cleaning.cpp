@@ -22,7 +22,8 @@ constexpr int overflows = -201;
          own.element_IDs.copy(part.element_IDs);
 }
 
-int check_tolerance(double tol) noexcept {
+int check_merge(const mesh_part& part, double tol) noexcept {
+  if (part.coords.cols() != 0 && part.coords.rows() != 2 && part.coords.rows() != 3) return -1;
   if (!(tol >= 0)) return -3;
   return std::isinf(tol * tol) ? overflows : 0;
 }
@@ -72,10 +73,8 @@ int merge(MPI_Comm comm, mesh_part& part, double tol, std::uint64_t& merged) {
   team ranks(comm);
   part_agreement agreed(ranks, part);
   agreed.same_number(tol, -3);
-  const int own = check_tolerance(tol);
-  int code = agreed.conclude(own);
+  int code = agreed.conclude(check_merge(part, tol));
   const unsigned dim = agreed.shape().dim;
-  if (code == 0 && dim != 0 && dim != 2 && dim != 3) return -1;
   if (code < 0 || dim == 0) return code;
   mesh_part result;
   code = merge_nodes(ranks, part, dim, tol, result, merged);

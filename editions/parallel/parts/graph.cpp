@@ -178,8 +178,8 @@ int partition_graph(MPI_Comm comm, const mesh_part& part, const dense2D<std::uin
   team ranks(comm);
   part_agreement agreed(ranks, part);
   agreed.same(static_cast<std::uint64_t>(parts), -4);
-  const bool fits = part.connectivity.empty() || neighbors.cols() == part.connectivity.cols();
-  int code = agreed.conclude(!fits ? -3 : parts > 0 ? 0 : -4);
+  const bool are_of_part = neighbors.cols() == part.connectivity.cols();
+  int code = agreed.conclude(!are_of_part ? -3 : parts > 0 ? 0 : -4);
   if (code == 0) code = find_parts(ranks, part, neighbors, parts, targets);
   if (code < 0) targets.clear();
   return code;

@@ -109,6 +109,9 @@ TEST(merge, refuses) {
   EXPECT_EQ(mpi::merge(world, part, -1, merged), -3);
   EXPECT_EQ(mpi::merge(world, part, std::nan(""), merged), -3);
   EXPECT_EQ(mpi::merge(world, part, 1e200, merged), -201);
+  mesh_part spacetime = part_of(whole, layout::random);
+  spacetime.coords = dense2D<double>(4, spacetime.coords.cols(), 0.0);
+  EXPECT_EQ(mpi::merge(world, spacetime, -1, merged), -1);
   id_type removed = 0;
   if (size() > 1) {
     EXPECT_EQ(mpi::merge(world, part, rank() == 0 ? 0.5 : 0.6, merged), -3);

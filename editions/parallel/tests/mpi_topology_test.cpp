@@ -92,10 +92,20 @@ TEST(topology, refuses_on_all_ranks_what_is_wrong_on_one) {
   broken = part_of(m, layout::random);
   if (last) broken.connectivity(0, 0) = 1000;
   EXPECT_EQ(mpi::get_neighbors(world, broken, ELT_TETRA4, sharing, false, neighbors), -1);
+  broken = part_of(m, layout::random);
+  if (last) broken.node_IDs[broken.node_IDs.size() - 1] = id_type{1} << 63;
+  EXPECT_EQ(mpi::share_nodes(world, broken, none), -1);
+  // The first check that fails counts.
+  id_type parts = 0;
+  dense1D<id_type> colors;
+  EXPECT_EQ(mpi::get_subdomains(world, part, ELT_TETRA10, none, neighbors, colors, parts), -1);
+  EXPECT_EQ(mpi::get_subdomains(world, part, ELT_TETRA4, last ? none : sharing, neighbors, colors, parts), -4);
+  EXPECT_EQ(mpi::get_subdomains(world, part, ELT_TETRA4, sharing, neighbors, colors, parts), -5);
   const mesh quads = tangle(ELT_QUAD9, 20, 10, 1);
   const mesh_part quadratic = part_of(quads, layout::ranges);
   ASSERT_EQ(mpi::share_nodes(world, quadratic, sharing), 0);
-  EXPECT_EQ(mpi::get_neighbors(world, quadratic, ELT_QUAD9, sharing, false, neighbors), -2);
+  EXPECT_EQ(mpi::get_neighbors(world, quadratic, ELT_QUAD9, none, false, neighbors), -2);
+  EXPECT_EQ(mpi::get_subdomains(world, quadratic, ELT_QUAD9, none, neighbors, colors, parts), -2);
 }
 
 }  // namespace
