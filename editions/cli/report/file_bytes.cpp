@@ -20,8 +20,7 @@ file_bytes::file_bytes(const char* path) : path_(path) {
   if (fseeko(stream.get(), 0, SEEK_END) == 0) size_ = static_cast<std::uint64_t>(ftello(stream.get()));
 }
 
-line_reader::line_reader(const file_bytes& file)
-    : stream_(std::fopen(file.path(), "rb")), block_(block_size), rest_(block_.data(), 0) {}
+line_reader::line_reader(const file_bytes& file) : stream_(std::fopen(file.path(), "rb")), block_(block_size) {}
 
 bool line_reader::next() {
   std::size_t end = rest_.find('\n');
@@ -38,7 +37,7 @@ bool line_reader::at_end() { return rest_.empty() && !fill(); }
 // Reads on behind the rest, which moves to the front; false when nothing came.
 bool line_reader::fill() {
   if (stream_ == nullptr || rest_.size() >= longest) return false;
-  std::memmove(block_.data(), rest_.data(), rest_.size());
+  if (!rest_.empty()) std::memmove(block_.data(), rest_.data(), rest_.size());
   if (rest_.size() == block_.size()) block_.resize(2 * block_.size());
   char* const end = block_.data() + rest_.size();
   const std::size_t count = std::fread(end, 1, block_.size() - rest_.size(), stream_.get());
