@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
 # Everything that has to hold before a change goes in: formatting, clang-tidy, a build without warnings, all tests, the
-# same results from g++ and clang, the reference, the Debian packages, the thread tests under the thread sanitizer, the
-# fuzzers for a short while and all tests, built with clang, under the address and undefined-behaviour sanitizers, both
-# with the usual and with small limits. Each part says after how many seconds it begins.
+# package and page for browsers, the same results from g++ and clang, the reference, the Debian packages, the thread tests
+# under the thread sanitizer, the fuzzers for a short while and all tests, built with clang, under the address and
+# undefined-behaviour sanitizers, both with the usual and with small limits. Each part says after how many seconds it begins.
 # Needs Debian 12 and root, or sudo, for the packages that are missing.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 need_packages g++ clang libclang-rt-14-dev cmake ninja-build libgtest-dev pkg-config clang-format clang-tidy git \
-  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema groff mandoc zsh fish libopenmpi-dev openmpi-bin libptscotch-dev \
+  locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema groff mandoc zsh fish chromium libopenmpi-dev openmpi-bin libptscotch-dev \
   pybind11-dev python3-dev python3-hypothesis python3-matplotlib python3-networkx python3-scipy python3-vtk9 mypy xvfb xauth
 
 part() { echo "== $1 ($SECONDS s)"; }
@@ -37,6 +37,9 @@ part "clang-tidy"
 
 part "tests"
 ctest --preset release
+
+part "package and page for browsers"
+scripts/web.sh --test
 
 part "the reference"
 scripts/docs.sh

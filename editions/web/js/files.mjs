@@ -33,6 +33,7 @@ export function blobSource(blob, sliceSize = 16 << 20) {
     read(position, target) {
       if (position < start || position >= start + slice.length) {
         start = position;
+        slice.buffer.transfer?.(0); // gives its memory back at once
         slice = new Uint8Array(reader.readAsArrayBuffer(blob.slice(start, start + sliceSize)));
       }
       const part = slice.subarray(position - start, position - start + target.length);

@@ -6,6 +6,7 @@ import test from 'node:test';
 import { bracket, hasTool, meshFiles, packageFolder, pageFolder, repository, scratch, toolJson } from './folders.mjs';
 
 const { load, GridworkError, Matrix, formatOf } = await import(join(packageFolder, 'gridwork.mjs'));
+const { findChains } = await import(join(packageFolder, 'chains.mjs'));
 const gw = await load();
 const tetrahedron = new Uint32Array([0, 1, 2, 0, 3, 1, 1, 3, 2, 0, 2, 3]);
 
@@ -76,6 +77,28 @@ test('what is drawn lies round the middle, one quality and one piece a triangle'
   assert.equal(mesh.view('qualities').length, mesh.view('triangles').length / 3);
   assert.equal(new Set(mesh.view('pieces')).size, mesh.topology().pieces);
   mesh.free();
+});
+
+test('sides that no element has are not outlined; of solids the boundary is drawn, and is no free edge', async () => {
+  const read = (text, format) => gw.mesh().read(new TextEncoder().encode(text), { format });
+  const faces = await read('v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 2 0 0\nf 1 2 3 4\nf 2 5 3\n', 'obj');
+  faces.draw();
+  assert.deepEqual([...faces.copy('surface')], [1, 4, 2, 0, 1, 2, 0, 2, 3]);
+  assert.deepEqual([...faces.copy('outlines')], [7, 5, 3]);
+  const nodes = 'Vertices 4 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 0';
+  const solid = await read(`MeshVersionFormatted 1 Dimension 3 ${nodes} Tetrahedra 1 1 2 3 4 0 End`, 'medit');
+  solid.draw();
+  assert.equal(solid.copy('surface').length, 12);
+  assert.deepEqual([solid.copy('freeEdges').length, solid.topology().freeEdges], [0, 4]);
+  for (const mesh of [faces, solid]) mesh.free();
+});
+
+test('chains are edges with common nodes', () => {
+  const positions = new Float32Array([0, 0, 0, 2, 0, 0, 2, 4, 0, 9, 9, 9, 8, 8, 8]);
+  const { count, longest } = findChains(new Uint32Array([4, 3, 2, 0, 1, 2, 0, 1]), positions);
+  assert.equal(count, 2);
+  assert.deepEqual(longest, [{ edges: 3, middle: [1, 2, 0] }, { edges: 1, middle: [8.5, 8.5, 8.5] }]);
+  assert.deepEqual(findChains(new Uint32Array(), positions), { count: 0, longest: [] });
 });
 
 test('files are bytes, blobs or paths, and tell of progress', async () => {

@@ -70,6 +70,8 @@ pageTest('files are dropped and repaired; names are text, not markup', async () 
   await page.click('#repair button');
   await page.waitForFunction(() => document.getElementById('cleaned').textContent !== '');
   assert.match(await page.textContent('#cleaned'), /^Merged \d+ nodes; removed \d+ elements and \d+ nodes\.$/);
+  await page.waitForFunction(() => /^ *Before/.test(document.getElementById('counts').textContent));
+  assert.match(await page.textContent('#counts'), /Free edges16\d+/);
   assert.deepEqual(page.faults, []);
   await page.context().close();
 });
