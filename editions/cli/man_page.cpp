@@ -49,8 +49,12 @@ asks for it.
 .B gridwork info part.stl
 Tell what is in a file.
 .TP
-.B gridwork merge \-t 0.01 part.stl clean.stl
-Merge nodes that are less than 0.01 apart, and remove what degenerates.
+.B gridwork merge \-t 0.01 \-\-duplicates part.stl clean.stl
+Merge nodes that are less than 0.01 apart, and remove what degenerates or is
+there twice.
+.TP
+.B gridwork boundary part.stl holes.vtk
+Write the edges of the holes of a surface.
 .TP
 .B gridwork check \-\-closed clean.stl && gridwork convert clean.stl clean.vtk
 Convert a surface that is sound and closed.
