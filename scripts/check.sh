@@ -10,7 +10,7 @@ source scripts/packages.sh
 
 need_packages g++ clang libclang-rt-14-dev cmake ninja-build libgtest-dev pkg-config clang-format clang-tidy git \
   locales python3-meshio abigail-tools libeigen3-dev libmetis-dev libcli11-dev python3-pytest python3-jsonschema groff mandoc zsh fish chromium libopenmpi-dev openmpi-bin libptscotch-dev \
-  pybind11-dev python3-dev python3-hypothesis python3-matplotlib python3-networkx python3-scipy python3-vtk9 mypy xvfb xauth
+  pybind11-dev python3-dev python3-mpi4py python3-hypothesis python3-matplotlib python3-networkx python3-scipy python3-vtk9 mypy xvfb xauth
 
 part() { echo "== $1 ($SECONDS s)"; }
 
