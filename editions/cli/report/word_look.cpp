@@ -17,9 +17,13 @@ bool is_real(std::string word) {
   return number_length(word) == word.size();
 }
 
+// One beyond the bounds comes as a number there.
 bool scan_integer(std::string_view word, std::int64_t& value) {
   if (!word.empty() && word.front() == '+') word.remove_prefix(1);
-  return std::from_chars(word.data(), word.data() + word.size(), value).ptr == word.data() + word.size();
+  const bool is_negative = !word.empty() && word.front() == '-';
+  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+  if (error == std::errc::result_out_of_range) value = is_negative ? INT64_MIN : INT64_MAX;
+  return end == word.data() + word.size();
 }
 
 }  // namespace

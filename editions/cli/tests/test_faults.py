@@ -104,6 +104,8 @@ FAULTS = [
     ("vtk", "0 1 2 3\n", "0 1 2 4\n", 'line 19: "4" is no node; the file has 4'),
     ("vtk", "0 4\n", "0 four\n", 'line 17: "four" stands where a whole number is expected'),
     ("vtk", "CONNECTIVITY", "CONNECTED", 'line 18: "CONNECTED" stands where "CONNECTIVITY" is expected'),
+    ("vtk", "CELL_TYPES 1", "CELL_TYPES 99999999999999999999",
+     'cut short: it ends in line 21, within "CELL_TYPES" of line 20'),
     ("vtk", "CELL_TYPES 1\n10\n", "CELL_TYPES 2\n10\n", 'cut short: it ends in line 21, within "CELL_TYPES" of line 20'),
     ("vtk", "CELL_TYPES", "CELL_KINDS", 'line 20: "CELL_KINDS" is no keyword'),
     ("old.vtk", "1 4\n", "1 5\n", 'line 7: "POLYGONS" has 4 numbers, not 5'),
