@@ -55,10 +55,10 @@ void main() {
   cutAway();
   vec3 normal = turn * normalize(cross(dFdx(place), dFdy(place)));
   float light = 0.38 + 0.62 * abs(dot(normalize(normal), normalize(vec3(0.25, 0.35, 1.0))));
-  vec3 pixel = max(fwidth(toSides), 1e-6), near = smoothstep(vec3(0.3), vec3(1.3), toSides / pixel);
+  vec3 pixel = max(fwidth(toSides), 1e-6), near = smoothstep(vec3(0.1), vec3(0.8), toSides / pixel);
   float line = 1.0 - min(near.x, min(near.y, near.z));
   line *= lines * (1.0 - smoothstep(0.15, 0.5, max(pixel.x, max(pixel.y, pixel.z))));
-  colour = vec4(base * light * (1.0 - 0.6 * line), 1.0);
+  colour = vec4(base * light * (1.0 - 0.55 * line), 1.0);
 }`;
 
 // An edge is a ribbon of two triangles, and lies a little before its faces.

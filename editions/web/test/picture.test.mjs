@@ -93,3 +93,21 @@ pageTest('colours, mesh edges, a cut and views change the picture', async () => 
   assert.deepEqual(page.faults, []);
   await page.context().close();
 });
+
+const cannotDraw = {
+  'no canvas can be handed over': (page) => page.addInitScript(() => delete HTMLCanvasElement.prototype.transferControlToOffscreen),
+  'the worker does not start': (page) => page.route('**/painter_worker.mjs', (route) => route.abort()),
+};
+for (const [why, prepare] of Object.entries(cannotDraw)) {
+  pageTest(`where workers cannot draw, the page does: ${why}`, async () => {
+    const page = await visit({ colorScheme: 'light' }, prepare);
+    await page.click('#sample');
+    await page.waitForSelector('body[data-shown]');
+    const { painted, red, orange } = await look(page);
+    assert(painted > 10_000 && red > 10 && orange > 5);
+    await page.focus('#canvas');
+    await page.keyboard.press('+');
+    assert((await look(page)).painted > painted);
+    await page.context().close();
+  });
+}
