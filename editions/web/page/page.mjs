@@ -94,7 +94,9 @@ const receive = {
   },
   failed({ message, ended }) {
     fail(`${name}: ${ended ? 'the file asks for more than this browser gives, or the module failed' : message}.`);
-    if (ended) session.restart();
+    if (!ended) return;
+    $('found').hidden = true;
+    session.restart();
   },
   lost: fail,
 };

@@ -17,14 +17,26 @@ export class Session {
     this.#id += 1;
     this.#worker?.terminate();
     this.#ready = this.#start();
+    this.#ready.catch(() => {}); // who asks is told
   }
 
   async #start() {
-    this.#worker = new Worker('worker.mjs', { type: 'module' });
-    this.#worker.addEventListener('message', ({ data }) => data.id === this.#id && this.#receive[data.is]?.(data));
-    this.#worker.addEventListener('error', () => this.#receive.lost('The worker of this page did not start; reload the page.'));
+    const worker = new Worker('worker.mjs', { type: 'module' });
+    this.#worker = worker;
+    worker.addEventListener('message', ({ data }) => data.id === this.#id && this.#receive[data.is]?.(data));
+    const started = new Promise((resolve, reject) => {
+      worker.addEventListener('error', () => {
+        reject(new Error('The worker of this page did not start; reload the page.'));
+        this.#receive.lost('The worker of this page failed; reload the page.');
+      });
+      worker.addEventListener('message', ({ data: { is, id, message } }) => {
+        if (is === 'ready') resolve();
+        if (is === 'failed' && id === undefined) reject(new Error(`The module did not start: ${message}.`));
+      });
+    });
     this.#module ??= WebAssembly.compile(await (await fetch('page.wasm')).arrayBuffer());
-    this.#worker.postMessage({ do: 'start', module: await this.#module });
+    worker.postMessage({ do: 'start', module: await this.#module });
+    return started;
   }
 
   open(file) {

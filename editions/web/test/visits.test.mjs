@@ -34,6 +34,16 @@ pageTest('without WebGL there are the numbers', async () => {
   await page.context().close();
 });
 
+pageTest('that the module or its worker is not there is told', async () => {
+  for (const [file, words] of [['page.wasm', /WebAssembly/], ['worker.mjs', /^The worker of this page (did not start|failed)/]]) {
+    const page = await visit({}, (p) => p.route(`**/${file}`, (route) => route.fulfill({ body: 'no', contentType: 'text/javascript' })));
+    await page.setInputFiles('#file', bracket);
+    await page.waitForFunction(() => document.getElementById('error').textContent !== '');
+    assert.match(await page.textContent('#error'), words);
+    await page.context().close();
+  }
+});
+
 // All that can be reached has a name, by the keyboard in the order of the page.
 const controls = (page) =>
   page.$$eval('button, input, select, canvas', (all) => all.filter((e) => e.checkVisibility()).map((e) => ({
