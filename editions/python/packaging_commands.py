@@ -19,12 +19,18 @@ ROOT = pathlib.Path(__file__).parents[2]
 
 
 class Version(egg_info):
-    """The version stands in the library's header."""
+    """The version stands in the library's header; a distribution of sources holds the library."""
 
     def finalize_options(self):
         header = ROOT.joinpath("include/qel/gridwork/version.h").read_text()
         self.distribution.metadata.version = ".".join(re.findall(r"#define QEL_GRIDWORK_VERSION_[A-Z]+ (\d+)", header))
         super().finalize_options()
+
+    def find_sources(self):
+        super().find_sources()
+        for line in ROOT.joinpath("editions/python/MANIFEST.in").read_text().splitlines():
+            if not line.startswith("#"):
+                self.filelist.process_template_line(line)
 
 
 class BuildByCMake(build_py):
