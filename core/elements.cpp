@@ -56,7 +56,7 @@ bool valid_face(const unsigned* nodes, unsigned n) noexcept {
 }
 
 /// The end of a column is marked by `none` in row 4, 5 or 6 and every later row. Nothing else is valid, so that all ways
-/// to read a column agree (core/shapes.h).
+/// to read a column agree (core/linear_shapes.h).
 bool valid_solid(const unsigned* nodes, unsigned n) noexcept {
   unsigned count = 4;
   while (count < 7 && nodes[count] != none) ++count;

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "core/shapes.h"
+#include "core/linear_shapes.h"
 #include "docs/svg.h"
 
 namespace docs {

@@ -9,7 +9,7 @@
 
 #include "core/result.h"
 #include "io/column_appender.h"
-#include "io/column_finder.h"
+#include "io/columns_by_ID.h"
 #include "io/input_result.h"
 #include "qel/dense.h"
 
@@ -36,7 +36,7 @@ class identified_nodes {
     if (labels_.cols() >= none || !find_IDs()) return out_of_memory;
     bool has_twins = false;
     for (unsigned j = 0; j < count(); ++j) {
-      const unsigned first = finder_(IDs_[j]);
+      const unsigned first = columns_(IDs_[j]);
       has_twins = has_twins || first != j;
       if (first != j && !is_same(j, first)) return node_differs;
     }
@@ -44,7 +44,7 @@ class identified_nodes {
   }
 
   /// The column of a node; `none` when there is none.
-  unsigned find(unsigned ID) const noexcept { return finder_(ID); }
+  unsigned find(unsigned ID) const noexcept { return columns_(ID); }
 
   unsigned count() const noexcept { return static_cast<unsigned>(IDs_.size()); }
   double* point(unsigned j) noexcept { return coords_.column(j); }
@@ -65,7 +65,7 @@ class identified_nodes {
   bool find_IDs() noexcept {
     if (!IDs_.resize(labels_.cols())) return false;
     for (std::uint64_t j = 0; j < IDs_.size(); ++j) IDs_[j] = labels_(0, j);
-    return finder_.prepare(IDs_);
+    return columns_.prepare(IDs_);
   }
 
   bool is_same(unsigned j, unsigned first) const noexcept {
@@ -76,7 +76,7 @@ class identified_nodes {
   bool drop_twins() noexcept {
     unsigned kept = 0;
     for (unsigned j = 0; j < count(); ++j) {
-      if (finder_(IDs_[j]) != j) continue;
+      if (columns_(IDs_[j]) != j) continue;
       std::copy_n(coords_.column(j), 3, coords_.column(kept));
       std::copy_n(labels_.column(j), 2, labels_.column(kept++));
     }
@@ -87,7 +87,7 @@ class identified_nodes {
   dense2D<unsigned> labels_;  // identifier and system
   std::optional<appenders> lists_{std::in_place, coords_, labels_};
   dense1D<unsigned> IDs_;
-  column_finder finder_;
+  columns_by_ID columns_;
 };
 
 }  // namespace qel::gridwork::detail::io

@@ -36,7 +36,7 @@ inline int check_matrices(const matrix_range& range, unsigned n) noexcept {
 }
 
 /// The plain type of one column of a matrix of `type`: in a mixed one, the first unused row decides, whatever lies
-/// before or behind; core/shapes.h has the other ways to read a column, which differ on malformed ones.
+/// before or behind; core/linear_shapes.h has the other ways to read a column, which differ on malformed ones.
 constexpr element_type plain_type(element_type type, const unsigned* nodes) noexcept {
   if (type == ELT_FACE_MIX) return nodes[3] == none ? ELT_TRIA3 : ELT_QUAD4;
   if (type != ELT_SOLID_MIX) return type;

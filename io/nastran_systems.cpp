@@ -64,7 +64,7 @@ int coordinate_systems::place_nodes(identified_nodes& nodes) noexcept {
   dense1D<unsigned> IDs;
   if (!IDs.resize(systems_.size())) return out_of_memory;
   std::transform(systems_.begin(), systems_.end(), IDs.begin(), [](const coordinate_system& s) { return s.ID; });
-  if (!finder_.prepare(IDs)) return out_of_memory;
+  if (!columns_.prepare(IDs)) return out_of_memory;
   // Points of a system may be nodes: all systems are known before the first node moves.
   for (unsigned j = 0; j < nodes.count(); ++j) {
     const int result = make_known(nodes.system(j), nodes);
@@ -102,7 +102,7 @@ int coordinate_systems::make_known(unsigned ID, identified_nodes& nodes) noexcep
 int coordinate_systems::find_unknown(unsigned ID, unsigned& index) noexcept {
   index = none;
   if (ID == 0) return 0;
-  const unsigned found = finder_(ID);
+  const unsigned found = columns_(ID);
   if (found == none || systems_[found].state == system_state::in_work) return no_system;
   if (systems_[found].state == system_state::waiting) index = found;
   return 0;
@@ -142,7 +142,7 @@ bool coordinate_systems::finish(coordinate_system& system, identified_nodes& nod
 /// A point of a known system, in the basic one.
 vector_fixed<double, 3> coordinate_systems::to_basic(unsigned ID, const double* point) const noexcept {
   if (ID == 0) return load(point);
-  const coordinate_system& system = systems_[finder_(ID)];
+  const coordinate_system& system = systems_[columns_(ID)];
   const double* const origin = system.points;
   const vector p = along_axes(system.kind, point);
   vector result;

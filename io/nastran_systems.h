@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "io/column_finder.h"
+#include "io/columns_by_ID.h"
 #include "io/identified_nodes.h"
 #include "qel/dense.h"
 #include "qel/fixed.h"
@@ -42,7 +42,7 @@ class coordinate_systems {
 
   dense1D<coordinate_system> systems_;
   dense1D<unsigned> stack_;
-  column_finder finder_;
+  columns_by_ID columns_;
 };
 
 }  // namespace qel::gridwork::detail::io::nastran

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "core/shapes.h"
+#include "core/linear_shapes.h"
 #include "quality/tetrahedron.h"
 #include "quality/vectors.h"
 

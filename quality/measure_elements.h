@@ -10,11 +10,11 @@
 #include "core/coordinates.h"
 #include "core/elements.h"
 #include "core/limits.h"
+#include "core/linear_shapes.h"
 #include "core/outputs.h"
 #include "core/position_table.h"
 #include "core/result.h"
 #include "core/scaling.h"
-#include "core/shapes.h"
 #include "quality/vectors.h"
 
 namespace qel::gridwork::detail {

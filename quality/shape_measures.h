@@ -2,7 +2,7 @@
 #ifndef QEL_GRIDWORK_QUALITY_SHAPE_MEASURES_H
 #define QEL_GRIDWORK_QUALITY_SHAPE_MEASURES_H
 
-#include "core/shapes.h"
+#include "core/linear_shapes.h"
 #include "quality/corners.h"
 #include "quality/faces.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "core/shapes.h"
+#include "core/linear_shapes.h"
 #include "qel/gridwork.h"
 #include "tests/facts.h"
 #include "tests/random_meshes.h"

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "core/check.h"
-#include "core/shapes.h"
+#include "core/linear_shapes.h"
 #include "qel/dense.h"
 #include "qel/gridwork/ids.h"
 

@@ -7,8 +7,8 @@
 #include "core/distribute.h"
 #include "core/elements.h"
 #include "core/limits.h"
+#include "core/linear_shapes.h"
 #include "core/outputs.h"
-#include "core/shapes.h"
 #include "qel/gridwork/topology.h"
 
 namespace qel::gridwork {

@@ -8,7 +8,7 @@ set(qel_gridwork_mpi_internal_headers
   core/limits.h
   core/position_table.h
   core/result.h
-  core/shapes.h
+  core/linear_shapes.h
   io/bytes/file.h
   io/bytes/little_endian.h
   io/stl_binary.h

@@ -158,7 +158,7 @@ bool node_tree<Dim>::build_anew(const dense1D<unsigned>& ids) {
   dense1D<unsigned> ordinals;
   if (!list.resize(count) || !spare.resize(count) || !nodes.resize(count) || !ordinals.resize(count)) return false;
   has_nan_ = list_nodes(ids, list.data());
-  tree_builder<Dim>(nodes.data(), ordinals.data()).build(list.data(), spare.data(), static_cast<unsigned>(count));
+  bulk_inserter<Dim>(nodes.data(), ordinals.data()).build(list.data(), spare.data(), static_cast<unsigned>(count));
   nodes_.shallow_copy(nodes);
   ordinals_.shallow_copy(ordinals);
   built_ = count;

@@ -11,8 +11,8 @@
 
 #include "qel/dense.h"
 #include "qel/fixed.h"
+#include "search/tree/bulk_insertion.h"
 #include "search/tree/query_tree.h"
-#include "search/tree/tree_builder.h"
 
 namespace qel::gridwork::detail {
 

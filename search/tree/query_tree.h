@@ -7,8 +7,8 @@
 #include "core/limits.h"
 #include "qel/dense.h"
 #include "qel/fixed.h"
+#include "search/tree/bulk_insertion.h"
 #include "search/tree/median_split.h"
-#include "search/tree/tree_builder.h"
 
 namespace qel::gridwork::detail {
 

@@ -1,7 +1,7 @@
 // Free boundaries of a part.
 #include "adjacency/global_boundary.h"
 #include "core/elements.h"
-#include "core/shapes.h"
+#include "core/linear_shapes.h"
 #include "parts/checks.h"
 #include "topology/boundary_slots.h"
 

@@ -10,7 +10,7 @@
 #include "adjacency/meeting_places.h"
 #include "communication/exchange.h"
 #include "core/elements.h"
-#include "core/shapes.h"
+#include "core/linear_shapes.h"
 #include "parts/checks.h"
 #include "qel/gridwork/topology.h"
 

@@ -9,7 +9,7 @@
 #include "communication/numbering.h"
 #include "core/elements.h"
 #include "core/identity_map.h"
-#include "core/shapes.h"
+#include "core/linear_shapes.h"
 #include "parts/checks.h"
 #include "parts/localize.h"
 #include "qel/gridwork/ids.h"

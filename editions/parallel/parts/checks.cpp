@@ -5,7 +5,7 @@
 
 #include "core/coordinates.h"
 #include "core/elements.h"
-#include "core/shapes.h"
+#include "core/linear_shapes.h"
 #include "qel/gridwork/ids.h"
 
 namespace qel::gridwork::detail::parallel {

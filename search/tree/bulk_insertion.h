@@ -3,8 +3,8 @@
 // The first node of a list becomes the root; those that go left of it and those that go right keep their order, because
 // a node reaches its subtree when its turn in the list comes. So splitting the list stably by its first node, again
 // and again, gives the same tree, and gives it in pre-order.
-#ifndef QEL_GRIDWORK_SEARCH_TREE_TREE_BUILDER_H
-#define QEL_GRIDWORK_SEARCH_TREE_TREE_BUILDER_H
+#ifndef QEL_GRIDWORK_SEARCH_TREE_BULK_INSERTION_H
+#define QEL_GRIDWORK_SEARCH_TREE_BULK_INSERTION_H
 
 #include <algorithm>
 #include <cstdint>
@@ -75,12 +75,12 @@ bool has_nan(const listed_node<Dim>* list, unsigned count) noexcept {
 }
 
 template <unsigned Dim>
-class tree_builder {
+class bulk_inserter {
  public:
   using listed = listed_node<Dim>;
   using node = tree_node<Dim>;
 
-  tree_builder(node* nodes, unsigned* ordinals) noexcept : nodes_(nodes), ordinals_(ordinals) {}
+  bulk_inserter(node* nodes, unsigned* ordinals) noexcept : nodes_(nodes), ordinals_(ordinals) {}
 
   /// Builds the tree of list[0 .. count); `spare` has room for as many. Both are overwritten.
   void build(listed* list, listed* spare, unsigned count) noexcept {

@@ -1,6 +1,6 @@
 // Columns of nodes by their identifiers in a file.
-#ifndef QEL_GRIDWORK_IO_COLUMN_FINDER_H
-#define QEL_GRIDWORK_IO_COLUMN_FINDER_H
+#ifndef QEL_GRIDWORK_IO_COLUMNS_BY_ID_H
+#define QEL_GRIDWORK_IO_COLUMNS_BY_ID_H
 
 #include <algorithm>
 #include <cstdint>
@@ -13,8 +13,9 @@ namespace qel::gridwork::detail::io {
 
 /// Finds the first column of an identifier: by a difference where identifiers increase by one, in a table where they
 /// are not much larger than their number, else in a sorted list. No memory by the largest of them. Identifiers are
-/// below 2^31 (scan_ID), or have up to nine digits (scan_plain_unsigned), so that none is `none` and the one behind the largest is still a number.
-class column_finder {
+/// below 2^31 (scan_ID), or have up to nine digits (scan_plain_unsigned), so that none is `none` and the one behind the
+/// largest is still a number.
+class columns_by_ID {
  public:
   /// Looks at the identifiers; before anything else. False when memory ran out.
   [[nodiscard]] bool prepare(const dense1D<unsigned>& IDs) noexcept {

@@ -1,6 +1,7 @@
 // The linear shapes as data: nodes, boundaries and edges by local node, drawn once for everything that needs them.
-#ifndef QEL_GRIDWORK_CORE_SHAPES_H
-#define QEL_GRIDWORK_CORE_SHAPES_H
+// Which way boundaries point is told in qel/gridwork/topology.h.
+#ifndef QEL_GRIDWORK_CORE_LINEAR_SHAPES_H
+#define QEL_GRIDWORK_CORE_LINEAR_SHAPES_H
 
 #include "core/result.h"
 #include "qel/gridwork/elements.h"
