@@ -126,7 +126,7 @@ struct limit {
   int ranks;
   double reading, neighbors;
 };
-constexpr limit limits[] = {{1, 0, 0}, {2, 0.51, 0.026}, {4, 1.0, 0.075}, {7, 1.53, 0.15}, {16, 3.0, 0.38}};
+constexpr limit limits[] = {{1, 0, 0}, {2, 0.1, 0.026}, {4, 0.41, 0.075}, {7, 0.89, 0.15}, {16, 2.45, 0.38}};
 
 bool report(const char* name, const cost& c, double triangles, double most) {
   const double each = c.bytes / triangles;

@@ -42,6 +42,14 @@ void team::reduce(void* values, int count, MPI_Datatype type, MPI_Op operation) 
   note(MPI_Allreduce(MPI_IN_PLACE, values, count, type, operation, comm_));
 }
 
+/// As signed numbers in the same order: MPICH 4.0 takes the least of unsigned ones as if they were signed.
+void team::lower(std::uint64_t* values, int count) noexcept {
+  constexpr std::uint64_t sign = std::uint64_t{1} << 63;
+  for (int k = 0; k < count; ++k) values[k] ^= sign;
+  reduce(values, count, MPI_INT64_T, MPI_MIN);
+  for (int k = 0; k < count; ++k) values[k] ^= sign;
+}
+
 int team::agree(int code) noexcept {
   std::uint64_t order = order_of(own_code(code));
   lower(&order, 1);

@@ -34,7 +34,7 @@ class team {
 
   /// For numbers of all ranks: their smallest, largest or sum takes the place of each.
   /// @{
-  void lower(std::uint64_t* values, int count) noexcept { reduce(values, count, MPI_UINT64_T, MPI_MIN); }
+  void lower(std::uint64_t* values, int count) noexcept;
   void add(std::uint64_t* values, int count) noexcept { reduce(values, count, MPI_UINT64_T, MPI_SUM); }
   void add(std::int64_t* values, int count) noexcept { reduce(values, count, MPI_INT64_T, MPI_SUM); }
   void lower(double* values, int count) noexcept { reduce(values, count, MPI_DOUBLE, MPI_MIN); }

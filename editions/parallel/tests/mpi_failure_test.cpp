@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "core/limits.h"
 #include "faults.h"
 #include "mpi_events.h"
 #include "shared_path.h"
@@ -76,11 +77,11 @@ void expect_same_code(const calls::call& call) {
   }
 }
 
-/// Lets the event happen before the k-th call of MPI on all ranks, for every k (with small limits, where there are many, for
+/// Lets the event happen before the k-th call of MPI on all ranks, for every k (with small limits, where calls are many, for
 /// ever fewer), until the call makes no more: check(code, k).
 template <class Check>
 void expect_with_event(const calls::call& call, const std::function<int()>& event, Check check) {
-  for (std::uint64_t k = 1;; k += 1 + k / 64) {
+  for (std::uint64_t k = 1;; k += qel::gridwork::detail::limits::are_small ? 1 + k / 2 : 1) {
     ASSERT_LT(k, 100000U);
     mpi_events::arm(k, event);
     const int code = call();
