@@ -45,7 +45,7 @@ part "the reference"
 scripts/docs.sh
 
 part "the same results on other systems"
-scripts/check_systems.sh --quick clang19 i386 s390x windows
+scripts/check_systems.sh --quick aarch64 clang19 i386 musl s390x windows
 
 part "Debian packages"
 scripts/package_deb.sh
