@@ -194,6 +194,9 @@ constexpr std::ptrdiff_t plain_number = limit<std::ptrdiff_t>(40, 7);
 constexpr std::ptrdiff_t plain_rest = limit<std::ptrdiff_t>(60, 5);
 constexpr std::ptrdiff_t plain_fields = limit<std::ptrdiff_t>(48, 12);
 
+/// Characters of what a FEMAP record may have in common with the one before; where there are more, they are read anew.
+constexpr std::size_t known_text = limit<std::size_t>(256, 16);
+
 /// Numbers of a VTK file that are read before they are looked at: they fit the first cache. Whole points.
 constexpr std::uint64_t numbers_at_once = limit<std::uint64_t>(768, 3);
 

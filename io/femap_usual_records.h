@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "core/limits.h"
 #include "io/element_collector.h"
 #include "io/femap.h"
 #include "io/identified_nodes.h"
@@ -31,7 +32,7 @@ class known_text {
   }
 
  private:
-  char text_[256];
+  char text_[limits::known_text];
   std::ptrdiff_t size_ = 0;
 };
 
