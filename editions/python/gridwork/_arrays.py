@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import operator
 import sys
 import warnings
 from collections.abc import Sequence
@@ -155,6 +156,25 @@ def indices_of_any_shape(value: ArrayLike, name: str) -> Indices:
     return array
 
 
+def real(value: Any, name: str) -> float:
+    """One number."""
+    array = np.asarray(value)
+    if array.ndim != 0 or array.dtype.kind not in "fiu":
+        raise TypeError(f"{name}: {type(value).__name__} where a number is expected")
+    return float(array)
+
+
+def whole(value: Any, name: str, least: int = 0, most: int = NONE) -> int:
+    """One whole number within bounds."""
+    try:
+        number = operator.index(value)
+    except TypeError:
+        raise TypeError(f"{name}: {type(value).__name__} where a whole number is expected") from None
+    if not least <= number <= most:
+        raise ValueError(f"{name}: {number}, expected a number from {least} to {most}")
+    return number
+
+
 def is_many(value: Any) -> bool:
     """True for a list of arrays, not for the rows of one."""
     if not isinstance(value, (list, tuple)):
@@ -179,6 +199,12 @@ def writable(out: Any, shape: Tuple[int, ...], dtype: type, name: str = "out") -
     if out.shape != shape:
         _refuse(out, name, str(shape))
     return out.view(dtype) if out.dtype != dtype else out
+
+
+def apart(array: npt.NDArray[Any], out: Any) -> npt.NDArray[Any]:
+    """The array, or a copy where writing to `out` could change it."""
+    shares = isinstance(out, np.ndarray) and np.may_share_memory(array, out)
+    return array.copy() if shares else array
 
 
 def destination(source: npt.NDArray[Any], out: Any) -> npt.NDArray[Any]:

@@ -13,6 +13,7 @@ from ._arrays import (
     ArrayLike,
     Indices,
     OneOrMany,
+    apart,
     blocks,
     destination,
     index_list,
@@ -20,6 +21,7 @@ from ._arrays import (
     indices_of_any_shape,
     is_many,
     vector,
+    whole,
 )
 from .elements import ElementType, TypeLike, element_type
 
@@ -47,8 +49,8 @@ def check_ids(ids: ArrayLike, n: int, type: TypeLike | None = None) -> bool:
     False
     """
     if type is not None:
-        return _core.check_ids(index_rows(ids, "ids"), element_type(type), n)
-    return _core.check_ids(indices_of_any_shape(ids, "ids"), n)
+        return _core.check_ids(index_rows(ids, "ids"), element_type(type), whole(n, "n"))
+    return _core.check_ids(indices_of_any_shape(ids, "ids"), whole(n, "n"))
 
 
 def max_id(ids: ArrayLike) -> int | None:
@@ -72,12 +74,12 @@ def shift_indices(ids: ArrayLike, shift: int, type: TypeLike | None = None, *, o
     >>> shift_indices([0, 1, -1], 10)
     array([        10,         11, 4294967295], dtype=uint32)
     """
-    source = indices_of_any_shape(ids, "ids")
+    source, by = indices_of_any_shape(ids, "ids"), whole(shift, "shift", -(2**31), 2**31 - 1)
     target = destination(source, out)
     if target.ndim == 1:
-        _core.shift_indices(target, shift)
+        _core.shift_indices(target, by)
     else:
-        _core.shift_indices(target, shift, ElementType.SOLID_MIX if type is None else element_type(type))
+        _core.shift_indices(target, by, ElementType.SOLID_MIX if type is None else element_type(type))
     return target if out is None else out
 
 
@@ -89,8 +91,9 @@ def change_indices(ids: ArrayLike, new_ids: ArrayLike, *, out: Indices | None = 
     >>> change_indices([[0, 1, 3]], [5, 6])
     array([[5, 6, 3]], dtype=uint32)
     """
+    table = apart(index_list(new_ids, "new_ids"), out)
     target = destination(indices_of_any_shape(ids, "ids"), out)
-    _core.change_indices(target, index_list(new_ids, "new_ids"))
+    _core.change_indices(target, table)
     return target if out is None else out
 
 

@@ -13,7 +13,7 @@ from typing import Any, List, NamedTuple, Tuple, Union
 import numpy as np
 
 from . import _core
-from ._arrays import NONE, ArrayLike, Floats, Indices, OneOrMany, floats, index_list, is_many, points
+from ._arrays import NONE, ArrayLike, Floats, Indices, OneOrMany, floats, index_list, is_many, points, whole
 from .elements import ElementType, TypeLike, element_type
 from .topology import OneOrManyTypes, elements, typed_blocks
 
@@ -121,7 +121,7 @@ def stl_input(file: Path) -> tuple[Floats, Indices]:
 
 def stl_output(file: Path, coords: ArrayLike, triangles: ArrayLike, *, ascii: bool = False) -> None:
     """Writes triangles (e, 3) on (n, 2) or (n, 3) coordinates as a binary or text STL file."""
-    _core.stl_output(_path(file), points(coords), elements(triangles, ElementType.TRIA3, "triangles"), ascii)
+    _core.stl_output(_path(file), points(coords), elements(triangles, ElementType.TRIA3, "triangles"), bool(ascii))
 
 
 def wavefront_obj_input(file: Path) -> ObjMesh:
@@ -232,10 +232,10 @@ def medit_solution(file: Path, dim: int, values: ArrayLike) -> None:
 
     values: (n,) scalars; (n, dim) vectors; metric tensors (n, 3) of dim = 2 and (n, 6) of dim = 3.
     """
-    array = floats(values, "values")
+    array, dim = floats(values, "values"), whole(dim, "dim")
     if array.ndim == 1:
         _core.medit_scalar(_path(file), dim, array)
-    elif array.ndim == 2 and array.shape[1] == dim * (dim + 1) // 2:
+    elif array.ndim == 2 and array.shape[1] == dim * (dim + 1) // 2 and dim > 1:
         _core.medit_tensor(_path(file), array)
     else:
         _core.medit_vector(_path(file), dim, points(array, "values", [dim]))
@@ -341,15 +341,19 @@ _READERS: dict[str, Callable[..., Any]] = {
     ".neu": _core.femap_input,
 }
 
-_WRITERS: dict[str, Callable[..., None]] = {
-    ".obj": wavefront_obj_output,
-    ".vtk": vtk_output,
-    ".mesh": medit_output,
+_DECKS: dict[str, Callable[..., None]] = {
     ".bdf": nastran_output,
     ".nas": nastran_output,
     ".dat": nastran_output,
     ".neu": femap_output,
+}
+
+_WRITERS: dict[str, Callable[..., None]] = {
+    ".obj": wavefront_obj_output,
+    ".vtk": vtk_output,
+    ".mesh": medit_output,
     ".geo": ensight_output,
+    **_DECKS,
 }
 
 
@@ -375,13 +379,25 @@ def read(file: Path, type: TypeLike | None = None) -> Mesh:
     kind = None if type is None else element_type(type)
     if extension in _READERS:
         return _read_blocks(extension, file, kind)
+    if kind is not None and kind in _NOWHERE:
+        raise ValueError(f"type: {kind.name} has no connectivity of its own")
+    quads = np.empty((0, 4), np.uint32)
     if extension == ".stl":
         coords, triangles = stl_input(file)
-        blocks = [(ElementType.TRIA3, triangles)]
     else:
         coords, _, _, triangles, quads = wavefront_obj_input(file)
-        blocks = [(ElementType.TRIA3, triangles), (ElementType.QUAD4, quads)]
+    blocks = [(ElementType.TRIA3, triangles), (ElementType.QUAD4, quads)]
+    if kind == ElementType.FACE_MIX:
+        blocks = [(ElementType.FACE_MIX, _mixed(triangles, quads))]
     return Mesh(coords, [(t, i) for t, i in blocks if len(i) and kind in (None, t)])
+
+
+def _mixed(triangles: Indices, quads: Indices) -> Indices:
+    """Triangles, then quadrangles."""
+    mixed = np.full((len(triangles) + len(quads), 4), NONE, np.uint32)
+    mixed[: len(triangles), :3] = triangles
+    mixed[len(triangles) :] = quads
+    return mixed
 
 
 def _read_blocks(extension: str, file: Path, kind: ElementType | None) -> Mesh:
@@ -402,7 +418,7 @@ def write(
     """Writes a mesh in the format that the extension tells: those of `read`, and .geo for EnSight.
 
     Either a `Mesh`, or coordinates (n, d), the connectivity (e, k) and its type, or lists of these. Types that the
-    format does not hold are refused.
+    format does not hold are refused. Properties go along from deck to deck; other references, and IDs, are not written.
     """
     extension = _extension(file, set(_HELD))
     coords, arrays, types = _parts(mesh, connectivity, type)
@@ -411,6 +427,8 @@ def write(
     if extension == ".stl":
         triangles = arrays[0] if len(arrays) == 1 else np.concatenate([np.empty((0, 3), np.uint32), *arrays])
         stl_output(file, coords, triangles)
+    elif isinstance(mesh, DeckMesh) and extension in _DECKS:
+        _DECKS[extension](file, coords, arrays, types, mesh.property_ids)
     else:
         _WRITERS[extension](file, coords, arrays, types)
 

@@ -13,7 +13,7 @@ from typing import Any
 import numpy as np
 
 from . import _core
-from ._arrays import ArrayLike, Bools, Floats, Indices, destination, floats, points, vector
+from ._arrays import ArrayLike, Bools, Floats, Indices, apart, destination, floats, points, real, vector
 from .elements import TypeLike, element_type
 from .quality import metric_array, together
 from .topology import elements
@@ -165,7 +165,7 @@ def aniso3d_to_aniso2d(m: ArrayLike, frames: ArrayLike) -> Any:
 
 
 def _finite(bound: float) -> float:
-    return float(np.finfo(float).max) if bound == np.inf else float(bound)
+    return float(np.finfo(float).max) if bound == np.inf else bound
 
 
 def bound_metrics(
@@ -179,8 +179,9 @@ def bound_metrics(
     >>> bound_metrics([0.1, 1.0, 9.0], 0.5, 2.0)
     (array([0.5, 1. , 2. ]), array([0, 2], dtype=uint32))
     """
+    lower, upper = real(hmin, "hmin"), _finite(real(hmax, "hmax"))
     target = destination(metric_array(m, "m"), out)
-    return target, _core.bound_metrics(target, hmin, _finite(hmax))
+    return target, _core.bound_metrics(target, lower, upper)
 
 
 def overwrite_invalid_metrics(
@@ -197,6 +198,7 @@ def overwrite_invalid_metrics(
     source, others = metric_array(m, "m"), metric_array(defaults, "defaults")
     if source.ndim == 1 and others.ndim != 1:
         raise ValueError(f"defaults: shape {others.shape}, expected (n,)")
+    others = apart(others, out)
     target = destination(source, out)
     return target, _core.overwrite_invalid_metrics(target, others)
 
@@ -258,11 +260,10 @@ def bound_metric_variations(
     >>> bound_metric_variations([[0.0, 0], [1, 0]], [[0, 1]], "EDGE2", [1.0, 9.0], 0.5)
     (array([1. , 1.5]), array([1], dtype=uint32))
     """
-    kind = element_type(type)
+    kind, bound = element_type(type), real(max_variation, "max_variation")
+    nodes, mesh = apart(points(coords), out), apart(elements(connectivity, kind), out)
     target = destination(metric_array(metric), out)
-    return target, _core.bound_metric_variations(
-        points(coords), elements(connectivity, kind), kind, target, max_variation
-    )
+    return target, _core.bound_metric_variations(nodes, mesh, kind, target, bound)
 
 
 def bound_metric_gradations(
@@ -282,8 +283,7 @@ def bound_metric_gradations(
     >>> sizes.round(3)
     array([1.   , 1.405])
     """
-    kind = element_type(type)
+    kind, bound = element_type(type), real(max_gradation, "max_gradation")
+    nodes, mesh = apart(points(coords), out), apart(elements(connectivity, kind), out)
     target = destination(metric_array(metric), out)
-    return target, _core.bound_metric_gradations(
-        points(coords), elements(connectivity, kind), kind, target, max_gradation
-    )
+    return target, _core.bound_metric_gradations(nodes, mesh, kind, target, bound)

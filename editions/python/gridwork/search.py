@@ -22,13 +22,15 @@ from ._arrays import (
     indices_of_any_shape,
     is_many,
     points,
+    real,
+    whole,
 )
 
 __all__ = ["NodeDetector", "clean", "merge", "merge_elements", "merge_lists", "remove_degenerated", "simplify"]
 
 
 def _threads(workers: int) -> int:
-    if workers == -1:
+    if whole(workers, "workers", -(2**31), 2**31 - 1) == -1:
         return os.cpu_count() or 1
     if workers < 1:
         raise ValueError(f"workers: {workers}, expected a number from 1 on, or -1 for all processors")
@@ -163,7 +165,7 @@ def merge(coords: ArrayLike, tol: float = 0.0) -> tuple[int, Floats, Indices]:
     >>> merged, new_ids
     (1, array([0, 1, 0], dtype=uint32))
     """
-    return _core.merge(points(coords), tol)
+    return _core.merge(points(coords), real(tol, "tol"))
 
 
 def merge_lists(
@@ -177,9 +179,10 @@ def merge_lists(
     (1, array([0, 2, 2], dtype=uint32))
     """
     first = index_list(ids1, "ids1")
+    distance = real(tol, "tol")
     if ids2 is None:
-        return _core.merge_lists(points(coords), first, tol)
-    return _core.merge_lists(points(coords), first, index_list(ids2, "ids2"), tol)
+        return _core.merge_lists(points(coords), first, distance)
+    return _core.merge_lists(points(coords), first, index_list(ids2, "ids2"), distance)
 
 
 def merge_elements(
@@ -197,7 +200,9 @@ def merge_elements(
     array([[0, 1, 2],
            [0, 2, 1]], dtype=uint32)
     """
-    merged, result, new_ids = _core.merge_elements(points(coords), blocks(connectivity), tol, mode)
+    merged, result, new_ids = _core.merge_elements(
+        points(coords), blocks(connectivity), real(tol, "tol"), whole(mode, "mode")
+    )
     return merged, result if is_many(connectivity) else result[0], new_ids
 
 
@@ -210,7 +215,7 @@ def remove_degenerated(connectivity: ArrayLike, *, strict: bool = False) -> tupl
     >>> remove_degenerated([[0, 1, 1], [0, 1, 2]])
     (array([[0, 1, 2]], dtype=uint32), array([4294967295,          0], dtype=uint32))
     """
-    return _core.remove_degenerated(index_rows(connectivity, "connectivity"), strict)
+    return _core.remove_degenerated(index_rows(connectivity, "connectivity"), bool(strict))
 
 
 def simplify(coords: ArrayLike, connectivity: OneOrMany, first_node: int = 0) -> tuple[Floats, Any, Indices]:
@@ -223,7 +228,8 @@ def simplify(coords: ArrayLike, connectivity: OneOrMany, first_node: int = 0) ->
     >>> new_ids
     array([         0, 4294967295,          1,          2], dtype=uint32)
     """
-    rows, result, new_ids = _core.simplify(points(coords, columns=()), blocks(connectivity), first_node)
+    kept = whole(first_node, "first_node")
+    rows, result, new_ids = _core.simplify(points(coords, columns=()), blocks(connectivity), kept)
     return rows, result if is_many(connectivity) else result[0], new_ids
 
 
@@ -241,4 +247,4 @@ def clean(
     array([[0, 1, 2],
            [1, 3, 2]], dtype=uint32)
     """
-    return _core.clean(points(coords), index_rows(connectivity, "connectivity"), tol)
+    return _core.clean(points(coords), index_rows(connectivity, "connectivity"), real(tol, "tol"))

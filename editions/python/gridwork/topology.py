@@ -10,7 +10,7 @@ from collections.abc import Sequence
 from typing import Union
 
 from . import _core
-from ._arrays import ArrayLike, Indices, OneOrMany, blocks, index_list, index_rows, indices_of_any_shape, is_many
+from ._arrays import ArrayLike, Indices, OneOrMany, blocks, index_list, index_rows, indices_of_any_shape, is_many, whole
 from .elements import ElementType, TypeLike, element_type
 
 __all__ = [
@@ -72,7 +72,7 @@ def get_neighbors(connectivity: ArrayLike, type: TypeLike, *, pair_non_manifold:
            [4294967295, 4294967295,          0]], dtype=uint32)
     """
     kind = element_type(type)
-    return _core.get_neighbors(elements(connectivity, kind), kind, pair_non_manifold)
+    return _core.get_neighbors(elements(connectivity, kind), kind, bool(pair_non_manifold))
 
 
 def get_element_boundaries(connectivity: ArrayLike, type: TypeLike) -> Indices:
@@ -186,7 +186,7 @@ def get_colors_boundaries(
     array = elements(connectivity, kind)
     links = _neighbors(neighbors, array, kind)
     make = _core.get_colors_slots if as_slots else _core.get_colors_boundaries
-    return make(array, links, kind, index_list(colors, "colors"), mode)
+    return make(array, links, kind, index_list(colors, "colors"), whole(mode, "mode"))
 
 
 def sort_elfes(

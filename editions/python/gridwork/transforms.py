@@ -15,11 +15,14 @@ from ._arrays import (
     ArrayLike,
     Floats,
     Indices,
+    apart,
     destination,
     index_rows,
     indices_of_any_shape,
     points,
+    real,
     vector,
+    whole,
     writable,
 )
 from ._errors import ArgumentError
@@ -76,7 +79,7 @@ def translate(
     array([[0. , 0. ],
            [1.5, 2. ]])
     """
-    by = _space_vector(shift, "shift")
+    by = apart(_space_vector(shift, "shift"), out)
     target = _target(coords, by.shape[0], out)
     _core.translate(target, by, *_nodes(nodes, target, "translate"))
     return target
@@ -97,9 +100,9 @@ def rotate(
     >>> rotate([[1.0, 0.0]], [0.0, 0.0], np.pi / 2).round(12)
     array([[0., 1.]])
     """
-    point = _space_vector(center, "center")
+    point = apart(_space_vector(center, "center"), out)
+    turn = apart(_rotation(rotation, point.shape[0]), out)
     target = _target(coords, point.shape[0], out)
-    turn = _rotation(rotation, point.shape[0])
     _core.rotate(target, point, turn, *_nodes(nodes, target, "rotate"))
     return target
 
@@ -125,9 +128,9 @@ def zoom(
     >>> zoom([[1.0, 2.0]], [0.0, 0.0], 3)
     array([[3., 6.]])
     """
-    point = _space_vector(center, "center")
+    point, scale = apart(_space_vector(center, "center"), out), real(factor, "factor")
     target = _target(coords, point.shape[0], out)
-    _core.zoom(target, point, factor, *_nodes(nodes, target, "zoom"))
+    _core.zoom(target, point, scale, *_nodes(nodes, target, "zoom"))
     return target
 
 
@@ -175,7 +178,7 @@ def copy_mesh(
     move = zeros if shift is None else vector(shift, "shift", d)
     fixed = zeros if center is None else vector(center, "center", d)
     turn = zeros if rotation is None else _rotation(rotation, d)
-    return _core.copy_mesh(array, part, move, fixed, turn, n)
+    return _core.copy_mesh(array, part, move, fixed, turn, whole(n, "n"))
 
 
 def copy_sym_mesh(
@@ -218,7 +221,8 @@ def clip_whole(
     """
     origin = _space_vector(point, "point")
     array, part = points(coords, columns=()), index_rows(connectivity, "connectivity")
-    return _core.clip_whole(array, part, origin, vector(normal, "normal", origin.shape[0]), mode, tol)
+    towards = vector(normal, "normal", origin.shape[0])
+    return _core.clip_whole(array, part, origin, towards, whole(mode, "mode"), real(tol, "tol"))
 
 
 def clip_exact(
@@ -247,4 +251,4 @@ def clip_exact(
     kind = element_type(type)
     origin = _space_vector(point, "point")
     array, part = points(coords, columns=()), elements(connectivity, kind)
-    return _core.clip_exact(array, part, kind, origin, vector(normal, "normal", origin.shape[0]), tol)
+    return _core.clip_exact(array, part, kind, origin, vector(normal, "normal", origin.shape[0]), real(tol, "tol"))

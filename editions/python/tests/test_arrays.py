@@ -224,6 +224,43 @@ def test_out_is_written_to_and_never_copied():
     np.testing.assert_array_equal(overlapping, [1, 2, 3, 3, 3, 5])
 
 
+def test_out_may_be_another_argument():
+    """All of them are read before the first entry is written."""
+    table = np.array([2, 0, 1], np.uint32)
+    np.testing.assert_array_equal(gw.change_indices([0, 0, 2], table, out=table), [2, 2, 1])
+    defaults = np.array([5.0, 6.0])
+    assert gw.overwrite_invalid_metrics([0.0, 2.0], defaults, out=defaults)[1] == 1
+    np.testing.assert_array_equal(defaults, [5, 2])
+    moved = COORDS + 10
+    np.testing.assert_array_equal(gw.translate(COORDS, moved[0], out=moved), COORDS + 10)
+    moved = COORDS + 1
+    np.testing.assert_array_equal(gw.zoom(COORDS, moved[0], 3, out=moved), gw.zoom(COORDS, [1, 1, 1], 3))
+    moved = COORDS + 1
+    np.testing.assert_array_equal(gw.rotate(COORDS, moved[0], moved[1], out=moved), gw.rotate(COORDS, [1, 1, 1], [2, 1, 1]))
+
+
+@pytest.mark.parametrize(
+    "call, error, message",
+    [
+        (lambda: gw.merge(COORDS, "0.1"), TypeError, "tol: str where a number is expected"),
+        (lambda: gw.merge(COORDS, None), TypeError, "tol: NoneType"),
+        (lambda: gw.merge_elements(COORDS, TETRAHEDRA, 0, -1), ValueError, "mode: -1, expected a number from 0"),
+        (lambda: gw.merge_elements(COORDS, TETRAHEDRA, 0, 1.5), TypeError, "mode: float where a whole number is expected"),
+        (lambda: gw.check_ids([0], 2**32), ValueError, "n: 4294967296"),
+        (lambda: gw.shift_indices([0], 2**31), ValueError, "shift: 2147483648"),
+        (lambda: gw.simplify(COORDS, TETRAHEDRA, -1), ValueError, "first_node: -1"),
+        (lambda: gw.copy_mesh(COORDS, TETRAHEDRA, shift=[1, 0, 0], n=-1), ValueError, "n: -1"),
+        (lambda: gw.zoom(COORDS, [0, 0, 0], [2]), TypeError, "factor: list"),
+        (lambda: gw.clip_whole(COORDS, TETRAHEDRA, [0, 0, 0], [1, 0, 0], mode="1"), TypeError, "mode: str"),
+        (lambda: gw.bound_metrics([1.0], hmax="x"), TypeError, "hmax: str"),
+        (lambda: gw.NodeDetector(COORDS).find_closest(COORDS, workers=1.5), TypeError, "workers: float"),
+    ],
+)
+def test_wrong_numbers_are_named(call, error, message):
+    with pytest.raises(error, match=message):
+        call()
+
+
 @pytest.mark.parametrize(
     "out, error",
     [

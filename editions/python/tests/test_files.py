@@ -93,6 +93,24 @@ def test_obj(tmp_path):
     assert len(gw.read(file, "TRIA3").blocks[0][1]) == 2 and gw.read(file, "QUAD4").blocks == []
 
 
+@pytest.mark.parametrize("extension", [".obj", ".vtk", ".mesh", ".bdf", ".neu"])
+def test_faces_of_both_kinds_in_one_array(tmp_path, extension):
+    file = tmp_path / ("faces" + extension)
+    mixed = np.array([[0, 1, 2, gw.NONE], [4, 5, 6, gw.NONE], [0, 1, 2, 3]], np.uint32)
+    gw.write(file, COORDS, mixed, "FACE_MIX")
+    equal_blocks(gw.read(file, "FACE_MIX"), [(gw.ElementType.FACE_MIX, mixed)])
+    assert gw.read(file, "SOLID_MIX").blocks == []
+    with pytest.raises(ValueError):
+        gw.read(file, "NODE")
+
+
+def test_properties_go_along_from_deck_to_deck(tmp_path):
+    first, second = tmp_path / "a.bdf", tmp_path / "b.neu"
+    gw.nastran_output(first, COORDS, [np.array(LINEAR["TRIA3"]), np.array(LINEAR["HEXA8"])], ["TRIA3", "HEXA8"], [7, 3, 9])
+    gw.write(second, gw.nastran_input(first))
+    assert gw.femap_input(second).property_ids.tolist() == [7, 3, 9]
+
+
 @pytest.mark.parametrize("name", LINEAR)
 def test_conversions_of_linear_elements(name):
     vtk = pytest.importorskip("vtkmodules.vtkFiltersVerdict")
