@@ -74,6 +74,7 @@ void rewrite(session& s, const std::string& command, const in_out_options& optio
   const bool changed = guard(s, command, options.in, [&] {
     file = load(s, options.in, options.from);
     change(file.m, object);
+    if (!has_valid_nodes(file.m)) throw failure("elements have nodes that are not there; `gridwork check` tells which");
   });
   if (!changed) return;
   tell_left_out(s, options.in, file);

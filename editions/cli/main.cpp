@@ -25,13 +25,15 @@ std::size_t edit_distance(const std::string& a, const std::string& b) {
   return row.back();
 }
 
-std::string nearest_command(CLI::App& app, const std::string& word) {
+// The command that is likely to be meant, in words; empty where none is.
+std::string suggestion(CLI::App& app, const std::string& word) {
   std::string nearest;
+  std::size_t least = word.size() / 2 + 1;  // as many changes make another word
   for (const CLI::App* command : app.get_subcommands(nullptr)) {
-    const std::string name = command->get_name();
-    if (nearest.empty() || edit_distance(word, name) < edit_distance(word, nearest)) nearest = name;
+    const std::size_t distance = edit_distance(word, command->get_name());
+    if (distance < least) least = distance, nearest = command->get_name();
   }
-  return nearest;
+  return nearest.empty() ? nearest : "; did you mean \"" + nearest + "\"?";
 }
 
 bool is_command(CLI::App& app, const std::string& word) {
@@ -103,8 +105,8 @@ int run(int argc, char** argv) {
   CLI::App app("Finite-element meshes: looked at, checked, cleaned and converted.", "gridwork");
   add_all(app, s);
   if (const char* word = unknown_command(app, argc, argv)) {
-    std::fprintf(stderr, "gridwork: there is no command \"%s\"; did you mean \"%s\"?\n", printable(word).c_str(),
-                 nearest_command(app, word).c_str());
+    std::fprintf(stderr, "gridwork: there is no command \"%s\"%s\nRun `gridwork --help` for more.\n",
+                 printable(word).c_str(), suggestion(app, word).c_str());
     return error;
   }
   try {

@@ -47,6 +47,7 @@ void make(session& s, const metric_command& options) {
   if (!guard(s, "metric", options.output.out, [&] { check_overwriting(options.output); })) return;
   const bool found = guard(s, "metric", options.in, [&] {
     const loaded file = load(s, options.in, options.from);
+    tell_left_out(s, options.in, file);
     h = sizes_of(s, file.m, options.wanted, object);
     dim = static_cast<unsigned>(file.m.coords.rows());
   });

@@ -115,6 +115,7 @@ void print_text(const session& s, const std::string& name, const measured& found
 
 void report_quality(session& s, const std::string& name, const quality_command& options) {
   const loaded file = load(s, name, options.input.from);
+  tell_left_out(s, name, file);
   const step progress(s, "measuring " + name, count_elements(file.m));
   const measured found = measure(file.m, options);
   for (const report::shapes& shapes : found.shapes) {

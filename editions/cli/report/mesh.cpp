@@ -31,7 +31,7 @@ void append(const qel::dense2D<unsigned>& from, qel::dense2D<unsigned>& to, std:
 bool mix(const std::vector<block>& parts, unsigned dim, block& all) {
   std::uint64_t count = 0, column = 0;
   for (const block& part : parts) count += part.connectivity.cols();
-  all.type = dim == 2 ? gw::ELT_FACE_MIX : gw::ELT_SOLID_MIX;
+  all.type = dim == 1 ? gw::ELT_EDGE2 : dim == 2 ? gw::ELT_FACE_MIX : gw::ELT_SOLID_MIX;
   if (!all.connectivity.resize(nbr_nodes(all.type), count, ~0U)) return false;
   for (const block& part : parts) append(part.connectivity, all.connectivity, column);
   return true;

@@ -57,7 +57,7 @@ bool has_valid_nodes(const mesh& m);
 /// The vertices of a block, as elements of the linear type of that shape; no copy.
 block linear_block(const block& elements);
 
-/// The vertices of all elements of a dimension (2 or 3), in one matrix of a plain or a mixed type. False when memory ran
+/// The vertices of all elements of a dimension (1 to 3), in one matrix of a plain or a mixed type. False when memory ran
 /// out.
 bool linear_elements(const mesh& m, unsigned dim, block& all);
 

@@ -70,36 +70,44 @@ struct joined {
   qel::dense1D<int> types;
 };
 
+constexpr unsigned last_ID = 0x7FFFFFFF;
+
 // Properties are IDs.
-bool has_references(const block& b, unsigned lower, unsigned upper) {
-  const unsigned* first = b.references.data();
-  return !b.references.empty() &&
-         std::all_of(first, first + b.references.size(), [&](unsigned r) { return lower <= r && r <= upper; });
+bool is_property(unsigned reference) { return 1 <= reference && reference <= last_ID; }
+
+// 0 where no element has a property.
+unsigned largest_property(const mesh& m) {
+  unsigned largest = 0;
+  for (const block& b : m.blocks) {
+    for (const unsigned r : b.references) largest = is_property(r) ? std::max(largest, r) : largest;
+  }
+  return largest;
 }
 
-// The property of an element is its reference, if all can be; else the number of its block from 1 on.
-bool append(const block& b, bool with_references, joined& all) {
+// The property of an element is its reference, if that can be one; else the number of its block from 1 on, behind the
+// largest reference that is one.
+bool append(const block& b, unsigned largest, joined& all) {
   const std::uint64_t before = all.properties.size();
   const std::uint64_t after = before + b.connectivity.cols();
-  if (!all.types.push_back(b.type) || !all.offsets.push_back(static_cast<unsigned>(after)) ||
-      !all.properties.resize(after, static_cast<unsigned>(all.types.size()))) {
-    return false;
-  }
+  if (!all.types.push_back(b.type) || !all.offsets.push_back(static_cast<unsigned>(after))) return false;
+  const auto number = static_cast<unsigned>(all.types.size());
+  const unsigned other = largest <= last_ID - number ? largest + number : number;
+  if (!all.properties.resize(after, other)) return false;
   for (std::uint64_t e = 0; e < b.connectivity.cols(); ++e) {
     std::copy(b.connectivity.begin_column(e), b.connectivity.end_column(e), all.connectivity.begin_column(before + e));
   }
-  if (with_references) std::copy_n(b.references.data(), b.references.size(), all.properties.data() + before);
+  for (std::uint64_t e = 0; e < b.references.size(); ++e) {
+    if (is_property(b.references[e])) all.properties[before + e] = b.references[e];
+  }
   return true;
 }
 
 bool join(const mesh& m, joined& all) {
-  constexpr unsigned last_ID = 0x7FFFFFFF;
   std::uint64_t rows = 0;
   for (const block& b : m.blocks) rows = std::max(rows, b.connectivity.rows());
-  const bool with_references =
-      std::all_of(m.blocks.begin(), m.blocks.end(), [](const block& b) { return has_references(b, 1, last_ID); });
+  const unsigned largest = largest_property(m);
   return all.connectivity.resize(rows, count_elements(m), ~0U) && all.offsets.push_back(0U) &&
-         std::all_of(m.blocks.begin(), m.blocks.end(), [&](const block& b) { return append(b, with_references, all); });
+         std::all_of(m.blocks.begin(), m.blocks.end(), [&](const block& b) { return append(b, largest, all); });
 }
 
 // Elements of one dimension, with their references.
@@ -149,8 +157,11 @@ int write_medit(const char* path, const mesh& m, bool /*text*/) {
   const auto all_blocks = [&](auto test) { return std::all_of(m.blocks.begin(), m.blocks.end(), test); };
   if (all_blocks([](const block& b) { return b.references.empty(); }))
     return write_range(path, m, [](const auto&... arguments) { return gw::medit_output(arguments...); });
-  const bool is_one_matrix =
-      all_blocks([&](const block& b) { return has_references(b, 0, ~0U - 1) && element_dim(b.type) == mesh_dim(m); });
+  const bool is_one_matrix = all_blocks([&](const block& b) {
+    const unsigned* const first = b.references.data();
+    const bool all_written = std::all_of(first, first + b.references.size(), [](unsigned r) { return r != ~0U; });
+    return !b.references.empty() && all_written && element_dim(b.type) == mesh_dim(m);
+  });
   if (!is_one_matrix) return write_medit_sections(path, m);
   block all;
   if (!join_linear(m, all)) return out_of_memory;

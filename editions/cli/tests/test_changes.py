@@ -130,6 +130,15 @@ def test_split_writes_a_file_for_each_part(cubes):
     assert cubes.run("split", "two.obj", "-", "--to", "stl").returncode == 2
 
 
+def test_split_takes_edges_of_both_kinds(tool):
+    (tool.folder / "edges.vtk").write_text("# vtk DataFile Version 3.0\n\nASCII\nDATASET UNSTRUCTURED_GRID\nPOINTS 6 double\n"
+                                           "0 0 0 1 0 0 3 0 0 2 0 0 5 0 0 6 0 0\nCELLS 3 10\n2 0 1\n3 1 2 3\n2 4 5\n"
+                                           "CELL_TYPES 3\n3 21 3\n")
+    (made,) = tool.objects("split", "edges.vtk", "part.vtk")
+    assert made["parts"] == 2
+    assert [found["elements"] for found in tool.objects("info", *made["files"])] == [{"EDGE2": 1, "EDGE3": 1}, {"EDGE2": 1}]
+
+
 def test_split_colours_parts_between_walls(cubes):
     assert b"no references" in cubes.run("split", "cubes.vtk", "colors.vtk", "--colors").stderr
     (whole,) = cubes.objects("split", "cubes.vtk", "whole.mesh", "--colors")

@@ -20,7 +20,7 @@ def test_help_and_version_are_results(tool):
 
 
 @pytest.mark.parametrize("arguments, words", [
-    ([], "a command is required"), (["convert", "a", "b", "c", "-x", "--form"], "not expected: c -x --form"), (["inof"], 'did you mean "info"'), (["info"], "FILE"), (["info", "a.stl", "--wide"], "--wide"),
+    ([], "a command is required"), (["convert", "a", "b", "c", "-x", "--form"], "not expected: c -x --form"), (["inof"], 'did you mean "info"'), (["help"], 'no command "help"\nRun `gridwork --help`'), (["info"], "FILE"), (["info", "a.stl", "--wide"], "--wide"),
     (["merge", "a.stl", "b.stl", "-t", "-1"], "-t"), (["--color", "blue", "formats"], "blue")])
 def test_wrong_calls_are_errors(tool, arguments, words):
     result = tool.run(*arguments)
