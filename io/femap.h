@@ -13,7 +13,7 @@ namespace qel::gridwork::detail::io::femap {
 constexpr unsigned nbr_slots = 20;
 
 /// The numbers of the blocks that are read.
-enum class block { header = 100, nodes = 403, elements = 404 };
+enum class block : std::int64_t { header = 100, nodes = 403, elements = 404 };
 
 /// How an element appears: its topology, its kind by nodes and dimension, and the slots of its nodes, which come in the
 /// order of NASTRAN's cards.

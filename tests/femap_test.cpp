@@ -118,6 +118,7 @@ TEST(femap, blocks_versions_and_lists) {
   EXPECT_EQ(code_of(block(999, "a\nb,\n") + nodes() + nodes() + block(404, triangle) + block(404, triangle)), 0);
   EXPECT_EQ(code_of("-1\n403\n7 0 0 1 46 0 0 0 0 0 0 1. 2. 3."), 0) << "without its end";
   EXPECT_EQ(code_of(block(451, "")), 0);
+  EXPECT_EQ(code_of("-1\n4294967699\nno node, for all that its number ends as 403 does in 32 bits\n"), 0);
   EXPECT_EQ(code_of(nodes() + block(403, "1,0,0,1,46,0,0,0,0,0,0,1.,9.,9.,0,\n")), -5);
   for (const string& text :
        {string(), string("-1\n"), string("GRID,1\n"), string("-1\nabc\n"),
