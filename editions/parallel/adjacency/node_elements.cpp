@@ -3,6 +3,7 @@
 
 #include "communication/exchange.h"
 #include "parts/checks.h"
+#include "parts/localize.h"
 #include "qel/gridwork/topology.h"
 
 namespace qel::gridwork::mpi {
@@ -37,24 +38,26 @@ struct own_elements {
 /// Adds the elements of other ranks to those of this one.
 bool join(const mesh_part& part, const own_elements& own, const inbox<incidence>& in, dense1D<unsigned>& offsets,
           dense1D<std::uint64_t>& elements) {
-  const std::uint64_t nodes = part.node_IDs.size(), count = own.elements.size() + in.items.size();
+  const std::uint64_t nodes = part.node_IDs.size(), most = own.elements.size() + in.items.size();
   dense1D<unsigned> next;
-  if (count >= none || !offsets.resize(nodes + 1, 0) || !elements.resize(count) || !next.resize(nodes)) return false;
-  const auto place_of = [&](std::uint64_t id) {
-    return static_cast<std::uint64_t>(std::lower_bound(part.node_IDs.begin(), part.node_IDs.end(), id) -
-                                      part.node_IDs.begin());
+  if (most >= none || !offsets.resize(nodes + 1, 0) || !elements.resize(most) || !next.resize(nodes)) return false;
+  const auto for_each_received = [&](auto visit) {
+    for (const incidence& item : in.items) {
+      const unsigned node = place_in(part.node_IDs, item.node);
+      if (node != none) visit(node, item.element);  // else the sharing is another part's
+    }
   };
-  for (const incidence& item : in.items) ++offsets[place_of(item.node) + 1];
+  for_each_received([&](unsigned node, std::uint64_t) { ++offsets[node + std::uint64_t{1}]; });
   for (std::uint64_t i = 0; i < nodes; ++i) {
     offsets[i + 1] += offsets[i] + own.offsets[i + 1] - own.offsets[i];
     next[i] = offsets[i];
     own.for_each(i, [&](unsigned e) { elements[next[i]++] = part.element_IDs[e]; });
   }
-  for (const incidence& item : in.items) elements[next[place_of(item.node)]++] = item.element;
+  for_each_received([&](unsigned node, std::uint64_t element) { elements[next[node]++] = element; });
   for (std::uint64_t i = 0; i < nodes; ++i) {
     std::sort(elements.begin() + offsets[i], elements.begin() + offsets[i + 1]);
   }
-  return true;
+  return elements.resize(offsets[nodes]);
 }
 
 int find_elements(team& ranks, const mesh_part& part, const node_sharing& sharing, dense1D<unsigned>& offsets,

@@ -22,12 +22,6 @@ using detail::out_of_memory;
 
 namespace {
 
-/// The place of an ID in a list that increases; `none` where it is not.
-unsigned place_in(const dense1D<std::uint64_t>& ids, std::uint64_t id) noexcept {
-  const std::uint64_t* found = std::lower_bound(ids.begin(), ids.end(), id);
-  return found != ids.end() && *found == id ? static_cast<unsigned>(found - ids.begin()) : none;
-}
-
 /// The components within a part.
 class own_components {
  public:

@@ -15,19 +15,22 @@ namespace qel::gridwork::detail::parallel {
 class id_ranges {
  public:
   /// Collective. The IDs of this rank increase.
-  id_ranges(team& ranks, const dense1D<std::uint64_t>& ids) noexcept {
+  id_ranges(team& ranks, const dense1D<std::uint64_t>& ids) noexcept
+      : last_(static_cast<std::uint64_t>(ranks.size()) - 1) {
     std::uint64_t ends[] = {~std::uint64_t{0}, ~std::uint64_t{0}};  // the lowest, and the highest from above
     if (!ids.empty()) ends[0] = ids[0], ends[1] = ~ids[ids.size() - 1];
     ranks.lower(ends, 2);
     lowest_ = ends[0];
-    if (ends[0] <= ~ends[1]) width_ = (~ends[1] - ends[0]) / static_cast<std::uint64_t>(ranks.size()) + 1;
+    if (ends[0] <= ~ends[1]) width_ = (~ends[1] - ends[0]) / (last_ + 1) + 1;
   }
 
-  int owner(std::uint64_t id) const noexcept { return static_cast<int>((id - lowest_) / width_); }
+  /// The rank in whose range an ID lies; the last one for those outside of all.
+  int owner(std::uint64_t id) const noexcept { return static_cast<int>(std::min((id - lowest_) / width_, last_)); }
 
  private:
   std::uint64_t lowest_ = 0;
   std::uint64_t width_ = 1;
+  std::uint64_t last_;
 };
 
 }  // namespace qel::gridwork::detail::parallel

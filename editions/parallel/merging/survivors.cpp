@@ -4,6 +4,7 @@
 
 #include "merging/chains.h"
 #include "merging/handled_nodes.h"
+#include "parts/localize.h"
 #include "search/merging/coincident_nodes.h"
 #include "search/merging/near_nodes.h"
 #include "search/merging/proximity_merge.h"
@@ -30,6 +31,22 @@ struct position {
   double p[Dim];
 };
 
+/// Collective. Where the survivors lie that other ranks have.
+template <unsigned Dim>
+int find_positions(team& ranks, int code, handled_nodes<Dim>& handled, const chains<Dim>& ways, survivors& found) {
+  const std::uint64_t own = found.places.size();
+  if (code == 0 && !found.coords.resize(Dim, found.others.size())) code = out_of_memory;
+  const auto position_of = [&](unsigned i) {
+    position<Dim> at;
+    std::copy_n(ways.survivor(i).p, Dim, at.p);
+    return at;
+  };
+  const auto take = [&](std::uint64_t j, const position<Dim>& at) {
+    if (found.places[j] >= own) std::copy_n(at.p, Dim, found.coords.column(found.places[j] - own));
+  };
+  return handled.template give_back<position<Dim>>(ranks, code, position_of, take);
+}
+
 template <unsigned Dim>
 int merge_nodes(team& ranks, int code, const node_set& nodes, double tol, bool with_coords, survivors& found) {
   handled_nodes<Dim> handled;
@@ -40,24 +57,15 @@ int merge_nodes(team& ranks, int code, const node_set& nodes, double tol, bool w
   code = ways.resolve(ranks, code, targets);
   if (code < 0) return code;
 
-  if (!found.ids.resize(nodes.ids.size()) || (with_coords && !found.coords.copy(nodes.coords))) code = out_of_memory;
+  dense1D<std::uint64_t> ids;
+  if (!ids.resize(nodes.ids.size())) code = out_of_memory;
   const auto id_of = [&](unsigned i) { return ways.survivor(i).id; };
-  const auto take_id = [&](std::uint64_t j, std::uint64_t id) { found.ids[j] = id; };
-  code = handled.template give_back<std::uint64_t>(ranks, code, id_of, take_id);
+  code = handled.template give_back<std::uint64_t>(ranks, code, id_of,
+                                                   [&](std::uint64_t j, std::uint64_t id) { ids[j] = id; });
+  if (code == 0 && !found.place(nodes.ids, ids)) code = out_of_memory;
+  if (with_coords) code = find_positions(ranks, code, handled, ways, found);
+  code = ranks.agree(code);
   if (code < 0) return code;
-  if (with_coords) {
-    const auto position_of = [&](unsigned i) {
-      position<Dim> at;
-      std::copy_n(ways.survivor(i).p, Dim, at.p);
-      return at;
-    };
-    const auto take_position = [&](std::uint64_t j, const position<Dim>& at) {
-      std::copy_n(at.p, Dim, found.coords.column(j));
-    };
-    code = handled.template give_back<position<Dim>>(ranks, code, position_of, take_position);
-    if (code < 0) return code;
-  }
-  found.merged = 0;
   for (unsigned i = 0; i < handled.count(); ++i) {
     if (handled.is_at_home(i) && ways.survivor(i).id != handled.id(i)) ++found.merged;
   }
@@ -66,24 +74,34 @@ int merge_nodes(team& ranks, int code, const node_set& nodes, double tol, bool w
 }
 
 /// A rank that has no others merges as the serial library does.
-int merge_alone(const node_set& nodes, double tol, bool with_coords, survivors& found) {
-  dense1D<unsigned> new_IDs;
-  const std::uint64_t count = nodes.ids.size();
-  const int merged = proximity_merge(nodes.coords, node_list::all(count), new_IDs, tol);
-  if (merged < 0 || !found.ids.resize(count) || (with_coords && !found.coords.resize(nodes.dim, count)))
-    return out_of_memory;
-  for (std::uint64_t j = 0; j < count; ++j) found.ids[j] = nodes.ids[new_IDs[j]];
-  for (std::uint64_t j = 0; with_coords && j < count; ++j) {
-    std::copy_n(nodes.coords.column(new_IDs[j]), nodes.dim, found.coords.column(j));
-  }
+int merge_alone(const node_set& nodes, double tol, survivors& found) {
+  const int merged = proximity_merge(nodes.coords, node_list::all(nodes.ids.size()), found.places, tol);
+  if (merged < 0) return merged;
   found.merged = static_cast<std::uint64_t>(merged);
   return 0;
 }
 
 }  // namespace
 
+bool survivors::place(const dense1D<std::uint64_t>& own, const dense1D<std::uint64_t>& ids) {
+  const auto count = static_cast<unsigned>(own.size());
+  if (!places.resize(count)) return false;
+  for (unsigned i = 0; i < count; ++i) {
+    places[i] = ids[i] == own[i] ? i : place_in(own, ids[i]);
+    if (places[i] == none && !others.push_back(ids[i])) return false;
+  }
+  if (others.empty()) return true;
+  std::sort(others.begin(), others.end());
+  const auto distinct = static_cast<std::uint64_t>(std::unique(others.begin(), others.end()) - others.begin());
+  if (count + distinct >= none || !others.resize(distinct)) return false;
+  for (unsigned i = 0; i < count; ++i) {
+    if (places[i] == none) places[i] = count + place_in(others, ids[i]);
+  }
+  return true;
+}
+
 int find_survivors(team& ranks, int code, const node_set& nodes, double tol, bool with_coords, survivors& found) {
-  if (ranks.size() == 1) return ranks.agree(code == 0 ? merge_alone(nodes, tol, with_coords, found) : code);
+  if (ranks.size() == 1) return ranks.agree(code == 0 ? merge_alone(nodes, tol, found) : code);
   return nodes.dim == 2 ? merge_nodes<2>(ranks, code, nodes, tol, with_coords, found)
                         : merge_nodes<3>(ranks, code, nodes, tol, with_coords, found);
 }

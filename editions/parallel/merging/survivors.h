@@ -9,20 +9,24 @@
 
 namespace qel::gridwork::detail::parallel {
 
-/// What the nodes of this rank are merged to.
+/// What the nodes of this rank are merged to: to nodes of this rank, or to others, numbered on behind these.
 struct survivors {
-  dense1D<std::uint64_t> ids;  // of each node, its own if it survives
-  dense2D<double> coords;      // where they lie, if that was asked for
-  std::uint64_t merged = 0;    // nodes of all ranks that do not survive
+  dense1D<unsigned> places;       // of each node's survivor; its own, if it survives
+  dense1D<std::uint64_t> others;  // IDs of those that other ranks have, increasing
+  dense2D<double> coords;         // where the others lie, if that was asked for
+  std::uint64_t merged = 0;       // nodes of all ranks that do not survive
+
+  /// Sets places and others by the ID of each node's survivor. False when memory ran out.
+  [[nodiscard]] bool place(const dense1D<std::uint64_t>& own, const dense1D<std::uint64_t>& ids);
 };
 
 /// Collective. The map that the serial merge of all nodes gives, in the order of their ids. The square of `tol` is finite.
-/// `with_coords` tells whether positions are wanted. The code of all ranks.
+/// `with_coords` tells whether positions of others are wanted. The code of all ranks.
 int find_survivors(team& ranks, int code, const node_set& nodes, double tol, bool with_coords, survivors& found);
 
 /// Collective. The same in space where the tolerance is infinite, by IDs alone: all finite nodes are near to all nodes but
 /// those with a NaN. No node has to travel. The code of all ranks.
-int find_survivors_anywhere(team& ranks, int code, const node_set& nodes, dense1D<std::uint64_t>& survivors);
+int find_survivors_anywhere(team& ranks, int code, const node_set& nodes, survivors& found);
 
 }  // namespace qel::gridwork::detail::parallel
 

@@ -36,8 +36,9 @@ first_node find_first(team& ranks, const node_set& nodes, Counts counts) {
 
 }  // namespace
 
-int find_survivors_anywhere(team& ranks, int code, const node_set& nodes, dense1D<std::uint64_t>& survivors) {
-  if (code == 0 && !survivors.copy(nodes.ids)) code = out_of_memory;
+int find_survivors_anywhere(team& ranks, int code, const node_set& nodes, survivors& found) {
+  dense1D<std::uint64_t> ids;
+  if (code == 0 && !ids.copy(nodes.ids)) code = out_of_memory;
   code = ranks.agree(code);
   if (code < 0) return code;
   const auto p = [&](std::uint64_t i) { return nodes.coords.column(i); };
@@ -48,10 +49,10 @@ int find_survivors_anywhere(team& ranks, int code, const node_set& nodes, dense1
   };
   const first_node second = find_first(ranks, nodes, [&](std::uint64_t i) { return has_place(i) && !is_first(i); });
   const bool ends_at_second = second.id != no_ID && !is_finite<3>(second.p);
-  for (std::uint64_t i = 0; i < survivors.size(); ++i) {
-    if (is_finite<3>(p(i))) survivors[i] = ends_at_second && is_first(i) ? second.id : first.id;
+  for (std::uint64_t i = 0; i < ids.size(); ++i) {
+    if (is_finite<3>(p(i))) ids[i] = ends_at_second && is_first(i) ? second.id : first.id;
   }
-  return 0;
+  return ranks.agree(found.place(nodes.ids, ids) ? 0 : out_of_memory);
 }
 
 }  // namespace qel::gridwork::detail::parallel

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "communication/numbering.h"
+#include "core/index_flags.h"
 #include "merging/survivors.h"
 #include "parts/checks.h"
 #include "parts/localize.h"
@@ -28,15 +29,26 @@ int check_merge(const mesh_part& part, double tol) noexcept {
   return std::isinf(tol * tol) ? overflows : 0;
 }
 
+/// Gives a part, whose elements are there, the survivors of its nodes.
+[[nodiscard]] bool use_survivors(const mesh_part& part, const survivors& found, unsigned dim, mesh_part& merged) {
+  const auto own = static_cast<unsigned>(part.node_IDs.size()), all = own + static_cast<unsigned>(found.others.size());
+  detail::index_flags used;
+  if (!used.reset(all)) return false;
+  for (const unsigned place : found.places) used.insert(place);
+  change_indices(merged.connectivity, found.places);
+  const auto id = [&](unsigned k) { return k < own ? part.node_IDs[k] : found.others[k - own]; };
+  const auto position = [&](unsigned k) { return k < own ? part.coords.column(k) : found.coords.column(k - own); };
+  return select_nodes(own, all, used, id, position, dim, merged);
+}
+
 /// The part once its nodes are those that they are merged to.
 int merge_nodes(team& ranks, const mesh_part& part, unsigned dim, double tol, mesh_part& merged, std::uint64_t& count) {
   survivors found;
   const int code = find_survivors(ranks, 0, {dim, part.coords, part.node_IDs}, tol, true, found);
   if (code < 0) return code;
   count = found.merged;
-  const auto position = [&](unsigned i) { return found.coords.column(i); };
   const bool room = merged.connectivity.copy(part.connectivity) && merged.element_IDs.copy(part.element_IDs) &&
-                    localize(found.ids, position, dim, merged);
+                    use_survivors(part, found, dim, merged);
   return ranks.agree(room ? 0 : out_of_memory);
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/index_flags.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
 #include "qel/gridwork/mpi.h"
@@ -13,69 +14,43 @@ namespace qel::gridwork::detail::parallel {
 
 constexpr std::uint64_t no_ID = ~std::uint64_t{0};
 
-/// Puts nodes that were found in any order, also repeatedly, in the order of their IDs. Nearly all come in order as a rule:
-/// only the others are sorted.
-class id_order {
- public:
-  /// `ids` of nodes; those of no_ID are left out. False when memory ran out.
-  [[nodiscard]] bool build(const dense1D<std::uint64_t>& ids) {
-    dense1D<unsigned> late;
-    const auto count = ids.size();
-    if (count >= none || !places_.resize(count, none) || !sorted_.reserve(count)) return false;
-    for (unsigned i = 0; i < count; ++i) {
-      if (ids[i] == no_ID) continue;
-      const bool in_order = sorted_.empty() || ids[i] > ids[sorted_[sorted_.size() - 1]];
-      if (!(in_order ? sorted_ : late).push_back(i)) return false;
+/// The place of an ID in a list that strictly increases; `none` where it is not. No place lies further behind the first one
+/// than IDs do, and where none is left out each lies just there.
+inline unsigned place_in(const dense1D<std::uint64_t>& ids, std::uint64_t id) noexcept {
+  if (ids.empty() || id < ids[0]) return none;
+  const std::uint64_t* last = ids.begin() + std::min(id - ids[0], ids.size() - 1);
+  const std::uint64_t* found = *last == id ? last : std::lower_bound(ids.begin(), last, id);
+  return *found == id ? static_cast<unsigned>(found - ids.begin()) : none;
+}
+
+/// Makes the nodes of a part: those that are `used` of two lists, each in the order of IDs, own nodes and numbered on behind
+/// them others. Node k has id(k), lies at position(k), and is named so by the connectivity, which gets the part's indices.
+/// False when memory ran out.
+template <class ID, class Position>
+[[nodiscard]] bool select_nodes(unsigned own, unsigned all, const index_flags& used, ID id, Position position,
+                                std::uint64_t dim, mpi::mesh_part& part) {
+  dense1D<unsigned> indices;
+  std::uint64_t count = 0;
+  for (unsigned k = 0; k < all; ++k) count += used.contains(k) ? 1 : 0;
+  if (!indices.resize(all, none) || !part.coords.resize(dim, count) || !part.node_IDs.resize(count)) return false;
+  unsigned next = 0, other = own;
+  const auto take = [&](unsigned k) {
+    std::copy_n(position(k), dim, part.coords.column(next));
+    part.node_IDs[next] = id(k);
+    indices[k] = next++;
+  };
+  const auto take_others_before = [&](std::uint64_t bound) {
+    for (; other < all && (!used.contains(other) || id(other) < bound); ++other) {
+      if (used.contains(other)) take(other);
     }
-    return late.empty() ? (number(ids), true) : merge(ids, late);
+  };
+  for (unsigned k = 0; k < own; ++k) {
+    if (!used.contains(k)) continue;
+    take_others_before(id(k));
+    take(k);
   }
-
-  /// Distinct nodes, by the first one found of each.
-  const dense1D<unsigned>& nodes() const noexcept { return sorted_; }
-
-  /// For each node its place among the distinct ones; `none` for those left out.
-  const dense1D<unsigned>& places() const noexcept { return places_; }
-
- private:
-  [[nodiscard]] bool merge(const dense1D<std::uint64_t>& ids, dense1D<unsigned>& late) {
-    const auto before = [&ids](unsigned a, unsigned b) { return ids[a] < ids[b]; };
-    dense1D<unsigned> all;
-    if (!all.resize(sorted_.size() + late.size())) return false;
-    std::sort(late.begin(), late.end(), before);
-    std::merge(sorted_.begin(), sorted_.end(), late.begin(), late.end(), all.begin(), before);
-    sorted_.shallow_copy(all);
-    number(ids);
-    return true;
-  }
-
-  void number(const dense1D<std::uint64_t>& ids) noexcept {
-    unsigned count = 0;
-    for (const unsigned node : sorted_) {
-      const bool is_new = count == 0 || ids[node] != ids[sorted_[count - 1]];
-      if (is_new) sorted_[count++] = node;
-      places_[node] = count - 1;
-    }
-    (void)sorted_.resize(count);  // not larger than it was
-  }
-
-  dense1D<unsigned> sorted_;
-  dense1D<unsigned> places_;
-};
-
-/// Makes the nodes of a part, and renumbers its connectivity, which holds nodes of a list: node i has ids[i], or no_ID if no
-/// element uses it, and lies at position(i). False when memory ran out.
-template <class Position>
-[[nodiscard]] bool localize(const dense1D<std::uint64_t>& ids, Position position, std::uint64_t dim,
-                            mpi::mesh_part& part) {
-  id_order order;
-  if (!order.build(ids)) return false;
-  const dense1D<unsigned>& nodes = order.nodes();
-  if (!part.coords.resize(dim, nodes.size()) || !part.node_IDs.resize(nodes.size())) return false;
-  for (std::uint64_t i = 0; i < nodes.size(); ++i) {
-    part.node_IDs[i] = ids[nodes[i]];
-    std::copy_n(position(nodes[i]), dim, part.coords.column(i));
-  }
-  change_indices(part.connectivity, order.places());
+  take_others_before(no_ID);
+  change_indices(part.connectivity, indices);
   return true;
 }
 

@@ -12,7 +12,6 @@
 namespace qel::gridwork::detail::parallel {
 namespace {
 
-constexpr int not_open = -1;
 constexpr int no_header = -2;
 constexpr int cut_short = -3;
 constexpr std::uint64_t first_byte = io::stl_header_bytes + io::stl_count_bytes;
@@ -36,26 +35,24 @@ bool add(io::triangle_soup& soup, const char* bytes, std::uint64_t count) {
   return room;
 }
 
-/// All ranks read as often, so that they may read together.
 int read_triangles(team& ranks, const char* filename, std::uint64_t total, piece& read) {
   const auto size = static_cast<std::uint64_t>(ranks.size()), rank = static_cast<std::uint64_t>(ranks.rank());
   const std::uint64_t begin = total * rank / size, end = total * (rank + 1) / size;
-  const std::uint64_t rounds = (total / size + limits::triangles_per_read) / limits::triangles_per_read;
   read.first_triangle = begin;
   read.triangles.begin_at(begin);
   read.triangles.expect(end - begin);
   dense1D<char> bytes;
-  shared_file file(ranks.comm(), filename, MPI_MODE_RDONLY);
-  int code = ranks.agree(!file.is_open()                                                     ? not_open
-                         : bytes.resize(limits::triangles_per_read * io::stl_triangle_bytes) ? 0
-                                                                                             : out_of_memory);
+  shared_file file(ranks, filename, MPI_MODE_RDONLY);
+  const bool room = bytes.resize(limits::triangles_per_read * io::stl_triangle_bytes);
+  int code = ranks.agree(!file.is_open() ? not_open : room ? 0 : out_of_memory);
   if (code < 0) return code;
-  for (std::uint64_t round = 0; round < rounds; ++round) {
-    const std::uint64_t at = std::min(end, begin + round * limits::triangles_per_read);
-    const std::uint64_t count = code < 0 ? 0 : std::min(end - at, limits::triangles_per_read);
+  for (std::uint64_t at = begin; at < end && code == 0; at += limits::triangles_per_read) {
+    const std::uint64_t count = std::min(end - at, limits::triangles_per_read);
     const auto count_bytes = static_cast<int>(count * io::stl_triangle_bytes);
-    if (!file.read(first_byte + at * io::stl_triangle_bytes, bytes.data(), count_bytes)) code = cut_short;
-    if (code == 0 && !add(read.triangles, bytes.data(), count)) code = out_of_memory;
+    if (!file.read(first_byte + at * io::stl_triangle_bytes, bytes.data(), count_bytes))
+      code = cut_short;
+    else if (!add(read.triangles, bytes.data(), count))
+      code = out_of_memory;
   }
   return ranks.agree(code);
 }

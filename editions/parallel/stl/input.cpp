@@ -12,7 +12,7 @@ int read_file(team& ranks, const char* filename, mesh_part& part) {
   piece text;
   int code = read_text(ranks, filename, text);
   if (code == 0) return join_pieces(ranks, text, part);
-  if (code <= detail::out_of_memory) return code;
+  if (code == not_open || code <= detail::out_of_memory) return code;
   piece binary;
   code = read_binary(ranks, filename, binary);
   return code == 0 ? join_pieces(ranks, binary, part) : code;
@@ -23,7 +23,7 @@ int read_file(team& ranks, const char* filename, mesh_part& part) {
 int STL_input(MPI_Comm comm, const char* filename, mesh_part& part) {
   part = mesh_part();
   team ranks(comm);
-  int code = ranks.agree(filename != nullptr ? 0 : -1);
+  int code = ranks.agree(filename != nullptr ? 0 : not_open);
   if (code == 0) code = read_file(ranks, filename, part);
   if (code < 0) part = mesh_part();
   return code;

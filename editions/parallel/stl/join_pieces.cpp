@@ -31,11 +31,10 @@ double smallest_height(team& ranks, double own) {
   return true;
 }
 
-/// Three nodes a triangle, as they came.
-int keep_raw(team& ranks, piece& read, mesh_part& part) {
-  const bool room = read.triangles.hand_out_raw() &&
-                    number_from(3 * read.first_triangle, read.coords.cols(), part.node_IDs) &&
-                    number_from(read.first_triangle, read.connectivity.cols(), part.element_IDs);
+/// Nodes and triangles are those of the part, three nodes for each triangle before them, unless memory ran out.
+int take_as_is(team& ranks, bool room, piece& read, mesh_part& part) {
+  room = room && number_from(3 * read.first_triangle, read.coords.cols(), part.node_IDs) &&
+         number_from(read.first_triangle, read.connectivity.cols(), part.element_IDs);
   part.coords = read.coords;
   part.connectivity = read.connectivity;
   return ranks.agree(room ? 0 : out_of_memory);
@@ -55,14 +54,17 @@ int keep_raw(team& ranks, piece& read, mesh_part& part) {
 /// The parts of the mesh, once the survivors of all nodes are known.
 class mesh_maker {
  public:
-  mesh_maker(team& ranks, piece& read, const dense1D<std::uint64_t>& names,
-             const dense1D<std::uint64_t>& survivors) noexcept
-      : ranks_(ranks), read_(read), names_(names), survivors_(survivors) {}
+  mesh_maker(team& ranks, piece& read, const dense1D<std::uint64_t>& names, const survivors& found) noexcept
+      : ranks_(ranks),
+        read_(read),
+        names_(names),
+        found_(found),
+        own_(static_cast<unsigned>(names.size())),
+        all_(own_ + static_cast<unsigned>(found.others.size())) {}
 
   /// Collective.
   int make(mesh_part& part) {
-    int code = drop_degenerate() && place_survivors() ? 0 : out_of_memory;
-    code = report_used(code);
+    const int code = report_used(drop_degenerate() ? 0 : out_of_memory);
     return code < 0 ? code : ranks_.agree(fill(part) ? 0 : out_of_memory);
   }
 
@@ -72,43 +74,20 @@ class mesh_maker {
     double p[3];
   };
 
-  /// Moves up the triangles that are left, and notes the nodes of them.
+  /// Lets triangles hold survivors, moves up those that are left, and notes their nodes.
   [[nodiscard]] bool drop_degenerate() {
     dense2D<unsigned>& triangles = read_.connectivity;
-    if (!used_.reset(names_.size())) return false;
+    if (!used_.reset(all_)) return false;
     std::uint64_t kept = 0;
     for (std::uint64_t j = 0; j < triangles.cols(); ++j) {
-      const unsigned* n = triangles.column(j);
-      const std::uint64_t a = survivors_[n[0]], b = survivors_[n[1]], c = survivors_[n[2]];
+      const unsigned* old = triangles.column(j);
+      const unsigned a = found_.places[old[0]], b = found_.places[old[1]], c = found_.places[old[2]];
       if (a == b || b == c || c == a) continue;
-      for (unsigned k = 0; k < 3; ++k) used_.insert(n[k]);
-      if (kept != j) std::copy_n(n, 3, triangles.column(kept));
-      ++kept;
+      unsigned* nodes = triangles.column(kept++);
+      nodes[0] = a, nodes[1] = b, nodes[2] = c;
+      for (const unsigned node : {a, b, c}) used_.insert(node);
     }
     return triangles.resize(3, kept);
-  }
-
-  /// Finds the survivors of nodes that are used: among the nodes of this rank, or in a list of others.
-  [[nodiscard]] bool place_survivors() {
-    const auto count = static_cast<unsigned>(names_.size());
-    if (!places_.resize(count, none) || !survive_.resize(count, 0)) return false;
-    for (unsigned i = 0; i < count; ++i) {
-      if (!used_.contains(i)) continue;
-      places_[i] = survivors_[i] == names_[i] ? i : find(survivors_[i]);
-      if (places_[i] != none)
-        survive_[places_[i]] = 1;
-      else if (!others_.push_back(survivors_[i]))
-        return false;
-    }
-    std::sort(others_.begin(), others_.end());
-    const auto distinct = std::unique(others_.begin(), others_.end()) - others_.begin();
-    return others_.resize(static_cast<std::uint64_t>(distinct));
-  }
-
-  /// The node of this name; `none` when another rank has it.
-  unsigned find(std::uint64_t name) const noexcept {
-    const std::uint64_t* found = std::lower_bound(names_.begin(), names_.end(), name);
-    return found != names_.end() && *found == name ? static_cast<unsigned>(found - names_.begin()) : none;
   }
 
   /// Survivors of other ranks are reported to those, and get their numbers there.
@@ -119,87 +98,94 @@ class mesh_maker {
     if (code < 0) return code;
     ranks_.gather(3 * read_.first_triangle, firsts.data());
     const auto walk = [&](auto visit) {
-      for (const std::uint64_t name : others_) {
-        visit(static_cast<int>(std::upper_bound(firsts.begin(), firsts.end(), name) - firsts.begin()) - 1, name);
+      for (unsigned k = own_; k < all_; ++k) {
+        const std::uint64_t name = found_.others[k - own_];
+        const auto* reader = std::upper_bound(firsts.begin(), firsts.end(), name) - 1;
+        if (used_.contains(k)) visit(static_cast<int>(reader - firsts.begin()), name);
       }
     };
     outbox<std::uint64_t> out;
     inbox<std::uint64_t> in;
     code = exchange(ranks_, out.fill(ranks_, walk) ? 0 : out_of_memory, out, in);
     if (code < 0) return code;
-    for (const std::uint64_t name : in.items) survive_[find(name)] = 1;
     dense1D<numbered_node> given;
-    const bool room = number_survivors() && list_numbers(in.items, given);
+    const bool room = number_survivors(in.items) && list_numbers(in.items, given);
     return reply(ranks_, room ? 0 : out_of_memory, in, given, out, received_);
   }
 
-  [[nodiscard]] bool number_survivors() {
-    const auto count = static_cast<std::uint64_t>(std::count(survive_.begin(), survive_.end(), 1));
-    std::uint64_t next = ranks_.number(count).before;
-    if (!numbers_.resize(survive_.size(), no_ID)) return false;
-    for (std::uint64_t i = 0; i < survive_.size(); ++i) {
-      if (survive_[i] != 0) numbers_[i] = next++;
+  /// Numbers the nodes of this rank that triangles of any rank use.
+  [[nodiscard]] bool number_survivors(const dense1D<std::uint64_t>& reported) {
+    index_flags survive;
+    const bool room = survive.reset(own_) && numbers_.resize(all_, no_ID);
+    std::uint64_t count = 0;
+    for (unsigned k = 0; room && k < own_; ++k) count += used_.contains(k) && survive.insert(k) ? 1 : 0;
+    for (std::uint64_t i = 0; room && i < reported.size(); ++i) {
+      count += survive.insert(place_in(names_, reported[i])) ? 1 : 0;
     }
-    return true;
+    std::uint64_t next = ranks_.number(count).before;
+    for (unsigned k = 0; room && k < own_; ++k) {
+      if (survive.contains(k)) numbers_[k] = next++;
+    }
+    return room;
   }
 
   [[nodiscard]] bool list_numbers(const dense1D<std::uint64_t>& names, dense1D<numbered_node>& list) const {
     if (!list.resize(names.size())) return false;
-    for (std::uint64_t k = 0; k < names.size(); ++k) {
-      const unsigned i = find(names[k]);
-      list[k].id = numbers_[i];
-      std::copy_n(read_.coords.column(i), 3, list[k].p);
+    for (std::uint64_t i = 0; i < names.size(); ++i) {
+      const unsigned k = place_in(names_, names[i]);
+      list[i].id = numbers_[k];
+      std::copy_n(read_.coords.column(k), 3, list[i].p);
     }
     return true;
   }
 
-  /// What is known of the survivor of a node; answers come in the order of `others_`, as names grow with the ranks.
-  const numbered_node& other(std::uint64_t i) const noexcept {
-    return received_[static_cast<std::uint64_t>(std::lower_bound(others_.begin(), others_.end(), survivors_[i]) -
-                                                others_.begin())];
-  }
-
+  /// Answers come in the order of the survivors that are used, as names grow with the ranks.
   [[nodiscard]] bool fill(mesh_part& part) {
     const std::uint64_t triangles = read_.connectivity.cols();
     const std::uint64_t first_triangle = ranks_.number(triangles).before;
-    dense1D<std::uint64_t> ids;
-    if (!ids.resize(names_.size(), no_ID)) return false;
-    for (unsigned i = 0; i < ids.size(); ++i) {
-      if (used_.contains(i)) ids[i] = places_[i] != none ? numbers_[places_[i]] : other(i).id;
+    dense1D<unsigned> answers;
+    if (!answers.resize(all_ - own_)) return false;
+    unsigned next = 0;
+    for (unsigned k = own_; k < all_; ++k) {
+      if (!used_.contains(k)) continue;
+      numbers_[k] = received_[next].id;
+      answers[k - own_] = next++;
     }
-    const auto position = [this](unsigned i) {
-      return places_[i] != none ? read_.coords.column(places_[i]) : other(i).p;
+    const auto id = [this](unsigned k) { return numbers_[k]; };
+    const auto position = [&](unsigned k) {
+      return k < own_ ? read_.coords.column(k) : received_[answers[k - own_]].p;
     };
     part.connectivity = std::move(read_.connectivity);
-    return number_from(first_triangle, triangles, part.element_IDs) && localize(ids, position, 3, part);
+    return number_from(first_triangle, triangles, part.element_IDs) &&
+           select_nodes(own_, all_, used_, id, position, 3, part);
   }
 
   team& ranks_;
   piece& read_;
   const dense1D<std::uint64_t>& names_;
-  const dense1D<std::uint64_t>& survivors_;
-  index_flags used_;
-  dense1D<unsigned> places_;        // of survivors, among the nodes here
-  dense1D<unsigned char> survive_;  // nodes that triangles of any rank use
-  dense1D<std::uint64_t> others_;   // survivors that other ranks have, by name
-  dense1D<numbered_node> received_;
+  const survivors& found_;
+  unsigned own_;      // survivors are nodes of this rank,
+  unsigned all_;      // or behind them others
+  index_flags used_;  // by triangles of this rank
   dense1D<std::uint64_t> numbers_;
+  dense1D<numbered_node> received_;  // others that are used
 };
 
 }  // namespace
 
 int join_pieces(team& ranks, piece& read, mesh_part& part) {
+  if (ranks.size() == 1) return take_as_is(ranks, read.triangles.finish() == 0, read, part);
   const double height = smallest_height(ranks, read.triangles.least_squared_height());
-  if (height == 0) return keep_raw(ranks, read, part);
+  if (height == 0) return take_as_is(ranks, read.triangles.hand_out_raw(), read, part);
   dense1D<std::uint64_t> names;
   survivors found;
   const bool room = read.triangles.hand_out_blocks() && name_nodes(read, names);
   const node_set nodes{3, read.coords, names, 3 * io::triangle_soup::block_size};
   const double tol = 0.05 * std::sqrt(height);
   int code = room ? 0 : out_of_memory;
-  code = std::isinf(tol) ? find_survivors_anywhere(ranks, code, nodes, found.ids)
+  code = std::isinf(tol) ? find_survivors_anywhere(ranks, code, nodes, found)
                          : find_survivors(ranks, code, nodes, tol, false, found);
-  return code < 0 ? code : mesh_maker(ranks, read, names, found.ids).make(part);
+  return code < 0 ? code : mesh_maker(ranks, read, names, found).make(part);
 }
 
 }  // namespace qel::gridwork::detail::parallel

@@ -48,23 +48,18 @@ int collect(team& ranks, const mesh_part& part, inbox<written_triangle>& in) {
   return 0;
 }
 
-/// All ranks write as often, so that they may write together.
-int write_triangles(team& ranks, shared_file& file, const dense1D<written_triangle>& triangles, std::uint64_t before) {
-  std::uint64_t most = ~triangles.size();
-  ranks.lower(&most, 1);
+/// Triangles of this rank, `before` of which others write.
+int write_triangles(shared_file& file, const dense1D<written_triangle>& triangles, std::uint64_t before) {
   dense1D<char> bytes;
-  int code = ranks.agree(bytes.resize(limits::triangles_per_read * io::stl_triangle_bytes) ? 0 : out_of_memory);
-  if (code < 0) return code;
-  for (std::uint64_t begin = 0; begin < ~most; begin += limits::triangles_per_read) {
-    const std::uint64_t first = std::min(begin, triangles.size());
-    const std::uint64_t count = std::min(triangles.size() - first, limits::triangles_per_read);
+  if (!bytes.resize(limits::triangles_per_read * io::stl_triangle_bytes)) return out_of_memory;
+  for (std::uint64_t first = 0; first < triangles.size(); first += limits::triangles_per_read) {
+    const std::uint64_t last = std::min(triangles.size(), first + limits::triangles_per_read);
     char* out = bytes.data();
-    for (std::uint64_t j = first; j < first + count; ++j)
-      out = std::copy_n(triangles[j].bytes, io::stl_triangle_bytes, out);
+    for (std::uint64_t j = first; j < last; ++j) out = std::copy_n(triangles[j].bytes, io::stl_triangle_bytes, out);
     const std::uint64_t offset = first_byte + (before + first) * io::stl_triangle_bytes;
-    if (!file.write(offset, bytes.data(), static_cast<int>(out - bytes.data()))) code = write_failed;
+    if (!file.write(offset, bytes.data(), static_cast<int>(out - bytes.data()))) return write_failed;
   }
-  return ranks.agree(code);
+  return 0;
 }
 
 int write_file(team& ranks, shared_file& file, const mesh_part& part) {
@@ -76,8 +71,8 @@ int write_file(team& ranks, shared_file& file, const mesh_part& part) {
   char header[first_byte] = {};
   io::append(header, io::stl_binary_header);
   io::store_uint32(header + io::stl_header_bytes, static_cast<std::uint32_t>(place.total));
-  const bool written = file.write(0, header, ranks.rank() == 0 ? static_cast<int>(first_byte) : 0);
-  code = write_triangles(ranks, file, in.items, place.before);
+  const bool written = ranks.rank() != 0 || file.write(0, header, static_cast<int>(first_byte));
+  code = write_triangles(file, in.items, place.before);
   const bool closed = file.close();
   return ranks.agree(code < 0 ? code : written && closed ? 0 : write_failed);
 }
@@ -95,7 +90,7 @@ int STL_output(MPI_Comm comm, const char* filename, const mesh_part& part) {
   part_agreement agreed(ranks, part);
   int code = agreed.conclude(filename != nullptr ? 0 : -1);
   if (code < 0) return code;
-  shared_file file(comm, filename, MPI_MODE_CREATE | MPI_MODE_WRONLY);
+  shared_file file(ranks, filename, MPI_MODE_CREATE | MPI_MODE_WRONLY);
   code = ranks.agree(file.is_open() ? 0 : -1);
   if (code == 0) code = ranks.agree(file.resize(0) ? 0 : -1);
   if (code == 0) code = ranks.agree(check_triangles(part, agreed.shape()));

@@ -10,6 +10,8 @@
 
 namespace qel::gridwork::detail::parallel {
 
+constexpr int not_open = -1;
+
 /// Triangles whose corners are merged where they coincide, in each block of the file for itself.
 struct piece {
   std::uint64_t first_triangle = 0;  // in the file

@@ -15,7 +15,6 @@
 namespace qel::gridwork::detail::parallel {
 namespace {
 
-constexpr int not_open = -1;
 constexpr std::uint64_t nowhere = ~std::uint64_t{0};
 
 /// Triangles whose place in the file is not known yet.

@@ -38,13 +38,16 @@ TEST(merge, is_that_of_the_whole_mesh) {
         if (std::isinf(tol * tol)) continue;
         SCOPED_TRACE(cloud.name + " by " + std::to_string(factor));
         mesh whole = mesh_on(cloud, dim + 1);
-        mesh_part part = part_of(whole, factor == 1  ? layout::ranges
-                                        : factor > 1 ? layout::every_other
-                                                     : layout::random);
+        const id_type shift = factor > 1 ? id_type{1} << 44 : 0;
+        mesh_part part = part_of(whole,
+                                 factor == 1  ? layout::ranges
+                                 : factor > 1 ? layout::every_other
+                                              : layout::random,
+                                 shift);
         id_type merged = 0;
         ASSERT_EQ(mpi::merge(world, part, tol, merged), 0);
         ASSERT_EQ(merged, merge_whole(whole, tol));
-        expect_part_of(part, whole.coords, whole.connectivity);
+        expect_part_of(part, whole.coords, whole.connectivity, shift);
         if (HasFatalFailure()) return;
       }
     }
@@ -85,6 +88,29 @@ TEST(remove_degenerated, counts_unused_rows_on_demand) {
     ASSERT_EQ(static_cast<int>(removed), remove_degenerated(rest.connectivity, strict));
     expect_part_of(part, rest.coords, rest.connectivity);
   }
+}
+
+TEST(simplify, drops_nodes_that_no_element_uses) {
+  const mesh whole = box(ELT_TETRA4, 3, 2, 2);
+  mesh_part part = part_of(whole, layout::random);
+  const mesh_part expected = part;
+  const double p[] = {1, 2, 3};
+  ASSERT_TRUE(part.coords.copy(part.coords) && part.node_IDs.copy(part.node_IDs));
+  ASSERT_TRUE(part.coords.push_back_column(p) && part.node_IDs.push_back(1000));
+  id_type nodes = 0;
+  ASSERT_EQ(mpi::simplify(world, part, nodes), 0);
+  EXPECT_EQ(nodes, whole.coords.cols());
+  expect_part_of(part, whole.coords, whole.connectivity);
+}
+
+TEST(make_part, leaves_out_nodes_that_no_element_uses) {
+  mesh_part part;
+  const dense2D<double> coords(2, 5, 1.0);
+  ASSERT_EQ(mpi::make_part(world, coords, dense2D<unsigned>(3, 1, {4, 0, 1}), part), 0);
+  const id_type first = 5 * static_cast<id_type>(rank());
+  EXPECT_EQ(std::vector<id_type>(part.node_IDs.begin(), part.node_IDs.end()),
+            (std::vector<id_type>{first, first + 1, first + 4}));
+  EXPECT_EQ(part.connectivity, (dense2D<unsigned>(3, 1, {2, 0, 1})));
 }
 
 TEST(make_part, puts_meshes_one_behind_the_other) {

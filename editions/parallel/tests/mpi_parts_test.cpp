@@ -1,4 +1,5 @@
 // Partitions, migration, ghosts; edges, elements of nodes, connected parts; qualities and extents.
+#include <array>
 #include <cmath>
 
 #include "parts.h"
@@ -21,12 +22,49 @@ TEST(migrate, moves_elements_and_changes_no_result) {
   });
 }
 
-/// Parts by serial means: for each element how many have a lower key, which balance and order tell.
+/// Places of centroids in the box around all of them, 21 bits an axis, which take turns from the highest on.
+std::vector<id_type> curve_keys(const mesh& m) {
+  std::vector<std::array<double, 3>> centroids(m.connectivity.cols());
+  std::array<double, 3> low, high;
+  low.fill(HUGE_VAL), high.fill(-HUGE_VAL);
+  for (id_type e = 0; e < centroids.size(); ++e) {
+    unsigned nodes = 0;
+    for (; nodes < m.connectivity.rows() && m.connectivity(nodes, e) != ~0U; ++nodes) {
+      for (unsigned a = 0; a < 3; ++a) centroids[e][a] += m.coords(a, m.connectivity(nodes, e));
+    }
+    for (unsigned a = 0; a < 3; ++a) {
+      const double x = centroids[e][a] /= nodes;
+      if (std::isfinite(x)) low[a] = std::min(low[a], x), high[a] = std::max(high[a], x);
+    }
+  }
+  std::vector<id_type> keys(centroids.size());
+  for (id_type e = 0; e < keys.size(); ++e) {
+    for (unsigned bit = 63; bit-- > 0;) {
+      const unsigned a = 2 - bit % 3;
+      const double place = (centroids[e][a] - low[a]) * (0x1p21 / (high[a] - low[a]));
+      keys[e] = 2 * keys[e] + (place > 0 ? static_cast<id_type>(std::min(place, 0x1p21 - 1)) >> bit / 3 & 1 : 0);
+    }
+  }
+  return keys;
+}
+
+/// Each part begins at the key that stands where it should among all of them, sorted.
+std::vector<int> parts_of(const std::vector<id_type>& keys, unsigned count) {
+  std::vector<id_type> sorted = keys;
+  std::vector<int> parts(keys.size());
+  std::sort(sorted.begin(), sorted.end());
+  for (unsigned part = 1; part < count; ++part) {
+    const id_type first = sorted[keys.size() * part / count];
+    for (id_type e = 0; e < keys.size(); ++e) parts[e] += keys[e] >= first ? 1 : 0;
+  }
+  return parts;
+}
+
 TEST(partition_by_curve, depends_on_the_mesh_alone) {
   for (const mesh& m : meshes()) {
     SCOPED_TRACE(m.name);
     for (const int count : {1, 3, size()}) {
-      std::vector<int> seen;
+      const std::vector<int> expected = parts_of(curve_keys(m), static_cast<unsigned>(count));
       for (const layout l : layouts) {
         const mesh_part part = part_of(m, l);
         dense1D<int> targets;
@@ -37,8 +75,7 @@ TEST(partition_by_curve, depends_on_the_mesh_alone) {
           all[part.element_IDs[e]] = targets[e];
         }
         MPI_Allreduce(MPI_IN_PLACE, all.data(), static_cast<int>(all.size()), MPI_INT, MPI_SUM, world);
-        if (seen.empty()) seen = all;
-        ASSERT_EQ(all, seen);
+        ASSERT_EQ(all, expected);
       }
     }
   }
@@ -51,17 +88,31 @@ TEST(partition_by_curve, depends_on_the_mesh_alone) {
   EXPECT_NEAR(static_cast<double>(part.element_IDs.size()), 1296.0 / size(), 12);
 }
 
+/// They leave the others as they are.
+TEST(partition_by_curve, nodes_without_a_place) {
+  mesh m = box(ELT_TETRA4, 6, 6, 6);
+  m.coords(0, 0) = HUGE_VAL, m.coords(1, 100) = -HUGE_VAL, m.coords(2, 200) = std::nan("");
+  const mesh_part part = part_of(m, layout::random);
+  dense1D<int> targets;
+  ASSERT_EQ(mpi::partition_by_curve(world, part, 5, targets), 0);
+  const std::vector<int> expected = parts_of(curve_keys(m), 5);
+  for (id_type e = 0; e < targets.size(); ++e) ASSERT_EQ(targets[e], expected[part.element_IDs[e]]);
+}
+
 TEST(partition_graph, gives_each_part_its_share) {
   mesh_part part = part_of(box(ELT_TETRA4, 6, 6, 6), layout::random);
   mpi::node_sharing sharing;
   dense2D<id_type> neighbors;
-  dense1D<int> targets;
+  dense1D<int> targets, targets_of_broken;
   ASSERT_EQ(mpi::share_nodes(world, part, sharing), 0);
   ASSERT_EQ(mpi::get_neighbors(world, part, ELT_TETRA4, sharing, false, neighbors), 0);
   EXPECT_EQ(mpi::partition_graph(world, part, neighbors, 0, targets), -4);
+  EXPECT_EQ(mpi::partition_graph(world, part, dense2D<id_type>(4, 1), 2, targets), -3);
   const int code = mpi::partition_graph(world, part, neighbors, size(), targets);
 #ifdef QEL_GRIDWORK_HAVE_PTSCOTCH
   ASSERT_EQ(code, 0);
+  for (id_type i = 0; i < neighbors.size(); i += 7) neighbors.data()[i] = id_type{i} << 50;  // IDs that nobody has
+  EXPECT_EQ(mpi::partition_graph(world, part, neighbors, size(), targets_of_broken), 0);
   ASSERT_EQ(mpi::migrate(world, part, targets), 0);
   EXPECT_NEAR(static_cast<double>(part.element_IDs.size()), 1296.0 / size(), 130.0 / size() + 10);
 #else
@@ -194,6 +245,22 @@ TEST(qualities, of_the_whole_mesh) {
   id_type element = 0;
   EXPECT_EQ(mpi::min_quality(world, part, ELT_TETRA10, q, element), -2);
   EXPECT_EQ(q, 1);
+  dense1D<id_type> bins(3);
+  EXPECT_EQ(mpi::quality_histogram(world, part, ELT_TETRA4, 1, 1, bins, q), -5);
+  EXPECT_EQ(mpi::quality_histogram(world, part, ELT_TETRA4, 0, std::nan(""), bins, q), -5);
+}
+
+TEST(bounding_box, in_the_plane_and_of_nothing) {
+  mesh flat = box(ELT_TRIA3, 4, 3, 1);
+  dense2D<double> plane(2, flat.coords.cols());
+  for (unsigned i = 0; i < plane.cols(); ++i) std::copy_n(flat.coords.column(i), 2, plane.column(i));
+  flat.coords = plane;
+  qel::vector_fixed<double, 3> low, high;
+  ASSERT_EQ(mpi::bounding_box(world, part_of(flat, layout::every_other), low, high), 0);
+  EXPECT_TRUE(low[0] == 0 && low[1] == 0 && low[2] == 0 && high[0] == 4 + 0.1 * 3 && high[1] == 0.7 * 3 &&
+              high[2] == 0);
+  ASSERT_EQ(mpi::bounding_box(world, mesh_part(), low, high), 0);
+  EXPECT_TRUE(low[0] == HUGE_VAL && high[2] == -HUGE_VAL);
 }
 
 TEST(bounding_box, of_the_whole_mesh) {

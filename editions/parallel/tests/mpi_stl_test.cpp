@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "core/limits.h"
+#include "mpi_events.h"
 #include "shared_path.h"
 
 using namespace parts;
@@ -223,10 +224,30 @@ TEST(STL_input, infinite_heights) {
   }
 }
 
+/// Only what lies near to other ranks' nodes travels: a few rows of a surface for each border of two ranks.
+TEST(STL_input, few_bytes_travel) {
+  if (qel::gridwork::detail::limits::are_small) GTEST_SKIP() << "cells are of another size";
+  constexpr unsigned side = 150;
+  const shared_path file(".large.stl");
+  file.write(binary(surface(side, 0)));
+  mesh_part part;
+  mpi::node_sharing sharing;
+  dense2D<id_type> neighbors;
+  const id_type before = mpi_events::bytes_sent();
+  ASSERT_EQ(mpi::STL_input(world, file.path(), part), 0);
+  const id_type read = mpi_events::bytes_sent();
+  ASSERT_EQ(mpi::share_nodes(world, part, sharing), 0);
+  ASSERT_EQ(mpi::get_neighbors(world, part, ELT_TRIA3, sharing, false, neighbors), 0);
+  const auto rows = static_cast<double>(side * (size() - 1));
+  EXPECT_LE(static_cast<double>(sum(read - before)), 450 * rows);
+  EXPECT_LE(static_cast<double>(sum(mpi_events::bytes_sent() - read)), 100 * rows);
+}
+
 TEST(STL_output, parts_in_any_layout) {
   for (const layout l : layouts) {
     mesh m = box(ELT_TRIA3, 5, 4, 3);
     const shared_path written(".parts.stl"), serial(".whole.stl");
+    written.write(std::string(100000, 'x'));  // nothing of a longer file stays
     ASSERT_EQ(mpi::STL_output(world, written.path(), part_of(m, l, 12345)), 0);
     serial.write_STL(m.coords, m.connectivity, false);
     ASSERT_EQ(written.content() == serial.content(), true);
