@@ -43,6 +43,13 @@ void change_each_run(dense2D<T>& matrix, Action action) {
   for (std::uint64_t j = 0; j < matrix.cols(); ++j) action(matrix.begin_column(j), matrix.end_column(j));
 }
 
+/// True when the indices of a run, one or more, are below n; several are compared at a time.
+inline bool all_below(const unsigned* begin, const unsigned* end, std::uint64_t n) noexcept {
+  unsigned largest = 0;
+  for (const unsigned* p = begin; p != end; ++p) largest = std::max(largest, *p);
+  return largest < n;
+}
+
 /// Largest index of a run + 1, which is 0 for `none`.
 inline unsigned index_bound(const unsigned* begin, const unsigned* end) noexcept {
   constexpr int lanes = limits::bound_lanes;

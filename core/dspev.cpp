@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <numeric>
 #include <utility>
 
 #include "core/elementary.h"
@@ -31,11 +32,7 @@ struct packed_problem {
   double* column(std::ptrdiff_t j) const noexcept { return ap + packed_size(j); }
 };
 
-double dot(const double* x, const double* y, std::ptrdiff_t n) noexcept {
-  double sum = 0;
-  for (std::ptrdiff_t k = 0; k < n; ++k) sum += x[k] * y[k];
-  return sum;
-}
+double dot(const double* x, const double* y, std::ptrdiff_t n) noexcept { return std::inner_product(x, x + n, y, 0.0); }
 
 void add_multiple(double factor, const double* x, double* y, std::ptrdiff_t n) noexcept {
   for (std::ptrdiff_t k = 0; k < n; ++k) y[k] += factor * x[k];

@@ -1,5 +1,6 @@
 #include "core/elements.h"
 
+#include "core/columns.h"
 #include "core/result.h"
 #include "qel/gridwork/version.h"
 
@@ -43,12 +44,6 @@ static_assert(sizeof(catalogue) / sizeof(catalogue[0]) == ELT_HEXA27 + 1);
 /// Those of ELT_UNKNOWN for a number that is no enumerator.
 constexpr const element_facts& facts(element_type type) noexcept {
   return catalogue[is_element_type(type) ? type : ELT_UNKNOWN];
-}
-
-bool all_below(const unsigned* begin, const unsigned* end, unsigned n) noexcept {
-  unsigned largest = 0;
-  for (const unsigned* p = begin; p != end; ++p) largest = *p > largest ? *p : largest;
-  return largest < n;
 }
 
 bool valid_face(const unsigned* nodes, unsigned n) noexcept {

@@ -1,5 +1,6 @@
 // Distinct indices in order of first appearance, and their number.
 #include <algorithm>
+#include <numeric>
 
 #include "core/columns.h"
 #include "core/limits.h"
@@ -21,9 +22,8 @@ struct index_source {
   const dense2D<unsigned>* last = nullptr;
 
   std::uint64_t count() const noexcept {
-    std::uint64_t sum = list != nullptr ? list->size() : 0;
-    for (const dense2D<unsigned>* matrix = first; matrix != last; ++matrix) sum += matrix->size();
-    return sum;
+    return std::accumulate(first, last, list != nullptr ? list->size() : std::uint64_t{0},
+                           [](std::uint64_t sum, const dense2D<unsigned>& matrix) { return sum + matrix.size(); });
   }
 
   /// Calls action(begin, end) for runs of entries as long as it returns true. False when it did not.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/columns.h"
 #include "core/distribute.h"
 #include "core/limits.h"
 #include "core/result.h"
@@ -23,7 +24,7 @@ class reference_order {
   /// Makes the order; before anything else. False when memory ran out, or for 2^32 - 1 elements and more.
   [[nodiscard]] bool prepare() {
     if (references_.size() >= none || !distribute_kept()) return false;
-    const unsigned most = largest();
+    const unsigned most = std::max(index_bound(references_), 1U) - 1;
     for (unsigned shift = digit_bits; shift < 32 && most >> shift != 0; shift += digit_bits) {
       if (!distribute_again(shift)) return false;
     }
@@ -45,12 +46,6 @@ class reference_order {
   static constexpr unsigned digits = 1U << digit_bits;
 
   unsigned digit(unsigned j, unsigned shift) const noexcept { return references_[j] >> shift & (digits - 1); }
-
-  unsigned largest() const noexcept {
-    unsigned result = 0;
-    for (const unsigned reference : references_) result = reference == none ? result : std::max(result, reference);
-    return result;
-  }
 
   bool distribute_kept() {
     const auto count = static_cast<unsigned>(references_.size());

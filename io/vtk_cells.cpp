@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/columns.h"
 #include "core/limits.h"
 #include "io/distinct_nodes.h"
 #include "io/input_result.h"
@@ -39,11 +40,10 @@ std::uint64_t run_length(const cell_list& cells, std::uint64_t i, unsigned size)
   return k - i - (before_points ? 1 : 0);
 }
 
-/// The first of some nodes that a mesh of so many does not have, or their end. A largest one is found several at a time.
+/// The first of some nodes that a mesh of so many does not have, or their end.
 const unsigned* first_unknown(const unsigned* nodes, const unsigned* end, std::uint64_t nbr_nodes) noexcept {
-  unsigned largest = 0;
-  for (const unsigned* node = nodes; node != end; ++node) largest = std::max(largest, *node);
-  return largest < nbr_nodes ? end : std::find_if(nodes, end, [=](unsigned node) { return node >= nbr_nodes; });
+  if (all_below(nodes, end, nbr_nodes)) return end;
+  return std::find_if(nodes, end, [=](unsigned node) { return node >= nbr_nodes; });
 }
 
 }  // namespace

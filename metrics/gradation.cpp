@@ -93,88 +93,91 @@ int bound_sizes(const dense2D<double>& coords, const dense2D<unsigned>& edges, d
   return skipped && result >= 0 ? skipped_edge : result;
 }
 
+/// How much sizes or tensors may change along an edge. Sizes grow by the rate times its length under both laws.
+struct change_bound {
+  bool is_valid;
+  growth law;
+  double rate;
+};
+
+change_bound variation(double most) noexcept { return {most >= 0 && std::isfinite(most), growth::additive, most}; }
+
+change_bound gradation(double most) noexcept {
+  return {most >= 1 && std::isfinite(most), growth::proportional, logarithm(most)};
+}
+
 /// Checks, then calls bound_edges(edges, ids), which may use up the edges.
 template <class BoundEdges>
 int bound_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
-               bool bound_is_valid, dense1D<unsigned>* ids, BoundEdges bound_edges) {
+               const change_bound& bound, dense1D<unsigned>* ids, BoundEdges bound_edges) {
   dense1D<unsigned> unwanted;
   output written(ids != nullptr ? *ids : unwanted, connectivity);
   dense1D<unsigned>& changed = written;
   changed.clear();
   const int code = check_mesh(coords, connectivity, type);
   if (code != 0) return code;
-  if (!bound_is_valid) return -5;
+  if (!bound.is_valid) return -5;
   dense2D<unsigned> edges;
   if (copy_edges(connectivity, type, edges) != 0) return out_of_memory;
   return bound_edges(edges, ids != nullptr ? &changed : nullptr);
 }
 
 int bound_sizes_of_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
-                        dense1D<double>& sizes, bool bound_is_valid, double rate, dense1D<unsigned>* ids) {
-  return bound_mesh(
-      coords, connectivity, type, bound_is_valid, ids, [&](const dense2D<unsigned>& edges, dense1D<unsigned>* changed) {
-        return with_dimension(coords, [&](auto n) { return bound_sizes<n()>(coords, edges, sizes, rate, changed); });
-      });
-}
-
-int bound_tensors_of_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
-                          dense2D<double>& tensors, bool bound_is_valid, growth law, double rate,
-                          dense1D<unsigned>* ids) {
-  return bound_mesh(coords, connectivity, type, bound_is_valid, ids,
-                    [&](dense2D<unsigned>& edges, dense1D<unsigned>* changed) {
-                      return bound_tensors(coords, edges, tensors, law, rate, changed);
+                        dense1D<double>& sizes, const change_bound& bound, dense1D<unsigned>* ids) {
+  return bound_mesh(coords, connectivity, type, bound, ids,
+                    [&](const dense2D<unsigned>& edges, dense1D<unsigned>* changed) {
+                      return with_dimension(
+                          coords, [&](auto n) { return bound_sizes<n()>(coords, edges, sizes, bound.rate, changed); });
                     });
 }
 
-bool is_variation(double bound) noexcept { return bound >= 0 && std::isfinite(bound); }
-bool is_gradation(double bound) noexcept { return bound >= 1 && std::isfinite(bound); }
+int bound_tensors_of_mesh(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
+                          dense2D<double>& tensors, const change_bound& bound, dense1D<unsigned>* ids) {
+  return bound_mesh(coords, connectivity, type, bound, ids, [&](dense2D<unsigned>& edges, dense1D<unsigned>* changed) {
+    return bound_tensors(coords, edges, tensors, bound.law, bound.rate, changed);
+  });
+}
 
 }  // namespace
 
 int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                             dense1D<double>& sizes, double max_variation) {
-  return bound_sizes_of_mesh(coords, connectivity, type, sizes, is_variation(max_variation), max_variation, nullptr);
+  return bound_sizes_of_mesh(coords, connectivity, type, sizes, variation(max_variation), nullptr);
 }
 
 int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                             dense1D<double>& sizes, double max_variation, dense1D<unsigned>& ids) {
-  return bound_sizes_of_mesh(coords, connectivity, type, sizes, is_variation(max_variation), max_variation, &ids);
+  return bound_sizes_of_mesh(coords, connectivity, type, sizes, variation(max_variation), &ids);
 }
 
 int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                             dense1D<double>& sizes, double max_gradation) {
-  return bound_sizes_of_mesh(coords, connectivity, type, sizes, is_gradation(max_gradation), logarithm(max_gradation),
-                             nullptr);
+  return bound_sizes_of_mesh(coords, connectivity, type, sizes, gradation(max_gradation), nullptr);
 }
 
 int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                             dense1D<double>& sizes, double max_gradation, dense1D<unsigned>& ids) {
-  return bound_sizes_of_mesh(coords, connectivity, type, sizes, is_gradation(max_gradation), logarithm(max_gradation),
-                             &ids);
+  return bound_sizes_of_mesh(coords, connectivity, type, sizes, gradation(max_gradation), &ids);
 }
 
 int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                             dense2D<double>& tensors, double max_variation) {
-  return bound_tensors_of_mesh(coords, connectivity, type, tensors, is_variation(max_variation), growth::additive,
-                               max_variation, nullptr);
+  return bound_tensors_of_mesh(coords, connectivity, type, tensors, variation(max_variation), nullptr);
 }
 
 int bound_metric_variations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                             dense2D<double>& tensors, double max_variation, dense1D<unsigned>& ids) {
-  return bound_tensors_of_mesh(coords, connectivity, type, tensors, is_variation(max_variation), growth::additive,
-                               max_variation, &ids);
+  return bound_tensors_of_mesh(coords, connectivity, type, tensors, variation(max_variation), &ids);
 }
 
 int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                             dense2D<double>& tensors, double max_gradation) {
-  return bound_tensors_of_mesh(coords, connectivity, type, tensors, is_gradation(max_gradation), growth::proportional,
-                               logarithm(max_gradation), nullptr);
+  return bound_tensors_of_mesh(coords, connectivity, type, tensors, gradation(max_gradation), nullptr);
 }
 
 int bound_metric_gradations(const dense2D<double>& coords, const dense2D<unsigned>& connectivity, element_type type,
                             dense2D<double>& tensors, double max_gradation, dense1D<unsigned>& ids) {
-  return bound_tensors_of_mesh(coords, connectivity, type, tensors, is_gradation(max_gradation), growth::proportional,
-                               logarithm(max_gradation), &ids);
+  return bound_tensors_of_mesh(coords, connectivity, type, tensors, gradation(max_gradation), &ids);
 }
 
 }  // namespace qel::gridwork

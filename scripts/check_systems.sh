@@ -87,8 +87,8 @@ check() {  # NAME
 # One hash of all calls.
 hash() { echo "$(wc -l < "$1") calls, $(sha256sum "$1" | cut -c1-16)"; }
 
-# Wine keeps its files apart, and asks for nothing.
-export WINEPREFIX=$PWD/build/systems/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml=' DISPLAY=
+# Wine keeps its files apart, asks for nothing, and writes names of files in the encoding of the locale.
+export WINEPREFIX=$PWD/build/systems/wine LC_ALL=C.UTF-8 WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml=' DISPLAY=
 
 need_packages g++ cmake ninja-build libgtest-dev googletest
 for name in "${names[@]}"; do

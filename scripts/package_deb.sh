@@ -2,9 +2,13 @@
 # Builds the Debian packages libqel-gridwork4, libqel-gridwork-dev, libqel-gridwork-mpi4, libqel-gridwork-mpi-dev,
 # qel-gridwork-tools and python3-gridwork into build/deb/packages/, holds them against lintian, unpacks them into an empty
 # root, builds and runs users' projects against that, and uses the tool and the Python package.
+# With --quick, for a check of the packages only, at -O1.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
+
+level=-O3
+if [[ ${1:-} == --quick ]]; then level=-O1; fi
 
 need_packages g++ cmake ninja-build dpkg-dev file lintian pkg-config libcli11-dev \
   pybind11-dev python3-dev python3-numpy libopenmpi-dev openmpi-bin libptscotch-dev
@@ -17,7 +21,8 @@ LDFLAGS=$(dpkg-buildflags --get LDFLAGS)
 rm -rf build/deb/packages
 cmake --preset release -B build/deb -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_INSTALL_DOCDIR=share/doc/libqel-gridwork-dev \
   -DQEL_GRIDWORK_DEVELOPER=OFF -DQEL_GRIDWORK_BUILD_TESTS=OFF -DQEL_GRIDWORK_BUILD_EXAMPLES=OFF \
-  -DCMAKE_CXX_FLAGS="$CPPFLAGS $CXXFLAGS" -DCMAKE_SHARED_LINKER_FLAGS="$LDFLAGS" -DCMAKE_EXE_LINKER_FLAGS="$LDFLAGS -pie" \
+  -DCMAKE_CXX_FLAGS="$CPPFLAGS $CXXFLAGS" -DCMAKE_CXX_FLAGS_RELEASE="$level -DNDEBUG" \
+  -DCMAKE_SHARED_LINKER_FLAGS="$LDFLAGS" -DCMAKE_EXE_LINKER_FLAGS="$LDFLAGS -pie" \
   -DCMAKE_MODULE_LINKER_FLAGS="$LDFLAGS" -DQEL_GRIDWORK_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3 \
   -DQEL_GRIDWORK_BUILD_MPI=ON -DCMAKE_SKIP_INSTALL_RPATH=ON -DQEL_GRIDWORK_ZSH_DIR=share/zsh/vendor-completions > /dev/null
 cmake --build build/deb

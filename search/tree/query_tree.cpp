@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "core/check.h"
 #include "core/position_table.h"
@@ -17,11 +18,7 @@ struct far_range {
   subtree range;
   double squares[Dim];
 
-  double bound() const noexcept {
-    double sum = 0;
-    for (const double square : squares) sum += square;
-    return sum;
-  }
+  double bound() const noexcept { return std::accumulate(squares, squares + Dim, 0.0); }
 };
 
 }  // namespace
