@@ -127,7 +127,7 @@ def get_ids(a: ArrayLike, b: ArrayLike, *, exact: bool = True) -> tuple[Indices,
         raise ValueError(f"b: shape {second.shape}, but a has {first.shape}")
     if first.ndim == 1:
         return _core.get_ids(first, second)
-    return _core.get_ids(first, second, exact)
+    return _core.get_ids(first, second, bool(exact))
 
 
 def unique_indices(ids: OneOrMany, excluded: ArrayLike | None = None) -> Indices:

@@ -160,6 +160,8 @@ def wavefront_obj_output(
 
 def _faces(array: Indices) -> list[Indices]:
     """Triangles and quadrangles of faces of one kind or mixed."""
+    if array.size == 0:
+        return []
     if array.shape[1] != 4 or not (array[:, 3] == NONE).any():
         return [array]
     is_triangle = array[:, 3] == NONE

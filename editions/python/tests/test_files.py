@@ -91,6 +91,8 @@ def test_obj(tmp_path):
     assert mesh.uvs.shape == (8, 2)
     gw.write(file, COORDS, [mixed[:1, :3].copy(), mixed[2:, :3].copy()], ["TRIA3", "TRIA3"])
     assert len(gw.read(file, "TRIA3").blocks[0][1]) == 2 and gw.read(file, "QUAD4").blocks == []
+    gw.write(file, COORDS, np.empty((0, 0), np.uint32), "FACE_MIX")
+    assert gw.read(file).blocks == [] and len(gw.read(file).coords) == 8
 
 
 @pytest.mark.parametrize("extension", [".obj", ".vtk", ".mesh", ".bdf", ".neu"])
