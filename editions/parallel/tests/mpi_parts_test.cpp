@@ -17,8 +17,12 @@ TEST(migrate, moves_elements_and_changes_no_result) {
       ASSERT_EQ(mpi::migrate(world, part, targets), 0);
       ASSERT_NO_FATAL_FAILURE(expect_part_of(part, m.coords, m.connectivity, shift));
     }
-    dense1D<int> wrong(part.element_IDs.size(), size());
-    EXPECT_EQ(mpi::migrate(world, part, wrong), sum(wrong.size()) != 0 ? -3 : 0);
+    for (const int nobody : {-1, size()}) {
+      dense1D<int> wrong(part.element_IDs.size(), nobody);
+      EXPECT_EQ(mpi::migrate(world, part, wrong), sum(wrong.size()) != 0 ? -3 : 0);
+    }
+    dense1D<int> too_many(part.element_IDs.size() + 1, 0);
+    EXPECT_EQ(mpi::migrate(world, part, too_many), -3);
   });
 }
 

@@ -149,6 +149,7 @@ TEST(STL_input, refused_files) {
   const std::string whole = binary(surface(6, 0));
   expect_as_serial("", "empty file");
   expect_as_serial(whole.substr(0, 79), "no header");
+  expect_as_serial(whole.substr(0, 80), "header only");
   expect_as_serial(whole.substr(0, 82), "no count");
   expect_as_serial(whole.substr(0, whole.size() - 1), "cut short");
   expect_as_serial(whole + "more", "bytes behind the triangles");
@@ -186,6 +187,12 @@ TEST(STL_input, texts) {
     perverse.replace(at, 11, "facet normal 0 0 0 outer loop");
   }
   expect_as_serial(perverse, "lines that mislead");
+  // A facet right behind a solid is none where the parser may stop: who began there has read in vain.
+  std::string ends = usual;
+  for (std::size_t at = 20; (at = ends.find("\nfacet normal", at)) != std::string::npos; at += 20) {
+    ends.insert(at, "\nendsolid");
+  }
+  expect_as_serial(ends, "facets behind solids");
   for (std::size_t length = 5; length < usual.size(); length += usual.size() / 13) {
     expect_as_serial(usual.substr(0, length), "cut text");
   }
