@@ -124,14 +124,14 @@ int chains<Dim>::find_roots(team& ranks, int code) {
   });
 }
 
+/// They take the places of the tops, each of which is asked for once.
 template <unsigned Dim>
-bool chains<Dim>::name_survivors() {
-  if (!survivors_.resize(nodes_.count(), none)) return false;
+void chains<Dim>::name_survivors() noexcept {
+  survivors_.shallow_copy(tops_);
   for (unsigned i = 0; i < nodes_.count(); ++i) {
     if (nodes_.is_at_home(i)) survivors_[i] = parents_[tops_[i]];
   }
   for (const auto& [node, at] : stopped_) survivors_[node] = at;
-  return true;
 }
 
 template <unsigned Dim>
@@ -139,8 +139,9 @@ int chains<Dim>::resolve(team& ranks, int code, const dense1D<unsigned>& targets
   targets_ = &targets;
   code = find_parents(ranks, code);
   code = find_roots(ranks, code);
-  if (code == 0 && !name_survivors()) code = out_of_memory;
-  return ranks.agree(code);
+  code = ranks.agree(code);
+  if (code == 0) name_survivors();
+  return code;
 }
 
 template class chains<2>;

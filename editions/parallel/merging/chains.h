@@ -62,7 +62,7 @@ class chains {
   [[nodiscard]] bool climb();
   answer target_of(std::uint64_t id) const noexcept;
   answer root_of(std::uint64_t id) const noexcept;
-  [[nodiscard]] bool name_survivors();
+  void name_survivors() noexcept;
 
   const handled_nodes<Dim>& nodes_;
   const dense1D<unsigned>* targets_ = nullptr;

@@ -38,9 +38,10 @@ class handled_nodes {
     return static_cast<unsigned>(std::lower_bound(ids_.begin(), ids_.end(), id) - ids_.begin());
   }
 
-  /// Collective: gives back what was found for each node, answer(i), to where it came from: take(node, answer).
-  template <class Answer, class GiveAnswer, class Take>
-  int give_back(team& ranks, int code, GiveAnswer answer, Take take);
+  /// Collective: gives back what was found for each node, answer(i), to where it came from: take(node, answer). Nodes that
+  /// stayed here get it where `wants(node)` holds.
+  template <class Answer, class Wants, class GiveAnswer, class Take>
+  int give_back(team& ranks, int code, Wants wants, GiveAnswer answer, Take take);
 
  private:
   struct sent_node {
@@ -92,12 +93,12 @@ class handled_nodes {
 };
 
 template <unsigned Dim>
-template <class Answer, class GiveAnswer, class Take>
-int handled_nodes<Dim>::give_back(team& ranks, int code, GiveAnswer answer, Take take) {
+template <class Answer, class Wants, class GiveAnswer, class Take>
+int handled_nodes<Dim>::give_back(team& ranks, int code, Wants wants, GiveAnswer answer, Take take) {
   dense1D<Answer> given;
   dense1D<Answer> answers;
   for (std::uint64_t j = 0; code == 0 && j < homes_.size(); ++j) {
-    if (is_kept(j)) take(j, answer(places_[j]));
+    if (is_kept(j) && wants(j)) take(j, answer(places_[j]));
   }
   if (code == 0 && !given.resize(received_.items.size())) code = out_of_memory;
   for (std::uint64_t i = 0; code == 0 && i < given.size(); ++i) given[i] = answer(places_[homes_.size() + i]);

@@ -41,10 +41,11 @@ int find_positions(team& ranks, int code, handled_nodes<Dim>& handled, const cha
     std::copy_n(ways.survivor(i).p, Dim, at.p);
     return at;
   };
+  const auto is_elsewhere = [&](std::uint64_t j) { return found.places[j] >= own; };
   const auto take = [&](std::uint64_t j, const position<Dim>& at) {
-    if (found.places[j] >= own) std::copy_n(at.p, Dim, found.coords.column(found.places[j] - own));
+    if (is_elsewhere(j)) std::copy_n(at.p, Dim, found.coords.column(found.places[j] - own));
   };
-  return handled.template give_back<position<Dim>>(ranks, code, position_of, take);
+  return handled.template give_back<position<Dim>>(ranks, code, is_elsewhere, position_of, take);
 }
 
 template <unsigned Dim>
@@ -60,8 +61,9 @@ int merge_nodes(team& ranks, int code, const node_set& nodes, double tol, bool w
   dense1D<std::uint64_t> ids;
   if (!ids.resize(nodes.ids.size())) code = out_of_memory;
   const auto id_of = [&](unsigned i) { return ways.survivor(i).id; };
-  code = handled.template give_back<std::uint64_t>(ranks, code, id_of,
-                                                   [&](std::uint64_t j, std::uint64_t id) { ids[j] = id; });
+  const auto take_id = [&](std::uint64_t j, std::uint64_t id) { ids[j] = id; };
+  const auto all = [](std::uint64_t) { return true; };
+  code = handled.template give_back<std::uint64_t>(ranks, code, all, id_of, take_id);
   if (code == 0 && !found.place(nodes.ids, ids)) code = out_of_memory;
   if (with_coords) code = find_positions(ranks, code, handled, ways, found);
   code = ranks.agree(code);
