@@ -7,7 +7,6 @@
 #include <csignal>
 #include <cstring>
 #include <fstream>
-#include <sstream>
 #include <thread>
 
 #include "core/growth.h"
@@ -325,12 +324,22 @@ TEST_F(stl, sample_files_read_and_round_trip) {
       read_twice(path(), name + " rewritten");
     }
   }
-  std::istringstream counted(
-      "txt-cube-pro2stl-crlf 8 12 txt-moon-utf8-name 60 116 txt-star 36 68 bin-star-zero-header 36 68 bin-empty 0 0 "
-      "txt-multibody-crlf 20 32 txt-faceless 0 0 txt-sphere-two-solids 12 20 txt-nan-normal 4 4 bin-soup 300 100 "
-      "bin-confusing-header 4 4 bin-rear-case-solid-header 9404 18808");
-  unsigned nodes, triangles;
-  for (string name; counted >> name >> nodes >> triangles;) {
+  const struct {
+    string name;
+    unsigned nodes, triangles;
+  } counted[] = {{"txt-cube-pro2stl-crlf", 8, 12},
+                 {"txt-moon-utf8-name", 60, 116},
+                 {"txt-star", 36, 68},
+                 {"bin-star-zero-header", 36, 68},
+                 {"bin-empty", 0, 0},
+                 {"txt-multibody-crlf", 20, 32},
+                 {"txt-faceless", 0, 0},
+                 {"txt-sphere-two-solids", 12, 20},
+                 {"txt-nan-normal", 4, 4},
+                 {"bin-soup", 300, 100},
+                 {"bin-confusing-header", 4, 4},
+                 {"bin-rear-case-solid-header", 9404, 18808}};
+  for (const auto& [name, nodes, triangles] : counted) {
     const mesh m = read(QEL_TEST_MESHES "/stl-" + name + ".stl");
     EXPECT_ALL(m.coords.cols() == nodes, m.triangles.cols() == triangles)
         << name << ": " << m.coords.cols() << ' ' << m.triangles.cols();

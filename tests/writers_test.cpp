@@ -6,7 +6,6 @@
 #include <iterator>
 #include <map>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -32,21 +31,30 @@ struct row {
   std::vector<unsigned> nodes;
 };
 
+/// What stands between the separators of a text, but for nothing. (Not all standard libraries that the tests run with have
+/// streams that read.)
+std::vector<string> split(const string& text, char separator) {
+  std::vector<string> parts;
+  for (std::size_t at = 0; (at = text.find_first_not_of(separator, at)) != string::npos;) {
+    const std::size_t end = std::min(text.find(separator, at), text.size());
+    parts.push_back(text.substr(at, end - at));
+    at = end;
+  }
+  return parts;
+}
+
 /// Lines of "types name nodes;" for the types that are written; "2-5" stands for all from 2 to 5.
 std::map<int, row> table(const char* text) {
   std::map<int, row> rows;
-  std::istringstream lines(text);
-  for (string line; std::getline(lines, line, ';');) {
-    std::istringstream fields(line);
-    string types, type;
-    row r;
-    fields >> types >> r.name;
-    for (string nodes; fields >> nodes;) {
-      const auto dash = nodes.find('-');
-      const int last = std::stoi(nodes.substr(dash == string::npos ? 0 : dash + 1));
-      for (int node = std::stoi(nodes); node <= last; ++node) r.nodes.push_back(static_cast<unsigned>(node));
+  for (const string& line : split(text, ';')) {
+    const std::vector<string> fields = split(line, ' ');
+    row r = {fields[1], {}};
+    for (std::size_t k = 2; k < fields.size(); ++k) {
+      const auto dash = fields[k].find('-');
+      const int last = std::stoi(fields[k].substr(dash == string::npos ? 0 : dash + 1));
+      for (int node = std::stoi(fields[k]); node <= last; ++node) r.nodes.push_back(static_cast<unsigned>(node));
     }
-    for (std::istringstream codes(types); std::getline(codes, type, ',');) rows[std::stoi(type)] = r;
+    for (const string& type : split(fields[0], ',')) rows[std::stoi(type)] = r;
   }
   return rows;
 }

@@ -11,4 +11,4 @@ string(JOIN " " CMAKE_CXX_FLAGS_INIT
   -isystem /usr/include/x86_64-linux-musl)
 set(additions ${CMAKE_CURRENT_LIST_DIR}/musl_additions.c)
 set(CMAKE_CXX_LINK_EXECUTABLE
-  "musl-gcc -static <LINK_FLAGS> <OBJECTS> -o <TARGET> <LINK_LIBRARIES> ${additions} ${llvm}/lib/libc++.a ${llvm}/lib/libc++abi.a")
+  "musl-gcc -static -Wl,--eh-frame-hdr <LINK_FLAGS> <OBJECTS> -o <TARGET> <LINK_LIBRARIES> ${additions} ${llvm}/lib/libc++.a ${llvm}/lib/libc++abi.a")

@@ -1,5 +1,8 @@
-/* What libc++ was compiled to call, and musl does not have. */
+/* What libc++ and the unwinder were compiled to call, and musl does not have. */
+#define _GNU_SOURCE
+#include <link.h>
 #include <locale.h>
+#include <pthread.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -24,5 +27,33 @@ unsigned long long strtoull_l(const char* text, char** end, int base, locale_t l
   return strtoull(text, end, base);
 }
 
-/* "Not found": the search for handlers of exceptions then goes another way. */
-int _dl_find_object(void* address, void* result) { return -1; }
+/* The unwinder calls these without asking for them. */
+void* const called_by_the_unwinder[] = {pthread_once, pthread_key_create, pthread_getspecific, pthread_setspecific,
+                                        pthread_mutex_lock, pthread_mutex_unlock};
+
+/* Where the frames of a program are described, which the search for handlers of exceptions asks for. */
+struct dl_find_object {
+  unsigned long long flags;
+  void *map_start, *map_end;
+  struct link_map* link_map;
+  void* eh_frame;
+};
+
+static int find_frames(struct dl_phdr_info* program, size_t size, void* result) {
+  struct dl_find_object* found = result;
+  for (int k = 0; k < program->dlpi_phnum; ++k) {
+    if (program->dlpi_phdr[k].p_type != PT_GNU_EH_FRAME) continue;
+    found->eh_frame = (void*)(program->dlpi_addr + program->dlpi_phdr[k].p_vaddr);
+    return 1;
+  }
+  return 0;
+}
+
+/* All is in one object: the program. */
+int _dl_find_object(void* address, struct dl_find_object* result) {
+  result->flags = 0;
+  result->map_start = 0;
+  result->map_end = (void*)-1;
+  result->link_map = 0;
+  return dl_iterate_phdr(find_frames, result) == 1 ? 0 : -1;
+}
