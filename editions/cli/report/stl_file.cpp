@@ -1,5 +1,6 @@
 // STL files: what they say of themselves, and in words what is wrong with a damaged one.
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <iterator>
 
@@ -36,15 +37,45 @@ bool is_printable(const file_bytes& bytes) {
                      [](unsigned char c) { return std::isprint(c) != 0 || std::isspace(c) != 0; });
 }
 
-// In any case. Most lines are those of vertices, which have no F: that is found out faster than the word.
-bool ends_facet(std::string_view line) {
-  const bool has_letter = line.find('f') != std::string_view::npos || line.find('F') != std::string_view::npos;
-  return has_letter && holds_in_any_case(line, "endfacet");
+constexpr std::string_view facet_end = "endfacet";
+
+// How far behind a character the word ends at the least, unless it ends there. (Horspool 1980: most characters of a
+// file are none of the word's, and eight are passed at once.)
+constexpr std::array<unsigned char, 256> find_steps() {
+  std::array<unsigned char, 256> steps{};
+  steps.fill(facet_end.size());
+  for (std::size_t k = 0; k + 1 < facet_end.size(); ++k) {
+    for (const char c : {facet_end[k], static_cast<char>(facet_end[k] - 'a' + 'A')}) {
+      steps[static_cast<unsigned char>(c)] = static_cast<unsigned char>(facet_end.size() - 1 - k);
+    }
+  }
+  return steps;
 }
 
-std::uint64_t count_facets(const file_bytes& bytes) {
+std::uint64_t count_facet_ends(std::string_view text) {
+  static constexpr std::array<unsigned char, 256> steps = find_steps();
   std::uint64_t count = 0;
-  for (line_reader lines(bytes); lines.next();) count += ends_facet(lines.line()) ? 1 : 0;
+  for (std::size_t last = facet_end.size() - 1; last < text.size();
+       last += steps[static_cast<unsigned char>(text[last])]) {
+    if (lower_case(text[last]) != facet_end.back()) continue;
+    const std::string_view word = text.substr(last + 1 - facet_end.size(), facet_end.size());
+    count += holds_in_any_case(word, facet_end) ? 1 : 0;
+  }
+  return count;
+}
+
+// In any case. What may be the beginning of a word moves to the front of the next block.
+std::uint64_t count_facets(const file_bytes& bytes) {
+  const file_handle stream(std::fopen(bytes.path(), "rb"));
+  std::vector<char> block(std::size_t{1} << 16U);
+  std::uint64_t count = 0;
+  for (std::size_t kept = 0; stream != nullptr;) {
+    const std::size_t size = kept + std::fread(block.data() + kept, 1, block.size() - kept, stream.get());
+    if (size == kept) break;
+    count += count_facet_ends({block.data(), size});
+    kept = std::min(size, facet_end.size() - 1);
+    std::copy_n(block.begin() + static_cast<std::ptrdiff_t>(size - kept), kept, block.begin());
+  }
   return count;
 }
 
