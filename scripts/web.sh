@@ -31,7 +31,9 @@ case ${1:-} in
   --test)
     if [[ -z ${GRIDWORK_NATIVE_BUILD:-} ]]; then build_native gridwork determinism; fi
     cmake --build --preset web --target determinism
-    if [[ ! -d build/web/node_modules/playwright-core ]]; then install_peers "$(peer playwright-core)"; fi
+    if [[ ! -d build/web/node_modules/playwright-core || ! -d build/web/node_modules/typescript ]]; then
+      install_peers "$(peer playwright-core)" "$(peer typescript)"
+    fi
     node --test editions/web/test/*.test.mjs
     ;;
   --twice)
@@ -42,7 +44,7 @@ case ${1:-} in
     ;;
   --speed)
     build_native qel_gridwork
-    install_peers "$(peer playwright-core)" "$(peer three)" "$(peer meshoptimizer)"
+    install_peers "$(peer playwright-core)" "$(peer three)" "$(peer meshoptimizer)" "$(peer typescript)"
     c++ -O2 -std=c++17 -Iinclude editions/web/benchmark/native.cpp -Lbuild/release -lqel_gridwork \
       -Wl,-rpath,"$PWD/build/release" -o build/web/native
     node editions/web/benchmark/speed.mjs

@@ -17,7 +17,7 @@ const typeReturned = (kind) => (kind[0] === 'p' ? 'Float64Array' : returned[kind
 function resultOf(row) {
   const plain = { i: 'number', d: 'number', b: 'boolean', '-': 'undefined' }[row.result];
   const results = row.parameters.filter((p) => p.isResult);
-  if (results.some((p) => p.kind === 'f')) return 'Uint8Array[]';
+  if (results.some((p) => p.kind === 'f')) return 'Bytes[]';
   if (results.length === 0) return plain;
   return `{ result: ${plain}; ${results.map((p) => `${p.name}: ${typeReturned(p.kind)}`).join('; ')} }`;
 }
@@ -31,7 +31,7 @@ function declare(row) {
 export function declareFunctions(rows) {
   const shown = rows.filter((row) => !row.name.startsWith('detector'));
   return `// Made of the module's table of functions.
-import type { ElementType, Histogram, Matrix, Source } from './gridwork.js';
+import type { Bytes, ElementType, Histogram, Matrix, Source } from './gridwork.js';
 
 /** The library's functions: names, arguments and codes are those of its headers. */
 export interface Functions {

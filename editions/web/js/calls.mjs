@@ -104,7 +104,8 @@ export function invoke(instance, row, values) {
     const result = instance.exports.call(row.row, slots);
     const found = results(row, call, slots, row.result === 'b' ? result !== 0 : result);
     if (row.result === 'i' && result < 0) {
-      throw new GridworkError(row.name, result, instance.text(instance.exports.call_message(row.row, result)));
+      const words = instance.text(instance.exports.call_message(row.row, result));
+      throw new GridworkError(row.name, result, words, instance.files.fault);
     }
     return row.parameters.some((p) => p.isResult) ? found : found.result;
   } finally {

@@ -1,8 +1,8 @@
-import type { Format } from './gridwork.js';
+import type { Bytes, Format, Report } from './gridwork.js';
 
 export interface Shown {
   /** As `Mesh.report()` gives it. */
-  report: Record<string, unknown>;
+  report: Report;
   times: { read?: number; measured: number };
   memory: number;
   /**
@@ -26,7 +26,7 @@ export class Client {
   static start(module?: URL | string | ArrayBuffer | WebAssembly.Module, worker?: Worker): Promise<Client>;
   open(file: File | Blob | Uint8Array, options?: { format?: Format; onProgress?(position: number, size: number): void }): Promise<Shown>;
   clean(tolerance?: number): Promise<Shown & { merged: number; removedElements: number; removedNodes: number }>;
-  write(format: Format, options?: { text?: boolean }): Promise<Uint8Array[]>;
+  write(format: Format, options?: { text?: boolean }): Promise<Bytes[]>;
   /** Stops whatever goes on; start another client then. */
   cancel(): void;
 }

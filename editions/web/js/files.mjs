@@ -68,6 +68,7 @@ class Sink {
 
 export class Files {
   onRead = null; // is told of positions and sizes
+  fault; // what was thrown while a file was open: it must not run through the module
   #sources = new Map();
   #sinks = new Map();
   #open = new Map();
@@ -84,12 +85,14 @@ export class Files {
 
   forget(name) {
     this.#sources.delete(name);
+    this.fault = undefined;
   }
 
   /** The parts of a file that was written; it is forgotten. */
   take(name) {
     const parts = this.#sinks.get(name)?.parts ?? [];
     this.#sinks.delete(name);
+    this.fault = undefined;
     return parts;
   }
 
@@ -104,8 +107,8 @@ export class Files {
     return { sink, position: 0 };
   }
 
-  // Moves bytes between a file and the pieces of memory that a call lists.
-  #transfer(file, vectors, count, move) {
+  // Moves bytes between a file and the pieces of memory that a call lists, and writes how many.
+  #transfer(file, vectors, count, result, move) {
     let total = 0;
     for (let k = 0; k < count; ++k) {
       const address = this.#view.getUint32(vectors + 8 * k, true);
@@ -115,7 +118,17 @@ export class Files {
       file.position += moved;
       if (moved < length) break;
     }
-    return total;
+    this.#view.setUint32(result, total, true);
+  }
+
+  #try(transfer) {
+    try {
+      transfer();
+      return success;
+    } catch (error) {
+      this.fault = error;
+      return ioError;
+    }
   }
 
   /** What the module imports. */
@@ -136,20 +149,15 @@ export class Files {
       fd_read: (descriptor, vectors, count, result) => {
         const file = this.#open.get(descriptor);
         if (!file?.source) return badDescriptor;
-        try {
-          const read = this.#transfer(file, vectors, count, (piece) => file.source.read(file.position, piece));
-          this.#view.setUint32(result, read, true);
-        } catch {
-          return ioError;
-        }
-        this.onRead?.(file.position, file.source.size);
-        return success;
+        return this.#try(() => {
+          this.#transfer(file, vectors, count, result, (piece) => file.source.read(file.position, piece));
+          this.onRead?.(file.position, file.source.size);
+        });
       },
       fd_write: (descriptor, vectors, count, result) => {
         const file = this.#open.get(descriptor);
         if (!file?.sink) return badDescriptor;
-        this.#view.setUint32(result, this.#transfer(file, vectors, count, (piece) => file.sink.write(piece)), true);
-        return success;
+        return this.#try(() => this.#transfer(file, vectors, count, result, (piece) => file.sink.write(piece)));
       },
       fd_seek: (descriptor, offset, whence, result) => {
         const file = this.#open.get(descriptor);

@@ -1,3 +1,4 @@
+/// <reference lib="esnext.disposable" />
 import type { Functions } from './functions.js';
 
 export type { Functions };
@@ -11,7 +12,7 @@ export class Matrix<Entries extends Float64Array | Uint32Array = Float64Array | 
   column(k: number): Entries;
 }
 
-/** A call that the library refused. */
+/** A call that the library refused; `cause` is what a source or onProgress threw, if that was why. */
 export class GridworkError extends Error {
   operation: string;
   code: number;
@@ -29,6 +30,9 @@ export type Source =
   | Uint8Array | ArrayBuffer | Blob
   | { size: number; read(position: number, target: Uint8Array): number; close?(): void };
 
+/** Bytes in a buffer of their own, as Blobs take them. */
+export type Bytes = ReturnType<Uint8Array['slice']>;
+
 export type Format = 'stl' | 'obj' | 'medit' | 'vtk' | 'nastran' | 'femap' | 'ensight';
 
 /** The format that a file's name tells. */
@@ -45,9 +49,36 @@ export interface Topology {
 
 export interface PlacedElement { element: number; quality: number | null; centre: [number, number, number] }
 
+/** Of one type of elements; what is no number is null. */
 export interface Quality {
-  type: ElementName; least: number; mean: number; most: number; histogram: number[]; worst: PlacedElement[];
-  inverted: number; reversed: boolean;
+  type: ElementName; least: number | null; mean: number | null; most: number | null;
+  histogram: number[]; worst: PlacedElement[]; inverted: number; reversed: boolean;
+}
+
+interface Shapes {
+  type: ElementName; min: number | null; mean: number | null; max: number | null; inverted: number; reversed: boolean;
+}
+
+/** What `gridwork info --json` tells of a file, and what a page shows besides. */
+export interface Report {
+  format: string;
+  encoding: 'text' | 'binary';
+  bytes: number;
+  dim: number;
+  nodes: number;
+  elements: Partial<Record<ElementName, number>>;
+  elements_removed: number;
+  elements_left_out?: number;
+  includes_left_out?: number;
+  /** Least and greatest coordinates. */
+  box?: [[number, number, number], [number, number, number]];
+  /** Whether all nodes of elements are there; else there is neither topology nor quality. */
+  valid: boolean;
+  topology?: { dim: number; sides: number; open: number; non_manifold: number; pieces: number; unused_nodes: number };
+  quality?: Shapes[];
+  used_nodes: number;
+  measured_elements: number;
+  shapes: (Shapes & { elements: number; histogram: number[]; worst: PlacedElement[] })[];
 }
 
 export type ArrayName =
@@ -59,16 +90,15 @@ export type ArrayName =
 export interface Mesh {
   /** Gives its memory back. A mesh that nobody freed is freed some time after it was forgotten. */
   free(): void;
-  [Symbol.dispose]?(): void;
+  [Symbol.dispose](): void;
   /** Reads a file: a path in node, a File or Blob, or bytes; the format is told by its name unless it is given. */
   read(file: string | Source, options?: { format?: Format; onProgress?(position: number, size: number): void }): Promise<Mesh>;
   /** The file that a format makes of the mesh, in parts, as `new Blob(parts)` takes them. */
-  write(format: Format, options?: { text?: boolean }): Uint8Array[];
+  write(format: Format, options?: { text?: boolean }): Bytes[];
   merge(tolerance?: number, mode?: 0 | 1 | 2): number;
   removeDegenerated(): number;
   simplify(): number;
-  /** Everything that `gridwork info --json` tells, with `shapes`. */
-  report(): Record<string, unknown>;
+  report(): Report;
   topology(): Topology;
   quality(type?: ElementName): Quality | undefined;
   readonly blocks: { type: ElementName; rows: number; elements: number }[];
@@ -80,10 +110,10 @@ export interface Mesh {
   view(name: 'outlines'): Uint8Array;
   view(name: ArrayName): Uint32Array;
   /** An array of its own, which can be transferred. */
-  copy(name: 'coords'): Float64Array;
-  copy(name: 'positions' | 'qualities'): Float32Array;
-  copy(name: 'outlines'): Uint8Array;
-  copy(name: ArrayName): Uint32Array;
+  copy(name: 'coords'): ReturnType<Float64Array['slice']>;
+  copy(name: 'positions' | 'qualities'): ReturnType<Float32Array['slice']>;
+  copy(name: 'outlines'): Bytes;
+  copy(name: ArrayName): ReturnType<Uint32Array['slice']>;
 }
 
 /** Nodes of a set that are near to a point, to a node or in a box. */
@@ -93,7 +123,7 @@ export interface NodeDetector {
   findClosest(pointOrNode: [number, number] | [number, number, number] | number): number;
   findInBox(lower: number[], upper: number[]): Uint32Array;
   free(): void;
-  [Symbol.dispose]?(): void;
+  [Symbol.dispose](): void;
 }
 
 export interface Gridwork extends Functions {

@@ -1,10 +1,10 @@
 // A module that runs: its memory, its files, and texts and arrays in it.
 import { Files, blobSource, bytesSource } from './files.mjs';
 
-/** A call that the library refused: its result code, the name of the function, and the words for it. */
+/** A call that the library refused: its result code, the name of the function, the words for it, what a source threw. */
 export class GridworkError extends Error {
-  constructor(operation, code, message) {
-    super(message);
+  constructor(operation, code, message, cause) {
+    super(message, cause && { cause });
     this.name = 'GridworkError';
     this.operation = operation;
     this.code = code;

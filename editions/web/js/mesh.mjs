@@ -32,7 +32,7 @@ export class Mesh {
   #call(name, ...rest) {
     if (this.#handle === 0) throw new GridworkError(name, -1, 'the mesh is freed');
     const result = this.#instance.exports[name](this.#handle, ...rest);
-    if (result < 0) throw new GridworkError(name, result, this.#text());
+    if (result < 0) throw new GridworkError(name, result, this.#text(), this.#instance.files.fault);
     return result;
   }
 

@@ -3,6 +3,7 @@
 //   open {file, format}             -> progress {position, size} ..., report {report, times, memory},
 //                                      mesh {arrays, chains, radius}
 //   clean {tolerance}               -> cleaned {...counts}, report, mesh
+//   draw {}                         -> mesh, if there is one
 //   write {format, text}            -> file {parts}
 // Where one fails: failed {message, code}. To cancel is to terminate the worker and start another one.
 import { findChains } from './chains.mjs';
@@ -94,12 +95,16 @@ function clean({ id, tolerance }) {
   tell(id, {});
 }
 
+function draw({ id }) {
+  if (mesh !== undefined) show(id);
+}
+
 function write({ id, format, text }) {
   const parts = mesh.write(format, { text });
   send(id, 'file', { parts, format }, parts.map((part) => part.buffer));
 }
 
-const tasks = { start, open, clean, write };
+const tasks = { start, open, clean, draw, write };
 let turn = Promise.resolve();
 
 addEventListener('message', ({ data }) => {

@@ -1,6 +1,7 @@
 // The page: what is dropped goes to a worker, what comes back is shown.
 import { formatOf, readEndings } from './names.mjs';
-import { approach, showMesh } from './picture.mjs';
+import { keepOffline } from './offline.mjs';
+import { approach, showMesh, startPicture } from './picture.mjs';
 import { chainParts, reportParts, verdictOf } from './report.mjs';
 import { Session } from './session.mjs';
 
@@ -29,15 +30,25 @@ function cancel() {
   $('found').hidden = true;
 }
 
+const noWorkers = 'This browser has no workers or no WebAssembly, which the page needs.';
+
+function refusalOf(file) {
+  if (session === undefined) return noWorkers;
+  if (formatOf(file.name) !== undefined) return '';
+  return `${file.name}: the format is not known. Files are told by their endings: ${readEndings.map((ending) => `.${ending}`).join(', ')}.`;
+}
+
 function open(file) {
   for (const id of ['error', 'note', 'cleaned']) $(id).textContent = '';
   $('found').hidden = true;
-  if (formatOf(file.name) === undefined) {
-    fail(`${file.name}: the format is not known. Files are told by their endings: ${readEndings.map((ending) => `.${ending}`).join(', ')}.`);
+  const refusal = refusalOf(file);
+  if (refusal !== '') {
+    fail(refusal);
     return;
   }
   name = file.name;
   before = undefined;
+  delete document.body.dataset.shown;
   setBusy(`Reading ${name}`);
   session.open(file);
 }
@@ -80,7 +91,7 @@ const receive = {
   mesh({ arrays, chains, radius }) {
     $('chains').replaceChildren(...chainParts(chains, approach));
     const half = shown.box ? halfOf(shown.box) : [0, 0, 0];
-    showMesh(arrays, { half, radius, isChanged: before !== undefined }).catch(({ message }) => {
+    showMesh(arrays, { half, radius, isChanged: 'shown' in document.body.dataset }).catch(({ message }) => {
       $('note').textContent = `No picture: ${message}.`;
     });
     document.body.dataset.shown = name;
@@ -157,18 +168,11 @@ function followTheme() {
   });
 }
 
-function keepOffline() {
-  navigator.serviceWorker?.register('service_worker.mjs', { type: 'module' }).then((registration) => {
-    registration.addEventListener('updatefound', () => {
-      if (navigator.serviceWorker.controller) $('note').textContent = 'A new version is ready: reload the page.';
-    });
-  }, () => {});
-}
-
 followTheme();
 addSaveButtons();
 listen();
-keepOffline();
-if (typeof Worker === 'undefined' || typeof WebAssembly === 'undefined') fail('This browser has no workers or no WebAssembly, which the page needs.');
+startPicture(() => session?.ask('draw'));
+keepOffline($('news'));
+if (typeof Worker === 'undefined' || typeof WebAssembly === 'undefined') fail(noWorkers);
 else session = new Session(receive);
 document.body.dataset.ready = '';

@@ -40,16 +40,23 @@ export class Painter {
   #textures = {};
   #counts = null;
 
-  /** Throws where there is no WebGL 2. */
-  constructor(canvas) {
+  /** Throws where there is no WebGL 2. Graphics cards lose what they hold, as when a phone sleeps: `restored` is told then. */
+  constructor(canvas, restored) {
     this.#canvas = canvas;
     this.#gl = canvas.getContext('webgl2', { antialias: true });
     if (this.#gl === null) throw new Error('WebGL 2 is missing');
     this.#programs = makePrograms(this.#gl);
+    canvas.addEventListener('webglcontextlost', (event) => event.preventDefault()); // else it does not come back
+    canvas.addEventListener('webglcontextrestored', () => {
+      this.#programs = makePrograms(this.#gl);
+      [this.#textures, this.#counts] = [{}, null];
+      restored();
+    });
   }
 
   show(arrays) {
     const gl = this.#gl;
+    if (gl.isContextLost()) return;
     for (const texture of Object.values(this.#textures)) gl.deleteTexture(texture);
     this.#counts = null;
     const make = (entries, parts, ...form) => makeTexture(gl, entries, parts, form);

@@ -2,6 +2,7 @@
 //   {canvas}  -> {is: ready}, or failed
 //   {arrays}  -> {is: shown}, or failed
 //   {scene}   draws, when nothing newer has come
+// {is: restored}: what was shown is lost, and can be shown again.
 // Where one fails: {is: failed, message}.
 import { Painter } from './painter.mjs';
 
@@ -20,7 +21,7 @@ function plan(next) {
 
 const tasks = {
   canvas(canvas) {
-    painter = new Painter(canvas);
+    painter = new Painter(canvas, () => postMessage({ is: 'restored' }));
     postMessage({ is: 'ready' });
   },
   arrays(arrays) {

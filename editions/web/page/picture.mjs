@@ -24,10 +24,15 @@ function hide() {
   $('blind').hidden = false;
 }
 
-const started = Viewer.on($('canvas')).then((viewer) => {
-  listen(viewer);
-  return viewer;
-}).catch(hide);
+let started;
+
+/** Makes the picture ready; `restored` is told when the mesh has to be shown again. */
+export function startPicture(restored) {
+  started = Viewer.on($('canvas'), restored).then((viewer) => {
+    listen(viewer);
+    return viewer;
+  }).catch(hide);
+}
 
 /** Shows a mesh; what `place` tells is how large it is, and whether it is the last one, changed. */
 export async function showMesh(arrays, place) {

@@ -3,8 +3,13 @@ const cacheName = `gridwork-${'VERSION'}`;
 const files = ['FILES'];
 
 addEventListener('install', (event) => {
-  event.waitUntil(caches.open(cacheName).then((cache) => cache.addAll(['./', ...files])));
+  // The browser's own cache may still hold files of the last version.
+  const requests = ['./', ...files].map((file) => new Request(file, { cache: 'reload' }));
+  event.waitUntil(caches.open(cacheName).then((cache) => cache.addAll(requests)));
 });
+
+// Until the visitor asks for the new version, all of the last one is there.
+addEventListener('message', () => skipWaiting());
 
 async function removeOldVersions() {
   const names = await caches.keys();

@@ -15,14 +15,14 @@ export class Viewer {
   #scene = { colouring: 0, lines: false, cut: notCut };
   #isPlanned = false;
 
-  /** Throws where there is no WebGL 2. */
-  static async on(canvas) {
+  /** Throws where there is no WebGL 2. `restored` is told when the mesh has to be shown again. */
+  static async on(canvas, restored) {
     try {
-      return new Viewer(canvas, await DistantPainter.on(canvas));
+      return new Viewer(canvas, await DistantPainter.on(canvas, restored));
     } catch {
       const another = canvas.cloneNode();
       canvas.replaceWith(another);
-      return new Viewer(another, new Painter(another));
+      return new Viewer(another, new Painter(another, restored));
     }
   }
 

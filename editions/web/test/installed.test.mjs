@@ -1,11 +1,11 @@
 // What `npm pack` packs, installed into an empty project: used by node and by a page of somebody else.
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
-import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { copyFileSync, existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import test, { before } from 'node:test';
 import { browse, newPage, pageTest, url } from './browser.mjs';
-import { bracket, packageFolder, scratch } from './folders.mjs';
+import { bracket, build, packageFolder, scratch } from './folders.mjs';
 
 const project = join(scratch, 'project');
 const run = (command, args, cwd) => execFileSync(command, args, { cwd, encoding: 'utf8', stdio: ['ignore', 'pipe', 'inherit'] });
@@ -29,6 +29,14 @@ console.log(gw.maxID(new Uint32Array([0, 7, 1])), mesh.topology().edges, Gridwor
 test('node imports it by its name', () => {
   writeFileSync(join(project, 'use.mjs'), program);
   assert.equal(run('node', ['use.mjs', bracket], project), '7 7356 GridworkError\n');
+});
+
+const compiler = join(build, 'node_modules/typescript/bin/tsc');
+
+test('its types allow its uses', { skip: !existsSync(compiler) && 'typescript is not installed' }, () => {
+  copyFileSync(new URL('use.ts', import.meta.url), join(project, 'use.ts'));
+  const options = '--strict --noEmit --module nodenext --target es2022 --lib es2022,dom'.split(' ');
+  run('node', [compiler, ...options, 'use.ts'], project);
 });
 
 browse(project);

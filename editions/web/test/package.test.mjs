@@ -3,6 +3,9 @@ import assert from 'node:assert/strict';
 import { readFileSync, readdirSync } from 'node:fs';
 import { basename, join } from 'node:path';
 import test from 'node:test';
+import { setTimeout as wait } from 'node:timers/promises';
+import { setFlagsFromString } from 'node:v8';
+import { runInNewContext } from 'node:vm';
 import { bracket, hasTool, meshFiles, packageFolder, pageFolder, repository, scratch, toolJson } from './folders.mjs';
 
 const { load, GridworkError, Matrix, formatOf } = await import(join(packageFolder, 'gridwork.mjs'));
@@ -116,6 +119,20 @@ test('files are bytes, blobs or paths, and tell of progress', async () => {
   mesh.free();
 });
 
+test('what a source or its listener throws ends the reading, and is the cause', async () => {
+  const mesh = gw.mesh();
+  const fail = (message) => () => {
+    throw new Error(message);
+  };
+  const thrown = (message) => ({ name, cause }) => name === 'GridworkError' && cause.message === message;
+  await assert.rejects(mesh.read({ size: 1e6, read: fail('gone') }, { format: 'stl' }), thrown('gone'));
+  await assert.rejects(mesh.read(bracket, { onProgress: fail('enough') }), thrown('enough'));
+  assert.throws(() => gw.stlInput({ size: 1e6, read: fail('gone') }), thrown('gone'));
+  await mesh.read(bracket);
+  assert.throws(() => mesh.write('none'), ({ cause }) => cause === undefined);
+  mesh.free();
+});
+
 test('memory is given back', async () => {
   const mesh = await gw.mesh().read(bracket);
   mesh.free();
@@ -129,10 +146,29 @@ test('memory is given back', async () => {
   assert.equal(gw.memory, before);
 });
 
+test('a mesh that nobody freed is freed when it is forgotten', async () => {
+  setFlagsFromString('--expose-gc');
+  const collect = runInNewContext('gc');
+  const another = await load();
+  const readSome = async () => {
+    for (let k = 0; k < 20; ++k) await another.mesh().read(bracket);
+    collect();
+    await wait(50);
+  };
+  await readSome();
+  const before = another.memory;
+  for (let k = 0; k < 3; ++k) await readSome();
+  assert(another.memory < 1.5 * before, `${before}, then ${another.memory}`);
+});
+
 test('arrays for which the memory has to move', async () => {
   const another = await load();
+  const mesh = await another.mesh().read(bracket);
+  const [view, copy] = [mesh.view('coords'), mesh.copy('coords')];
   assert.equal(another.maxID(new Uint32Array(20_000_000).fill(7)), 7);
   assert(another.memory > 80_000_000);
+  assert.equal(view.length, 0);
+  assert.deepEqual(mesh.view('coords'), copy);
 });
 
 test('functions on typed arrays', () => {
@@ -165,6 +201,7 @@ test('nodes are found', () => {
   assert.equal(detector.findClosest(0), 1);
   assert.deepEqual([...detector.findInBox([-1, -1, -1], [2, 2, 2])].sort(), [0, 1]);
   detector.free();
+  assert.throws(() => detector.size, { name: 'GridworkError', message: 'the detector is freed' });
 });
 
 test('files by functions', () => {

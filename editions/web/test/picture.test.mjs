@@ -94,6 +94,58 @@ pageTest('colours, mesh edges, a cut and views change the picture', async () => 
   await page.context().close();
 });
 
+// Two fingers, so far left and right of the middle of the canvas.
+async function spread(page, [across, down], from, to) {
+  const session = await page.context().newCDPSession(page);
+  const points = (apart) => [-apart, apart].map((x, id) => ({ x: across + x, y: down, id }));
+  await session.send('Input.dispatchTouchEvent', { type: 'touchStart', touchPoints: points(from) });
+  await session.send('Input.dispatchTouchEvent', { type: 'touchMove', touchPoints: points(to) });
+  await session.send('Input.dispatchTouchEvent', { type: 'touchEnd', touchPoints: [] });
+}
+
+async function drag(page, [across, down]) {
+  await page.mouse.move(across, down);
+  await page.mouse.down();
+  await page.mouse.move(across + 90, down + 30);
+  await page.mouse.up();
+}
+
+pageTest('mouse, wheel, fingers and keys turn and zoom', async () => {
+  const page = await visit({ colorScheme: 'light', hasTouch: true });
+  await open(page, bracket);
+  const { x, y, width, height } = await page.locator('#canvas').boundingBox();
+  const middle = [x + width / 2, y + height / 2];
+  const painted = async () => (await look(page)).painted;
+  const whole = await painted();
+  await page.focus('#canvas');
+  const isTurned = (count) => Math.abs(count - whole) > 0.01 * whole;
+  const isLarger = (count) => count > 1.2 * whole;
+  for (const [act, isSo] of [
+    [() => drag(page, middle), isTurned], [() => page.keyboard.press('ArrowLeft'), isTurned],
+    [() => page.mouse.wheel(0, -200), isLarger], [() => spread(page, middle, 30, 60), isLarger],
+  ]) {
+    await act();
+    const changed = await painted();
+    assert(isSo(changed), `${act}: ${whole}, then ${changed}`);
+    await page.keyboard.press('Home');
+    assert.equal(await painted(), whole);
+  }
+  await page.context().close();
+});
+
+// The graphics card loses what it holds, and comes back.
+async function loseCard() {
+  const canvas = document.getElementById('canvas');
+  const card = canvas.getContext('webgl2').getExtension('WEBGL_lose_context');
+  const told = (name) => new Promise((resolve) => canvas.addEventListener(name, resolve, { once: true }));
+  const [lost, restored] = [told('webglcontextlost'), told('webglcontextrestored')];
+  card.loseContext();
+  await lost;
+  await new Promise((resolve) => setTimeout(resolve, 100)); // it comes back only after all have heard of it
+  card.restoreContext();
+  await restored;
+}
+
 const cannotDraw = {
   'no canvas can be handed over': (page) => page.addInitScript(() => delete HTMLCanvasElement.prototype.transferControlToOffscreen),
   'the worker does not start': (page) => page.route('**/painter_worker.mjs', (route) => route.abort()),
@@ -107,7 +159,12 @@ for (const [why, prepare] of Object.entries(cannotDraw)) {
     assert(painted > 10_000 && red > 10 && orange > 5);
     await page.focus('#canvas');
     await page.keyboard.press('+');
-    assert((await look(page)).painted > painted);
+    const near = await look(page);
+    assert(near.painted > painted);
+    await page.evaluate(loseCard);
+    let again = await look(page);
+    for (let k = 0; k < 50 && again.painted !== near.painted; ++k) again = await look(page);
+    assert.deepEqual(again, near);
     await page.context().close();
   });
 }
