@@ -164,7 +164,8 @@ constexpr unsigned nodes_per_edge = 2;
 // --- metrics -------------------------------------------------------------------------------------------------------
 
 /// Children of an entry of the heap of waiting nodes: half as deep as with two, and they lie in one cache line.
-constexpr unsigned heap_children = limit(4U, 2U);
+/// Three are the fewest among which places given up before can lie beside the last entry's.
+constexpr unsigned heap_children = limit(4U, 3U);
 
 /// The square of a length in a metric is good as it comes between the inverse of this and this: far from where its terms
 /// leave the range of numbers. Beyond, the tensor and the edge are scaled first, which takes three times as long.

@@ -264,6 +264,13 @@ TEST(gradation, sizes_over_hundreds_of_orders_of_magnitude) {
   EXPECT_NEAR(shock, std::exp(0.25), 1e-14);
 }
 
+TEST(gradation, lengths_in_a_metric_whose_squares_leave_the_range) {
+  const chain c(2, 0x1p100);
+  dense2D<double> tensors(3, 2, {0x1p1000, 0, 0x1p1000, 0x1p-400, 0, 0x1p-400});
+  EXPECT_EQ(bound_metric_gradations(c.coords, c.edges, ELT_EDGE2, tensors, std::exp(1.0)), 1);
+  EXPECT_NEAR(tensors(0, 1) * 0x1p200, 1, 1e-14) << "1 / (1 + 2^600)^2 of the other";
+}
+
 TEST(gradation, bounded_by_larger_and_scaled_alike) {
   const lattice m(3, 6);
   const reals given = m.sizes();

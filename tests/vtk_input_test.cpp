@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <numeric>
 #include <string>
 
+#include "core/limits.h"
 #include "facts.h"
 #include "input_meshes.h"
 #include "written_file.h"
@@ -94,6 +96,23 @@ TEST(vtk_input, types_together_come_back_by_type) {
   for (const int code : {0, 1, 2, 23, -1}) {
     EXPECT_EQ(vtk_input(file.path(), coords, elements, element_type(code)), -4);
     EXPECT_ALL(coords.empty(), elements.empty());
+  }
+}
+
+TEST(vtk_input, runs_of_cells_end_before_one_of_two_cells) {
+  const unsigned at_once = unsigned{detail::limits::cells_at_once};
+  const dense2D<double> coords(3, 10);
+  const matrix large(10, 1, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+  for (const unsigned count : {at_once - 1, at_once, at_once + 1, 2 * at_once - 1, 2 * at_once}) {
+    matrix small(4, count);
+    for (unsigned j = 0; j < count; ++j) std::iota(small.begin_column(j), small.end_column(j), j % 7);
+    const matrix all[] = {small, large};
+    const written_file file;
+    ASSERT_EQ(vtk_output(file.path(), coords, all, all + 2, {ELT_TETRA4, ELT_TETRA10}), 0);
+    const vtk_reading got(file.path());
+    ASSERT_EQ(got.types, (dense1D<int>{ELT_TETRA4, ELT_TETRA10})) << count;
+    EXPECT_EQ(got.connectivity.sub_matrix(0, 0, 4, count), small);
+    EXPECT_EQ(got.connectivity.sub_matrix(0, count, 10, 1), large);
   }
 }
 
