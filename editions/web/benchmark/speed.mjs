@@ -65,9 +65,10 @@ async function readWithOthers(count) {
   await MeshoptSimplifier.ready;
   const client = await Client.start();
   const ours = async (bytes) => {
+    const file = new File([bytes], 'large.stl'); // one: browsers hold few copies of it
     let best = Infinity;
     for (let k = 0; k < count; ++k) {
-      const { times } = await client.open(new File([bytes], 'large.stl'));
+      const { times } = await client.open(file);
       best = Math.min(best, times.read);
     }
     return best;

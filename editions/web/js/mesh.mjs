@@ -32,8 +32,9 @@ export class Mesh {
   #call(name, ...rest) {
     if (this.#handle === 0) throw new GridworkError(name, -1, 'the mesh is freed');
     const result = this.#instance.exports[name](this.#handle, ...rest);
-    if (result < 0) throw new GridworkError(name, result, this.#text(), this.#instance.files.fault);
-    return result;
+    if (result >= 0) return result;
+    const { fault } = this.#instance.files;
+    throw new GridworkError(name, result, fault === undefined ? this.#text() : `the file was not read: ${fault.message}`, fault);
   }
 
   #text() {
