@@ -57,29 +57,28 @@ TEST(merge, is_that_of_the_whole_mesh) {
 /// Distances so near to the tolerance that rounding lets one node reach the other, but not be reached: survivors may then
 /// lie behind those that are merged to them.
 TEST(merge, nearness_that_is_not_mutual) {
-  constexpr double tol = 0.1;
-  for (unsigned seed = 0; seed < 60; ++seed) {
+  constexpr double tol = 0.13;  // the square of which is rounded up
+  constexpr unsigned groups = 100;
+  for (unsigned seed = 0; seed < 10; ++seed) {
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
-    mesh whole{"chain", dense2D<double>(2, 60, 0.0), dense2D<unsigned>(2, 60), ELT_EDGE2};
-    double x = 0.1 * (seed + 1);
-    for (unsigned i = 0; i < 60; ++i) {
-      whole.coords(0, i) = x;
-      whole.connectivity(0, i) = i, whole.connectivity(1, i) = (i + 1) % 60;
-      x += tol;
-      for (unsigned ulp = random() % 3; ulp > 0; --ulp) x = std::nextafter(x, random() % 2 == 0 ? 0 : HUGE_VAL);
+    mesh whole{"groups of three", dense2D<double>(2, 3 * groups), dense2D<unsigned>(2, 3 * groups), ELT_EDGE2};
+    for (unsigned g = 0; g < groups; ++g) {
+      double x = tol * (0.3 + 0.3 * static_cast<double>(random() % 1000) / 1000);
+      for (unsigned i = 0; i < 3; ++i) {
+        whole.coords(0, 3 * g + i) = x, whole.coords(1, 3 * g + i) = g;
+        whole.connectivity(0, 3 * g + i) = 3 * g + i, whole.connectivity(1, 3 * g + i) = 3 * g + (i + 1) % 3;
+        x += i == 0 ? tol : 0.9 * tol;
+        for (unsigned ulps = random() % 3; ulps > 0; --ulps) x = std::nextafter(x, random() % 2);
+      }
     }
     whole = shuffled(whole, seed);
-    for (const layout l : {layout::ranges, layout::random}) {
-      mesh merged_whole = whole;
-      mesh_part part = part_of(whole, l);
-      id_type merged = 0;
-      ASSERT_EQ(mpi::merge(world, part, tol, merged), 0);
-      ASSERT_TRUE(merged_whole.connectivity.copy(whole.connectivity));
-      ASSERT_EQ(merged, merge_whole(merged_whole, tol));
-      expect_part_of(part, merged_whole.coords, merged_whole.connectivity);
-      if (HasFatalFailure()) return;
-    }
+    mesh_part part = part_of(whole, layout::random);
+    id_type merged = 0;
+    ASSERT_EQ(mpi::merge(world, part, tol, merged), 0);
+    ASSERT_EQ(merged, merge_whole(whole, tol));
+    expect_part_of(part, whole.coords, whole.connectivity);
+    if (HasFatalFailure()) return;
   }
 }
 

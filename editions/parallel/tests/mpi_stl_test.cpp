@@ -99,11 +99,11 @@ floats tangle_of_floats(unsigned triangles, unsigned positions, float step, unsi
   return corners;
 }
 
-/// One sound triangle, then ones whose corners follow one another at less than the tolerance.
-floats chain(unsigned triangles, float step) {
+/// One sound triangle, then ones whose corners follow one another at less than the tolerance; so many at each place.
+floats chain(unsigned triangles, float step, unsigned repeats = 1) {
   floats corners = {0, 0, 5, 1, 0, 5, 0, 1, 5};
   for (unsigned i = 0; i < triangles; ++i) {
-    const float x = step * static_cast<float>(i * 7919 % triangles);
+    const float x = step * static_cast<float>(i * 7919 % (triangles / repeats));
     for (const float c : {x, 0.F, 0.F, x + 20, 30.F, 0.F, x + 20, 0.F, 40.F}) corners.push_back(c);
   }
   return corners;
@@ -119,6 +119,9 @@ TEST(STL_input, binary_files) {
   expect_as_serial(binary(shuffle_triangles(surface(30, 0.02F))), "shuffled");
   expect_as_serial(binary(chain(400, 0.03F)), "chain");
   expect_as_serial(binary(chain(300, 0.0001F)), "crowd");
+  for (const unsigned repeats : {2U, 3U, 7U}) {
+    for (unsigned n = 20; n < 400; n = n * 3 / 2) expect_as_serial(binary(chain(n, 0.03F, repeats)), "chain, repeated");
+  }
   for (unsigned seed = 0; seed < 12; ++seed) {
     expect_as_serial(binary(tangle_of_floats(5 + 17 * seed, 2 + seed, 0.004F, seed)), "tangle");
   }
@@ -168,6 +171,7 @@ TEST(STL_input, texts) {
   expect_as_serial(text(doubles()), "empty solid");
   expect_as_serial(text(doubles{0, 0, 0, 1, 0, 0, 0, 1, 0}), "one facet");
   expect_as_serial(usual + usual, "two solids");
+  expect_as_serial("other" + usual.substr(5), "no header");
   expect_as_serial(binary(surface(5, 0), "solid but binary"), "binary that begins like a text");
   std::string lines = usual;
   for (std::size_t at = 0; (at = lines.find("\n", at)) != std::string::npos; at += 2) lines.insert(at, "\r");
@@ -260,6 +264,10 @@ TEST(STL_output, parts_in_any_layout) {
     ASSERT_EQ(written.content() == serial.content(), true);
   }
   const shared_path file(".refused.stl");
+  mesh spacetime = box(ELT_TRIA3, 1, 1, 1);
+  spacetime.coords = dense2D<double>(4, spacetime.coords.cols(), 0.0);
+  EXPECT_EQ(mpi::STL_output(world, file.path(), part_of(spacetime, layout::random)), -2);
+  EXPECT_EQ(file.content(), "");
   EXPECT_EQ(mpi::STL_output(world, file.path(), part_of(box(ELT_TETRA4, 1, 1, 1), layout::random)), -3);
   EXPECT_EQ(file.content(), "");
 }

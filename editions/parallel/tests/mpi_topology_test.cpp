@@ -162,6 +162,15 @@ TEST(topology, refuses_a_sharing_of_another_part) {
   EXPECT_EQ(offsets[part.node_IDs.size()], elements.size());
 }
 
+TEST(topology, parts_that_were_never_filled) {
+  const mesh m = box(ELT_TETRA4, 2, 2, 2);
+  const mesh_part part = rank() == size() - 1 ? part_of(m, layout::last) : mesh_part();
+  mpi::node_sharing sharing;
+  dense2D<id_type> neighbors;
+  EXPECT_EQ(mpi::share_nodes(world, part, sharing), 0);
+  EXPECT_EQ(mpi::get_neighbors(world, part, ELT_TETRA4, sharing, false, neighbors), 0);
+}
+
 TEST(get_mesh_boundaries, refuses) {
   const mesh m = box(ELT_TETRA4, 2, 2, 2);
   mesh_part part = part_of(m, layout::ranges);
