@@ -135,6 +135,9 @@ TEST(nastran_input, elements_and_their_kinds) {
   EXPECT_EQ(element("CPENTA,9,1,1,2,3,4,5"), "code -2") << "a vertex is missing";
   EXPECT_EQ(element("CPENTA,9,1,1,2,3,4,5,0"), "code -2");
   EXPECT_EQ(element("CTRIA3,9,1,1,2,31"), "code -3");
+  for (const char* const hole : {"0", "3", "5", "6"}) {
+    EXPECT_LT(code_of("GRID,1\nGRID,2\nGRID,4\nCROD,9,1,1," + string(hole) + "\n"), 0) << hole;
+  }
   EXPECT_EQ(element("CTRIA3,9,5000000000,1,2,3"), "code -2");
   EXPECT_EQ(element("RBE2,x,=,y\nPLOTEL,?\nCTRIAX6,1\nCBUSH,\n"), "code 0");
   mesh m;

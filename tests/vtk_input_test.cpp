@@ -234,6 +234,19 @@ TEST(vtk_input, binary_files_of_any_numbers) {
   EXPECT_EQ(read(binary + points + offsets("float", 0.0F) + types).code, -2);
 }
 
+TEST(vtk_input, binary_points_lie_across_the_ends_of_blocks) {
+  constexpr unsigned bytes = 3 * sizeof(double), count = 2 * detail::limits::read_block / bytes + 2;
+  dense2D<double> coords(3, count);
+  const string before = binary + "POINTS " + std::to_string(count) + " double";
+  string points = "\n";
+  for (unsigned j = 0; j < count; ++j) {
+    for (unsigned k = 0; k < 3; ++k) coords(k, j) = j + 0.25 * k, points += big({coords(k, j)});
+  }
+  for (unsigned shift = 0; shift < bytes; ++shift) {
+    EXPECT_EQ(read(before + string(shift, ' ') + points).coords, coords) << shift;
+  }
+}
+
 TEST(vtk_input, texts_of_any_form) {
   const vtk_reading got = read(
       "# VTK datafile version 99.x\n" + string(1000, 't') +
