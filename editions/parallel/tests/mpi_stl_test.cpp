@@ -120,7 +120,8 @@ TEST(STL_input, binary_files) {
   expect_as_serial(binary(chain(400, 0.03F)), "chain");
   expect_as_serial(binary(chain(300, 0.0001F)), "crowd");
   for (const unsigned repeats : {2U, 3U, 7U}) {
-    for (unsigned n = 20; n < 400; n = n * 3 / 2) expect_as_serial(binary(chain(n, 0.03F, repeats)), "chain, repeated");
+    for (unsigned n = 20; n < 400; n = n * 3 / 2)
+      expect_as_serial(binary(shuffle_triangles(chain(n, 0.03F, repeats))), "chain, repeated");
   }
   for (unsigned seed = 0; seed < 12; ++seed) {
     expect_as_serial(binary(tangle_of_floats(5 + 17 * seed, 2 + seed, 0.004F, seed)), "tangle");
@@ -146,6 +147,7 @@ TEST(STL_input, blocks_end_within_ranks) {
   }
   expect_as_serial(binary(many), "surface many times");
   expect_as_serial(binary(tangle_of_floats(101000, 40, 0.004F, 3)), "tangle of two blocks", false);
+  expect_as_serial(binary(shuffle_triangles(chain(150000, 0.03F, 2))), "chain of two blocks", false);
 }
 
 TEST(STL_input, refused_files) {
