@@ -6,3 +6,5 @@ set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
 set(CMAKE_CROSSCOMPILING_EMULATOR /usr/lib/wine/wine64 CACHE STRING "")
+# g++ 12 takes sums of strings for overflows.
+set(CMAKE_CXX_FLAGS_INIT -Wno-stringop-overflow)
