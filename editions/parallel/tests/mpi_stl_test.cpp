@@ -251,7 +251,7 @@ TEST(STL_input, few_bytes_travel) {
   const id_type read = mpi_events::bytes_sent();
   ASSERT_EQ(mpi::share_nodes(world, part, sharing), 0);
   ASSERT_EQ(mpi::get_neighbors(world, part, ELT_TRIA3, sharing, false, neighbors), 0);
-  const auto rows = static_cast<double>(side * (size() - 1));
+  const auto rows = side * static_cast<double>(size() - 1);
   EXPECT_LE(static_cast<double>(sum(read - before)), 450 * rows);
   EXPECT_LE(static_cast<double>(sum(mpi_events::bytes_sent() - read)), 100 * rows);
 }
