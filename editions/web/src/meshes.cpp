@@ -129,6 +129,7 @@ QEL_GRIDWORK_WEB_EXPORT("mesh_write") int mesh_write(held_mesh* m, const char* p
   const report::format* kind = report::find_format({}, format);
   if (kind == nullptr) return refuse(*m, "the format is not known");
   if (m->file.m.blocks.empty()) return refuse(*m, "there is no element to write");
+  if (!has_valid_nodes(m->file.m)) return refuse(*m, "elements have nodes that are not there");
   for (const report::block& b : m->file.m.blocks) {
     if (!kind->holds(b.type))
       return refuse(*m, std::string(kind->name) + " does not hold " + report::type_name(b.type));

@@ -52,6 +52,12 @@ test('written files are the native ones, byte for byte', { skip: !hasTool && 'no
   mesh.free();
 });
 
+test('elements of nodes that are not there are not written', async () => {
+  const mesh = await gw.mesh().read(Buffer.from('v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 -9\n'), { format: 'obj' });
+  for (const format of Object.keys(endings)) assert.throws(() => mesh.write(format), /nodes that are not there/, format);
+  mesh.free();
+});
+
 test('a mesh with faults', async () => {
   const mesh = await gw.mesh().read(join(pageFolder, 'sample.stl'));
   const before = mesh.topology();
