@@ -8,7 +8,12 @@ import { build } from './folders.mjs';
 
 const executablePath = process.env.CHROMIUM ?? '/usr/bin/chromium';
 const library = join(build, 'node_modules/playwright-core');
-const skip = !existsSync(executablePath) ? 'Chromium is not installed' : !existsSync(library) && 'playwright-core is not installed';
+const missing = [
+  [!existsSync(executablePath), 'Chromium is not installed'],
+  [!existsSync(library), 'playwright-core is not installed'],
+  [parseInt(process.versions.node) < 20, 'playwright-core needs node 20'],  // Debian 12 has 18
+];
+const skip = missing.find(([is]) => is)?.[1] ?? false;
 const args = ['--no-sandbox', '--disable-dev-shm-usage', '--use-angle=swiftshader', '--enable-unsafe-swiftshader'];
 const patience = 100_000; // ms, for machines that do much else
 

@@ -14,7 +14,7 @@ async function runModule(path, out) {
   const { WASI } = await import('node:wasi');
   const stdout = openSync(out, 'w');
   const wasi = new WASI({ version: 'preview1', preopens: { '.': scratch }, stdout });
-  const { instance } = await WebAssembly.instantiate(readFileSync(path), wasi.getImportObject());
+  const { instance } = await WebAssembly.instantiate(readFileSync(path), { wasi_snapshot_preview1: wasi.wasiImport });
   wasi.start(instance);
   closeSync(stdout);
   return readFileSync(out, 'utf8');
