@@ -199,7 +199,7 @@ constexpr std::ptrdiff_t plain_fields = limit<std::ptrdiff_t>(48, 12);
 constexpr std::size_t known_text = limit<std::size_t>(256, 16);
 
 /// Numbers of a VTK file that are read before they are looked at: they fit the first cache. Whole points.
-constexpr std::uint64_t numbers_at_once = limit<std::uint64_t>(768, 3);
+constexpr std::uint64_t numbers_at_once = limit<std::uint64_t>(768, 12);
 
 /// Cells of a VTK file that are checked before they are copied: they stay in the second cache.
 constexpr std::uint64_t cells_at_once = limit<std::uint64_t>(4096, 3);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "core/check.h"
 #include "core/limits.h"
@@ -34,6 +35,14 @@ class column_appender {
     if (rows_ != 0) static_cast<void>(matrix_.resize(rows_, count()));  // never grows
     rows_ = 0;
     next_ = end_ = nullptr;
+  }
+
+  /// Makes another matrix the columns so far, of which there are none yet.
+  void take(dense2D<T>&& columns) noexcept {
+    QEL_GRIDWORK_CHECK(count() == 0);
+    matrix_ = std::move(columns);
+    rows_ = matrix_.rows();
+    next_ = end_ = matrix_.column(matrix_.cols());
   }
 
   /// Rows of the first column; 0 as long as there is none.

@@ -94,6 +94,25 @@ class element_collector {
     return true;
   }
 
+  /// True when elements of a type are kept as they are, and there is none yet.
+  bool may_take(element_type plain) const noexcept {
+    return keeps(plain) && (only_ == ELT_UNKNOWN || only_ == plain) && lists_[plain].columns.count() == 0;
+  }
+
+  /// Makes a matrix the elements of a type for which that holds, with one label that counts up from `label`. False when
+  /// memory ran out.
+  [[nodiscard]] bool take(element_type plain, dense2D<unsigned>&& nodes, unsigned label) noexcept {
+    QEL_GRIDWORK_CHECK(may_take(plain) && nodes.rows() == nbr_nodes(plain) && nbr_labels_ <= 1);
+    list& all = lists_[plain];
+    const std::uint64_t count = nodes.cols();
+    const auto next_label = [label](std::uint64_t i) { return label + static_cast<unsigned>(i); };
+    if (count >= none - count_) return false;
+    if (nbr_labels_ == 1 && !push_each(all.label_entries[0], count, {0, 0}, next_label)) return false;
+    all.columns.take(std::move(nodes));
+    count_ += count;
+    return true;
+  }
+
   /// Calls change(node) for the nodes of all elements that have one, while it is true. True when it always was.
   template <class Change>
   [[nodiscard]] bool change_nodes(Change change) noexcept {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/limits.h"
 #include "core/result.h"
 #include "io/column_appender.h"
 #include "io/input_result.h"
@@ -82,14 +83,15 @@ class list_reader {
     column_appender<unsigned> ends(list.ends);
     std::int64_t end = -1;  // of the cells so far
     const auto take = [&](const std::int64_t* values, std::uint64_t found) {
-      for (std::uint64_t i = 0; i < found; ++i) {
-        const bool is_first = end < 0;
-        if (is_first ? values[i] != 0 : values[i] < end) return malformed;
-        end = values[i];
-        if (end >= std::int64_t{none}) return out_of_memory;
-        if (!is_first && !push(ends, static_cast<unsigned>(end), progress())) return out_of_memory;
-      }
-      return 0;
+      const bool is_first = end < 0;
+      if (is_first ? values[0] != 0 : values[0] < end) return malformed;
+      const auto sorted = static_cast<std::uint64_t>(std::is_sorted_until(values, values + found) - values);
+      end = values[sorted - 1];
+      if (end >= std::int64_t{none}) return out_of_memory;
+      if (sorted != found) return malformed;
+      const unsigned first = is_first ? 1 : 0;
+      const auto end_of = [values, first](std::uint64_t i) { return static_cast<unsigned>(values[first + i]); };
+      return push_each(ends, found - first, progress(), end_of) ? 0 : out_of_memory;
     };
     const number_type type = numbers_.read_type();
     const int result = numbers_.read_integers(type, count, take);
@@ -99,19 +101,26 @@ class list_reader {
 
   int read_connectivity(cell_list& list, std::uint64_t size) noexcept {
     if (!same_word(words_.read_word(), "CONNECTIVITY")) return malformed;
+    const std::uint64_t rows = rows_of(list, size);
     column_appender<unsigned> nodes(list.nodes);
     const number_type type = numbers_.read_type();
-    return numbers_.read_integers(type, size, [&](const std::int64_t* values, std::uint64_t found) {
-      return push_nodes(nodes, values, found) ? 0 : out_of_memory;
+    return numbers_.read_nodes(type, rows, size / rows, [&](const unsigned* values, std::uint64_t found) {
+      unsigned* const places = nodes.room_for(found, rows, progress());
+      if (places == nullptr) return out_of_memory;
+      std::copy_n(values, rows * found, places);
+      nodes.commit(found);
+      return 0;
     });
+  }
+
+  /// The nodes of the first cell if all may have as many, else 1.
+  static std::uint64_t rows_of(const cell_list& list, std::uint64_t size) noexcept {
+    const std::uint64_t rows = list.ends.empty() ? 0 : list.ends.data()[0];
+    return rows != 0 && rows <= limits::numbers_at_once && size == rows * list.size() ? rows : 1;
   }
 
   bool push_nodes(column_appender<unsigned>& nodes, const std::int64_t* values, std::uint64_t count) const noexcept {
     return push_each(nodes, count, progress(), [values](std::uint64_t i) { return node_of(values[i]); });
-  }
-
-  static unsigned node_of(std::int64_t value) noexcept {
-    return static_cast<unsigned>(std::min<std::uint64_t>(static_cast<std::uint64_t>(value), none));
   }
 
   file_progress progress() const noexcept { return {words_.position(), file_size_}; }

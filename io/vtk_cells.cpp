@@ -1,6 +1,7 @@
 #include "io/vtk_cells.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "core/columns.h"
 #include "core/limits.h"
@@ -46,6 +47,30 @@ const unsigned* first_unknown(const unsigned* nodes, const unsigned* end, std::u
   return std::find_if(nodes, end, [=](unsigned node) { return node >= nbr_nodes; });
 }
 
+/// True when each cell is a column of the matrix of nodes, and all are of the first one's type.
+bool are_alike(const cell_list& cells) noexcept {
+  const std::uint64_t rows = cells.nodes.rows(), count = cells.size();
+  if (cells.nodes.cols() != count) return false;
+  const unsigned* const ends = cells.ends.data();
+  const unsigned char* const types = cells.types.data();
+  bool alike = true;
+  for (std::uint64_t i = 0; i < count; ++i) alike &= ends[i] == (i + 1) * rows && types[i] == types[0];
+  return alike;
+}
+
+/// Moves row k of some columns to row order[k], for all k.
+void move_rows(unsigned* columns, std::uint64_t count, unsigned rows, const unsigned char* order) noexcept {
+  unsigned char place[27];
+  std::copy_n(order, rows, place);
+  for (unsigned k = 0; k < rows; ++k) {
+    while (place[k] != k) {
+      const unsigned to = place[k];
+      for (std::uint64_t j = 0; j < count; ++j) std::swap(columns[j * rows + k], columns[j * rows + to]);
+      std::swap(place[k], place[to]);
+    }
+  }
+}
+
 }  // namespace
 
 cell_converter::cell cell_converter::cell_at(const cell_list& cells, std::uint64_t i) noexcept {
@@ -54,7 +79,31 @@ cell_converter::cell cell_converter::cell_at(const cell_list& cells, std::uint64
   return {cells.types.data()[i], cells.nodes.data() + begin, ends[i] - begin};
 }
 
-int cell_converter::convert(const cell_list& cells, std::uint64_t first_ID) noexcept {
+int cell_converter::convert(cell_list& cells, std::uint64_t first_ID) noexcept {
+  return may_take(cells) ? take(cells, first_ID) : append_each(cells, first_ID);
+}
+
+/// True when the matrix of nodes is one of elements, but for their order.
+bool cell_converter::may_take(const cell_list& cells) const noexcept {
+  if (cells.size() == 0) return false;
+  const element_type type = form_of(cells.types.data()[0]).type;
+  return type != ELT_UNKNOWN && cells.nodes.rows() == nbr_nodes(type) && out_.may_take(type) && are_alike(cells);
+}
+
+int cell_converter::take(cell_list& cells, std::uint64_t first_ID) noexcept {
+  const cell_form form = form_of(cells.types.data()[0]);
+  const unsigned rows = nbr_nodes(form.type);
+  const std::uint64_t count = cells.size();
+  for (std::uint64_t j = 0; j < count; j += limits::cells_at_once) {
+    unsigned* const columns = cells.nodes.column(j);
+    const std::uint64_t some = std::min(count - j, limits::cells_at_once);
+    if (!all_below(columns, columns + some * rows, nbr_nodes_)) return unknown_node;
+    if (form.order != nullptr) move_rows(columns, some, rows, form.order);
+  }
+  return out_.take(form.type, std::move(cells.nodes), static_cast<unsigned>(first_ID)) ? 0 : out_of_memory;
+}
+
+int cell_converter::append_each(const cell_list& cells, std::uint64_t first_ID) noexcept {
   constexpr std::uint64_t bytes_per_cell = 16;
   const std::uint64_t count = cells.size();
   int result = 0;

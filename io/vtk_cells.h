@@ -9,9 +9,9 @@
 
 namespace qel::gridwork::detail::io::vtk {
 
-/// Cells in the order of a file; matrices of one row, which grow while it is read.
+/// Cells in the order of a file, in matrices that grow while it is read; of one row, if nothing else is said.
 struct cell_list {
-  dense2D<unsigned> nodes{};  // of all cells; `none` for a number that no node has
+  dense2D<unsigned> nodes{};  // of all cells; `none` for a number that no node has. A column a cell where all may fit
   dense2D<unsigned> ends{};   // where the nodes of each cell end
   dense2D<unsigned char> types{};
   bool is_there = false;
@@ -24,9 +24,9 @@ class cell_converter {
  public:
   cell_converter(element_collector& out, std::uint64_t nbr_nodes) noexcept : out_(out), nbr_nodes_(nbr_nodes) {}
 
-  /// Appends the elements of a list, as many types as cells, numbered from first_ID on. Returns 0, or the code of what
-  /// is wrong.
-  int convert(const cell_list& cells, std::uint64_t first_ID) noexcept;
+  /// Appends the elements of a list, as many types as cells, numbered from first_ID on; the list may be empty then. Returns
+  /// 0, or the code of what is wrong.
+  int convert(cell_list& cells, std::uint64_t first_ID) noexcept;
 
   /// Cells that the library has no element for.
   std::uint64_t left_out() const noexcept { return left_out_; }
@@ -38,6 +38,9 @@ class cell_converter {
     std::uint64_t size;
   };
 
+  bool may_take(const cell_list& cells) const noexcept;
+  int take(cell_list& cells, std::uint64_t first_ID) noexcept;
+  int append_each(const cell_list& cells, std::uint64_t first_ID) noexcept;
   static cell cell_at(const cell_list& cells, std::uint64_t i) noexcept;
   std::uint64_t append_run(const cell_list& cells, std::uint64_t i, std::uint64_t first_ID) noexcept;
   int append_joined(element_type type, const cell& first, const cell& second) noexcept;

@@ -46,6 +46,11 @@ inline constexpr number_type number_types[] = {
 inline constexpr number_type unknown_type = {"", number_form::unknown, 0};
 inline constexpr number_type int_type = {"int", number_form::i32, 4};
 
+/// The node that a file gives by a number; `none` when no node has it.
+inline unsigned node_of(std::int64_t number) noexcept {
+  return static_cast<unsigned>(std::min<std::uint64_t>(static_cast<std::uint64_t>(number), none));
+}
+
 /// More values than any file has, of which the bytes can still be counted.
 inline constexpr std::uint64_t most_numbers = std::uint64_t{1} << 60;
 
@@ -85,6 +90,14 @@ class number_reader {
     return read<std::int64_t>(type, 1, count, take);
   }
 
+  /// The same for numbers of nodes in columns: take(const unsigned* nodes, columns). `none` is for a number that no node
+  /// has.
+  template <class Take>
+  int read_nodes(const number_type& type, std::uint64_t rows, std::uint64_t columns, Take take) noexcept {
+    if (type.form == number_form::f32 || type.form == number_form::f64) return malformed;
+    return read<unsigned>(type, rows, columns, take);
+  }
+
   /// Passes over values, strings too.
   int pass(const number_type& type, std::uint64_t count) noexcept {
     if (type.form == number_form::unknown) return malformed;
@@ -99,13 +112,23 @@ class number_reader {
     if (type.bytes == 0) return malformed;
     while (columns != 0) {
       const std::uint64_t most = rows * std::min(columns, limits::numbers_at_once / rows);
-      const std::uint64_t found =
-          (binary_ ? load(type, rows, numbers, most) : words_.read_numbers(numbers, most)) / rows;
+      const std::uint64_t found = (binary_ ? load(type, rows, numbers, most) : scan(numbers, most)) / rows;
       const int result = found != 0 ? take(numbers, found) : malformed;
       if (result != 0) return result;
       columns -= found;
     }
     return 0;
+  }
+
+  template <class Number>
+  std::uint64_t scan(Number* numbers, std::uint64_t most) noexcept {
+    return words_.read_numbers(numbers, most);
+  }
+  std::uint64_t scan(unsigned* nodes, std::uint64_t most) noexcept {
+    std::int64_t numbers[limits::numbers_at_once];
+    const std::uint64_t found = words_.read_numbers(numbers, most);
+    std::transform(numbers, numbers + found, nodes, node_of);
+    return found;
   }
 
   /// Loads numbers of a binary file, `most` or as many columns as the block has; 0 when the file ends.
@@ -120,31 +143,42 @@ class number_reader {
 
   template <class Number>
   void load_as(number_form form, std::uint64_t count, Number* numbers) const noexcept {
-    const char* const bytes = blocks_.begin();
     if constexpr (std::is_same_v<Number, double>) {
-      if (form == number_form::f32) return load_big_endian<float>(bytes, count, numbers);
-      if (form == number_form::f64) return load_big_endian<double>(bytes, count, numbers);
+      if (form == number_form::f32) return load_each<float>(count, numbers);
+      if (form == number_form::f64) return load_each<double>(count, numbers);
     }
     switch (form) {
       case number_form::i8:
-        return load_big_endian<std::int8_t>(bytes, count, numbers);
+        return load_each<std::int8_t>(count, numbers);
       case number_form::u8:
-        return load_big_endian<std::uint8_t>(bytes, count, numbers);
+        return load_each<std::uint8_t>(count, numbers);
       case number_form::i16:
-        return load_big_endian<std::int16_t>(bytes, count, numbers);
+        return load_each<std::int16_t>(count, numbers);
       case number_form::u16:
-        return load_big_endian<std::uint16_t>(bytes, count, numbers);
+        return load_each<std::uint16_t>(count, numbers);
       case number_form::i32:
-        return load_big_endian<std::int32_t>(bytes, count, numbers);
+        return load_each<std::int32_t>(count, numbers);
       case number_form::u32:
-        return load_big_endian<std::uint32_t>(bytes, count, numbers);
+        return load_each<std::uint32_t>(count, numbers);
       case number_form::i64:
-        return load_big_endian<std::int64_t>(bytes, count, numbers);
+        return load_each<std::int64_t>(count, numbers);
       case number_form::u64:
-        return load_big_endian<std::uint64_t>(bytes, count, numbers);
+        return load_each<std::uint64_t>(count, numbers);
       default:
         QEL_GRIDWORK_CHECK(false);
     }
+  }
+
+  template <class T, class Number>
+  void load_each(std::uint64_t count, Number* numbers) const noexcept {
+    const char* const bytes = blocks_.begin();
+    for (std::uint64_t i = 0; i < count; ++i) numbers[i] = as<Number>(load_big_endian<T>(bytes + i * sizeof(T)));
+  }
+
+  template <class Number, class T>
+  static Number as(T number) noexcept {
+    if constexpr (std::is_same_v<Number, unsigned>) return node_of(static_cast<std::int64_t>(number));
+    return static_cast<Number>(number);  // NOLINT(bugprone-signed-char-misuse): of a number, not a character
   }
 
   int pass_bytes(const number_type& type, std::uint64_t count) noexcept {

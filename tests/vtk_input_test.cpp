@@ -162,6 +162,60 @@ TEST(vtk_input, cells_of_every_type) {
   EXPECT_EQ(read(with_cell(6, 2)).code, -2);
 }
 
+/// Cells in both forms of lists: nodes behind their number, and offsets before all nodes.
+struct cells_in_both_forms {
+  unsigned count = 0, size = 0;
+  string counted, offsets = "0", nodes, types;
+
+  void add(unsigned type, unsigned nbr_nodes, unsigned first) {
+    counted += " " + std::to_string(nbr_nodes);
+    for (unsigned k = 0; k < nbr_nodes; ++k) {
+      counted += " " + std::to_string(first + k);
+      nodes += " " + std::to_string(first + k);
+    }
+    ++count, size += nbr_nodes;
+    offsets += " " + std::to_string(size);
+    types += " " + std::to_string(type);
+  }
+
+  string with_types(const string& numbers) const {
+    return with_points("CELLS " + numbers + "\nCELL_TYPES " + std::to_string(count) + types);
+  }
+
+  void expect_the_same() const {
+    const vtk_reading first = read(with_types(std::to_string(count) + " " + std::to_string(size + count) + counted));
+    const vtk_reading second = read(with_types(std::to_string(count + 1) + " " + std::to_string(size) +
+                                               " OFFSETS int " + offsets + " CONNECTIVITY int" + nodes));
+    EXPECT_ALL(first.code == second.code, first.types == second.types, first.offsets == second.offsets,
+               first.connectivity == second.connectivity, first.cell_IDs == second.cell_IDs)
+        << counted;
+  }
+};
+
+TEST(vtk_input, both_forms_of_lists_say_the_same) {
+  const unsigned at_once = unsigned{detail::limits::cells_at_once};
+  const struct {
+    unsigned type, nodes;
+  } cases[] = {{3, 2}, {5, 3}, {7, 3}, {8, 4}, {10, 4}, {11, 8}, {12, 8}, {22, 6}, {24, 10}, {10, 5}, {1, 2}};
+  for (const auto& c : cases) {
+    for (const unsigned count : {1U, 2U, at_once, at_once + 1}) {
+      cells_in_both_forms alike;
+      for (unsigned j = 0; j < count; ++j) alike.add(c.type, c.nodes, j % 11);
+      alike.expect_the_same();
+      cells_in_both_forms another_type = alike, another_size = alike, points = alike, unknown = alike;
+      another_type.add(c.type == 3 ? 4 : 3, c.nodes, 1);
+      another_type.expect_the_same();
+      another_size.add(c.type, c.nodes + 1, 1);
+      another_size.add(c.type, c.nodes - 1, 1);
+      another_size.expect_the_same();
+      points.add(2, c.nodes, 12);
+      points.expect_the_same();
+      unknown.add(c.type, c.nodes, 21 - c.nodes);
+      unknown.expect_the_same();
+    }
+  }
+}
+
 TEST(vtk_input, points_behind_a_cell_that_do_not_complete_it) {
   const vtk_reading fitting = read(with_points("CELLS 2 10 4 0 1 2 3 4 4 5 6 7 CELL_TYPES 2 9 2"));
   EXPECT_ALL(fitting.code == 0, fitting.types == dense1D<int>{ELT_QUAD8});

@@ -8,7 +8,16 @@
 
 namespace qel::gridwork::detail::io {
 
-/// The number that the bytes at `bytes` are; compilers make one instruction of it.
+/// The number that `count` bytes are. Halves put together become one instruction, where compilers keep a loop over bytes.
+template <unsigned count>
+std::uint64_t join_big_endian(const char* bytes) noexcept {
+  if constexpr (count == 1) {
+    return static_cast<unsigned char>(*bytes);
+  } else {
+    return join_big_endian<count / 2>(bytes) << 4 * count | join_big_endian<count / 2>(bytes + count / 2);
+  }
+}
+
 template <class T>
 T load_big_endian(const char* bytes) noexcept {
   if constexpr (std::is_same_v<T, float>) {
@@ -16,20 +25,7 @@ T load_big_endian(const char* bytes) noexcept {
   } else if constexpr (std::is_same_v<T, double>) {
     return std::bit_cast<double>(load_big_endian<std::uint64_t>(bytes));
   } else {
-    std::make_unsigned_t<T> x = 0;
-    for (unsigned k = 0; k < sizeof(T); ++k) {
-      x = static_cast<std::make_unsigned_t<T>>(std::uint64_t{x} << 8 | static_cast<unsigned char>(bytes[k]));
-    }
-    return static_cast<T>(x);
-  }
-}
-
-/// Loads `count` numbers of type T from where they lie one behind the other.
-template <class T, class Number>
-void load_big_endian(const char* bytes, std::uint64_t count, Number* numbers) noexcept {
-  for (std::uint64_t i = 0; i < count; ++i) {
-    const T number = load_big_endian<T>(bytes + i * sizeof(T));
-    numbers[i] = static_cast<Number>(number);  // NOLINT(bugprone-signed-char-misuse): of a number, not a character
+    return static_cast<T>(join_big_endian<sizeof(T)>(bytes));
   }
 }
 
