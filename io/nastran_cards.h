@@ -204,8 +204,8 @@ class card_reader {
   }
 
   static bool goes_on(std::string_view line) noexcept {
-    if (line.front() == '+' || line.front() == '*') return true;
-    return card_fields::first_field(line).empty() && !starts_section(line);
+    const std::string_view first = card_fields::first_field(line);
+    return first.empty() ? !starts_section(line) : first.front() == '+' || first.front() == '*';
   }
 
   /// True for a line with a word that is none of a card, wherever it stands.

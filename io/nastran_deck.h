@@ -37,7 +37,7 @@ class deck {
       if (name == (packed_name("CORD1") << 8 | last)) return read_system_of_nodes(kind, cards);
       if (name == (packed_name("CORD2") << 8 | last)) return read_system(kind, cards);
     }
-    const bool is_replication = cards.text().front() == '=';
+    const bool is_replication = card_fields::first_field(cards.text()).starts_with('=');
     cards.skip();
     return is_replication ? malformed : 0;
   }

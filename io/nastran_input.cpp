@@ -79,8 +79,9 @@ class bulk_data {
   void pass_include() noexcept {
     if (!is_skipped_) model_->leave_out();
     const std::string_view line = cards_.whole_line();
-    const std::size_t quote = line.find_first_of("'\"");
-    if (quote != std::string_view::npos && line.find(line[quote], quote + 1) == std::string_view::npos) {
+    const std::size_t quote = line.find_first_of("'\"$");  // those of a comment do not count
+    if (quote != std::string_view::npos && line[quote] != '$' &&
+        line.find(line[quote], quote + 1) == std::string_view::npos) {
       cards_.skip_through(line[quote]);
     }
     cards_.skip();

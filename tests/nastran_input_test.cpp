@@ -95,6 +95,8 @@ TEST(nastran_input, forms_of_fields_and_lines) {
   EXPECT_EQ(element("CHEXA,1,2,1,2,3,4,5,6,+\n+,7,8\n"), "20: 1 2 3 4 5 6 7 8 p2 e1");
   EXPECT_EQ(element("CHEXA,1,2,1,2,3,4,5,6,7,8\n"), "20: 1 2 3 4 5 6 7 8 p2 e1");
   EXPECT_EQ(element("CHEXA,1,2,1,2,3,4,5,6,7,8,+x\n"), "20: 1 2 3 4 5 6 7 8 p2 e1");
+  EXPECT_EQ(element("CHEXA,1,2,1,2,3,4,5,6\n +,7,8\n"), "20: 1 2 3 4 5 6 7 8 p2 e1") << "blanks before a mark";
+  EXPECT_EQ(code_of("GRID,1\n =,2"), -2) << "blanks before a mark";
   const string hexahedron = "CHEXA          1       2       1       2       3       4       5       6";
   EXPECT_EQ(element(hexahedron + "\n+              7       8"), "20: 1 2 3 4 5 6 7 8 p2 e1");
   EXPECT_EQ(element(hexahedron + "+more\n              7       8\n"), "20: 1 2 3 4 5 6 7 8 p2 e1");
@@ -177,6 +179,7 @@ TEST(nastran_input, sections_and_other_files) {
   EXPECT_EQ(code_of(""), 0);
   EXPECT_EQ(code_of("INCLUDE 'a'\nBEGIN BULK\nINCLUDE 'x$y.bdf'\ninclude \"some\nwhere, GRID,1,x\n$else\"\nGRID,1\n"),
             2);
+  EXPECT_EQ(code_of("INCLUDE a.bdf $ somebody's\nGRID,x\n"), -2);
 }
 
 TEST(nastran_input, coordinate_systems) {
