@@ -12,7 +12,7 @@ namespace qel::gridwork::detail::io::medit {
 
 class medit_words : public word_reader {
  public:
-  explicit medit_words(block_reader& blocks) noexcept : word_reader(blocks, '#') {}
+  explicit medit_words(block_reader& blocks) noexcept : word_reader(blocks, '#', '"') {}
 
   /// Reads "MeshVersionFormatted" and its number.
   bool read_version() noexcept {

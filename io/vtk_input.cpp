@@ -42,7 +42,7 @@ class vtk_parser {
  public:
   vtk_parser(io::block_reader& blocks, std::uint64_t file_size, dense2D<double>& coords) noexcept
       : blocks_(blocks),
-        words_(blocks, '\0'),
+        words_(blocks, '\0', '\0'),
         numbers_(words_, blocks),
         fields_(words_, blocks, numbers_),
         list_reader_(words_, blocks, numbers_, file_size),

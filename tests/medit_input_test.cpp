@@ -176,6 +176,7 @@ TEST(medit_input, codes) {
                {-2, five + "Triangles 18446744073709551617 1 2 3 0"},
                {-2, five + "Q" + string(5000, 'x')},
                {-2, five + "Corners 1 \"" + string(5000, 'x')},
+               {-2, five + "Identifier \"without an end Triangles 1 1 2 3 0"},
                {-3, five + "Triangles 1 1 2 6 0"},
                {-3, five + "Triangles 1 1 2 0 0"},
                {-3, five + "Triangles 1 1 2 -1 0"},

@@ -19,8 +19,10 @@ namespace qel::gridwork::detail::io {
 /// The stream may hold other things than words: what lies behind the last word that was read has not been consumed.
 class word_reader {
  public:
-  /// A word that starts with `comment` is passed over, with the rest of its line; formats without comments give NUL.
-  word_reader(block_reader& blocks, char comment) noexcept : blocks_(blocks), comment_(comment) {}
+  /// A word that starts with `comment` is passed over, with the rest of its line, and one that starts with `quote` goes on
+  /// to the next `quote`. Formats without these give NUL, which starts no word.
+  word_reader(block_reader& blocks, char comment, char quote) noexcept
+      : blocks_(blocks), comment_(comment), quote_(quote) {}
 
   /// Goes to the start of the next word; false when there is none.
   bool at_word() noexcept {
@@ -35,15 +37,16 @@ class word_reader {
   /// The start of the word that at_word() went to.
   const char* text() const noexcept { return blocks_.begin(); }
 
-  /// Reads a word, or a string in quotes as it stands; empty when there is none, or one that is too long. It stays
-  /// valid until the next call.
+  /// Reads a word, or a string in quotes as it stands; empty when there is none, or one that is too long or lacks its last
+  /// quote. It stays valid until the next call.
   std::string_view read_word() noexcept {
     if (!at_word()) return {};
     const char* const begin = text();
     const char* const last = begin + std::min(blocks_.available(), limits::longest_word);
-    const bool quoted = *begin == '"';
-    const char* end = std::find_if(begin + 1, last, [&](char c) { return quoted ? c == '"' : ends_word(c); });
-    if (quoted && end != last) ++end;
+    const bool quoted = *begin == quote_;
+    const char* end = std::find_if(begin + 1, last, [&](char c) { return quoted ? c == quote_ : ends_word(c); });
+    if (quoted && end == last) return {};
+    if (quoted) ++end;
     if (end == last && blocks_.available() >= limits::longest_word) return {};  // else the file ends here
     pass(end);
     return {begin, static_cast<std::size_t>(end - begin)};
@@ -160,7 +163,7 @@ class word_reader {
   }
 
   block_reader& blocks_;
-  char comment_;
+  char comment_, quote_;
 };
 
 }  // namespace qel::gridwork::detail::io
