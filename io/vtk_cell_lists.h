@@ -87,6 +87,7 @@ class list_reader {
       if (is_first ? values[0] != 0 : values[0] < end) return malformed;
       const auto sorted = static_cast<std::uint64_t>(std::is_sorted_until(values, values + found) - values);
       end = values[sorted - 1];
+      if (static_cast<std::uint64_t>(end) > size) return malformed;
       if (end >= std::int64_t{none}) return out_of_memory;
       if (sorted != found) return malformed;
       const unsigned first = is_first ? 1 : 0;
