@@ -3,6 +3,7 @@
 set(qel_gridwork_mpi_internal_headers
   core/coordinates.h
   core/elements.h
+  core/growth.h
   core/identity_map.h
   core/index_flags.h
   core/limits.h
@@ -21,6 +22,7 @@ set(qel_gridwork_mpi_internal_headers
   search/merging/coincident_nodes.h
   search/merging/near_nodes.h
   search/merging/proximity_merge.h
+  search/merging/ranked_positions.h
   topology/boundary_key.h
   topology/boundary_slots.h)
 
@@ -46,6 +48,7 @@ set(qel_gridwork_mpi_sources
   merging/cell_directory.cpp
   merging/chains.cpp
   merging/handled_nodes.cpp
+  merging/own_nodes.cpp
   merging/survivors.cpp
   merging/survivors_anywhere.cpp
   parts/checks.cpp

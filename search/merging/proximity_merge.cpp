@@ -212,4 +212,10 @@ int proximity_merge(const dense2D<double>& coords, node_list moving, node_list f
                             : merger<3>(coords, moving, fixed, tol).merge(new_IDs);
 }
 
+int resolve_chains(dense1D<unsigned>& new_IDs) {
+  index_flags resolved;
+  if (!resolved.reset(new_IDs.size())) return out_of_memory;
+  return resolve_chains(node_list::all(new_IDs.size()), ranked_nodes(), new_IDs, resolved);
+}
+
 }  // namespace qel::gridwork::detail

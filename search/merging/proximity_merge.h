@@ -16,6 +16,11 @@ int proximity_merge(const dense2D<double>& coords, node_list list, dense1D<unsig
 int proximity_merge(const dense2D<double>& coords, node_list moving, node_list fixed, dense1D<unsigned>& new_IDs,
                     double tol);
 
+/// The last step of a merge of all nodes among themselves, for those who look at the map before: from the first near node
+/// of each, itself where there is none, to the node that it is merged to. Returns the number of merged nodes, or
+/// out_of_memory.
+int resolve_chains(dense1D<unsigned>& new_IDs);
+
 }  // namespace qel::gridwork::detail
 
 #endif

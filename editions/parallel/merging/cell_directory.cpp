@@ -28,6 +28,13 @@ bool count_cells(const cell_grid<Dim>& grid, const dense2D<double>& coords, std:
   return true;
 }
 
+template <unsigned Dim>
+bool meet(const bounding_box<Dim>& one, const bounding_box<Dim>& other) noexcept {
+  bool do_meet = true;
+  for (unsigned a = 0; a < Dim; ++a) do_meet &= one.lower[a] <= other.upper[a] && other.lower[a] <= one.upper[a];
+  return do_meet;
+}
+
 /// How many cells to part the box into, so that those that hold nodes hold as many as they should. From one coarse grid to
 /// one of eight times as many cells, the number that hold nodes grows by a factor that tells curves, surfaces and volumes
 /// apart.
@@ -45,18 +52,32 @@ std::uint64_t cells_wanted(std::uint64_t nodes, std::uint64_t fine, std::uint64_
 
 }  // namespace
 
+/// Boxes around this rank's nodes, those that are finite, and the number of these. False when memory ran out.
+template <unsigned Dim>
+bool cell_directory<Dim>::find_boxes(const dense2D<double>& coords, std::uint64_t& finite) {
+  for (std::uint64_t first = 0; first < coords.cols(); first += limits::nodes_per_box) {
+    bounding_box<Dim> box;
+    const std::uint64_t last = std::min(coords.cols(), first + limits::nodes_per_box), before = finite;
+    for (std::uint64_t j = first; j < last; ++j) {
+      if (!is_finite<Dim>(coords.column(j))) continue;
+      box.include(coords.column(j));
+      ++finite;
+    }
+    if (!boxes_.push_back(box)) return false;
+    if (finite == before) continue;
+    own_box_.include(box.lower);
+    own_box_.include(box.upper);
+  }
+  return true;
+}
+
 template <unsigned Dim>
 int cell_directory<Dim>::choose_grid(team& ranks, int code, const dense2D<double>& coords, double tol) {
-  bounding_box<Dim> box;
   std::uint64_t counts[3] = {};  // nodes, cells of the fine and of the coarse grid
-  for (std::uint64_t j = 0; j < coords.cols(); ++j) {
-    if (!is_finite<Dim>(coords.column(j))) continue;
-    box.include(coords.column(j));
-    ++counts[0];
-  }
-  own_box_ = box;
+  if (!find_boxes(coords, counts[0])) code = out_of_memory;
+  bounding_box<Dim> box;
   double corners[2 * Dim];
-  for (unsigned a = 0; a < Dim; ++a) corners[a] = box.lower[a], corners[Dim + a] = -box.upper[a];
+  for (unsigned a = 0; a < Dim; ++a) corners[a] = own_box_.lower[a], corners[Dim + a] = -own_box_.upper[a];
   ranks.lower(corners, 2 * Dim);
   for (unsigned a = 0; a < Dim; ++a) box.lower[a] = corners[a], box.upper[a] = -corners[Dim + a];
 
@@ -84,25 +105,21 @@ int cell_directory<Dim>::find_close_boxes(team& ranks, int code) {
   ranks.gather(own, 2 * Dim, ends.data());
   for (std::uint64_t r = 0; r < size; ++r) {
     bounding_box<Dim> box;
-    bool is_close = r != static_cast<std::uint64_t>(ranks.rank());
     for (unsigned a = 0; a < Dim; ++a) {
       box.lower[a] = ends[2 * Dim * r + a] - 2 * grid_.cell_length(a);
       box.upper[a] = ends[2 * Dim * r + Dim + a] + 2 * grid_.cell_length(a);
-      is_close = is_close && box.lower[a] <= own_box_.upper[a] && own_box_.lower[a] <= box.upper[a];
     }
-    if (is_close && !close_boxes_.push_back(box)) return out_of_memory;
+    const bool is_other = r != static_cast<std::uint64_t>(ranks.rank());
+    if (is_other && meet(box, own_box_) && !close_boxes_.push_back(box)) return out_of_memory;
   }
   return 0;
 }
 
-/// True when no other rank touches a cell that the node touches: most nodes need not be entered anywhere.
+/// True when no other rank touches a cell that a node in this box touches: most nodes need not be entered anywhere.
 template <unsigned Dim>
-bool cell_directory<Dim>::is_apart(const double* p) const noexcept {
-  return std::none_of(close_boxes_.begin(), close_boxes_.end(), [p](const bounding_box<Dim>& box) {
-    bool is_inside = true;
-    for (unsigned a = 0; a < Dim; ++a) is_inside &= box.lower[a] <= p[a] && p[a] <= box.upper[a];
-    return is_inside;
-  });
+bool cell_directory<Dim>::is_apart(const bounding_box<Dim>& box) const noexcept {
+  return std::none_of(close_boxes_.begin(), close_boxes_.end(),
+                      [&](const bounding_box<Dim>& close) { return meet(close, box); });
 }
 
 /// The place of a cell among those of this rank, `none` when memory ran out.
@@ -116,25 +133,34 @@ unsigned cell_directory<Dim>::enter(std::uint64_t cell) {
   return place != next || cells_.push_back(cell) ? place : none;
 }
 
+/// False when memory ran out.
+template <unsigned Dim>
+bool cell_directory<Dim>::enter_node(unsigned node, const double* p) {
+  bool entered = true;
+  unsigned place = touches_.empty() ? none : touches_[touches_.size() - 1].cell;  // often the same
+  grid_.for_each_cell(p, [&](std::uint64_t cell, bool) {
+    if (place == none || cells_[place] != cell) place = enter(cell);
+    entered = entered && place != none && touches_.push_back({node, place});
+  });
+  return entered;
+}
+
 template <unsigned Dim>
 bool cell_directory<Dim>::enter_nodes(const dense2D<double>& coords) {
-  const std::uint64_t count = coords.cols();
-  if (!table_.reset(count / limits::positions_per_cell) || !home_cells_.resize(count, none)) return false;
-  std::uint64_t last_cell = ~std::uint64_t{0};
-  unsigned last_place = none;
-  bool entered = true;
-  for (std::uint64_t j = 0; j < count && entered; ++j) {
-    if (!is_finite<Dim>(coords.column(j)) || is_apart(coords.column(j))) continue;
-    grid_.for_each_cell(coords.column(j), [&](std::uint64_t cell, bool at_home) {
-      if (cell != last_cell || last_place == none) last_place = enter(last_cell = cell);
-      entered = entered && last_place != none;
-      if (at_home)
-        home_cells_[j] = last_place;
-      else
-        entered = entered && touches_.push_back({static_cast<unsigned>(j), last_place});
-    });
+  if (!table_.reset(0)) return false;
+  for (std::uint64_t b = 0; b < boxes_.size(); ++b) {
+    if (is_apart(boxes_[b])) continue;
+    const std::uint64_t first = b * limits::nodes_per_box;
+    const std::uint64_t last = std::min(coords.cols(), first + limits::nodes_per_box);
+    for (std::uint64_t j = first; j < last; ++j) {
+      const double* p = coords.column(j);
+      bounding_box<Dim> place;
+      place.include(p);
+      if (!is_finite<Dim>(p) || is_apart(place)) continue;
+      if (!enter_node(static_cast<unsigned>(j), p)) return false;
+    }
   }
-  return entered;
+  return true;
 }
 
 /// Each cell's owner is told who touches it, and tells whether several do.
@@ -169,25 +195,37 @@ int cell_directory<Dim>::find_shared(team& ranks, int code) {
 
 template <unsigned Dim>
 int cell_directory<Dim>::handler_of(const team& ranks, unsigned cell) const noexcept {
-  return shared_[cell] != 0 ? owner_of(cells_[cell], ranks) : alone;
+  return shared_[cell] != 0 ? owner_of(cells_[cell], ranks) : linked_node::alone;
+}
+
+/// Takes a node, with the cells that it touches, as an outer one if others touch one of them.
+template <unsigned Dim>
+bool cell_directory<Dim>::place_node(const team& ranks, const touch* first, const touch* last) {
+  const auto shared = std::count_if(first, last, [this](const touch& t) { return shared_[t.cell] != 0; });
+  if (shared == 0) return true;
+  const auto rank_of = [&](int handler) { return handler == linked_node::alone ? ranks.rank() : handler; };
+  const int handler_at_home = handler_of(ranks, first->cell), home = rank_of(handler_at_home);
+  const std::uint64_t before = copies_.size();
+  for (const touch* t = first + 1; t != last; ++t) {
+    const int handler = rank_of(handler_of(ranks, t->cell));
+    const bool is_there = handler == home || std::any_of(copies_.begin() + before, copies_.end(),
+                                                         [=](const copy& c) { return c.handler == handler; });
+    if (!is_there && !copies_.push_back({t->node, home, handler})) return false;
+  }
+  return outer_nodes_.push_back({first->node, handler_at_home, shared == last - first});
 }
 
 template <unsigned Dim>
 bool cell_directory<Dim>::place_nodes(const team& ranks) {
-  if (!homes_.resize(home_cells_.size(), alone)) return false;
-  for (std::uint64_t j = 0; j < homes_.size(); ++j) {
-    if (home_cells_[j] != none) homes_[j] = handler_of(ranks, home_cells_[j]);
+  const touch* next = touches_.begin();
+  bool room = true;
+  while (room && next != touches_.end()) {
+    const touch* first = next;
+    next = std::find_if(first, static_cast<const touch*>(touches_.end()),
+                        [=](const touch& t) { return t.node != first->node; });
+    room = place_node(ranks, first, next);
   }
-  const auto rank_of = [&](int handler) { return handler == alone ? ranks.rank() : handler; };
-  for (const touch& t : touches_) {
-    const int handler = rank_of(handler_of(ranks, t.cell));
-    const bool is_there =
-        handler == rank_of(homes_[t.node]) ||
-        std::any_of(copies_.end() - std::min<std::ptrdiff_t>(copies_.end() - copies_.begin(), 1 << Dim), copies_.end(),
-                    [&](const copy& c) { return c.node == t.node && c.handler == handler; });
-    if (!is_there && !copies_.push_back({t.node, handler})) return false;
-  }
-  return true;
+  return room;
 }
 
 template <unsigned Dim>

@@ -6,6 +6,7 @@
 
 #include "communication/team.h"
 #include "core/position_table.h"
+#include "merging/node_set.h"
 #include "qel/dense.h"
 #include "search/merging/cell_grid.h"
 
@@ -17,19 +18,17 @@ namespace qel::gridwork::detail::parallel {
 template <unsigned Dim>
 class cell_directory {
  public:
-  static constexpr int alone = -1;  // this rank, and no other touches the cell
-
   /// A node that is copied.
   struct copy {
     unsigned node;
-    int handler;
+    int home, handler;  // ranks
   };
 
   /// Collective. The code of all ranks.
   int build(team& ranks, int code, const dense2D<double>& coords, double tol);
 
-  /// Where each node is at home. Nodes with a coordinate that is not finite are alone.
-  const dense1D<int>& homes() const noexcept { return homes_; }
+  /// The nodes that touch a cell that other ranks touch, too, in their order; none with a coordinate that is not finite.
+  const dense1D<linked_node>& outer_nodes() const noexcept { return outer_nodes_; }
   const dense1D<copy>& copies() const noexcept { return copies_; }
 
  private:
@@ -39,24 +38,27 @@ class cell_directory {
     unsigned node, cell;
   };
 
+  [[nodiscard]] bool find_boxes(const dense2D<double>& coords, std::uint64_t& finite);
   int choose_grid(team& ranks, int code, const dense2D<double>& coords, double tol);
   int find_close_boxes(team& ranks, int code);
-  bool is_apart(const double* p) const noexcept;
+  bool is_apart(const bounding_box<Dim>& box) const noexcept;
   [[nodiscard]] bool enter_nodes(const dense2D<double>& coords);
   [[nodiscard]] unsigned enter(std::uint64_t cell);
+  [[nodiscard]] bool enter_node(unsigned node, const double* p);
   int find_shared(team& ranks, int code);
   [[nodiscard]] bool place_nodes(const team& ranks);
+  [[nodiscard]] bool place_node(const team& ranks, const touch* first, const touch* last);
   int handler_of(const team& ranks, unsigned cell) const noexcept;
 
   grid grid_{bounding_box<Dim>(), 0, 1};
   bounding_box<Dim> own_box_;
+  dense1D<bounding_box<Dim>> boxes_;        // around so many of this rank's nodes in a row
   dense1D<bounding_box<Dim>> close_boxes_;  // where other ranks may touch the same cells as this one
   dense1D<std::uint64_t> cells_;            // that this rank touches
   position_table table_;                    // of them
   dense1D<unsigned char> shared_;
-  dense1D<unsigned> home_cells_;
-  dense1D<touch> touches_;  // beside the home cells
-  dense1D<int> homes_;
+  dense1D<touch> touches_;  // of one node after the other, that of its home cell first
+  dense1D<linked_node> outer_nodes_;
   dense1D<copy> copies_;
 };
 

@@ -24,7 +24,7 @@ bool chains<Dim>::walk(unsigned node, unsigned at) {
   while (id(at) > nodes_.id(node)) {
     if (!is_here(at)) return open_.push_back({node, at});
     const unsigned next = (*targets_)[at];
-    if (next == none || id(next) > id(at)) return stop_behind(node, at);
+    if (id(next) >= id(at)) return stop_behind(node, at);
     at = next;
   }
   parents_[node] = id(at) == nodes_.id(node) ? node : at;
@@ -36,19 +36,15 @@ bool chains<Dim>::start() {
   const unsigned count = nodes_.count();
   if (!parents_.resize(count, none)) return false;
   for (unsigned i = 0; i < count; ++i) {
-    if (!nodes_.is_at_home(i)) continue;
-    parents_[i] = i;
-    if ((*targets_)[i] != none && !walk(i, (*targets_)[i])) return false;
+    if (nodes_.is_at_home(i) && !walk(i, (*targets_)[i])) return false;
   }
   return true;
 }
 
 template <unsigned Dim>
 typename chains<Dim>::answer chains<Dim>::target_of(std::uint64_t id) const noexcept {
-  const unsigned target = (*targets_)[nodes_.find(id)];
   answer a{};
-  a.is_end = target == none;
-  if (!a.is_end) a.node = known(target);
+  a.node = known((*targets_)[nodes_.find(id)]);
   return a;
 }
 
@@ -79,7 +75,7 @@ int chains<Dim>::find_parents(team& ranks, int code) {
   if (code == 0 && !start()) code = out_of_memory;
   const auto tell = [&](std::uint64_t asked) { return target_of(asked); };
   return close_ends(ranks, code, tell, [&](const open_end& end, const answer& a) {
-    if (a.is_end || a.node.id > id(end.at)) return stop_behind(end.node, end.at);
+    if (a.node.id >= id(end.at)) return stop_behind(end.node, end.at);
     const unsigned next = learn(ranks, a.node);
     return next != none && walk(end.node, next);
   });

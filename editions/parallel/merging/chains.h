@@ -23,7 +23,7 @@ class chains {
 
   explicit chains(const handled_nodes<Dim>& nodes) noexcept : nodes_(nodes) {}
 
-  /// Collective. `targets` has an entry for each node, `none` where nothing is near; those of copies do not matter. The code
+  /// Collective. `targets` has an entry for each node, itself where nothing is near; those of copies do not matter. The code
   /// of all ranks.
   int resolve(team& ranks, int code, const dense1D<unsigned>& targets);
 

@@ -7,22 +7,23 @@
 #include "search/merging/coincident_nodes.h"
 
 namespace qel::gridwork::detail::parallel {
+
 template <unsigned Dim>
 int handled_nodes<Dim>::send(team& ranks, int code, const node_set& nodes, const cell_directory<Dim>& cells) {
   const auto walk_nodes = [&](auto visit) {
-    for_each_sent([&](int handler, std::uint64_t j) {
+    for_each_sent([&](int handler, std::uint64_t k) {
       sent_node item{};
-      std::copy_n(nodes.coords.column(j), Dim, item.p);
-      item.id = nodes.ids[j];
+      std::copy_n(nodes.coords.column(linked_[k].node), Dim, item.p);
+      item.id = nodes.ids[linked_[k].node];
       visit(handler, item);
     });
   };
   const auto walk_copies = [&](auto visit) {
-    for (const auto& [j, handler] : cells.copies()) {
+    for (const auto& [node, home, handler] : cells.copies()) {
       node_reference<Dim> item{};
-      std::copy_n(nodes.coords.column(j), Dim, item.p);
-      item.id = nodes.ids[j];
-      item.handler = homes_[j] == cell_directory<Dim>::alone ? rank_ : homes_[j];
+      std::copy_n(nodes.coords.column(node), Dim, item.p);
+      item.id = nodes.ids[node];
+      item.handler = home;
       visit(handler, item);
     }
   };
@@ -43,7 +44,7 @@ bool handled_nodes<Dim>::order_foreign(dense1D<unsigned>& order) const {
 /// What is kept is in order, and by far the most: what came is sorted, and put between.
 template <unsigned Dim>
 bool handled_nodes<Dim>::make_list(const node_set& nodes) {
-  const std::uint64_t own = nodes.ids.size(), received = received_.items.size(), most = own + foreign_count();
+  const std::uint64_t own = linked_.size(), received = received_.items.size(), most = own + foreign_count();
   position_table seen;  // of nodes that another rank may have, too
   dense1D<unsigned> order;
   if (most >= none || !order_foreign(order) || !seen.reset(received) || !places_.resize(own + received)) return false;
@@ -70,21 +71,21 @@ bool handled_nodes<Dim>::make_list(const node_set& nodes) {
       if (*next < received) places_[own + *next] = place;
     }
   };
-  for (std::uint64_t j = 0; j < own; ++j) {
-    if (!is_kept(j)) continue;
-    enter_foreign_before(nodes.ids[j]);
-    places_[j] = enter(nodes.coords.column(j), nodes.ids[j], rank_, homes_[j] == rank_);
+  for (std::uint64_t k = 0; k < own; ++k) {
+    const linked_node& l = linked_[k];
+    if (!is_kept(l)) continue;
+    enter_foreign_before(nodes.ids[l.node]);
+    places_[k] = enter(nodes.coords.column(l.node), nodes.ids[l.node], rank_, l.home == rank_);
   }
   enter_foreign_before(~std::uint64_t{0});
   return room && coords_.resize(Dim, count) && ids_.resize(count) && handlers_.resize(count);
 }
 
 template <unsigned Dim>
-int handled_nodes<Dim>::gather(team& ranks, int code, const node_set& nodes, double tol) {
+int handled_nodes<Dim>::gather(team& ranks, int code, const node_set& nodes, const cell_directory<Dim>& cells,
+                               const dense1D<linked_node>& linked) {
   rank_ = ranks.rank();
-  cell_directory<Dim> cells;
-  code = cells.build(ranks, code, nodes.coords, tol);
-  homes_ = cells.homes();
+  linked_ = linked;
   code = send(ranks, code, nodes, cells);
   if (code < 0) return code;
   return make_list(nodes) ? 0 : out_of_memory;

@@ -11,12 +11,14 @@
 
 namespace qel::gridwork::detail::parallel {
 
-/// In the order of their ids. Nodes that are one node stand there once.
+/// In the order of their ids. Nodes that are one node stand there once. Of this rank's nodes those that are linked, from the
+/// outer ones of the cells on: any others are near to none of these, and merged without them.
 template <unsigned Dim>
 class handled_nodes {
  public:
   /// Collective: brings nodes to their handlers. The code of the ranks so far; this one's own may be added.
-  int gather(team& ranks, int code, const node_set& nodes, double tol);
+  int gather(team& ranks, int code, const node_set& nodes, const cell_directory<Dim>& cells,
+             const dense1D<linked_node>& linked);
 
   unsigned count() const noexcept { return static_cast<unsigned>(ids_.size()); }
   const dense2D<double>& coords() const noexcept { return coords_; }
@@ -38,8 +40,8 @@ class handled_nodes {
     return static_cast<unsigned>(std::lower_bound(ids_.begin(), ids_.end(), id) - ids_.begin());
   }
 
-  /// Collective: gives back what was found for each node, answer(i), to where it came from: take(node, answer). Nodes that
-  /// stayed here get it where `wants(node)` holds.
+  /// Collective: gives back what was found for each linked node, answer(i), to where it came from: take(k, answer) for the
+  /// k-th one. Those that stayed here get it where `wants(k)` holds.
   template <class Answer, class Wants, class GiveAnswer, class Take>
   int give_back(team& ranks, int code, Wants wants, GiveAnswer answer, Take take);
 
@@ -53,12 +55,12 @@ class handled_nodes {
   [[nodiscard]] bool order_foreign(dense1D<unsigned>& order) const;
   [[nodiscard]] bool make_list(const node_set& nodes);
 
-  bool is_kept(std::uint64_t j) const noexcept { return homes_[j] == rank_ || homes_[j] == cell_directory<Dim>::alone; }
+  bool is_kept(const linked_node& l) const noexcept { return l.home == rank_ || l.home == linked_node::alone; }
 
   template <class Visit>
   void for_each_sent(Visit visit) const {
-    for (std::uint64_t j = 0; j < homes_.size(); ++j) {
-      if (!is_kept(j)) visit(homes_[j], j);
+    for (std::uint64_t k = 0; k < linked_.size(); ++k) {
+      if (!is_kept(linked_[k])) visit(linked_[k].home, k);
     }
   }
 
@@ -81,7 +83,7 @@ class handled_nodes {
   /// @}
 
   int rank_ = 0;
-  dense1D<int> homes_;  // of this rank's nodes
+  dense1D<linked_node> linked_;  // this rank's nodes
   outbox<sent_node> sent_;
   inbox<sent_node> received_;
   inbox<node_reference<Dim>> copies_;
@@ -97,15 +99,15 @@ template <class Answer, class Wants, class GiveAnswer, class Take>
 int handled_nodes<Dim>::give_back(team& ranks, int code, Wants wants, GiveAnswer answer, Take take) {
   dense1D<Answer> given;
   dense1D<Answer> answers;
-  for (std::uint64_t j = 0; code == 0 && j < homes_.size(); ++j) {
-    if (is_kept(j) && wants(j)) take(j, answer(places_[j]));
+  for (std::uint64_t k = 0; code == 0 && k < linked_.size(); ++k) {
+    if (is_kept(linked_[k]) && wants(k)) take(k, answer(places_[k]));
   }
   if (code == 0 && !given.resize(received_.items.size())) code = out_of_memory;
-  for (std::uint64_t i = 0; code == 0 && i < given.size(); ++i) given[i] = answer(places_[homes_.size() + i]);
+  for (std::uint64_t i = 0; code == 0 && i < given.size(); ++i) given[i] = answer(places_[linked_.size() + i]);
   code = reply(ranks, code, received_, given, sent_, answers);
   if (code < 0) return code;
   sent_.rewind();
-  for_each_sent([&](int handler, std::uint64_t j) { take(j, answers[sent_.next_place(handler)]); });
+  for_each_sent([&](int handler, std::uint64_t k) { take(k, answers[sent_.next_place(handler)]); });
   return 0;
 }
 

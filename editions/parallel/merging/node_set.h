@@ -18,6 +18,15 @@ struct node_set {
   std::uint64_t ids_per_node = 1;
 };
 
+/// A node of a rank that is not merged without a look at those of other ranks.
+struct linked_node {
+  static constexpr int alone = -1;  // no other rank touches the cell where the node lies
+
+  unsigned node;
+  int home;          // the rank that handles that cell
+  bool is_enclosed;  // others touch all cells that it touches
+};
+
 /// A node as others know it: which rank handles it, having all that is near.
 template <unsigned Dim>
 struct node_reference {

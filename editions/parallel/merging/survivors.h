@@ -16,8 +16,10 @@ struct survivors {
   dense2D<double> coords;         // where the others lie, if that was asked for
   std::uint64_t merged = 0;       // nodes of all ranks that do not survive
 
-  /// Sets places and others by the ID of each node's survivor. False when memory ran out.
-  [[nodiscard]] bool place(const dense1D<std::uint64_t>& own, const dense1D<std::uint64_t>& ids);
+  /// Sets the places of linked nodes, and others, by the IDs of their survivors; `own` are those of this rank's nodes.
+  /// False when memory ran out.
+  [[nodiscard]] bool place(const dense1D<std::uint64_t>& own, const dense1D<linked_node>& linked,
+                           const dense1D<std::uint64_t>& ids);
 };
 
 /// Collective. The map that the serial merge of all nodes gives, in the order of their ids. The square of `tol` is finite.

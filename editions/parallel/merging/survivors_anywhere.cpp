@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "core/identity_map.h"
 #include "merging/survivors.h"
 #include "parts/localize.h"
 #include "search/geometry.h"
@@ -37,8 +38,10 @@ first_node find_first(team& ranks, const node_set& nodes, Counts counts) {
 }  // namespace
 
 int find_survivors_anywhere(team& ranks, int code, const node_set& nodes, survivors& found) {
+  const std::uint64_t count = nodes.ids.size();
+  dense1D<linked_node> linked;  // all that are finite
   dense1D<std::uint64_t> ids;
-  if (code == 0 && !ids.copy(nodes.ids)) code = out_of_memory;
+  bool room = set_identity(found.places, count);
   code = ranks.agree(code);
   if (code < 0) return code;
   const auto p = [&](std::uint64_t i) { return nodes.coords.column(i); };
@@ -49,10 +52,12 @@ int find_survivors_anywhere(team& ranks, int code, const node_set& nodes, surviv
   };
   const first_node second = find_first(ranks, nodes, [&](std::uint64_t i) { return has_place(i) && !is_first(i); });
   const bool ends_at_second = second.id != no_ID && !is_finite<3>(second.p);
-  for (std::uint64_t i = 0; i < ids.size(); ++i) {
-    if (is_finite<3>(p(i))) ids[i] = ends_at_second && is_first(i) ? second.id : first.id;
+  for (unsigned i = 0; i < count && room; ++i) {
+    if (!is_finite<3>(p(i))) continue;
+    room = linked.push_back({i, linked_node::alone, true}) &&
+           ids.push_back(ends_at_second && is_first(i) ? second.id : first.id);
   }
-  return ranks.agree(found.place(nodes.ids, ids) ? 0 : out_of_memory);
+  return ranks.agree(room && found.place(nodes.ids, linked, ids) ? 0 : out_of_memory);
 }
 
 }  // namespace qel::gridwork::detail::parallel
