@@ -1,4 +1,5 @@
 // Merging of near nodes, removal of degenerate elements, compaction of numbers.
+#include <algorithm>
 #include <cmath>
 
 #include "communication/numbering.h"
@@ -29,16 +30,23 @@ int check_merge(const mesh_part& part, double tol) noexcept {
   return std::isinf(tol * tol) ? overflows : 0;
 }
 
-/// Gives a part, whose elements are there, the survivors of its nodes.
-[[nodiscard]] bool use_survivors(const mesh_part& part, const survivors& found, unsigned dim, mesh_part& merged) {
+/// Gives a part, whose elements are there, the survivors of its nodes, which are found no more.
+[[nodiscard]] bool use_survivors(const mesh_part& part, survivors& found, unsigned dim, mesh_part& merged) {
   const auto own = static_cast<unsigned>(part.node_IDs.size()), all = own + static_cast<unsigned>(found.others.size());
   detail::index_flags used;
+  dense1D<unsigned> places;
   if (!used.reset(all)) return false;
-  for (const unsigned place : found.places) used.insert(place);
-  change_indices(merged.connectivity, found.places);
+  for (const unsigned survivor : found.places) used.insert(survivor);
   const auto id = [&](unsigned k) { return k < own ? part.node_IDs[k] : found.others[k - own]; };
-  const auto position = [&](unsigned k) { return k < own ? part.coords.column(k) : found.coords.column(k - own); };
-  return select_nodes(own, all, used, id, position, dim, merged);
+  if (!order_nodes(own, all, used, id, places, merged.node_IDs)) return false;
+  if (!merged.coords.resize(dim, merged.node_IDs.size())) return false;
+  for (unsigned k = 0; k < all; ++k) {
+    if (!used.contains(k)) continue;
+    std::copy_n(k < own ? part.coords.column(k) : found.coords.column(k - own), dim, merged.coords.column(places[k]));
+  }
+  for (unsigned& place : found.places) place = places[place];
+  change_indices(merged.connectivity, found.places);
+  return true;
 }
 
 /// The part once its nodes are those that they are merged to.

@@ -23,21 +23,19 @@ inline unsigned place_in(const dense1D<std::uint64_t>& ids, std::uint64_t id) no
   return *found == id ? static_cast<unsigned>(found - ids.begin()) : none;
 }
 
-/// Makes the nodes of a part: those that are `used` of two lists, each in the order of IDs, own nodes and numbered on behind
-/// them others. Node k has id(k), lies at position(k), and is named so by the connectivity, which gets the part's indices.
-/// False when memory ran out.
-template <class ID, class Position>
-[[nodiscard]] bool select_nodes(unsigned own, unsigned all, const index_flags& used, ID id, Position position,
-                                std::uint64_t dim, mpi::mesh_part& part) {
-  dense1D<unsigned> indices;
+/// Orders the nodes of a part: those that are `used` of two lists, each in the order of IDs, own nodes and numbered on behind
+/// them others. Node k has id(k), and gets the place in the part places[k], `none` if it is not used. False when memory ran
+/// out.
+template <class ID>
+[[nodiscard]] bool order_nodes(unsigned own, unsigned all, const index_flags& used, ID id, dense1D<unsigned>& places,
+                               dense1D<std::uint64_t>& node_IDs) {
   std::uint64_t count = 0;
   for (unsigned k = 0; k < all; ++k) count += used.contains(k) ? 1 : 0;
-  if (!indices.resize(all, none) || !part.coords.resize(dim, count) || !part.node_IDs.resize(count)) return false;
+  if (!places.resize(all, none) || !node_IDs.resize(count)) return false;
   unsigned next = 0, other = own;
   const auto take = [&](unsigned k) {
-    std::copy_n(position(k), dim, part.coords.column(next));
-    part.node_IDs[next] = id(k);
-    indices[k] = next++;
+    node_IDs[next] = id(k);
+    places[k] = next++;
   };
   const auto take_others_before = [&](std::uint64_t bound) {
     for (; other < all && (!used.contains(other) || id(other) < bound); ++other) {
@@ -50,7 +48,6 @@ template <class ID, class Position>
     take(k);
   }
   take_others_before(no_ID);
-  change_indices(part.connectivity, indices);
   return true;
 }
 

@@ -8,6 +8,7 @@
 #include <numeric>
 
 #include "communication/exchange.h"
+#include "core/growth.h"
 #include "core/index_flags.h"
 #include "merging/survivors.h"
 #include "parts/localize.h"
@@ -115,17 +116,15 @@ class mesh_maker {
 
   /// Numbers the nodes of this rank that triangles of any rank use.
   [[nodiscard]] bool number_survivors(const dense1D<std::uint64_t>& reported) {
-    index_flags survive;
-    const bool room = survive.reset(own_) && numbers_.resize(all_, no_ID);
-    std::uint64_t count = 0;
-    for (unsigned k = 0; room && k < own_; ++k) count += used_.contains(k) && survive.insert(k) ? 1 : 0;
-    for (std::uint64_t i = 0; room && i < reported.size(); ++i) {
-      count += survive.insert(place_in(names_, reported[i])) ? 1 : 0;
-    }
-    std::uint64_t next = ranks_.number(count).before;
+    index_flags asked;
+    const bool room = asked.reset(own_) && numbers_.resize(own_);
+    for (std::uint64_t i = 0; room && i < reported.size(); ++i) asked.insert(place_in(names_, reported[i]));
+    unsigned count = 0;
     for (unsigned k = 0; room && k < own_; ++k) {
-      if (survive.contains(k)) numbers_[k] = next++;
+      numbers_[k] = count;
+      count += used_.contains(k) || asked.contains(k) ? 1 : 0;
     }
+    numbered_before_ = ranks_.number(count).before;
     return room;
   }
 
@@ -133,42 +132,67 @@ class mesh_maker {
     if (!list.resize(names.size())) return false;
     for (std::uint64_t i = 0; i < names.size(); ++i) {
       const unsigned k = place_in(names_, names[i]);
-      list[i].id = numbers_[k];
+      list[i].id = numbered_before_ + numbers_[k];
       std::copy_n(read_.coords.column(k), 3, list[i].p);
     }
     return true;
   }
 
-  /// Answers come in the order of the survivors that are used, as names grow with the ranks.
   [[nodiscard]] bool fill(mesh_part& part) {
     const std::uint64_t triangles = read_.connectivity.cols();
     const std::uint64_t first_triangle = ranks_.number(triangles).before;
-    dense1D<unsigned> answers;
-    if (!answers.resize(all_ - own_)) return false;
-    unsigned next = 0;
-    for (unsigned k = own_; k < all_; ++k) {
-      if (!used_.contains(k)) continue;
-      numbers_[k] = received_[next].id;
-      answers[k - own_] = next++;
-    }
-    const auto id = [this](unsigned k) { return numbers_[k]; };
-    const auto position = [&](unsigned k) {
-      return k < own_ ? read_.coords.column(k) : received_[answers[k - own_]].p;
-    };
+    dense1D<const numbered_node*> answers;
+    dense1D<unsigned> places;
+    if (!number_from(first_triangle, triangles, part.element_IDs) || !find_answers(answers)) return false;
+    const auto id = [&](unsigned k) { return k < own_ ? numbered_before_ + numbers_[k] : answers[k - own_]->id; };
+    if (!order_nodes(own_, all_, used_, id, places, part.node_IDs) || !place_nodes(places, answers)) return false;
+    change_indices(read_.connectivity, places);
+    if (!read_.coords.resize(3, part.node_IDs.size())) return false;
+    trim(read_.coords, read_.coords.size() / 8);
+    trim(read_.connectivity, read_.connectivity.size() / 8);
+    part.coords = std::move(read_.coords);
     part.connectivity = std::move(read_.connectivity);
-    return number_from(first_triangle, triangles, part.element_IDs) &&
-           select_nodes(own_, all_, used_, id, position, 3, part);
+    return true;
+  }
+
+  /// Those of survivors that are used: they come in the order of names, as these grow with the ranks.
+  [[nodiscard]] bool find_answers(dense1D<const numbered_node*>& answers) const {
+    if (!answers.resize(all_ - own_, nullptr)) return false;
+    const numbered_node* next = received_.begin();
+    for (unsigned k = own_; k < all_; ++k) {
+      if (used_.contains(k)) answers[k - own_] = next++;
+    }
+    return true;
+  }
+
+  /// Moves nodes of this rank to their places, and puts others between. Places grow with nodes, so that none is overwritten
+  /// before it is moved.
+  [[nodiscard]] bool place_nodes(const dense1D<unsigned>& places, const dense1D<const numbered_node*>& answers) {
+    dense2D<double>& coords = read_.coords;
+    if (!coords.resize(3, all_)) return false;
+    const auto put = [&](const double* p, unsigned place) { std::copy_n(p, 3, coords.column(place)); };
+    for (unsigned k = 0; k < own_; ++k) {
+      if (places[k] < k) put(coords.column(k), places[k]);
+    }
+    for (unsigned k = own_; k-- > 0;) {
+      if (places[k] > k && places[k] != none) put(coords.column(k), places[k]);
+    }
+    for (unsigned k = own_; k < all_; ++k) {
+      if (places[k] != none) put(answers[k - own_]->p, places[k]);
+    }
+    return true;
   }
 
   team& ranks_;
   piece& read_;
   const dense1D<std::uint64_t>& names_;
   const survivors& found_;
-  unsigned own_;      // survivors are nodes of this rank,
-  unsigned all_;      // or behind them others
-  index_flags used_;  // by triangles of this rank
-  dense1D<std::uint64_t> numbers_;
-  dense1D<numbered_node> received_;  // others that are used
+  unsigned own_;                       // survivors are nodes of this rank,
+  unsigned all_;                       // or behind them others
+  index_flags used_;                   // by triangles of this rank
+  dense1D<unsigned> numbers_;          // of own nodes that any rank's triangles use,
+  std::uint64_t numbered_before_ = 0;  // counted from here
+  dense1D<numbered_node> received_;    // others that are used
 };
 
 }  // namespace
