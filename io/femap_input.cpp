@@ -138,8 +138,10 @@ class neutral_parser {
     flags.skip(12);
     unsigned lists = 0;
     for (unsigned k = 12; k < 16; ++k) {
-      const std::string_view flag = flags.next();
-      lists += flag.find_first_not_of('0') != std::string_view::npos ? 1 : 0;
+      const std::string_view field = flags.next();
+      std::int64_t flag = 0;
+      if (!field.empty() && !io::scan_integer(field, flag)) return false;
+      lists += flag != 0 ? 1 : 0;
     }
     for (; lists != 0; --lists) {
       do {

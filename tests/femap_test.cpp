@@ -114,6 +114,9 @@ TEST(femap, blocks_versions_and_lists) {
   EXPECT_EQ(code_of(recent + nodes() + block(404, rigid + lists + triangle)), 1);
   EXPECT_EQ(code_of(old + nodes() + block(404, rigid + triangle)), 1);
   EXPECT_EQ(code_of(old + nodes() + block(404, rigid + lists + triangle)), -2);
+  const string stray = record(2, "1,2,31,0,0,0,0,0,0,0,", zeros);
+  EXPECT_EQ(code_of(nodes() + block(404, record(13, zeros, zeros, "-0 00 +0 0") + stray)), -3) << "no lists";
+  EXPECT_EQ(code_of(nodes() + block(404, record(13, zeros, zeros, "0 x 0 0") + stray)), -2);
   EXPECT_EQ(code_of("any text\n1,2\n" + block(404, triangle) + "between\n   -1\n" + nodes()), 0);
   EXPECT_EQ(code_of(block(999, "a\nb,\n") + nodes() + nodes() + block(404, triangle) + block(404, triangle)), 0);
   EXPECT_EQ(code_of("-1\n403\n7 0 0 1 46 0 0 0 0 0 0 1. 2. 3."), 0) << "without its end";
