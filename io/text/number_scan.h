@@ -16,12 +16,12 @@ const char* scan_double(const char* text, double& value) noexcept;
 const char* skip_double(const char* text) noexcept;
 
 /// As scan_double() and skip_double(), but faster, for a text with scan_margin bytes in memory behind its end.
-inline const char* scan_number(const char* text, double& value) noexcept {
+[[gnu::always_inline]] inline const char* scan_number(const char* text, double& value) noexcept {
   const char* const end = scan_plain_double(text, value);
   return end != nullptr ? end : scan_double(text, value);
 }
 
-inline const char* skip_number(const char* text) noexcept {
+[[gnu::always_inline]] inline const char* skip_number(const char* text) noexcept {
   decimal number;
   const char* const end = scan_plain_form(skip_sign(skip_blanks(text)), number);
   return end != nullptr ? end : skip_double(text);
