@@ -41,16 +41,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const auto read : {detail::io::read_stl_text, detail::io::read_stl_binary}) {
     dense2D<double> coords;
     dense2D<unsigned> triangles;
+    std::uint64_t nbr_triangles = 0;
     const detail::io::file stream(file.path(), detail::io::access::read);
     detail::io::block_reader blocks(stream.stream());
     CHECK(blocks.prepare());
-    const int code = read({blocks, stream.size()}, coords, triangles);
+    const int code = read({blocks, stream.size()}, {coords, triangles, nbr_triangles});
     CHECK(code != 0 || check_IDs(triangles, ELT_TRIA3, static_cast<unsigned>(coords.cols())));
   }
   dense2D<double> coords(2, 2), expected_coords;
   dense2D<unsigned> triangles(2, 2), expected_triangles;
-  const int code = STL_input(file.path(), coords, triangles);
-  CHECK(code == stl_reference::STL_input(file.path(), expected_coords, expected_triangles));
+  std::uint64_t nbr_triangles = 9, expected_nbr_triangles = 0;
+  const int code = STL_input(file.path(), coords, triangles, nbr_triangles);
+  CHECK(code == stl_reference::STL_input(file.path(), expected_coords, expected_triangles, expected_nbr_triangles));
+  CHECK(nbr_triangles == (code == 0 ? expected_nbr_triangles : 0));
   CHECK(triangles == expected_triangles && random_meshes::same_bits(coords, expected_coords));
   CHECK(code == 0 || (coords == dense2D<double>() && triangles == dense2D<unsigned>()));
   for (const bool text : {true, false}) {

@@ -20,7 +20,7 @@ bool is_too_short(std::uint64_t size, std::uint64_t triangles) noexcept {
 
 }  // namespace
 
-int read_stl_binary(const stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+int read_stl_binary(const stl_source& input, const stl_mesh& mesh) {
   const auto [blocks, size] = input;
   if (!blocks.fill(stl_header_bytes)) return no_header;
   blocks.consume(stl_header_bytes);
@@ -32,13 +32,14 @@ int read_stl_binary(const stl_source& input, dense2D<double>& coords, dense2D<un
   const std::uint64_t triangles = count > 0 ? static_cast<std::uint64_t>(count) : 0;
   if (is_too_short(size, triangles)) return cut_short;
 
-  triangle_soup soup(coords, connectivity);
+  triangle_soup soup(mesh.coords, mesh.connectivity);
   soup.expect(size != 0 ? triangles : 0);
   for (std::uint64_t i = 0; i < triangles; ++i) {
     if (!blocks.fill(stl_triangle_bytes)) return cut_short;
     if (!soup.add(load_triangle(blocks.begin()))) return out_of_memory;
     blocks.consume(stl_triangle_bytes);
   }
+  mesh.nbr_triangles = triangles;
   return soup.finish();
 }
 

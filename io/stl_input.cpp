@@ -11,15 +11,15 @@ using namespace detail;
 
 namespace {
 
-using stl_reader = int (*)(const io::stl_source&, dense2D<double>&, dense2D<unsigned>&);
+using stl_reader = int (*)(const io::stl_source&, const io::stl_mesh&);
 
-/// Reads the file in one form; on failure both outputs are empty.
-int read_or_clear(stl_reader read, const io::stl_source& input, dense2D<double>& coords,
-                  dense2D<unsigned>& connectivity) {
-  const int result = read(input, coords, connectivity);
+/// Reads the file in one form; on failure all outputs are empty.
+int read_or_clear(stl_reader read, const io::stl_source& input, const io::stl_mesh& mesh) {
+  const int result = read(input, mesh);
   if (result < 0) {
-    coords.clear_hard();
-    connectivity.clear_hard();
+    mesh.coords.clear_hard();
+    mesh.connectivity.clear_hard();
+    mesh.nbr_triangles = 0;
   }
   return result;
 }
@@ -27,17 +27,25 @@ int read_or_clear(stl_reader read, const io::stl_source& input, dense2D<double>&
 }  // namespace
 
 /// A stream that cannot be read twice, such as a pipe, serves both forms as long as its first block is at hand.
-int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity,
+              std::uint64_t& nbr_triangles) {
   coords.clear_hard();  // other views of the old blocks keep their values
   connectivity.clear_hard();
+  nbr_triangles = 0;
   const io::file file(filename, io::access::read);
   if (!file.is_open()) return -1;
   io::block_reader blocks(file.stream());
   if (!blocks.prepare()) return out_of_memory;
   const io::stl_source input{blocks, file.size()};
-  const int result = read_or_clear(io::read_stl_text, input, coords, connectivity);
+  const io::stl_mesh mesh{coords, connectivity, nbr_triangles};
+  const int result = read_or_clear(io::read_stl_text, input, mesh);
   if (result >= 0 || result <= out_of_memory || !blocks.rewind()) return result;
-  return read_or_clear(io::read_stl_binary, input, coords, connectivity);
+  return read_or_clear(io::read_stl_binary, input, mesh);
+}
+
+int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+  std::uint64_t nbr_triangles = 0;
+  return STL_input(filename, coords, connectivity, nbr_triangles);
 }
 
 }  // namespace qel::gridwork

@@ -13,10 +13,17 @@ struct stl_source {
   std::uint64_t size;
 };
 
+/// What is read of a file: a mesh, and how many triangles it was made of.
+struct stl_mesh {
+  dense2D<double>& coords;
+  dense2D<unsigned>& connectivity;
+  std::uint64_t& nbr_triangles;
+};
+
 /// Read into empty outputs. Results as those of STL_input(); on a negative one the outputs hold anything.
 /// @{
-int read_stl_text(const stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity);
-int read_stl_binary(const stl_source& input, dense2D<double>& coords, dense2D<unsigned>& connectivity);
+int read_stl_text(const stl_source& input, const stl_mesh& mesh);
+int read_stl_binary(const stl_source& input, const stl_mesh& mesh);
 /// @}
 
 }  // namespace qel::gridwork::detail::io

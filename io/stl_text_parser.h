@@ -82,6 +82,9 @@ class stl_text_parser {
     }
   }
 
+  /// Facets parsed so far.
+  std::uint64_t nbr_facets() const noexcept { return facets_; }
+
  private:
   /// The lines behind the facet header.
   int parse_facet() {

@@ -386,7 +386,9 @@ void files(trial& t, const inputs& in) {
   for (const mesh_files::mesh* surface : {&m, static_cast<const mesh_files::mesh*>(&without_heights)}) {
     for (unsigned format = 0; format < 2; ++format) {
       const memory_file stl(written(mesh_files::writers[format], *surface));
+      std::uint64_t nbr_triangles = 0;
       CALL(STL_input(stl.path(), a, f), emptied(a), emptied(f));
+      CALL(STL_input(stl.path(), a, f, nbr_triangles), emptied(a), emptied(f));
     }
   }
   const memory_file obj("vt 1 2\n" + written(mesh_files::writers[2], m));

@@ -129,7 +129,8 @@ inline int read_binary(std::FILE* file, soup& triangles) {
   return 0;
 }
 
-inline int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity) {
+inline int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity,
+                     std::uint64_t& nbr_triangles) {
   int result = -1;
   for (const bool text : {true, false}) {
     coords.clear_hard();
@@ -139,6 +140,7 @@ inline int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsi
     soup triangles{coords};
     result = text ? read_text(file, triangles) : read_binary(file, triangles);
     std::fclose(file);
+    nbr_triangles = result == 0 ? coords.cols() / 3 : 0;
     if (result == 0) result = merge_triangles(coords, connectivity, triangles.smallest);
     if (text && (result >= 0 || result < -198)) break;
   }

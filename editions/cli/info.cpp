@@ -21,7 +21,7 @@ json info_json(const session& s, const std::string& name, const loaded& file, co
 void print_counts(const loaded& file) {
   print_count("nodes", file.m.coords.cols());
   for (const report::block& b : file.m.blocks) print_count(report::type_name(b.type), b.connectivity.cols());
-  if (count_removed(file) != 0) print_count("degenerate, not kept", count_removed(file));
+  if (file.m.nbr_removed != 0) print_count("degenerate, not kept", file.m.nbr_removed);
   if (file.left_out != 0) print_count(file.kind->left_out.words, file.left_out);
 }
 
@@ -55,7 +55,7 @@ void print_shapes(const session& s, const std::vector<report::shapes>& all) {
 }
 
 void print_info(const session& s, const std::string& name, const loaded& file, const report::summary& found) {
-  std::printf("%s: %s %s, %s bytes\n", s.strong(printable(name)).c_str(), file.facts.text ? "text" : "binary",
+  std::printf("%s: %s %s, %s bytes\n", s.strong(printable(name)).c_str(), file.is_text ? "text" : "binary",
               file.kind->name, grouped(file.bytes).c_str());
   std::printf("%s\n", s.strong("Mesh").c_str());
   print_counts(file);

@@ -71,7 +71,7 @@ int read_vtk(const char* path, mesh& m) {
   return take_blocks(all, result, m);
 }
 
-file_facts look_at_vtk(const file_bytes& bytes) { return {!holds(lower_case(third_line(bytes)), "binary"), 0}; }
+bool is_text_vtk(const file_bytes& bytes) { return !holds(lower_case(third_line(bytes)), "binary"); }
 
 std::string explain_vtk(int result, const file_bytes& bytes) {
   return words_for(gw::operation::vtk_input, result, bytes, find_vtk_fault);

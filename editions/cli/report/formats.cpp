@@ -21,7 +21,7 @@ constexpr format rows[] = {
         .has_references = false,
         .left_out = {},
         .read = read_stl,
-        .look = look_at_stl,
+        .is_text = is_text_stl,
         .explain = explain_stl,
         .holds = stl_holds,
         .write = write_stl,
@@ -35,7 +35,7 @@ constexpr format rows[] = {
         .has_references = false,
         .left_out = {},
         .read = read_obj,
-        .look = look_at_text,
+        .is_text = is_always_text,
         .explain = explain_obj,
         .holds = obj_holds,
         .write = write_obj,
@@ -49,7 +49,7 @@ constexpr format rows[] = {
         .has_references = false,
         .left_out = {"elements_left_out", "cells of types not read"},
         .read = read_vtk,
-        .look = look_at_vtk,
+        .is_text = is_text_vtk,
         .explain = explain_vtk,
         .holds = vtk_holds,
         .write = write_vtk,
@@ -63,7 +63,7 @@ constexpr format rows[] = {
         .has_references = true,
         .left_out = {},
         .read = read_medit,
-        .look = look_at_text,
+        .is_text = is_always_text,
         .explain = explain_medit,
         .holds = medit_holds,
         .write = write_medit,
@@ -77,7 +77,7 @@ constexpr format rows[] = {
         .has_references = true,
         .left_out = includes,
         .read = read_nastran,
-        .look = look_at_text,
+        .is_text = is_always_text,
         .explain = explain_nastran,
         .holds = nastran_holds,
         .write = write_nastran,
@@ -91,7 +91,7 @@ constexpr format rows[] = {
         .has_references = true,
         .left_out = {},
         .read = read_femap,
-        .look = look_at_text,
+        .is_text = is_always_text,
         .explain = explain_femap,
         .holds = nastran_holds,
         .write = write_femap,
@@ -105,7 +105,7 @@ constexpr format rows[] = {
         .has_references = false,
         .left_out = {},
         .read = nullptr,
-        .look = nullptr,
+        .is_text = nullptr,
         .explain = nullptr,
         .holds = ensight_holds,
         .write = write_ensight,
@@ -136,6 +136,6 @@ std::string extension_of(std::string_view path) {
   return lower_case(path.substr(dot));
 }
 
-file_facts look_at_text(const file_bytes& /*bytes*/) { return {}; }
+bool is_always_text(const file_bytes& /*bytes*/) { return true; }
 
 }  // namespace report

@@ -10,19 +10,13 @@
 
 namespace report {
 
-/// What the bytes of a file say of it beside the mesh.
-struct file_facts {
-  bool text = true;
-  std::uint64_t elements = 0;  ///< that the file has or claims to have, where it tells before it is read; else 0
-};
-
 /// What a reader counts that it passed over: as programs read it, and in words.
 struct left_out_kind {
   const char* name = "elements_left_out";
   const char* words = "elements of types not read";
 };
 
-/// A format that is not read has neither read() nor look() nor explain().
+/// A format that is not read has neither read() nor is_text() nor explain().
 struct format {
   const char* name;
   const char* option;         ///< as --from and --to take it
@@ -31,8 +25,8 @@ struct format {
   bool has_references;        ///< one an element, or properties, which take their place
   left_out_kind left_out;
   int (*read)(const char* path, mesh& m);
-  file_facts (*look)(const file_bytes& bytes);
-  /// Why read() gave `result`, a negative code or, for a file without elements, 0.
+  bool (*is_text)(const file_bytes& bytes);
+  /// Why read() gave `result`, a negative code.
   std::string (*explain)(int result, const file_bytes& bytes);
   bool (*holds)(gw::element_type type);
   int (*write)(const char* path, const mesh& m, bool text);
@@ -49,10 +43,10 @@ std::string extension_of(std::string_view path);
 
 // --- What the rows are made of --------------------------------------------------------------------------------------
 
-file_facts look_at_text(const file_bytes& bytes);
+bool is_always_text(const file_bytes& bytes);
 
 int read_stl(const char* path, mesh& m);
-file_facts look_at_stl(const file_bytes& bytes);
+bool is_text_stl(const file_bytes& bytes);
 std::string explain_stl(int result, const file_bytes& bytes);
 
 int read_obj(const char* path, mesh& m);
@@ -62,7 +56,7 @@ int read_medit(const char* path, mesh& m);
 std::string explain_medit(int result, const file_bytes& bytes);
 
 int read_vtk(const char* path, mesh& m);
-file_facts look_at_vtk(const file_bytes& bytes);
+bool is_text_vtk(const file_bytes& bytes);
 std::string explain_vtk(int result, const file_bytes& bytes);
 
 int read_nastran(const char* path, mesh& m);

@@ -24,6 +24,7 @@ struct block {
 struct mesh {
   qel::dense2D<double> coords;
   std::vector<block> blocks;
+  std::uint64_t nbr_removed = 0;  ///< degenerate elements that the reader of the file did not keep
 };
 
 constexpr int out_of_memory = -199;

@@ -9,7 +9,7 @@ namespace report {
 
 struct loaded {
   const format* kind = nullptr;
-  file_facts facts;
+  bool is_text = true;
   std::uint64_t bytes = 0;
   std::uint64_t left_out = 0;  ///< what the reader passed over, as `kind` names it
   mesh m;
@@ -23,9 +23,6 @@ struct refusal {
 
 /// Reads a file of the format `file.kind`; fails in words, with the line where it is known.
 refusal read_file(const char* path, loaded& file);
-
-/// Degenerate elements that the reader did not keep.
-std::uint64_t count_removed(const loaded& file);
 
 }  // namespace report
 

@@ -1,6 +1,5 @@
 // STL files: what they say of themselves, and in words what is wrong with a damaged one.
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <iterator>
 
@@ -14,6 +13,7 @@ namespace {
 
 constexpr std::size_t header_size = 84;  // bytes before the first triangle of a binary file
 constexpr std::size_t triangle_size = 50;
+constexpr int damaged = -3;
 
 std::uint64_t binary_count(const file_bytes& bytes) {
   const std::string_view head = bytes.head();
@@ -23,60 +23,18 @@ std::uint64_t binary_count(const file_bytes& bytes) {
   return count;
 }
 
-// A binary header may begin with "solid" as well, but then its count holds a zero byte or agrees with the size.
-bool is_text(const file_bytes& bytes) {
-  const std::string_view start = bytes.head().substr(0, 256);
-  if (!holds(lower_case(start.substr(0, start.find('\n'))), "solid")) return false;
-  if (start.find('\0') < header_size) return false;
-  return bytes.size() < header_size || bytes.size() < header_size + triangle_size * binary_count(bytes);
-}
-
 bool is_printable(const file_bytes& bytes) {
   const std::string_view start = bytes.head().substr(0, 256);
   return std::all_of(start.begin(), start.end(),
                      [](unsigned char c) { return std::isprint(c) != 0 || std::isspace(c) != 0; });
 }
 
-constexpr std::string_view facet_end = "endfacet";
-
-// How far behind a character the word ends at the least, unless it ends there. (Horspool 1980: most characters of a
-// file are none of the word's, and eight are passed at once.)
-constexpr std::array<unsigned char, 256> find_steps() {
-  std::array<unsigned char, 256> steps{};
-  steps.fill(facet_end.size());
-  for (std::size_t k = 0; k + 1 < facet_end.size(); ++k) {
-    for (const char c : {facet_end[k], static_cast<char>(facet_end[k] - 'a' + 'A')}) {
-      steps[static_cast<unsigned char>(c)] = static_cast<unsigned char>(facet_end.size() - 1 - k);
-    }
+bool has_facet(const file_bytes& bytes) {
+  line_reader lines(bytes);
+  while (lines.next()) {
+    if (holds_in_any_case(lines.line(), "endfacet")) return true;
   }
-  return steps;
-}
-
-std::uint64_t count_facet_ends(std::string_view text) {
-  static constexpr std::array<unsigned char, 256> steps = find_steps();
-  std::uint64_t count = 0;
-  for (std::size_t last = facet_end.size() - 1; last < text.size();
-       last += steps[static_cast<unsigned char>(text[last])]) {
-    if (lower_case(text[last]) != facet_end.back()) continue;
-    const std::string_view word = text.substr(last + 1 - facet_end.size(), facet_end.size());
-    count += holds_in_any_case(word, facet_end) ? 1 : 0;
-  }
-  return count;
-}
-
-// In any case. What may be the beginning of a word moves to the front of the next block.
-std::uint64_t count_facets(const file_bytes& bytes) {
-  const file_handle stream(std::fopen(bytes.path(), "rb"));
-  std::vector<char> block(std::size_t{1} << 16U);
-  std::uint64_t count = 0;
-  for (std::size_t kept = 0; stream != nullptr;) {
-    const std::size_t size = kept + std::fread(block.data() + kept, 1, block.size() - kept, stream.get());
-    if (size == kept) break;
-    count += count_facet_ends({block.data(), size});
-    kept = std::min(size, facet_end.size() - 1);
-    std::copy_n(block.begin() + static_cast<std::ptrdiff_t>(size - kept), kept, block.begin());
-  }
-  return count;
+  return false;
 }
 
 // What the lines of a facet hold.
@@ -143,23 +101,33 @@ std::string explain_binary(const file_bytes& bytes) {
          " triangles, but there is data for " + std::to_string(present);
 }
 
-}  // namespace
-
-int read_stl(const char* path, mesh& m) {
-  block triangles{gw::ELT_TRIA3, {}};
-  const int result = gw::STL_input(path, m.coords, triangles.connectivity);
-  if (!triangles.connectivity.empty()) m.blocks.push_back(triangles);
-  return result;
+bool claims_triangles(const file_bytes& bytes) {
+  return is_text_stl(bytes) ? has_facet(bytes) : binary_count(bytes) != 0;
 }
 
-file_facts look_at_stl(const file_bytes& bytes) {
-  const bool text = is_text(bytes);
-  return {text, text ? count_facets(bytes) : binary_count(bytes)};
+}  // namespace
+
+// A binary header may begin with "solid" as well, but then its count holds a zero byte or agrees with the size.
+bool is_text_stl(const file_bytes& bytes) {
+  const std::string_view start = bytes.head().substr(0, 256);
+  if (!holds(lower_case(start.substr(0, start.find('\n'))), "solid")) return false;
+  if (start.find('\0') < header_size) return false;
+  return bytes.size() < header_size || bytes.size() < header_size + triangle_size * binary_count(bytes);
+}
+
+// Damaged text may read as a sound binary file without triangles.
+int read_stl(const char* path, mesh& m) {
+  block triangles{gw::ELT_TRIA3, {}};
+  std::uint64_t in_file = 0;
+  const int result = gw::STL_input(path, m.coords, triangles.connectivity, in_file);
+  m.nbr_removed = in_file - triangles.connectivity.cols();
+  if (!triangles.connectivity.empty()) m.blocks.push_back(triangles);
+  return result == 0 && m.blocks.empty() && claims_triangles(file_bytes(path)) ? damaged : result;
 }
 
 std::string explain_stl(int result, const file_bytes& bytes) {
-  if (result != 0 && result != -2 && result != -3) return message(gw::operation::STL_input, result);
-  if (is_text(bytes)) return explain_text(bytes);
+  if (result != -2 && result != damaged) return message(gw::operation::STL_input, result);
+  if (is_text_stl(bytes)) return explain_text(bytes);
   if (result == -2 || is_printable(bytes)) {
     return "this is not an STL file, neither a text one (it has no \"solid\") nor a binary one";
   }

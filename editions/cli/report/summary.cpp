@@ -61,9 +61,9 @@ outcome summarize(const mesh& m, std::size_t nbr_worst, summary& found) {
 }
 
 void add_summary(json& object, const loaded& file, const summary& found) {
-  object.add("format", file.kind->name).add("encoding", file.facts.text ? "text" : "binary").add("bytes", file.bytes);
+  object.add("format", file.kind->name).add("encoding", file.is_text ? "text" : "binary").add("bytes", file.bytes);
   object.add("dim", file.m.coords.rows()).add("nodes", file.m.coords.cols()).add("elements", elements_json(file.m));
-  object.add("elements_removed", count_removed(file)).add(file.kind->left_out.name, file.left_out);
+  object.add("elements_removed", file.m.nbr_removed).add(file.kind->left_out.name, file.left_out);
   if (file.m.coords.cols() != 0) {
     object.add("box", std::vector<std::vector<double>>{{found.bounds.lower.begin(), found.bounds.lower.end()},
                                                        {found.bounds.upper.begin(), found.bounds.upper.end()}});

@@ -106,6 +106,14 @@ def test_degenerate_triangles_that_a_reader_removes_are_told(tool):
     assert [(f["name"], f["count"]) for f in found["findings"]] == [("removed", 1)]
 
 
+def test_the_reader_decides_what_a_facet_is(tool):
+    facet = "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex {} 0\nendloop\nendfacet endfacet\n"
+    solid = f"solid endfacet\n{facet.format('0 1')}{facet.format('1 0')}endsolid endfacet\n"
+    (tool.folder / "soup.stl").write_text(solid)
+    (info,) = tool.objects("info", "soup.stl")
+    assert (info["elements"], info["elements_removed"]) == ({"TRIA3": 1}, 1)
+
+
 def test_quadrangles_are_halved_for_stl_at_the_shorter_diagonal(tool):
     (tool.folder / "kite.obj").write_text("v 0 0 0\nv 3 1 0\nv 4 4 0\nv 1 3 0\nf 1 2 3 4\n")
     tool.run("convert", "kite.obj", "kite.stl", "--ascii")

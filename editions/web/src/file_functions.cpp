@@ -9,7 +9,7 @@ using gw::element_type;
 using gw::operation;
 
 constexpr function rows[] = {
-    row<gw::STL_input>("STL_input", "file >coords >connectivity"),
+    row<overload<int(const char*, points&, elements&)>(gw::STL_input)>("STL_input", "file >coords >connectivity"),
     row<gw::STL_output>("STL_output", ">file coords connectivity ascii"),
     row<gw::WavefrontOBJ_input>("WavefrontOBJ_input", "file >coords >normals >uvs >triangles >quads"),
     row<overload<int(const char*, const points&, const points&, const points&, const elements&, const elements&)>(

@@ -3,6 +3,8 @@
 #ifndef QEL_GRIDWORK_PUBLIC_IO_STL_H
 #define QEL_GRIDWORK_PUBLIC_IO_STL_H
 
+#include <cstdint>
+
 #include "qel/dense.h"
 #include "qel/export.h"
 #include "qel/gridwork/elements.h"
@@ -36,6 +38,12 @@ namespace gridwork {
 ///
 /// Cost: linear in the size of the file, plus merging (see merge()).
 QEL_GRIDWORK_API int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity);
+
+/// As STL_input() above, and counts the triangles of the file, those that are not kept among them.
+///
+/// @param nbr_triangles overwritten: what of it the matrix does not hold was removed; 0 on a negative result
+QEL_GRIDWORK_API int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity,
+                               std::uint64_t& nbr_triangles);
 
 /// Writes a triangle mesh as a text or binary STL file, with the unit normal of each triangle (0 0 0 if degenerate).
 ///
