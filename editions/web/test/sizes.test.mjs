@@ -16,7 +16,7 @@ test('the page with its module', () => {
 
 test('the module with all functions', () => {
   const size = compressed(join(packageFolder, 'gridwork.wasm'));
-  assert(size < 181_000, `${size} bytes`);
+  assert(size < 180_000, `${size} bytes`);
 });
 
 test('the package has the version of the library, and no dependency', () => {
