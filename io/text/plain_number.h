@@ -125,7 +125,7 @@ constexpr bool ends_plain_form(char c) noexcept { return static_cast<unsigned ch
   const bool negative = (word >> 8 & 0xff) == '-';
   const unsigned tens = (word >> 16 & 0xff) - '0', ones = (word >> 24) - '0';
   if ((word & 0xffff) != (negative ? 0x2d65U : 0x2b65U) || tens > 9 || ones > 9) return nullptr;
-  const auto value = static_cast<std::int64_t>(10 * tens + ones);
+  const std::int64_t value = std::int64_t{10} * tens + ones;
   exponent += negative ? -value : value;
   return ends_plain_form(text[4]) ? text + 4 : nullptr;
 }
