@@ -124,9 +124,11 @@ class femap_look : public record_look {
 
   // Those that the flags of the last line announce.
   bool skip_lists() {
-    const auto is_set = [this](std::size_t k) { return field(k).find_first_not_of('0') != std::string_view::npos; };
     int lists = 0;
-    for (std::size_t k = 12; k < 16; ++k) lists += has_lists_ && is_set(k) ? 1 : 0;
+    for (std::size_t k = 12; has_lists_ && k < 16; ++k) {
+      if (!field(k).empty() && !expect_whole(field(k), "flag of a list")) return false;
+      lists += field(k).find_first_not_of("+-0") != std::string_view::npos ? 1 : 0;
+    }
     for (; lists != 0; --lists) {
       do {
         if (!next_line()) return fail("the record that begins here is cut short");
