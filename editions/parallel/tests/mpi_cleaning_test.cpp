@@ -82,6 +82,35 @@ TEST(merge, nearness_that_is_not_mutual) {
   }
 }
 
+/// Ways from within a rank that lead to others, and from the border into a rank: edges in a row, whose nodes are near to those
+/// beside them but for a gap now and then, in the order of the row, against it, or nearly so.
+TEST(merge, chains_that_lead_far) {
+  constexpr unsigned count = 400, window = 8;
+  for (unsigned seed = 0; seed < 12; ++seed) {
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    mesh whole{"row", dense2D<double>(2 + seed % 2, count, 0.0), dense2D<unsigned>(2, count - 1), ELT_EDGE2};
+    std::vector<unsigned> order(count);
+    for (unsigned i = 0; i < count; ++i) order[i] = i;
+    if (seed % 3 == 1) std::reverse(order.begin(), order.end());
+    for (unsigned i = 0; seed % 3 == 2 && i < count; i += window) {
+      std::shuffle(order.begin() + i, order.begin() + i + window, random);
+    }
+    double x = 0;
+    for (unsigned i = 0; i < count; ++i) {
+      whole.coords(0, order[i]) = x, whole.coords(1, order[i]) = 0.1 * x;
+      x += random() % 60 == 0 ? 1.5 : 0.4 + 0.01 * static_cast<double>(random() % 40);
+      if (i > 0) whole.connectivity(0, i - 1) = order[i - 1], whole.connectivity(1, i - 1) = order[i];
+    }
+    mesh_part part = part_of(whole, layout::ranges);
+    id_type merged = 0;
+    ASSERT_EQ(mpi::merge(world, part, 1, merged), 0);
+    ASSERT_EQ(merged, merge_whole(whole, 1));
+    expect_part_of(part, whole.coords, whole.connectivity);
+    if (HasFatalFailure()) return;
+  }
+}
+
 TEST(merge, then_degenerate_elements_then_unused_nodes) {
   for (const auto& cloud : random_meshes::clouds(3, 200)) {
     for (const layout l : layouts) {
