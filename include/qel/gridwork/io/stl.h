@@ -39,9 +39,8 @@ namespace gridwork {
 /// Cost: linear in the size of the file, plus merging (see merge()).
 QEL_GRIDWORK_API int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity);
 
-/// As STL_input() above, and counts the triangles of the file, those that are not kept among them.
-///
-/// @param nbr_triangles overwritten: what of it the matrix does not hold was removed; 0 on a negative result
+/// As above, and overwrites `nbr_triangles` with the number of triangles in the file, those that are not kept among them;
+/// with 0 on a negative result.
 QEL_GRIDWORK_API int STL_input(const char* filename, dense2D<double>& coords, dense2D<unsigned>& connectivity,
                                std::uint64_t& nbr_triangles);
 
