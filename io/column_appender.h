@@ -65,10 +65,13 @@ class column_appender {
     next_ += count * rows_;
   }
 
-  [[nodiscard]] bool append(const T* column, std::uint64_t rows, const file_progress& file) noexcept {
-    if (next_ == end_ && !make_room(1, rows, file)) return false;
-    std::copy_n(column, rows, next_);
-    commit();
+  /// Appends columns that lie one behind the other.
+  [[nodiscard]] bool append(const T* columns, std::uint64_t rows, const file_progress& file,
+                            std::uint64_t count = 1) noexcept {
+    T* const places = room_for(count, rows, file);
+    if (places == nullptr) return false;
+    std::copy_n(columns, count * rows, places);
+    commit(count);
     return true;
   }
 

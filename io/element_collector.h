@@ -82,9 +82,7 @@ class element_collector {
     list& all = lists_[type];
     const unsigned size = nbr_nodes(plain), rows = nbr_nodes(type);
     unsigned* column = all.columns.room_for(count, rows, file);
-    const auto next_label = [label](std::uint64_t i) { return label + static_cast<unsigned>(i); };
-    if (column == nullptr || count >= none - count_) return false;
-    if (nbr_labels_ == 1 && !push_each(all.label_entries[0], count, file, next_label)) return false;
+    if (column == nullptr || count >= none - count_ || !push_labels(all, count, label, file)) return false;
     for (std::uint64_t i = 0; i < count; ++i, nodes += size, column += rows) {
       for (unsigned k = 0; k < size; ++k) column[order != nullptr ? order[k] : k] = nodes[k];
       for (unsigned k = size; k < rows; ++k) column[k] = none;
@@ -105,9 +103,7 @@ class element_collector {
     QEL_GRIDWORK_CHECK(may_take(plain) && nodes.rows() == nbr_nodes(plain) && nbr_labels_ <= 1);
     list& all = lists_[plain];
     const std::uint64_t count = nodes.cols();
-    const auto next_label = [label](std::uint64_t i) { return label + static_cast<unsigned>(i); };
-    if (count >= none - count_) return false;
-    if (nbr_labels_ == 1 && !push_each(all.label_entries[0], count, {0, 0}, next_label)) return false;
+    if (count >= none - count_ || !push_labels(all, count, label, {0, 0})) return false;
     all.columns.take(std::move(nodes));
     count_ += count;
     return true;
@@ -160,6 +156,12 @@ class element_collector {
     column_appender<unsigned> columns{nodes};
     column_appender<unsigned> label_entries[most_labels] = {column_appender(labels[0]), column_appender(labels[1])};
   };
+
+  /// The one label of `count` elements, which counts up from `label`, if there is one.
+  [[nodiscard]] bool push_labels(list& all, std::uint64_t count, unsigned label, const file_progress& file) noexcept {
+    const auto next_label = [label](std::uint64_t i) { return label + static_cast<unsigned>(i); };
+    return nbr_labels_ == 0 || push_each(all.label_entries[0], count, file, next_label);
+  }
 
   /// Makes one matrix of the elements of several types, or of none.
   bool copy_blocks(element_blocks& out) const noexcept {

@@ -106,11 +106,7 @@ class list_reader {
     column_appender<unsigned> nodes(list.nodes);
     const number_type type = numbers_.read_type();
     return numbers_.read_nodes(type, rows, size / rows, [&](const unsigned* values, std::uint64_t found) {
-      unsigned* const places = nodes.room_for(found, rows, progress());
-      if (places == nullptr) return out_of_memory;
-      std::copy_n(values, rows * found, places);
-      nodes.commit(found);
-      return 0;
+      return nodes.append(values, rows, progress(), found) ? 0 : out_of_memory;
     });
   }
 

@@ -119,11 +119,7 @@ class vtk_parser {
     io::column_appender<double> points(coords_);
     if (count > io::vtk::most_numbers / 3) return malformed;
     const int result = numbers_.read_reals(type, 3, count, [&](const double* values, std::uint64_t found) {
-      double* const places = points.room_for(found, 3, progress());
-      if (places == nullptr) return out_of_memory;
-      std::copy_n(values, 3 * found, places);
-      points.commit(found);
-      return 0;
+      return points.append(values, 3, progress(), found) ? 0 : out_of_memory;
     });
     return result == 0 && points.count() >= none ? out_of_memory : result;
   }
