@@ -8,7 +8,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
-need_packages binaryen clang-22 lld-22 libc++-22-dev-wasm32 libclang-rt-22-dev-wasm32 wasi-libc cmake ninja-build
+need_packages binaryen esbuild clang-22 lld-22 libc++-22-dev-wasm32 libclang-rt-22-dev-wasm32 wasi-libc cmake ninja-build
 if ! command -v node > /dev/null; then need_packages nodejs npm; fi
 
 build_native() {

@@ -1,5 +1,6 @@
 // Puts the package and the page together: node assemble.mjs BUILD, with the modules in BUILD/editions/web.
 import { copyFile, cp, mkdir, readFile, readdir, rm, writeFile } from 'node:fs/promises';
+import { execFileSync } from 'node:child_process';
 import { createHash } from 'node:crypto';
 import { join, resolve } from 'node:path';
 import { pathToFileURL } from 'node:url';
@@ -38,18 +39,6 @@ async function assemblePackage() {
   await describeFunctions(folder);
 }
 
-const pageScripts = ['chains.mjs', 'elements.mjs', 'files.mjs', 'instance.mjs', 'mesh.mjs', 'names.mjs', 'slots.mjs', 'worker.mjs'];
-
-// The service worker keeps what it lists under a name that changes with any byte of it.
-async function versionServiceWorker(folder) {
-  const names = (await readdir(folder)).filter((name) => name !== 'service_worker.mjs').sort();
-  const hash = createHash('sha256');
-  for (const name of names) hash.update(await readFile(join(folder, name)));
-  const script = await readFile(from('page/service_worker.mjs'), 'utf8');
-  const filled = script.replace("'VERSION'", `'${hash.digest('hex').slice(0, 16)}'`).replace("['FILES']", JSON.stringify(names));
-  await writeFile(join(folder, 'service_worker.mjs'), filled);
-}
-
 // The bracket with a hole, and with a wall inside: something to be found.
 async function makeSample(path) {
   const { load } = await import(pathToFileURL(join(build, 'package/gridwork.mjs')));
@@ -61,13 +50,35 @@ async function makeSample(path) {
   await writeFile(path, gw.stlOutput(coords, gw.matrix(3, Uint32Array.from([...kept, ...wall])), false));
 }
 
+// Scripts and the style sheet as small as can be, with what they import. What two scripts share is a file of its own.
+function shrink(staged, folder, names, ...options) {
+  execFileSync('esbuild', [
+    ...names, '--minify', '--out-extension:.js=.mjs', `--outdir=${folder}`, '--log-level=warning', ...options,
+  ], { cwd: staged });
+}
+
+// The service worker keeps what it lists under a name that changes with any byte of it.
+async function addServiceWorker(staged, folder) {
+  const names = (await readdir(folder)).sort();
+  const hash = createHash('sha256');
+  for (const name of names) hash.update(await readFile(join(folder, name)));
+  const script = await readFile(join(staged, 'service_worker.mjs'), 'utf8');
+  const filled = script.replace("'VERSION'", `'${hash.digest('hex').slice(0, 16)}'`).replace("['FILES']", JSON.stringify(names));
+  await writeFile(join(staged, 'service_worker.mjs'), filled);
+  shrink(staged, folder, ['service_worker.mjs']);
+}
+
 async function assemblePage() {
+  const staged = await startFolder('page_sources');
   const folder = await startFolder('page');
-  await cp(from('page'), folder, { recursive: true });
-  await copyAll(pageScripts.map((name) => from('js', name)), folder);
+  await cp(from('page'), staged, { recursive: true });
+  await cp(from('js'), staged, { recursive: true });
+  const loaded = ['page.mjs', 'worker.mjs', 'painter_worker.mjs', 'page.css'];
+  shrink(staged, folder, loaded, '--bundle', '--splitting', '--format=esm', '--external:./node.mjs');
+  await copyAll(['index.html', 'icon.svg', 'manifest.json'].map((name) => join(staged, name)), folder);
   await copyFile(join(modules, 'page.wasm'), join(folder, 'page.wasm'));
   await makeSample(join(folder, 'sample.stl'));
-  await versionServiceWorker(folder);
+  await addServiceWorker(staged, folder);
 }
 
 await assemblePackage();

@@ -11,7 +11,7 @@ const compressed = (path) => brotliCompressSync(readFileSync(path)).length;
 test('the page with its module', () => {
   const files = readdirSync(pageFolder).filter((name) => name !== 'sample.stl');
   const total = files.reduce((sum, name) => sum + compressed(join(pageFolder, name)), 0);
-  assert(total < 136_000, `${total} bytes`);
+  assert(total < 128_000, `${total} bytes`);
 });
 
 test('the module with all functions', () => {
