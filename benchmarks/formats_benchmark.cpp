@@ -369,6 +369,9 @@ int main(int argc, char** argv) {
     solid_vtk.write_vtk(file, true, version);
     add_benchmark(group, "ours", [=] { return read_vtk_by_ours(file); });
     add_benchmark(group, "vtk", [=] { return read_by_vtk(file); });
+    const std::string first = group + std::string(", new memory");
+    add_benchmark_in_new_memory(first, "ours", [=] { return read_vtk_by_ours(file); });
+    add_benchmark_in_new_memory(first, "vtk", [=] { return read_by_vtk(file); });
   }
 #endif
 
