@@ -6,30 +6,11 @@
 
 #include <string>
 
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
-
 /// Registers `run`, which does the measured work once and returns something that depends on it.
 template <class Run>
 void add_benchmark(const std::string& group, const std::string& who, Run run) {
   benchmark::RegisterBenchmark((group + "/" + who).c_str(), [run](benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(run());
-  })->Unit(benchmark::kMillisecond);
-}
-
-/// The same, after all free memory went back to the system: it costs new pages, as the first run of a process does.
-template <class Run>
-void add_benchmark_in_new_memory(const std::string& group, const std::string& who, Run run) {
-  benchmark::RegisterBenchmark((group + "/" + who).c_str(), [run](benchmark::State& state) {
-    for (auto _ : state) {
-      state.PauseTiming();
-#ifdef __GLIBC__
-      malloc_trim(0);
-#endif
-      state.ResumeTiming();
-      benchmark::DoNotOptimize(run());
-    }
   })->Unit(benchmark::kMillisecond);
 }
 
