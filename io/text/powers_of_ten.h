@@ -72,7 +72,13 @@ struct power_table {
   constexpr std::uint64_t operator[](int n) const noexcept { return mantissas[n - smallest_power]; }
 };
 
+#ifdef QEL_GRIDWORK_TABLES_AT_START
+// What comes over a network makes the table when it starts: compression does not shorten it.
+inline power_table make_power_table() noexcept { return {}; }
+inline const power_table powers_of_ten = make_power_table();
+#else
 inline constexpr power_table powers_of_ten;
+#endif
 
 /// The upper half of a product.
 inline std::uint64_t product_high(std::uint64_t a, std::uint64_t b) noexcept {

@@ -82,16 +82,23 @@ class element_merger {
   /// The distinct nodes of a column that may be merged, in the order of their indices. One with a NaN is near to none;
   /// one at infinity is within an infinite tolerance of others.
   [[nodiscard]] bool collect_nodes(const unsigned* begin, const unsigned* end) {
-    nodes_.clear();
+    IDs_.clear();
     for (const unsigned* id = begin; id != end; ++id) {
       if (*id == none || is_merged(*id) || has_nan<Dim>(positions_[*id])) continue;
+      if (!IDs_.push_back(*id)) return false;
+    }
+    std::sort(IDs_.begin(), IDs_.end());
+    return place_nodes(IDs_.begin(), std::unique(IDs_.begin(), IDs_.end()));
+  }
+
+  [[nodiscard]] bool place_nodes(const unsigned* begin, const unsigned* end) {
+    nodes_.clear();
+    for (const unsigned* id = begin; id != end; ++id) {
       placed_node<Dim> node{{}, *id, true};
       std::copy_n(positions_[*id], Dim, node.p);
       if (!nodes_.push_back(node)) return false;
     }
-    std::sort(nodes_.begin(), nodes_.end(), [](const auto& a, const auto& b) { return a.rank < b.rank; });
-    const auto* last = std::unique(nodes_.begin(), nodes_.end(), [](auto& a, auto& b) { return a.rank == b.rank; });
-    return nodes_.resize(static_cast<std::uint64_t>(last - nodes_.begin()));
+    return true;
   }
 
   /// The nodes lie in the box of the tolerance.
@@ -104,7 +111,8 @@ class element_merger {
   double tol_;
   dense1D<unsigned>& new_IDs_;
   dense1D<near_pair> pairs_;
-  dense1D<placed_node<Dim>> nodes_;  // of a tall column
+  dense1D<unsigned> IDs_;            // of a tall column
+  dense1D<placed_node<Dim>> nodes_;  // of the same
   box_tree<Dim> tree_;               // of the same
 };
 

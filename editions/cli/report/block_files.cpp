@@ -41,7 +41,7 @@ using fault_finder = std::string (*)(const file_bytes& bytes, int result);
 std::string words_for(gw::operation reader, int result, const file_bytes& bytes, fault_finder find) {
   const bool has_place = result == malformed || result == unknown_node || result == node_differs;
   const std::string fault = has_place ? find(bytes, result) : std::string();
-  return fault.empty() ? message(reader, result) : fault;
+  return fault.empty() ? words_of(reader, result) : fault;
 }
 
 std::string third_line(const file_bytes& bytes) {

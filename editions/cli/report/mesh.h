@@ -29,6 +29,9 @@ struct mesh {
 
 constexpr int out_of_memory = -199;
 
+/// What a result means. An edition that calls few functions has sentences for these alone.
+const char* words_of(gw::operation call, int result);
+
 /// How a calculation ended: with the result of the call that failed, or of the last one.
 struct outcome {
   gw::operation call = gw::operation::merge_nodes;
@@ -36,7 +39,7 @@ struct outcome {
 
   bool failed() const { return result < 0; }
   std::uint64_t count() const { return static_cast<std::uint64_t>(result); }
-  std::string words() const { return gw::message(call, result); }
+  std::string words() const { return words_of(call, result); }
 
   static outcome of_memory(bool granted) { return {gw::operation::merge_nodes, granted ? 0 : out_of_memory}; }
 };

@@ -55,7 +55,7 @@ std::string find_fault(const file_bytes& bytes) {
     const std::string fault = fault_of(lines.line());
     if (!fault.empty()) return "line " + std::to_string(lines.number()) + " breaks the OBJ grammar: " + fault;
   }
-  return message(gw::operation::WavefrontOBJ_input, -2);
+  return words_of(gw::operation::WavefrontOBJ_input, -2);
 }
 
 }  // namespace
@@ -72,7 +72,7 @@ int read_obj(const char* path, mesh& m) {
 
 std::string explain_obj(int result, const file_bytes& bytes) {
   if (result == 0) return "it has no face of three or four corners";
-  return result == -2 ? find_fault(bytes) : message(gw::operation::WavefrontOBJ_input, result);
+  return result == -2 ? find_fault(bytes) : words_of(gw::operation::WavefrontOBJ_input, result);
 }
 
 }  // namespace report

@@ -126,7 +126,7 @@ int read_stl(const char* path, mesh& m) {
 }
 
 std::string explain_stl(int result, const file_bytes& bytes) {
-  if (result != -2 && result != damaged) return message(gw::operation::STL_input, result);
+  if (result != -2 && result != damaged) return words_of(gw::operation::STL_input, result);
   if (is_text_stl(bytes)) return explain_text(bytes);
   if (result == -2 || is_printable(bytes)) {
     return "this is not an STL file, neither a text one (it has no \"solid\") nor a binary one";

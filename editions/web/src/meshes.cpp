@@ -16,6 +16,13 @@ using report::outcome;
 
 constexpr int refused = -1;
 
+// The page merges nodes wherever they are, and what merges them element by element is not in its module.
+#ifdef QEL_GRIDWORK_WEB_PAGE
+constexpr bool has_modes = false;
+#else
+constexpr bool has_modes = true;
+#endif
+
 struct held_mesh : kept {
   report::loaded file;
   report::summary found;
@@ -99,7 +106,7 @@ QEL_GRIDWORK_WEB_EXPORT("mesh_read") int mesh_read(held_mesh* m, const char* pat
 }
 
 QEL_GRIDWORK_WEB_EXPORT("mesh_merge") int mesh_merge(held_mesh* m, double tolerance, unsigned mode) {
-  return finish_change(*m, merge_nodes(m->file.m, tolerance, mode));
+  return finish_change(*m, merge_nodes(m->file.m, tolerance, has_modes ? mode : 0));
 }
 
 QEL_GRIDWORK_WEB_EXPORT("mesh_remove_degenerated") int mesh_remove_degenerated(held_mesh* m) {
