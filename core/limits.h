@@ -233,11 +233,11 @@ constexpr std::uint64_t triangles_per_read = limit<std::uint64_t>(1 << 15, 3);
 /// Nodes in a row that have a box in common: where it lies apart from all other ranks', they need not be looked at.
 constexpr std::uint64_t nodes_per_box = limit<std::uint64_t>(256, 2);
 
-/// A rank leaves out nodes that lie among those of others, when it searches its own, where one in so many does: the others
-/// are copied then.
+/// A rank leaves out nodes that lie among those of others, or with such at one position, when it searches its own, where one in
+/// so many does: the others are copied then.
 constexpr std::uint64_t nodes_per_enclosed = limit<std::uint64_t>(4, 64);
 
-/// Positions in a cell by which ranks find what they have in common: a cell costs 9 bytes to ask about, a position that
+/// Positions in a cell by which ranks find what they have in common: a cell costs 12 bytes to ask about, a position that
 /// is sent in vain 40. How many cells hold positions is told by a sample, in two coarse grids.
 constexpr std::uint64_t positions_per_cell = limit<std::uint64_t>(8, 2);
 constexpr std::uint64_t counted_cells = limit<std::uint64_t>(4096, 8);

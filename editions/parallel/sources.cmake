@@ -45,6 +45,7 @@ set(qel_gridwork_mpi_sources
   adjacency/subdomains.cpp
   communication/team.cpp
   measures/measures.cpp
+  merging/border_nodes.cpp
   merging/cell_directory.cpp
   merging/chains.cpp
   merging/handled_nodes.cpp

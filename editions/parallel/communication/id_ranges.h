@@ -27,6 +27,12 @@ class id_ranges {
   /// The rank in whose range an ID lies; the last one for those outside of all.
   int owner(std::uint64_t id) const noexcept { return static_cast<int>(std::min((id - lowest_) / width_, last_)); }
 
+  /// Where the IDs of a rank's range end.
+  std::uint64_t end(int owner) const noexcept {
+    const auto r = static_cast<std::uint64_t>(owner);
+    return r == last_ ? ~std::uint64_t{0} : lowest_ + (r + 1) * width_;
+  }
+
  private:
   std::uint64_t lowest_ = 0;
   std::uint64_t width_ = 1;

@@ -6,15 +6,16 @@
 
 #include "communication/team.h"
 #include "core/position_table.h"
-#include "merging/node_set.h"
+#include "merging/border_nodes.h"
 #include "qel/dense.h"
 #include "search/merging/cell_grid.h"
 
 namespace qel::gridwork::detail::parallel {
 
-/// Space is parted into cells. A rank handles the cells that it alone touches by its nodes and the tolerance around them;
-/// cells that several touch are handled by a rank that follows from the cell's number. A node is at home with the handler of
-/// its cell, and copied to those of the other cells that it touches: so every node is found by all that are near.
+/// The space where nodes of one rank may be near to those of another is parted into cells. A rank handles the cells that it
+/// alone touches by its nodes and the tolerance around them; cells that several touch are handled by one of these. A node is
+/// at home with the handler of its cell, but with its own rank where it is near to nodes of that one alone; it is copied to
+/// the handlers of the other cells that it touches: so every node is found by all that are near.
 template <unsigned Dim>
 class cell_directory {
  public:
@@ -25,40 +26,39 @@ class cell_directory {
   };
 
   /// Collective. The code of all ranks.
-  int build(team& ranks, int code, const dense2D<double>& coords, double tol);
+  int build(team& ranks, int code, const dense2D<double>& coords, const border_nodes<Dim>& border, double tol);
 
-  /// The nodes that touch a cell that other ranks touch, too, in their order; none with a coordinate that is not finite.
+  /// Those of the border nodes that touch a cell that other ranks touch, too, in their order.
   const dense1D<linked_node>& outer_nodes() const noexcept { return outer_nodes_; }
+
+  /// Those that follow them, in their order.
+  const dense1D<follower>& followers() const noexcept { return followers_; }
   const dense1D<copy>& copies() const noexcept { return copies_; }
 
  private:
   using grid = cell_grid<Dim, std::uint64_t>;
 
+  /// A border node, by its place among these, and a cell, by its place among those that this rank touches.
   struct touch {
-    unsigned node, cell;
+    unsigned place, cell;
   };
 
-  [[nodiscard]] bool find_boxes(const dense2D<double>& coords, std::uint64_t& finite);
-  int choose_grid(team& ranks, int code, const dense2D<double>& coords, double tol);
-  int find_close_boxes(team& ranks, int code);
-  bool is_apart(const bounding_box<Dim>& box) const noexcept;
-  [[nodiscard]] bool enter_nodes(const dense2D<double>& coords);
+  int choose_grid(team& ranks, int code, const dense2D<double>& coords, const border_nodes<Dim>& border, double tol);
+  [[nodiscard]] bool enter_nodes(const dense2D<double>& coords, const border_nodes<Dim>& border, bool beside_too);
   [[nodiscard]] unsigned enter(std::uint64_t cell);
-  [[nodiscard]] bool enter_node(unsigned node, const double* p);
-  int find_shared(team& ranks, int code);
-  [[nodiscard]] bool place_nodes(const team& ranks);
-  [[nodiscard]] bool place_node(const team& ranks, const touch* first, const touch* last);
-  int handler_of(const team& ranks, unsigned cell) const noexcept;
+  [[nodiscard]] bool enter_node(unsigned place, const double* p, bool beside_too);
+  int find_handlers(team& ranks, int code);
+  [[nodiscard]] bool place_nodes(const team& ranks, const border_nodes<Dim>& border);
+  [[nodiscard]] bool place_node(int rank, unsigned node, zone where, const touch* first, const touch* last);
+  [[nodiscard]] bool list_followers(const dense1D<follower>& followers, std::uint64_t nodes);
 
   grid grid_{bounding_box<Dim>(), 0, 1};
-  bounding_box<Dim> own_box_;
-  dense1D<bounding_box<Dim>> boxes_;        // around so many of this rank's nodes in a row
-  dense1D<bounding_box<Dim>> close_boxes_;  // where other ranks may touch the same cells as this one
-  dense1D<std::uint64_t> cells_;            // that this rank touches
-  position_table table_;                    // of them
-  dense1D<unsigned char> shared_;
-  dense1D<touch> touches_;  // of one node after the other, that of its home cell first
+  dense1D<std::uint64_t> cells_;  // that this rank touches
+  position_table table_;          // of them
+  dense1D<int> handlers_;         // of cells that others touch, too, else linked_node::alone
+  dense1D<touch> touches_;        // of one node after the other, that of its home cell first
   dense1D<linked_node> outer_nodes_;
+  dense1D<follower> followers_;
   dense1D<copy> copies_;
 };
 

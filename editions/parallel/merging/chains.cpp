@@ -140,6 +140,25 @@ int chains<Dim>::resolve(team& ranks, int code, const dense1D<unsigned>& targets
   return code;
 }
 
+/// That is so hardly ever: only then the rank of each survivor is asked.
+template <unsigned Dim>
+int chains<Dim>::settle(team& ranks, int code) {
+  std::uint64_t stopped = stopped_.size();
+  ranks.add(&stopped, 1);
+  code = ranks.agree(code);
+  are_moved_ = stopped != 0;
+  if (code < 0 || !are_moved_) return code;
+  const auto walk = [&](auto visit) {
+    for (unsigned i = 0; i < nodes_.count(); ++i) {
+      if (nodes_.is_at_home(i)) visit(survivor(i).handler, survivor(i).id, i);
+    }
+  };
+  const auto tell = [&](std::uint64_t asked, int) { return place_of(survivors_[nodes_.find(asked)]); };
+  const auto take = [&](std::uint64_t i, const position<Dim>& at) { settled_[i] = at; };
+  if (!settled_.resize(nodes_.count())) code = out_of_memory;
+  return ask<std::uint64_t, position<Dim>>(ranks, code, walk, tell, take);
+}
+
 template class chains<2>;
 template class chains<3>;
 

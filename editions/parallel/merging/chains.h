@@ -30,6 +30,16 @@ class chains {
   /// What a node at home is merged to; itself, if it survives.
   reference survivor(unsigned i) const noexcept { return known(survivors_[i]); }
 
+  /// Collective: finds out where survivors come to lie. One whose way ends at a node behind takes that one's position. The
+  /// code of the ranks so far; this one's own may be added.
+  int settle(team& ranks, int code);
+
+  /// True when there is any such survivor.
+  bool are_moved() const noexcept { return are_moved_; }
+
+  /// Where the survivor of a node at home comes to lie.
+  position<Dim> place(unsigned i) const noexcept { return are_moved_ ? settled_[i] : place_of(survivors_[i]); }
+
  private:
   /// A node whose way goes on at another rank.
   struct open_end {
@@ -47,6 +57,11 @@ class chains {
   }
   std::uint64_t id(unsigned i) const noexcept {
     return i < nodes_.count() ? nodes_.id(i) : learned_[i - nodes_.count()].id;
+  }
+  position<Dim> place_of(unsigned i) const noexcept {
+    position<Dim> at;
+    std::copy_n(known(i).p, Dim, at.p);
+    return at;
   }
   bool is_here(unsigned i) const noexcept { return i < nodes_.count() && nodes_.is_at_home(i); }
   bool is_root(unsigned i) const noexcept { return parents_[i] == i; }
@@ -73,6 +88,8 @@ class chains {
   dense1D<reference> learned_;  // nodes that only answers told of; numbered on from those that are handled
   dense1D<open_end> open_;
   dense1D<open_end> stopped_;  // nodes that end at a node behind
+  bool are_moved_ = false;
+  dense1D<position<Dim>> settled_;  // of survivors, if any rank has such nodes
 };
 
 extern template class chains<2>;

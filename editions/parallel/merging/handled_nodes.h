@@ -40,10 +40,13 @@ class handled_nodes {
     return static_cast<unsigned>(std::lower_bound(ids_.begin(), ids_.end(), id) - ids_.begin());
   }
 
-  /// Collective: gives back what was found for each linked node, answer(i), to where it came from: take(k, answer) for the
-  /// k-th one. Those that stayed here get it where `wants(k)` holds.
-  template <class Answer, class Wants, class GiveAnswer, class Take>
-  int give_back(team& ranks, int code, Wants wants, GiveAnswer answer, Take take);
+  /// Collective: gives back what was found for each linked node, answer(i, p) for one at p, to where it came from:
+  /// take(k, answer) for the k-th one.
+  template <class Answer, class GiveAnswer, class Take>
+  int give_back(team& ranks, int code, GiveAnswer answer, Take take);
+
+  /// The rank that handles the k-th linked node.
+  int handler_of(std::uint64_t k) const noexcept { return is_kept(linked_[k]) ? rank_ : linked_[k].home; }
 
  private:
   struct sent_node {
@@ -95,15 +98,17 @@ class handled_nodes {
 };
 
 template <unsigned Dim>
-template <class Answer, class Wants, class GiveAnswer, class Take>
-int handled_nodes<Dim>::give_back(team& ranks, int code, Wants wants, GiveAnswer answer, Take take) {
+template <class Answer, class GiveAnswer, class Take>
+int handled_nodes<Dim>::give_back(team& ranks, int code, GiveAnswer answer, Take take) {
   dense1D<Answer> given;
   dense1D<Answer> answers;
   for (std::uint64_t k = 0; code == 0 && k < linked_.size(); ++k) {
-    if (is_kept(linked_[k]) && wants(k)) take(k, answer(places_[k]));
+    if (is_kept(linked_[k])) take(k, answer(places_[k], coords_.column(places_[k])));
   }
   if (code == 0 && !given.resize(received_.items.size())) code = out_of_memory;
-  for (std::uint64_t i = 0; code == 0 && i < given.size(); ++i) given[i] = answer(places_[linked_.size() + i]);
+  for (std::uint64_t i = 0; code == 0 && i < given.size(); ++i) {
+    given[i] = answer(places_[linked_.size() + i], received_.items[i].p);
+  }
   code = reply(ranks, code, received_, given, sent_, answers);
   if (code < 0) return code;
   sent_.rewind();

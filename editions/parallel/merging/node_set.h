@@ -27,6 +27,16 @@ struct linked_node {
   bool is_enclosed;  // others touch all cells that it touches
 };
 
+/// A node that goes where another one goes that lies at its position.
+struct follower {
+  unsigned node, followed;
+};
+
+template <unsigned Dim>
+struct position {
+  double p[Dim];
+};
+
 /// A node as others know it: which rank handles it, having all that is near.
 template <unsigned Dim>
 struct node_reference {

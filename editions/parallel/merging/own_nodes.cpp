@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/identity_map.h"
+#include "core/index_flags.h"
 #include "core/limits.h"
 #include "search/merging/coincident_nodes.h"
 #include "search/merging/near_nodes.h"
@@ -16,15 +17,21 @@ class link_search {
  public:
   explicit link_search(const dense1D<unsigned>& map) noexcept : map_(map) {}
 
-  /// Those whose ways lead to outer ones, and all that lie on the ways from these. False when memory ran out.
-  [[nodiscard]] bool find(const dense1D<linked_node>& outer, dense1D<linked_node>& linked) {
+  /// Those whose ways lead to outer ones, and all that lie on the ways from these; no followers, which are on no other's
+  /// way. False when memory ran out.
+  [[nodiscard]] bool find(const outer_nodes& outer_ones, dense1D<linked_node>& linked) {
+    const auto& [outer, followers] = outer_ones;
     const auto count = static_cast<unsigned>(map_.size());
     if (outer.empty()) return true;
     if (!states_.resize(count, unknown)) return false;
     for (const linked_node& l : outer) link_way(l.node);
     const linked_node* next = outer.begin();
+    const follower* next_follower = followers.begin();
     bool room = true;
     for (unsigned i = 0; i < count && room; ++i) {
+      const bool follows = next_follower != followers.end() && next_follower->node == i;
+      next_follower += follows ? 1 : 0;
+      if (follows) continue;
       if (states_[pass_way(i)] == linked_to_others) link_way(i);
       if (states_[i] != linked_to_others) continue;
       const bool is_outer = next != outer.end() && next->node == i;
@@ -50,25 +57,29 @@ class link_search {
   dense1D<state> states_;
 };
 
-/// The nodes that are not enclosed. False when memory ran out.
-[[nodiscard]] bool list_open(std::uint64_t count, const dense1D<linked_node>& outer, dense1D<unsigned>& open) {
-  const linked_node* next = outer.begin();
-  bool room = open.reserve(count);
-  for (unsigned i = 0; room && i < count; ++i) {
-    while (next != outer.end() && (next->node < i || !next->is_enclosed)) ++next;
-    room = (next != outer.end() && next->node == i) || open.push_back(i);
+/// The nodes that are not enclosed, and no followers. False when memory ran out.
+[[nodiscard]] bool list_open(std::uint64_t count, const outer_nodes& outer, dense1D<unsigned>& open) {
+  index_flags left_out;
+  if (!left_out.reset(count) || !open.reserve(count)) return false;
+  for (const linked_node& l : outer.nodes) {
+    if (l.is_enclosed) left_out.insert(l.node);
   }
+  for (const follower& f : outer.followers) left_out.insert(f.node);
+  bool room = true;
+  for (unsigned i = 0; room && i < count; ++i) room = left_out.contains(i) || open.push_back(i);
   return room;
 }
 
 /// Maps each node to the first other one of this rank that is near. Enclosed ones are near to none that this rank handles
-/// alone; where they are many, they are left out.
+/// alone, and followers are the first near node of none; where they are many, they are left out.
 template <unsigned Dim>
-[[nodiscard]] bool find_own_first_near(const dense2D<double>& coords, double tol, const dense1D<linked_node>& outer,
+[[nodiscard]] bool find_own_first_near(const dense2D<double>& coords, double tol, const outer_nodes& outer,
                                        dense1D<unsigned>& map) {
   const std::uint64_t count = coords.cols();
-  const auto enclosed = std::count_if(outer.begin(), outer.end(), [](const linked_node& l) { return l.is_enclosed; });
-  if (limits::nodes_per_enclosed * static_cast<std::uint64_t>(enclosed) <= count) {
+  const auto enclosed =
+      std::count_if(outer.nodes.begin(), outer.nodes.end(), [](const linked_node& l) { return l.is_enclosed; });
+  const std::uint64_t needless = static_cast<std::uint64_t>(enclosed) + outer.followers.size();
+  if (limits::nodes_per_enclosed * needless <= count) {
     return find_first_near(ranked_positions<Dim>(coords), tol, map);
   }
   dense1D<unsigned> open;
@@ -95,22 +106,22 @@ bool find_first_near(const ranked_positions<Dim>& positions, double tol, dense1D
 }
 
 template <unsigned Dim>
-bool merge_own(const dense2D<double>& coords, double tol, const dense1D<linked_node>& outer, survivors& found,
+bool merge_own(const dense2D<double>& coords, double tol, const outer_nodes& outer, survivors& found,
                dense1D<linked_node>& linked) {
   if (!find_own_first_near<Dim>(coords, tol, outer, found.places) || !link_search(found.places).find(outer, linked))
     return false;
   const int merged = resolve_chains(found.places);
   if (merged < 0) return false;
   found.merged = static_cast<std::uint64_t>(merged);
-  for (const linked_node& l : linked) found.merged -= found.places[l.node] != l.node ? 1 : 0;
+  const auto discount = [&](unsigned node) { found.merged -= found.places[node] != node ? 1 : 0; };
+  for (const linked_node& l : linked) discount(l.node);
+  for (const follower& f : outer.followers) discount(f.node);
   return true;
 }
 
 template bool find_first_near<2>(const ranked_positions<2>&, double, dense1D<unsigned>&);
 template bool find_first_near<3>(const ranked_positions<3>&, double, dense1D<unsigned>&);
-template bool merge_own<2>(const dense2D<double>&, double, const dense1D<linked_node>&, survivors&,
-                           dense1D<linked_node>&);
-template bool merge_own<3>(const dense2D<double>&, double, const dense1D<linked_node>&, survivors&,
-                           dense1D<linked_node>&);
+template bool merge_own<2>(const dense2D<double>&, double, const outer_nodes&, survivors&, dense1D<linked_node>&);
+template bool merge_own<3>(const dense2D<double>&, double, const outer_nodes&, survivors&, dense1D<linked_node>&);
 
 }  // namespace qel::gridwork::detail::parallel

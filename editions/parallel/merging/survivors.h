@@ -13,7 +13,9 @@ namespace qel::gridwork::detail::parallel {
 struct survivors {
   dense1D<unsigned> places;       // of each node's survivor; its own, if it survives
   dense1D<std::uint64_t> others;  // IDs of those that other ranks have, increasing
-  dense2D<double> coords;         // where the others lie, if that was asked for
+  dense2D<double> coords;         // where the others lie
+  dense1D<position<3>> taken;     // by this rank's nodes, where there are any that others are merged to, and that
+  dense1D<unsigned> takers;       // are merged themselves
   std::uint64_t merged = 0;       // nodes of all ranks that do not survive
 
   /// Sets the places of linked nodes, and others, by the IDs of their survivors; `own` are those of this rank's nodes.
@@ -23,8 +25,8 @@ struct survivors {
 };
 
 /// Collective. The map that the serial merge of all nodes gives, in the order of their ids. The square of `tol` is finite.
-/// `with_coords` tells whether positions of others are wanted. The code of all ranks.
-int find_survivors(team& ranks, int code, const node_set& nodes, double tol, bool with_coords, survivors& found);
+/// `in_full` tells whether positions of others, and the number of merged nodes, are wanted. The code of all ranks.
+int find_survivors(team& ranks, int code, const node_set& nodes, double tol, bool in_full, survivors& found);
 
 /// Collective. The same in space where the tolerance is infinite, by IDs alone: all finite nodes are near to all nodes but
 /// those with a NaN. No node has to travel. The code of all ranks.

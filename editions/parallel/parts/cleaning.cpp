@@ -40,9 +40,13 @@ int check_merge(const mesh_part& part, double tol) noexcept {
   const auto id = [&](unsigned k) { return k < own ? part.node_IDs[k] : found.others[k - own]; };
   if (!order_nodes(own, all, used, id, places, merged.node_IDs)) return false;
   if (!merged.coords.resize(dim, merged.node_IDs.size())) return false;
+  const auto put = [&](const double* p, unsigned k) { std::copy_n(p, dim, merged.coords.column(places[k])); };
   for (unsigned k = 0; k < all; ++k) {
-    if (!used.contains(k)) continue;
-    std::copy_n(k < own ? part.coords.column(k) : found.coords.column(k - own), dim, merged.coords.column(places[k]));
+    const unsigned from = k < own ? found.places[k] : k;  // another one where a survivor is merged itself
+    if (used.contains(k)) put(from < own ? part.coords.column(from) : found.coords.column(from - own), k);
+  }
+  for (std::uint64_t t = 0; t < found.takers.size(); ++t) {
+    if (used.contains(found.takers[t])) put(found.taken[t].p, found.takers[t]);
   }
   for (unsigned& place : found.places) place = places[place];
   change_indices(merged.connectivity, found.places);

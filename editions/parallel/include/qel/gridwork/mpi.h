@@ -110,9 +110,10 @@ QEL_GRIDWORK_API int make_part(MPI_Comm comm, const dense2D<double>& coords, con
 /// @return 0; -1 also for a row count of coordinates other than 2 or 3; -3 for a negative or NaN `tol`, or one that differs;
 ///         -201 when the square of `tol` overflows. Nothing is changed on a negative result
 ///
-/// Cost: expected linear in n plus the number of close pairs. Bytes: 9 for a cell of some eight nodes that lies in another
-/// rank's care, 40 to 64 for a node in a cell that other ranks touch. A tolerance near the size of the mesh brings all nodes
-/// to one rank.
+/// Cost: expected linear in n plus the number of close pairs. Bytes: 12 for a cell of some eight positions where
+/// nodes of several ranks may meet, 40 for a position in a cell that several do touch, twice that where a tolerance counts and
+/// several nodes of the rank lie there; a byte or two for every node at such positions. A tolerance near the size of the mesh
+/// brings all positions to one rank.
 QEL_GRIDWORK_API int merge(MPI_Comm comm, mesh_part& part, double tol, std::uint64_t& merged);
 
 /// Removes the elements that hold a node twice: qel::gridwork::remove_degenerated() on the whole mesh.
