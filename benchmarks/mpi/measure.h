@@ -57,7 +57,8 @@ bool report(const char* name, const cost& c, double elements, double most = HUGE
 /// tell.
 double peak_memory(const std::function<void()>& work);
 
-/// Tetrahedra of a cube, about so many: merged, at random on the ranks and after each partition.
-void run_tetrahedra(double elements);
+/// Tetrahedra of a cube, about so many: merged, at random on the ranks and after each partition. False when ranks sent too
+/// many bytes.
+bool run_tetrahedra(double elements);
 
 #endif
