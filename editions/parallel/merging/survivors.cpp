@@ -1,7 +1,7 @@
 #include "merging/survivors.h"
 
 #include <algorithm>
-#include <cstring>
+#include <bit>
 
 #include "communication/distinct_ids.h"
 #include "merging/chains.h"
@@ -12,6 +12,10 @@
 
 namespace qel::gridwork::detail::parallel {
 namespace {
+
+bool same_bits(double x, double y) noexcept {
+  return std::bit_cast<std::uint64_t>(x) == std::bit_cast<std::uint64_t>(y);
+}
 
 /// What linked nodes are merged to, and whether that lies elsewhere than they do, be it by the sign of a zero.
 struct answers {
@@ -25,7 +29,7 @@ int find_answers(team& ranks, int code, handled_nodes<Dim>& handled, const chain
   constexpr std::uint64_t moved = std::uint64_t{1} << 63;  // no ID has this bit
   const auto answer = [&](unsigned i, const double* p) {
     const position<Dim> place = ways.place(i);
-    return ways.survivor(i).id | (std::memcmp(place.p, p, sizeof place) == 0 ? 0 : moved);
+    return ways.survivor(i).id | (std::equal(p, p + Dim, place.p, same_bits) ? 0 : moved);
   };
   const auto take = [&](std::uint64_t k, std::uint64_t id) {
     got.ids[k] = id & ~moved;
