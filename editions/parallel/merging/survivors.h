@@ -14,8 +14,8 @@ struct survivors {
   dense1D<unsigned> places;       // of each node's survivor; its own, if it survives
   dense1D<std::uint64_t> others;  // IDs of those that other ranks have, increasing
   dense2D<double> coords;         // where the others lie
-  dense1D<position<3>> taken;     // by this rank's nodes, where there are any that others are merged to, and that
-  dense1D<unsigned> takers;       // are merged themselves
+  dense1D<unsigned> takers;       // where any survivor is merged itself: linked nodes, each of which, as a survivor,
+  dense1D<position<3>> taken;     // comes to lie here
   std::uint64_t merged = 0;       // nodes of all ranks that do not survive
 
   /// Sets the places of linked nodes, and others, by the IDs of their survivors; `own` are those of this rank's nodes.
