@@ -1,5 +1,9 @@
 #include "measure.h"
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 #include <cstring>
 #include <ctime>
 
@@ -57,7 +61,17 @@ bool report(const char* name, const cost& c, double elements, double most) {
   return passes;
 }
 
+void keep_memory() {
+#ifdef __GLIBC__
+  mallopt(M_MMAP_MAX, 0);
+  mallopt(M_TRIM_THRESHOLD, -1);
+#endif
+}
+
 double peak_memory(const std::function<void()>& work) {
+#ifdef __GLIBC__
+  malloc_trim(0);
+#endif
   if (std::FILE* file = std::fopen("/proc/self/clear_refs", "w")) {
     std::fputs("5", file);  // the most memory held is counted anew
     std::fclose(file);

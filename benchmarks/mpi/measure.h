@@ -53,6 +53,10 @@ cost measure(Work work, unsigned turns = 5) {
 /// Prints what was measured, of so many elements; false when ranks sent more than `most` bytes for each.
 bool report(const char* name, const cost& c, double elements, double most = HUGE_VAL);
 
+/// Lets the process keep memory that is freed, where the C library can be told so. Else pages that each turn gets anew from
+/// the system cost a tenth of the time and more, on some ranks and not on others, by what these freed before.
+void keep_memory();
+
 /// The most bytes that any rank held while work was done, beside what it held before; not above 0 where the system does not
 /// tell.
 double peak_memory(const std::function<void()>& work);
