@@ -21,16 +21,18 @@ class index_flags {
     return true;
   }
 
+  [[nodiscard]] bool copy(const index_flags& other) noexcept { return flags_.copy(other.flags_); }
+
   bool contains(unsigned index) const noexcept {
     QEL_GRIDWORK_CHECK(index + 1U < flags_.size());
     return flags_.data()[index + 1U] != 0;
   }
 
-  /// True when `index` was not in the set.
+  /// True when `index` was not in the set. It is stored in any case: those that are new come as no branch foretells.
   bool insert(unsigned index) noexcept {
-    if (flag(index) != 0) return false;
+    const bool is_new = flag(index) == 0;
     flag(index) = 1;
-    return true;
+    return is_new;
   }
 
  private:

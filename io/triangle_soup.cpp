@@ -7,7 +7,6 @@
 #include "core/check.h"
 #include "core/compact_columns.h"
 #include "core/growth.h"
-#include "core/index_flags.h"
 #include "core/limits.h"
 #include "core/result.h"
 #include "qel/gridwork/ids.h"
@@ -15,20 +14,6 @@
 
 namespace qel::gridwork::detail::io {
 namespace {
-
-/// Renumbers the triangles, moves up those that do not repeat a node, and notes their nodes. Returns their number.
-std::uint64_t renumber(dense2D<unsigned>& connectivity, const dense1D<unsigned>& new_IDs, index_flags& used) noexcept {
-  std::uint64_t kept = 0;
-  for (std::uint64_t j = 0; j < connectivity.cols(); ++j) {
-    const unsigned* old = connectivity.column(j);
-    const unsigned a = new_IDs[old[0]], b = new_IDs[old[1]], c = new_IDs[old[2]];
-    if (a == b || b == c || c == a) continue;
-    unsigned* nodes = connectivity.column(kept++);
-    nodes[0] = a, nodes[1] = b, nodes[2] = c;
-    for (const unsigned node : {a, b, c}) used.insert(node);
-  }
-  return kept;
-}
 
 /// Room for `count` columns and, if memory allows, for all that are likely to come.
 template <class T>
@@ -114,7 +99,7 @@ int triangle_soup::merge_near_nodes() {
   const int merged = proximity_merge(coords_, node_list::all(node_count_), new_IDs, 0.05 * std::sqrt(smallest_height_));
   if (merged < 0) return merged;
   if (!used.reset(node_count_)) return out_of_memory;
-  const std::uint64_t triangles = renumber(connectivity_, new_IDs, used);
+  const std::uint64_t triangles = renumber_triangles(connectivity_, new_IDs, used);
   if (merged == 0 && triangles == triangle_count_) return 0;
   const std::uint64_t nodes = compact_columns(coords_, used, new_IDs);
   if (!connectivity_.resize(3, triangles) || !coords_.resize(3, nodes)) return out_of_memory;
@@ -135,6 +120,20 @@ bool triangle_soup::hand_out_raw() {
 bool triangle_soup::hand_out_blocks() {
   return (raw_.empty() || merge_raw()) && merge_queue() && coords_.resize(3, node_count_) &&
          connectivity_.resize(3, triangle_count_);
+}
+
+std::uint64_t renumber_triangles(dense2D<unsigned>& connectivity, const dense1D<unsigned>& new_IDs,
+                                 index_flags& used) noexcept {
+  std::uint64_t kept = 0;
+  for (std::uint64_t j = 0; j < connectivity.cols(); ++j) {
+    const unsigned* old = connectivity.column(j);
+    const unsigned a = new_IDs[old[0]], b = new_IDs[old[1]], c = new_IDs[old[2]];
+    if (a == b || b == c || c == a) continue;
+    unsigned* nodes = connectivity.column(kept++);
+    nodes[0] = a, nodes[1] = b, nodes[2] = c;
+    for (const unsigned node : {a, b, c}) used.insert(node);
+  }
+  return kept;
 }
 
 int triangle_soup::finish() {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/index_flags.h"
 #include "core/limits.h"
 #include "core/position_table.h"
 #include "io/stl_geometry.h"
@@ -99,6 +100,11 @@ class triangle_soup {
   unsigned in_queue_ = 0;
   unsigned skipped_ = 0;  // places of the first queue that stay empty, so that queues end where blocks end
 };
+
+/// Renumbers triangles, moves up those that do not repeat a node, and notes their nodes. Returns their number; the matrix keeps
+/// its size.
+std::uint64_t renumber_triangles(dense2D<unsigned>& connectivity, const dense1D<unsigned>& new_IDs,
+                                 index_flags& used) noexcept;
 
 }  // namespace qel::gridwork::detail::io
 

@@ -30,17 +30,26 @@ double reach_of(double tol, double largest) noexcept {
   return tol > 0 ? tol + rounding * (largest + tol) : 0;
 }
 
+/// A box around these nodes, those that are finite. Numbers that are none change no box, so that only infinite ones, which
+/// make the box infinite, have to be looked for.
+template <unsigned Dim>
+bounding_box<Dim> box_around(const dense2D<double>& coords, std::uint64_t first, std::uint64_t last) noexcept {
+  bounding_box<Dim> box, finite;
+  for (std::uint64_t j = first; j < last; ++j) box.include(coords.column(j));
+  if (is_finite<Dim>(box.lower) && is_finite<Dim>(box.upper)) return box;
+  for (std::uint64_t j = first; j < last; ++j) {
+    if (is_finite<Dim>(coords.column(j))) finite.include(coords.column(j));
+  }
+  return finite;
+}
+
 }  // namespace
 
-/// Boxes around this rank's nodes, those that are finite. False when memory ran out.
+/// Boxes around this rank's nodes. False when memory ran out.
 template <unsigned Dim>
 bool border_nodes<Dim>::find_boxes(const dense2D<double>& coords) {
   for (std::uint64_t first = 0; first < coords.cols(); first += limits::nodes_per_box) {
-    bounding_box<Dim> box;
-    const std::uint64_t last = std::min(coords.cols(), first + limits::nodes_per_box);
-    for (std::uint64_t j = first; j < last; ++j) {
-      if (is_finite<Dim>(coords.column(j))) box.include(coords.column(j));
-    }
+    const auto box = box_around<Dim>(coords, first, std::min(coords.cols(), first + limits::nodes_per_box));
     if (!boxes_.push_back(box)) return false;
     if (box.lower[0] > box.upper[0]) continue;  // none is finite
     own_box_.include(box.lower);

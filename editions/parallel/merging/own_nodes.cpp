@@ -31,7 +31,7 @@ class link_search {
     for (unsigned i = 0; i < count && room; ++i) {
       const bool follows = next_follower != followers.end() && next_follower->node == i;
       next_follower += follows ? 1 : 0;
-      if (follows) continue;
+      if (follows || (map_[i] == i && states_[i] == unknown)) continue;
       if (states_[pass_way(i)] == linked_to_others) link_way(i);
       if (states_[i] != linked_to_others) continue;
       const bool is_outer = next != outer.end() && next->node == i;

@@ -35,15 +35,17 @@ int check_merge(const mesh_part& part, double tol) noexcept {
   const auto own = static_cast<unsigned>(part.node_IDs.size()), all = own + static_cast<unsigned>(found.others.size());
   detail::index_flags used;
   dense1D<unsigned> places;
+  unsigned count = 0;
   if (!used.reset(all)) return false;
   for (const unsigned survivor : found.places) used.insert(survivor);
-  const auto id = [&](unsigned k) { return k < own ? part.node_IDs[k] : found.others[k - own]; };
-  if (!order_nodes(own, all, used, id, places, merged.node_IDs)) return false;
-  if (!merged.coords.resize(dim, merged.node_IDs.size())) return false;
+  if (!order_nodes(part.node_IDs, found.others, used, places, count)) return false;
+  if (!merged.coords.resize(dim, count) || !merged.node_IDs.resize(count)) return false;
   const auto put = [&](const double* p, unsigned k) { std::copy_n(p, dim, merged.coords.column(places[k])); };
   for (unsigned k = 0; k < all; ++k) {
+    if (!used.contains(k)) continue;
     const unsigned from = k < own ? found.places[k] : k;  // another one where a survivor is merged itself
-    if (used.contains(k)) put(from < own ? part.coords.column(from) : found.coords.column(from - own), k);
+    merged.node_IDs[places[k]] = k < own ? part.node_IDs[k] : found.others[k - own];
+    put(from < own ? part.coords.column(from) : found.coords.column(from - own), k);
   }
   for (std::uint64_t t = 0; t < found.takers.size(); ++t) {
     if (used.contains(found.takers[t])) put(found.taken[t].p, found.takers[t]);

@@ -23,31 +23,21 @@ inline unsigned place_in(const dense1D<std::uint64_t>& ids, std::uint64_t id) no
   return *found == id ? static_cast<unsigned>(found - ids.begin()) : none;
 }
 
-/// Orders the nodes of a part: those that are `used` of two lists, each in the order of IDs, own nodes and numbered on behind
-/// them others. Node k has id(k), and gets the place in the part places[k], `none` if it is not used. False when memory ran
-/// out.
-template <class ID>
-[[nodiscard]] bool order_nodes(unsigned own, unsigned all, const index_flags& used, ID id, dense1D<unsigned>& places,
-                               dense1D<std::uint64_t>& node_IDs) {
-  std::uint64_t count = 0;
-  for (unsigned k = 0; k < all; ++k) count += used.contains(k) ? 1 : 0;
-  if (!places.resize(all, none) || !node_IDs.resize(count)) return false;
-  unsigned next = 0, other = own;
-  const auto take = [&](unsigned k) {
-    node_IDs[next] = id(k);
-    places[k] = next++;
-  };
-  const auto take_others_before = [&](std::uint64_t bound) {
-    for (; other < all && (!used.contains(other) || id(other) < bound); ++other) {
-      if (used.contains(other)) take(other);
-    }
-  };
-  for (unsigned k = 0; k < own; ++k) {
-    if (!used.contains(k)) continue;
-    take_others_before(id(k));
-    take(k);
+/// Orders the nodes of a part: those that are `used` of own nodes and, numbered on behind them, others. IDs increase in either
+/// list, or stay as they are where nodes are not used. Each node gets its place among all used ones, `none` if it is not used;
+/// `count` is their number. False when memory ran out.
+[[nodiscard]] inline bool order_nodes(const dense1D<std::uint64_t>& own, const dense1D<std::uint64_t>& others,
+                                      const index_flags& used, dense1D<unsigned>& places, unsigned& count) {
+  const auto own_count = static_cast<unsigned>(own.size()), other_count = static_cast<unsigned>(others.size());
+  if (!places.resize(own_count + other_count)) return false;
+  unsigned other = 0;
+  count = 0;
+  const auto place = [&](unsigned k) { places[k] = used.contains(k) ? count++ : none; };
+  for (unsigned k = 0; k < own_count; ++k) {
+    while (other < other_count && others[other] < own[k]) place(own_count + other++);
+    place(k);
   }
-  take_others_before(no_ID);
+  while (other < other_count) place(own_count + other++);
   return true;
 }
 

@@ -41,9 +41,10 @@ int take_as_is(team& ranks, bool room, piece& read, mesh_part& part) {
   return ranks.agree(room ? 0 : out_of_memory);
 }
 
-/// The first corner of each node: nodes are numbered as they come.
+/// The first corner of each node: nodes are numbered as they come. There is room for some nodes of other ranks, too.
 [[nodiscard]] bool name_nodes(const piece& read, dense1D<std::uint64_t>& names) {
-  if (!names.resize(read.coords.cols())) return false;
+  const std::uint64_t count = read.coords.cols();
+  if (!names.reserve(count + count / 64) || !names.resize(count)) return false;
   std::uint64_t next = 0;
   const unsigned* corners = read.connectivity.data();
   for (std::uint64_t c = 0; c < read.connectivity.size(); ++c) {
@@ -55,10 +56,10 @@ int take_as_is(team& ranks, bool room, piece& read, mesh_part& part) {
 /// The parts of the mesh, once the survivors of all nodes are known.
 class mesh_maker {
  public:
-  mesh_maker(team& ranks, piece& read, const dense1D<std::uint64_t>& names, const survivors& found) noexcept
+  mesh_maker(team& ranks, piece& read, dense1D<std::uint64_t>& names, const survivors& found) noexcept
       : ranks_(ranks),
         read_(read),
-        names_(names),
+        ids_(names),
         found_(found),
         own_(static_cast<unsigned>(names.size())),
         all_(own_ + static_cast<unsigned>(found.others.size())) {}
@@ -75,20 +76,9 @@ class mesh_maker {
     double p[3];
   };
 
-  /// Lets triangles hold survivors, moves up those that are left, and notes their nodes.
   [[nodiscard]] bool drop_degenerate() {
-    dense2D<unsigned>& triangles = read_.connectivity;
     if (!used_.reset(all_)) return false;
-    std::uint64_t kept = 0;
-    for (std::uint64_t j = 0; j < triangles.cols(); ++j) {
-      const unsigned* old = triangles.column(j);
-      const unsigned a = found_.places[old[0]], b = found_.places[old[1]], c = found_.places[old[2]];
-      if (a == b || b == c || c == a) continue;
-      unsigned* nodes = triangles.column(kept++);
-      nodes[0] = a, nodes[1] = b, nodes[2] = c;
-      for (const unsigned node : {a, b, c}) used_.insert(node);
-    }
-    return triangles.resize(3, kept);
+    return read_.connectivity.resize(3, io::renumber_triangles(read_.connectivity, found_.places, used_));
   }
 
   /// Survivors of other ranks are reported to those, and get their numbers there.
@@ -110,89 +100,96 @@ class mesh_maker {
     code = exchange(ranks_, out.fill(ranks_, walk) ? 0 : out_of_memory, out, in);
     if (code < 0) return code;
     dense1D<numbered_node> given;
-    const bool room = number_survivors(in.items) && list_numbers(in.items, given);
+    const bool room = number_survivors(in.items, given);
     return reply(ranks_, room ? 0 : out_of_memory, in, given, out, received_);
   }
 
-  /// Numbers the nodes of this rank that triangles of any rank use.
-  [[nodiscard]] bool number_survivors(const dense1D<std::uint64_t>& reported) {
-    index_flags asked;
-    const bool room = asked.reset(own_) && numbers_.resize(own_);
-    for (std::uint64_t i = 0; room && i < reported.size(); ++i) asked.insert(place_in(names_, reported[i]));
-    unsigned count = 0;
+  /// Numbers the nodes of this rank that triangles of any rank use, and lists those that are reported by their names. Each
+  /// other node gets the number of the next one.
+  [[nodiscard]] bool number_survivors(const dense1D<std::uint64_t>& reported, dense1D<numbered_node>& list) {
+    index_flags kept;
+    dense1D<unsigned> nodes;
+    const bool room = kept.copy(used_) && nodes.resize(reported.size()) && list.resize(reported.size());
+    for (std::uint64_t i = 0; room && i < reported.size(); ++i) {
+      nodes[i] = place_in(ids_, reported[i]);
+      kept.insert(nodes[i]);
+    }
+    std::uint64_t count = 0;
+    for (unsigned k = 0; room && k < own_; ++k) count += kept.contains(k) ? 1 : 0;
+    std::uint64_t next = ranks_.number(count).before;
     for (unsigned k = 0; room && k < own_; ++k) {
-      numbers_[k] = count;
-      count += used_.contains(k) || asked.contains(k) ? 1 : 0;
+      ids_[k] = next;
+      next += kept.contains(k) ? 1 : 0;
     }
-    numbered_before_ = ranks_.number(count).before;
+    for (std::uint64_t i = 0; room && i < list.size(); ++i) {
+      list[i].id = ids_[nodes[i]];
+      std::copy_n(read_.coords.column(nodes[i]), 3, list[i].p);
+    }
     return room;
-  }
-
-  [[nodiscard]] bool list_numbers(const dense1D<std::uint64_t>& names, dense1D<numbered_node>& list) const {
-    if (!list.resize(names.size())) return false;
-    for (std::uint64_t i = 0; i < names.size(); ++i) {
-      const unsigned k = place_in(names_, names[i]);
-      list[i].id = numbered_before_ + numbers_[k];
-      std::copy_n(read_.coords.column(k), 3, list[i].p);
-    }
-    return true;
   }
 
   [[nodiscard]] bool fill(mesh_part& part) {
     const std::uint64_t triangles = read_.connectivity.cols();
     const std::uint64_t first_triangle = ranks_.number(triangles).before;
-    dense1D<const numbered_node*> answers;
+    dense1D<std::uint64_t> others;
     dense1D<unsigned> places;
-    if (!number_from(first_triangle, triangles, part.element_IDs) || !find_answers(answers)) return false;
-    const auto id = [&](unsigned k) { return k < own_ ? numbered_before_ + numbers_[k] : answers[k - own_]->id; };
-    if (!order_nodes(own_, all_, used_, id, places, part.node_IDs) || !place_nodes(places, answers)) return false;
+    unsigned count = 0;
+    if (!number_from(first_triangle, triangles, part.element_IDs) || !number_others(others)) return false;
+    if (!order_nodes(ids_, others, used_, places, count) || !place_nodes(places)) return false;
     change_indices(read_.connectivity, places);
-    if (!read_.coords.resize(3, part.node_IDs.size())) return false;
+    if (!read_.coords.resize(3, count) || !ids_.resize(count)) return false;
     trim(read_.coords, read_.coords.size() / 8);
     trim(read_.connectivity, read_.connectivity.size() / 8);
+    trim(ids_, ids_.size() / 8);
+    part.node_IDs = std::move(ids_);
     part.coords = std::move(read_.coords);
     part.connectivity = std::move(read_.connectivity);
     return true;
   }
 
-  /// Those of survivors that are used: they come in the order of names, as these grow with the ranks.
-  [[nodiscard]] bool find_answers(dense1D<const numbered_node*>& answers) const {
-    if (!answers.resize(all_ - own_, nullptr)) return false;
+  /// The numbers of survivors of other ranks. Those that are used come in the order of names, as these grow with the ranks;
+  /// each other one gets the number before it.
+  [[nodiscard]] bool number_others(dense1D<std::uint64_t>& ids) const {
+    if (!ids.resize(all_ - own_)) return false;
+    std::uint64_t id = 0;
     const numbered_node* next = received_.begin();
     for (unsigned k = own_; k < all_; ++k) {
-      if (used_.contains(k)) answers[k - own_] = next++;
+      if (used_.contains(k)) id = (next++)->id;
+      ids[k - own_] = id;
     }
     return true;
   }
 
   /// Moves nodes of this rank to their places, and puts others between. Places grow with nodes, so that none is overwritten
   /// before it is moved.
-  [[nodiscard]] bool place_nodes(const dense1D<unsigned>& places, const dense1D<const numbered_node*>& answers) {
+  [[nodiscard]] bool place_nodes(const dense1D<unsigned>& places) {
     dense2D<double>& coords = read_.coords;
-    if (!coords.resize(3, all_)) return false;
-    const auto put = [&](const double* p, unsigned place) { std::copy_n(p, 3, coords.column(place)); };
+    if (!coords.resize(3, all_) || !ids_.resize(all_)) return false;
+    const auto put = [&](std::uint64_t id, const double* p, unsigned place) {
+      ids_[place] = id;
+      std::copy_n(p, 3, coords.column(place));
+    };
     for (unsigned k = 0; k < own_; ++k) {
-      if (places[k] < k) put(coords.column(k), places[k]);
+      if (places[k] < k) put(ids_[k], coords.column(k), places[k]);
     }
     for (unsigned k = own_; k-- > 0;) {
-      if (places[k] > k && places[k] != none) put(coords.column(k), places[k]);
+      if (places[k] > k && places[k] != none) put(ids_[k], coords.column(k), places[k]);
     }
+    const numbered_node* next = received_.begin();
     for (unsigned k = own_; k < all_; ++k) {
-      if (places[k] != none) put(answers[k - own_]->p, places[k]);
+      if (places[k] != none) put(next->id, next->p, places[k]), ++next;
     }
     return true;
   }
 
   team& ranks_;
   piece& read_;
-  const dense1D<std::uint64_t>& names_;
+  dense1D<std::uint64_t>& ids_;  // of this rank's nodes: names, then numbers
   const survivors& found_;
-  unsigned own_;                       // survivors are nodes of this rank,
-  unsigned all_;                       // or behind them others
-  index_flags used_;                   // by triangles of this rank
-  dense1D<unsigned> numbers_;          // of own nodes that any rank's triangles use,
-  std::uint64_t numbered_before_ = 0;  // counted from here
-  dense1D<numbered_node> received_;    // others that are used
+  unsigned own_;                     // survivors are nodes of this rank,
+  unsigned all_;                     // or behind them others
+  index_flags used_;                 // by triangles of this rank
+  dense1D<numbered_node> received_;  // others that are used
 };
 
 }  // namespace
