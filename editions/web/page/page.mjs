@@ -22,6 +22,7 @@ function setBusy(words) {
 function fail(message) {
   setBusy('');
   $('error').textContent = message;
+  $('error').scrollIntoView({ block: 'nearest' }); // what was pressed may lie far below
 }
 
 function cancel() {
@@ -115,8 +116,10 @@ const receive = {
 function repair(event) {
   event.preventDefault();
   const tolerance = Number($('tolerance').value.replace(',', '.'));
+  const isGood = tolerance >= 0;
   $('error').textContent = '';
-  if (!(tolerance >= 0)) return fail('The tolerance is no number from 0 on.');
+  $('cleaned').textContent = isGood ? '' : 'The tolerance is no number from 0 on.';
+  if (!isGood) return;
   before = shown;
   setBusy('Merging');
   session.ask('clean', { tolerance });

@@ -66,9 +66,12 @@ pageTest('files are dropped and repaired; names are text, not markup', async () 
   await page.waitForSelector('body[data-shown]');
   assert.equal(await page.textContent('#name'), '<img src=x onerror=alert(1)>.stl');
   assert.equal(await page.$('img'), null);
+  await page.fill('#tolerance', 'much');
+  await page.click('#repair button');
+  assert.match(await page.textContent('#cleaned'), /no number/);
   await page.fill('#tolerance', '2');
   await page.click('#repair button');
-  await page.waitForFunction(() => document.getElementById('cleaned').textContent !== '');
+  await page.waitForFunction(() => document.getElementById('cleaned').textContent.startsWith('Merged'));
   assert.match(await page.textContent('#cleaned'), /^Merged \d+ nodes; removed \d+ elements and \d+ nodes\.$/);
   await page.waitForFunction(() => /^ *Before/.test(document.getElementById('counts').textContent));
   assert.match(await page.textContent('#counts'), /Free edges16\d+/);

@@ -111,14 +111,14 @@ const controls = (page) =>
   })));
 
 pageTest('controls have names, a phone has room for them, and the keyboard reaches all', async () => {
-  const page = await visit({ viewport: { width: 375, height: 700 }, isMobile: true, hasTouch: true });
+  const page = await visit({ viewport: { width: 360, height: 700 }, isMobile: true, hasTouch: true });
   await open(page, bracket);
   const all = await controls(page);
   for (const { tag, name, height } of all) {
     assert(name?.trim(), tag);
     assert(height >= 44, `${name}: ${height}`);
   }
-  assert.equal(await page.evaluate(() => document.documentElement.scrollWidth), 375);
+  assert.equal(await page.evaluate(() => document.documentElement.scrollWidth), 360);
   const seen = [];
   await page.focus('#file');
   for (let k = 0; k < all.length; ++k) {
