@@ -11,12 +11,12 @@ const compressed = (path) => brotliCompressSync(readFileSync(path)).length;
 test('the page with its module', () => {
   const files = readdirSync(pageFolder).filter((name) => name !== 'sample.stl');
   const total = files.reduce((sum, name) => sum + compressed(join(pageFolder, name)), 0);
-  assert(total < 113_500, `${total} bytes`);
+  assert(total < 111_700, `${total} bytes`);
 });
 
 test('the module with all functions', () => {
   const size = compressed(join(packageFolder, 'gridwork.wasm'));
-  assert(size < 169_500, `${size} bytes`);
+  assert(size < 163_800, `${size} bytes`);
 });
 
 test('the package has the version of the library, and no dependency', () => {
