@@ -113,13 +113,18 @@ const receive = {
   lost: fail,
 };
 
+function complaintOf(tolerance) {
+  if (!(tolerance >= 0)) return 'The tolerance is no number from 0 on.';
+  return shown.valid ? '' : 'Elements have nodes that are not there: this cannot be repaired.';
+}
+
 function repair(event) {
   event.preventDefault();
   const tolerance = Number($('tolerance').value.replace(',', '.'));
-  const isGood = tolerance >= 0;
+  const complaint = complaintOf(tolerance);
   $('error').textContent = '';
-  $('cleaned').textContent = isGood ? '' : 'The tolerance is no number from 0 on.';
-  if (!isGood) return;
+  $('cleaned').textContent = complaint;
+  if (complaint !== '') return;
   before = shown;
   setBusy('Merging');
   session.ask('clean', { tolerance });

@@ -91,8 +91,13 @@ pageTest('what is no mesh is refused in words, and the next file is read', async
     await open(page, file);
     assert.match(await page.textContent('#error'), words);
   }
+  await open(page, given('damaged.obj', 'v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 9\n'));
+  assert.match(await page.textContent('#verdict'), /^Damaged/);
+  await page.click('#repair button');
+  assert.match(await page.textContent('#cleaned'), /cannot be repaired/);
   await open(page, bracket);
   assert.equal(await page.textContent('#error'), '');
+  assert.equal(await page.textContent('#cleaned'), '');
   assert.equal(await page.textContent('#verdict'), 'Closed: no free edges.');
   await page.context().close();
 });
