@@ -4,6 +4,7 @@
 # Usage: scripts/benchmark_mpi.sh [--goals | --weak | RANKS ...]
 #   --goals: one and two ranks, and what they should reach on two idle cores
 #   --weak: as many triangles for each rank, however many these are
+# Ranks keep the memory that they free; with QEL_FRESH_MEMORY=1 the system gives them new pages in each turn.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh

@@ -61,10 +61,11 @@ bool report(const char* name, const cost& c, double elements, double most) {
   return passes;
 }
 
-void keep_memory() {
+void keep_memory([[maybe_unused]] bool keep) {
 #ifdef __GLIBC__
-  mallopt(M_MMAP_MAX, 0);
-  mallopt(M_TRIM_THRESHOLD, -1);
+  constexpr int page = 4096, all_there_is = -1, many = 1 << 20;
+  mallopt(M_MMAP_MAX, keep ? 0 : many);
+  mallopt(M_TRIM_THRESHOLD, keep ? all_there_is : page);
 #endif
 }
 

@@ -53,9 +53,9 @@ cost measure(Work work, unsigned turns = 5) {
 /// Prints what was measured, of so many elements; false when ranks sent more than `most` bytes for each.
 bool report(const char* name, const cost& c, double elements, double most = HUGE_VAL);
 
-/// Lets the process keep memory that is freed, where the C library can be told so. Else pages that each turn gets anew from
-/// the system cost a tenth of the time and more, on some ranks and not on others, by what these freed before.
-void keep_memory();
+/// Lets the process keep memory that is freed, or give it back, where the C library can be told so. By itself it keeps some,
+/// on some ranks more than on others, by what these freed before; and new pages cost a tenth of the time and more.
+void keep_memory(bool keep);
 
 /// The most bytes that any rank held while work was done, beside what it held before; not above 0 where the system does not
 /// tell.
