@@ -58,7 +58,6 @@ class Call {
 
   readBack(address, kind) {
     const slot = readSlot(this.#instance.buffer, address);
-    if (slot.owner !== 0) this.#owners.push(slot.owner);
     if (kind === 'r') return Array.from({ length: slot.cols }, (_, k) => this.readBack(slot.data + k * slotSize, 'm'));
     if (kind === 'h') return histogram(this.#entries(Float64Array, slot));
     if (kind === 'd' || kind === 't') return slot.number;
@@ -74,6 +73,14 @@ class Call {
     if (stride === rows) entries.set(all);
     else for (let k = 0; k < cols; ++k) entries.set(all.subarray(k * stride, k * stride + rows), k * rows);
     return entries;
+  }
+
+  // Notes what a call has left in its slots, to be released at the end.
+  own(slots, count) {
+    for (let k = 0; k < count; ++k) {
+      const { owner } = readSlot(this.#instance.buffer, slots + k * slotSize);
+      if (owner !== 0) this.#owners.push(owner);
+    }
   }
 
   finish() {
@@ -102,6 +109,7 @@ export function invoke(instance, row, values) {
     let next = 0;
     row.parameters.forEach((p, k) => call.fill(slots + k * slotSize, p.kind, p.isGiven ? values[next++] : undefined));
     const result = instance.exports.call(row.row, slots);
+    call.own(slots, row.parameters.length);
     const found = results(row, call, slots, row.result === 'b' ? result !== 0 : result);
     if (row.result === 'i' && result < 0) {
       const words = instance.text(instance.exports.call_message(row.row, result));

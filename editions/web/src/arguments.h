@@ -1,11 +1,10 @@
-// How each type of a parameter is made of a slot, and read back into it.
+// How each type of a parameter is made of a slot, and shown in it.
 #ifndef QEL_GRIDWORK_WEB_ARGUMENTS_H
 #define QEL_GRIDWORK_WEB_ARGUMENTS_H
 
 #include <qel/gridwork.h>
 
 #include <algorithm>
-#include <string>
 #include <type_traits>
 #include <vector>
 
@@ -28,7 +27,62 @@ struct detector : kept {
   gw::node_detector tree;
 };
 
-/// argument<P> holds the value of a parameter of type P; kind is what JavaScript calls it.
+/// Numbers of constant count: vectors, symmetric and full matrices.
+template <class T>
+concept fixed = !std::is_const_v<T> && (T::size() > 0);
+
+template <class T>
+concept number = std::is_arithmetic_v<T> || std::is_enum_v<T>;
+
+template <fixed T>
+void show(const T& value, slot& s) {
+  s.data = const_cast<double*>(value.data());
+  s.rows = s.stride = 1;
+  s.cols = T::size();
+}
+
+template <number T>
+void show(T value, slot& s) {
+  s.number = static_cast<double>(value);
+}
+
+inline void show(const matrices& all, slot& s) {
+  slot* part = static_cast<slot*>(s.data);
+  for (const elements& one : all) show(one, *part++);
+}
+
+template <class T>
+struct held_value : held {
+  template <class... Given>
+  explicit held_value(Given... given) : value(given...) {}
+  void show_in(slot& s) override { show(value, s); }
+  T value;
+};
+
+/// A histogram is shown as a list of its numbers.
+template <>
+struct held_value<qel::misc::histogram> : held {
+  void show_in(slot& s) override {
+    numbers.clear();
+    for (const double x : {value.lower(), value.upper(), value.min(), value.max(), value.mean()}) add(x);
+    for (const std::uint64_t n : {value.below(), value.above(), value.not_a_number()}) add(static_cast<double>(n));
+    for (unsigned k = 0; k < value.bins(); ++k) add(static_cast<double>(value.bin(k)));
+    show(numbers, s);
+  }
+  void add(double x) { (void)numbers.push_back(x); }
+  qel::misc::histogram value;
+  values numbers;
+};
+
+template <class T, class... Given>
+T& hold(slot& s, Given... given) {
+  auto* value = new held_value<T>(given...);
+  s.owner = value;
+  return value->value;
+}
+
+/// argument<P>::in makes a parameter of type P of a slot; kind is what JavaScript calls it. All rows of the table share
+/// these few functions, so that a row is little code.
 template <class P>
 struct argument;
 
@@ -41,79 +95,57 @@ constexpr const char* kind_of_list() {
 template <class T>
 struct argument<qel::dense1D<T>&> {
   static constexpr const char* kind = kind_of_list<T>();
-  explicit argument(const slot& s) : value(std::uint64_t{s.cols}, static_cast<T*>(s.data)) {}
-  void finish(slot& s) { give_back(std::move(value), s); }
-  qel::dense1D<T> value;
+  static qel::dense1D<T>& in(slot& s) {
+    return hold<qel::dense1D<T>>(s, std::uint64_t{s.cols}, static_cast<T*>(s.data));
+  }
 };
 
 template <class T>
 struct argument<qel::dense2D<T>&> {
   static constexpr const char* kind = std::is_same_v<T, double> ? "M" : "m";
-  explicit argument(const slot& s) : value(s.rows, s.cols, static_cast<T*>(s.data)) {}
-  void finish(slot& s) { give_back(std::move(value), s); }
-  qel::dense2D<T> value;
+  static qel::dense2D<T>& in(slot& s) { return hold<qel::dense2D<T>>(s, s.rows, s.cols, static_cast<T*>(s.data)); }
 };
 
 template <>
 struct argument<matrices&> {
   static constexpr const char* kind = "r";
-  explicit argument(const slot& s) : parts(static_cast<slot*>(s.data)) {
-    for (std::uint32_t k = 0; k < s.cols; ++k) value.push_back(argument<elements&>(parts[k]).value);
+  static matrices& in(slot& s) {
+    auto& all = hold<matrices>(s);
+    slot* parts = static_cast<slot*>(s.data);
+    for (std::uint32_t k = 0; k < s.cols; ++k) {
+      all.emplace_back(parts[k].rows, parts[k].cols, static_cast<unsigned*>(parts[k].data));
+    }
+    return all;
   }
-  void finish(slot&) {
-    for (std::size_t k = 0; k < value.size(); ++k) give_back(std::move(value[k]), parts[k]);
-  }
-  slot* parts;
-  matrices value;
 };
-
-/// Numbers of constant count: vectors, symmetric and full matrices.
-template <class T>
-concept fixed = !std::is_const_v<T> && (T::size() > 0);
 
 template <fixed T>
 struct argument<T&> {
   static constexpr char kind[] = {'p', static_cast<char>('0' + T::size()), '\0'};
-  explicit argument(const slot& s) {
+  static T& in(slot& s) {
+    T& value = hold<T>(s);
     const double* given = static_cast<double*>(s.data);
     if (s.cols == T::size()) std::copy(given, given + T::size(), value.data());
+    return value;
   }
-  void finish(slot& s) {
-    values all(std::uint64_t{T::size()});
-    std::copy(value.data(), value.data() + T::size(), all.data());
-    give_back(std::move(all), s);
-  }
-  T value = {};
 };
 
 template <>
 struct argument<qel::misc::histogram&> {
   static constexpr const char* kind = "h";
-  explicit argument(const slot&) {}
-  void finish(slot& s) {
-    values all;
-    for (const double x : {value.lower(), value.upper(), value.min(), value.max(), value.mean()}) add(all, x);
-    for (const std::uint64_t n : {value.below(), value.above(), value.not_a_number()}) add(all, static_cast<double>(n));
-    for (unsigned k = 0; k < value.bins(); ++k) add(all, static_cast<double>(value.bin(k)));
-    give_back(std::move(all), s);
-  }
-  static void add(values& all, double x) { (void)all.push_back(x); }
-  qel::misc::histogram value;
+  static qel::misc::histogram& in(slot& s) { return hold<qel::misc::histogram>(s); }
 };
 
 template <>
 struct argument<detector&> {
   static constexpr const char* kind = "o";
-  explicit argument(const slot& s) : value(*static_cast<detector*>(s.data)) {}
-  void finish(slot&) {}
-  detector& value;
+  static detector& in(slot& s) { return *static_cast<detector*>(s.data); }
 };
 
 template <>
 struct argument<const char*> {
   static constexpr const char* kind = "f";
-  explicit argument(const slot& s) : value(static_cast<char*>(s.data)) {}
-  const char* value;
+  static const char* in(slot& s) { return static_cast<char*>(s.data); }
 };
 
 template <class T>
@@ -123,34 +155,24 @@ constexpr const char* kind_of_number() {
   return "d";
 }
 
-template <class T>
-concept number = std::is_arithmetic_v<T> || std::is_enum_v<T>;
-
 template <number T>
 struct argument<T> {
   static constexpr const char* kind = kind_of_number<T>();
-  explicit argument(const slot& s) : value(static_cast<T>(s.number)) {}
-  T value;
+  static T in(slot& s) { return static_cast<T>(s.number); }
 };
 
 template <number T>
-struct argument<T&> : argument<T> {
-  using argument<T>::argument;
-  void finish(slot& s) { s.number = static_cast<double>(this->value); }
+struct argument<T&> {
+  static constexpr const char* kind = argument<T>::kind;
+  static T& in(slot& s) { return hold<T>(s, static_cast<T>(s.number)); }
 };
 
-/// What is not changed is no result.
 template <class T>
-struct argument<const T&> : argument<T&> {
-  using argument<T&>::argument;
-  void finish(slot&) = delete;
-};
+struct argument<const T&> : argument<T&> {};
 
 /// Lists that are handed over by value.
 template <class T>
-struct argument<qel::dense1D<T>> : argument<const qel::dense1D<T>&> {
-  using argument<const qel::dense1D<T>&>::argument;
-};
+struct argument<qel::dense1D<T>> : argument<qel::dense1D<T>&> {};
 
 }  // namespace web
 

@@ -1,7 +1,9 @@
 // What JavaScript calls to learn of the functions and to call them.
 #include "functions.h"
 
-#include <cstdlib>
+#include <algorithm>
+#include <string>
+#include <vector>
 
 #include "exports.h"
 
@@ -36,7 +38,16 @@ QEL_GRIDWORK_WEB_EXPORT("functions") const char* list_functions() {
   return text.c_str();
 }
 
-QEL_GRIDWORK_WEB_EXPORT("call") double call(unsigned row, slot* slots) { return functions()[row].call(slots); }
+QEL_GRIDWORK_WEB_EXPORT("call") double call(unsigned row, slot* slots) {
+  const function& f = functions()[row];
+  const double result = f.call(slots);
+  const std::string_view kinds = f.kinds;
+  const auto parameters = std::count(kinds.begin(), kinds.end(), ',');
+  for (slot* s = slots; s != slots + parameters; ++s) {
+    if (s->owner != nullptr) s->owner->show_in(*s);
+  }
+  return result;
+}
 
 QEL_GRIDWORK_WEB_EXPORT("call_message") const char* call_message(unsigned row, int result) {
   const function& f = functions()[row];

@@ -8,7 +8,7 @@
 #include <initializer_list>
 #include <span>
 #include <string_view>
-#include <tuple>
+#include <utility>
 
 #include "arguments.h"
 
@@ -57,19 +57,10 @@ struct binding {
 
   template <std::size_t... K>
   static double call(slot* slots, std::index_sequence<K...>) {
-    std::tuple<argument<P>...> arguments{argument<P>(slots[K])...};
-    double result = 0;
     if constexpr (std::is_void_v<R>)
-      F(std::get<K>(arguments).value...);
+      return F(argument<P>::in(slots[K])...), 0;
     else
-      result = static_cast<double>(F(std::get<K>(arguments).value...));
-    (finish(std::get<K>(arguments), slots[K]), ...);
-    return result;
-  }
-
-  template <class A>
-  static void finish(A& a, slot& s) {
-    if constexpr (requires { a.finish(s); }) a.finish(s);
+      return static_cast<double>(F(argument<P>::in(slots[K])...));
   }
 };
 

@@ -5,9 +5,10 @@
 #include <qel/dense.h>
 
 #include <cstdint>
-#include <utility>
 
 namespace web {
+
+struct slot;
 
 /// What JavaScript has to give back when it has read a result.
 struct kept {
@@ -17,10 +18,10 @@ struct kept {
   virtual ~kept() = default;
 };
 
-template <class T>
-struct kept_value : kept {
-  explicit kept_value(T v) : value(std::move(v)) {}
-  T value;
+/// The value of an argument, kept until JavaScript has read what became of it.
+struct held : kept {
+  /// Makes a slot tell of the value.
+  virtual void show_in(slot& s) = 0;
 };
 
 /// One argument. js/slots.mjs knows where its members lie.
@@ -29,7 +30,7 @@ struct slot {
   std::uint32_t rows = 0;
   std::uint32_t cols = 0;
   std::uint32_t stride = 0;  ///< entries from one column to the next
-  kept* owner = nullptr;     ///< of the entries of a result
+  held* owner = nullptr;     ///< of the value, once there is one
   std::uint32_t unused = 0;
   double number = 0;
 };
@@ -49,14 +50,6 @@ void show(const qel::dense2D<T>& matrix, slot& s) {
   s.rows = static_cast<std::uint32_t>(matrix.rows());
   s.cols = static_cast<std::uint32_t>(matrix.cols());
   s.stride = static_cast<std::uint32_t>(matrix.ld());
-}
-
-/// Makes a slot tell of an array, and keeps the array until JavaScript has read it.
-template <class Array>
-void give_back(Array&& array, slot& s) {
-  auto* held = new kept_value<std::decay_t<Array>>(std::forward<Array>(array));
-  show(held->value, s);
-  s.owner = held;
 }
 
 }  // namespace web

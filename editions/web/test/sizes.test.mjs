@@ -16,7 +16,7 @@ test('the page with its module', () => {
 
 test('the module with all functions', () => {
   const size = compressed(join(packageFolder, 'gridwork.wasm'));
-  assert(size < 163_800, `${size} bytes`);
+  assert(size < 155_500, `${size} bytes`);
 });
 
 test('the package has the version of the library, and no dependency', () => {
