@@ -196,6 +196,20 @@ test('functions on typed arrays', () => {
   assert.deepEqual([...box.boxMin, ...box.boxMax], [0, 0, -1, 0, 5, 0]);
 });
 
+test('numbers, histograms and lists of matrices come back changed', () => {
+  const coords = new Float64Array([0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 0, 1e-9]);
+  const { result, h } = gw.edgeQualities(coords, tetrahedron, 'TRIA3', new Float64Array(5).fill(1));
+  assert.deepEqual([result, h.min, h.max, h.below, h.above, h.notANumber], [6, 1, Math.SQRT2, 0, 0, 0]);
+  assert(Math.abs(h.mean - (1 + Math.SQRT2) / 2) < 1e-15);
+  assert.deepEqual([...h.bins.entries()].filter(([, n]) => n > 0), [[10, 3], [14, 3]]);
+  const parts = [gw.matrix(3, tetrahedron), gw.matrix(2, new Uint32Array([0, 4]))];
+  const merged = gw.merge(coords, parts, 1e-6);
+  assert.deepEqual(merged.connectivities.map((part) => [...part.data]), [[...tetrahedron], [0, 1]]);
+  assert.deepEqual([...merged.newIDs], [0, 1, 2, 3, 1]);
+  const { qmin, jmin } = gw.minQuality(coords, tetrahedron, 'TRIA3');
+  assert(jmin === 0 && qmin > 0.7 && qmin < 0.72);
+});
+
 test('mixed elements: what is no node stays no node', () => {
   const faces = gw.matrix(4, new Uint32Array([0, 1, 2, ~0, 1, 3, 4, 2]));
   assert.deepEqual([...gw.getNeighbors(faces, 'FACE_MIX', false).neighbors.data].filter((n) => n < 2).sort(), [0, 1]);
