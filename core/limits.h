@@ -230,6 +230,10 @@ constexpr std::uint64_t exchange_round = limit<std::uint64_t>(1 << 26, 64);
 /// Triangles of a file that a rank reads at once.
 constexpr std::uint64_t triangles_per_read = limit<std::uint64_t>(1 << 15, 3);
 
+/// One node of another rank for so many of its own is what a rank that reads triangles has room for from the start: more of
+/// them lie along a piece of a file only where this is scattered, and then the list is copied once.
+constexpr std::uint64_t nodes_per_guest = limit<std::uint64_t>(64, 1 << 20);
+
 /// Nodes in a row that have a box in common: where it lies apart from all other ranks', they need not be looked at.
 constexpr std::uint64_t nodes_per_box = limit<std::uint64_t>(256, 2);
 

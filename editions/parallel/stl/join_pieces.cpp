@@ -10,6 +10,7 @@
 #include "communication/exchange.h"
 #include "core/growth.h"
 #include "core/index_flags.h"
+#include "core/limits.h"
 #include "merging/survivors.h"
 #include "parts/localize.h"
 #include "stl/piece.h"
@@ -44,7 +45,7 @@ int take_as_is(team& ranks, bool room, piece& read, mesh_part& part) {
 /// The first corner of each node: nodes are numbered as they come. There is room for some nodes of other ranks, too.
 [[nodiscard]] bool name_nodes(const piece& read, dense1D<std::uint64_t>& names) {
   const std::uint64_t count = read.coords.cols();
-  if (!names.reserve(count + count / 64) || !names.resize(count)) return false;
+  if (!names.reserve(count + count / limits::nodes_per_guest) || !names.resize(count)) return false;
   std::uint64_t next = 0;
   const unsigned* corners = read.connectivity.data();
   for (std::uint64_t c = 0; c < read.connectivity.size(); ++c) {
